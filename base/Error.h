@@ -1,0 +1,38 @@
+#pragma once
+
+#include <QString>
+
+#include <stdexcept>
+
+namespace Corvadine {
+
+// What went wrong, for the program; people read the text.
+enum class TErrorKind {
+    NotFound, // a file, folder or project that was named does not exist
+    BadInput, // it exists but its content cannot be used
+    Io,       // the operating system refused to read or write
+    Database, // the project database refused
+    Conflict, // somebody else changed what we were about to replace
+    Usage,    // the caller asked for something that makes no sense
+};
+
+// The one exception type of this project. Its text is a single sentence that says what was attempted,
+// on which file, and the reason; it is shown to the user as it stands.
+class TError : public std::runtime_error {
+public:
+    TError(TErrorKind kind, const QString& text);
+
+    // "Cannot `attempt` `file`: `reason`", for example TError(TErrorKind::Io, "write", path, "disk full").
+    TError(TErrorKind kind, const QString& attempt, const QString& file, const QString& reason);
+
+    TErrorKind Kind() const { return FKind; }
+    QString Text() const { return QString::fromUtf8(what()); }
+
+private:
+    TErrorKind FKind;
+};
+
+// The text of the operating system for `errorNumber` (a value of errno), without a final full stop.
+QString SystemErrorText(int errorNumber);
+
+} // namespace Corvadine

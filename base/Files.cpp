@@ -1,0 +1,60 @@
+#include "base/Files.h"
+
+#include "base/Error.h"
+#include "base/StagedFile.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+namespace Corvadine {
+
+bool FileExists(const QString& path)
+{
+    const QFileInfo info(path);
+    return info.exists() && !info.isDir();
+}
+
+bool FolderExists(const QString& path)
+{
+    return !path.isEmpty() && QFileInfo(path).isDir();
+}
+
+QByteArray ReadFile(const QString& path, const QString& attempt)
+{
+    const QFileInfo info(path);
+    if (!info.exists())
+        throw TError(TErrorKind::NotFound, attempt, path, QStringLiteral("the file does not exist"));
+    if (info.isDir())
+        throw TError(TErrorKind::Io, attempt, path, QStringLiteral("it is a folder"));
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        throw TError(TErrorKind::Io, attempt, path, file.errorString());
+    QByteArray bytes = file.readAll();
+    if (file.error() != QFileDevice::NoError)
+        throw TError(TErrorKind::Io, attempt, path, file.errorString());
+    return bytes;
+}
+
+void WriteFileAtomically(const QString& path, const QByteArray& bytes)
+{
+    TStagedFile(path, bytes).Commit();
+}
+
+void CreateFolder(const QString& path)
+{
+    const QString attempt = QStringLiteral("create the folder");
+    if (FolderExists(path))
+        return;
+    if (FileExists(path))
+        throw TError(TErrorKind::Io, attempt, path, QStringLiteral("a file of that name is in the way"));
+    if (!QDir().mkpath(path))
+        throw TError(TErrorKind::Io, attempt, path, QStringLiteral("the system refused"));
+}
+
+QString AbsolutePath(const QString& path)
+{
+    return QDir::toNativeSeparators(QDir::cleanPath(QFileInfo(path).absoluteFilePath()));
+}
+
+} // namespace Corvadine

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+namespace Corvadine {
+
+// Whether `path` names an existing file; a folder counts as none. Links are followed.
+bool FileExists(const QString& path);
+
+bool FolderExists(const QString& path);
+
+// The whole content of a file. `attempt` opens the message: "read the project file".
+// Throws TError: NotFound for a missing file, Io for a folder or whatever the system refuses.
+QByteArray ReadFile(const QString& path, const QString& attempt);
+
+// Replaces or creates `path` with `bytes` in one step (see TStagedFile). Throws TError(Io).
+void WriteFileAtomically(const QString& path, const QByteArray& bytes);
+
+// Creates `path` with every missing parent; does nothing if it is there. Throws TError(Io), also when a file
+// is in the way.
+void CreateFolder(const QString& path);
+
+// The absolute form of `path` with the system's own delimiters and without "." and "..": how paths that the
+// user types are stored and compared.
+QString AbsolutePath(const QString& path);
+
+} // namespace Corvadine

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <QString>
+
+// Rules on the text of paths; nothing here looks at the disk. Both separators count on every system, since
+// project files and databases move between them; a colon counts after a drive letter only.
+namespace Corvadine {
+
+bool IsPathDelimiter(QChar character);
+
+// `folder` with the system's own delimiter appended unless it ends in one; an empty text stays empty.
+QString WithTrailingDelimiter(const QString& folder);
+
+// Everything after the last delimiter or drive colon.
+QString FileNameOf(const QString& path);
+
+// Everything up to and including the last delimiter or drive colon; empty if there is none.
+QString FolderOf(const QString& path);
+
+// From the last full stop of the file name to its end, the stop included; empty if it has none.
+QString ExtensionOf(const QString& path);
+
+// Whether the extension of `path` equals `upperExtension` (".DPROJ") once a to z are raised; other letters
+// are compared as they are.
+bool HasExtension(const QString& path, const QString& upperExtension);
+
+} // namespace Corvadine

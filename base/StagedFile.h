@@ -1,0 +1,35 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+namespace Corvadine {
+
+// The new content of one file, written beside it and synced, but not yet under its name.
+// Commit() puts it there in one step, so whoever looks sees the whole old file or the whole new one, also
+// after a crash or a kill. Without Commit() nothing ever changes: the destructor drops the staged content.
+// A symbolic link is followed, not replaced; permissions (and, where allowed, the owner) of an existing file
+// are kept. Several files can be staged first and committed together. Movable, not copyable; no thread rule.
+class TStagedFile {
+public:
+    // Throws TError(Io) when the folder or file is not writable, also when the file is marked read-only.
+    TStagedFile(const QString& path, const QByteArray& bytes);
+    ~TStagedFile();
+    TStagedFile(TStagedFile&& other) noexcept;
+    TStagedFile& operator=(TStagedFile&&) = delete;
+
+    // Replaces the file. Throws TError(Io); the old file is then still there. REQUIRES: not committed yet.
+    void Commit();
+
+private:
+    explicit TStagedFile(const QString& path);
+    void WriteAndSync(const QByteArray& bytes);
+    void CopyAttributesOfTarget();
+
+    QString FPath;         // as the caller named it, for messages
+    QByteArray FTarget;    // the file to replace, links followed, in the file system's encoding
+    QByteArray FTemporary; // name of the staged file; empty while it has none
+    int FDescriptor = -1;
+};
+
+} // namespace Corvadine

@@ -1,0 +1,41 @@
+# How every target of this project is made: one function per kind, flags per target.
+
+option(CORVADINE_WARNINGS_AS_ERRORS "Treat compiler warnings as errors" OFF)
+set(CORVADINE_SANITIZE "" CACHE STRING "Sanitizers for every target, as -fsanitize= takes them")
+
+function(corvadine_set_flags target)
+    target_compile_features(${target} PUBLIC cxx_std_20)
+    set_target_properties(${target} PROPERTIES CXX_EXTENSIONS OFF)
+    target_compile_options(${target} PRIVATE
+        -Wall -Wextra -Wconversion -Wsign-conversion -Wnon-virtual-dtor -Wcast-align
+        -Wshadow=local -Wold-style-cast -Woverloaded-virtual -Wformat=2
+        # The same input gives the same bytes on every machine, so no fused multiply-add behind our back.
+        -ffp-contract=off)
+    target_compile_definitions(${target} PRIVATE QT_NO_CAST_TO_ASCII QT_NO_FOREACH)
+    if(CORVADINE_WARNINGS_AS_ERRORS)
+        target_compile_options(${target} PRIVATE -Werror)
+    endif()
+    if(CORVADINE_SANITIZE)
+        target_compile_options(${target} PRIVATE -fsanitize=${CORVADINE_SANITIZE} -fno-sanitize-recover=all)
+        target_link_options(${target} PRIVATE -fsanitize=${CORVADINE_SANITIZE})
+    endif()
+endfunction()
+
+# corvadine_add_library(NAME SOURCES file... [LINKS library...]): the library of one folder.
+function(corvadine_add_library name)
+    cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LINKS")
+    add_library(${name} STATIC ${arg_SOURCES})
+    target_include_directories(${name} PUBLIC ${PROJECT_SOURCE_DIR})
+    target_link_libraries(${name} PUBLIC ${arg_LINKS})
+    corvadine_set_flags(${name})
+endfunction()
+
+# corvadine_add_test(NAME library...): the test tests/NAME.cpp, linked with just the libraries it tests.
+function(corvadine_add_test name)
+    add_executable(${name} ${name}.cpp)
+    target_link_libraries(${name} PRIVATE ${ARGN} corvadine_testing)
+    set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/tests)
+    corvadine_set_flags(${name})
+    add_test(NAME ${name} COMMAND ${name})
+    set_tests_properties(${name} PROPERTIES TIMEOUT 300)
+endfunction()

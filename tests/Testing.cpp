@@ -1,0 +1,32 @@
+#include "tests/Testing.h"
+
+#include "base/Platform.h"
+
+#include <QCoreApplication>
+#include <QFile>
+
+namespace Corvadine::Testing {
+
+void PutFile(const QString& path, const QByteArray& bytes)
+{
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly)) << path.toStdString();
+    ASSERT_EQ(file.write(bytes), bytes.size());
+}
+
+QByteArray FileBytes(const QString& path)
+{
+    QFile file(path);
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << path.toStdString();
+    return file.readAll();
+}
+
+} // namespace Corvadine::Testing
+
+int main(int argc, char** argv)
+{
+    Corvadine::PrepareProcess();
+    QCoreApplication application(argc, argv);
+    ::testing::InitGoogleMock(&argc, argv);
+    return RUN_ALL_TESTS();
+}

@@ -1,0 +1,50 @@
+#pragma once
+
+#include "base/Error.h"
+
+#include <QByteArray>
+#include <QString>
+#include <QTemporaryDir>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+
+// gtest finds printers by the type's namespace, which for QString is the global one.
+inline void PrintTo(const QString& text, std::ostream* stream)
+{
+    *stream << '"' << text.toStdString() << '"';
+}
+
+// What every test shares: a folder of its own, and texts that gtest can print.
+// The test programs' main() (in Testing.cpp) makes the QCoreApplication.
+namespace Corvadine::Testing {
+
+// A test in an empty folder that is removed afterwards.
+class TFolderTest : public ::testing::Test {
+protected:
+    // Absolute path of `name` in the test's folder.
+    QString Path(const QString& name) const { return FFolder.filePath(name); }
+
+private:
+    QTemporaryDir FFolder;
+};
+
+// Writes or reads a whole file, failing the test when the system refuses.
+void PutFile(const QString& path, const QByteArray& bytes);
+QByteArray FileBytes(const QString& path);
+
+// The text of the TError that `action` throws; fails the test when it throws none.
+template <typename TAction> std::string ErrorOf(TAction action)
+{
+    try {
+        action();
+    } catch (const TError& error) {
+        return error.what();
+    }
+    ADD_FAILURE() << "no TError was thrown";
+    return {};
+}
+
+} // namespace Corvadine::Testing
