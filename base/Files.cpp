@@ -52,6 +52,21 @@ void CreateFolder(const QString& path)
         throw TError(TErrorKind::Io, attempt, path, QStringLiteral("the system refused"));
 }
 
+TNewFolder::TNewFolder(const QString& path)
+{
+    for (QString folder = QDir::cleanPath(path); !QFileInfo::exists(folder);
+         folder = QFileInfo(folder).path())
+        FCreated.append(folder);
+    CreateFolder(path);
+}
+
+TNewFolder::~TNewFolder()
+{
+    for (const QString& folder : std::as_const(FCreated))
+        if (!QDir().rmdir(folder)) // refuses a folder that is not empty: the job has succeeded
+            break;
+}
+
 QString AbsolutePath(const QString& path)
 {
     return QDir::toNativeSeparators(QDir::cleanPath(QFileInfo(path).absoluteFilePath()));

@@ -2,6 +2,7 @@
 
 #include <QByteArray>
 #include <QString>
+#include <QStringList>
 
 namespace Corvadine {
 
@@ -20,6 +21,18 @@ void WriteFileAtomically(const QString& path, const QByteArray& bytes);
 // Creates `path` with every missing parent; does nothing if it is there. Throws TError(Io), also when a file
 // is in the way.
 void CreateFolder(const QString& path);
+
+// A folder for the duration of a job that may fail: created with its missing parents by the constructor (as
+// CreateFolder does), and those that it created removed again by the destructor if they are still empty.
+class TNewFolder {
+public:
+    explicit TNewFolder(const QString& path);
+    ~TNewFolder();
+    Q_DISABLE_COPY_MOVE(TNewFolder)
+
+private:
+    QStringList FCreated; // the deepest first
+};
 
 // The absolute form of `path` with the system's own delimiters and without "." and "..": how paths that the
 // user types are stored and compared.

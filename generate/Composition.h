@@ -1,0 +1,27 @@
+#pragma once
+
+#include "generate/PremultipliedImage.h"
+#include "generate/Raster.h"
+
+#include <QImage>
+
+#include <variant>
+
+namespace Corvadine {
+
+// A source brought to its size in an output: untouched or picked pixels as they were in the file, or filtered
+// ones (at FilteredLevel).
+using TFittedImage = std::variant<QImage, TPremultipliedImage>;
+
+QSize SizeOf(const TFittedImage& image);
+
+// The picture with its transparency: 4 channels, straight alpha. Overshoot is limited so that no colour is
+// brighter than its alpha allows; a pixel of alpha 0 is all zero.
+TRaster WithAlpha(const TFittedImage& image);
+
+// The picture blended with `background` by its alpha and centred on an opaque canvas of that colour: 3
+// channels. When a margin is odd, its extra pixel goes right or below. REQUIRES: the image fits into
+// `canvas`.
+TRaster FlattenedOnCanvas(const TFittedImage& image, QSize canvas, TColor background);
+
+} // namespace Corvadine

@@ -1,0 +1,29 @@
+#pragma once
+
+#include "generate/Catalogue.h"
+#include "generate/Raster.h"
+#include "generate/ResampleFilter.h"
+
+#include <QString>
+
+namespace Corvadine {
+
+// The project's "Output Format", with its stored values.
+enum class TOutputFormat {
+    Colors256 = 1, // 8-bit palette
+    TrueColor = 2, // 8 bits per sample, with alpha where the picture keeps it
+};
+
+// What a generation run needs to know beside its sources. A value: a run copies it at its start, so nothing
+// that happens to the project meanwhile can mix two projects' files.
+struct TGenSettings {
+    TPlatforms Platforms;
+    int TwoxSize = 400; // "2x Width", pixels
+    TColor Background;
+    TOutputFormat Format = TOutputFormat::Colors256;
+    int Compression = 6; // 1 to 10
+    TResampleFilter Filter = TResampleFilter::rfMitchell;
+    QString OutputFolder;
+};
+
+} // namespace Corvadine

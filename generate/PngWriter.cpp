@@ -1,0 +1,117 @@
+#include "generate/PngWriter.h"
+
+#include "base/Error.h"
+
+#include <png.h>
+
+#include <algorithm>
+#include <string>
+
+namespace Corvadine {
+
+namespace {
+
+constexpr int MostCompression = 9;
+constexpr std::size_t IdatBytes = 64 * 1024;
+
+// libpng reports errors by leaving the call; throwing is allowed across its C frames only when they were
+// compiled for it, so the text is kept and the jump ends in Write().
+struct TWriteState {
+    QByteArray Bytes;
+    std::string Error;
+};
+
+void OnError(png_structp png, png_const_charp text)
+{
+    static_cast<TWriteState*>(png_get_error_ptr(png))->Error = text;
+    png_longjmp(png, 1);
+}
+
+void OnWarning(png_structp, png_const_charp) { }
+
+void OnBytes(png_structp png, png_bytep bytes, std::size_t count)
+{
+    static_cast<TWriteState*>(png_get_io_ptr(png))
+        ->Bytes.append(reinterpret_cast<const char*>(bytes), static_cast<qsizetype>(count));
+}
+
+void OnFlush(png_structp) { }
+
+// What the header says, and where the rows are.
+struct TPngPlan {
+    QSize Size;
+    int ColorType;
+    int Compression;
+    const std::uint8_t* Pixels;
+    std::size_t RowBytes;
+    std::array<png_color, 256> Palette;
+    int PaletteCount;
+    std::array<png_byte, 256> Alpha;
+    int AlphaCount;
+};
+
+// Nothing with a destructor lives here, because an error jumps out of it. False after an error.
+bool WriteSteps(png_structp png, png_infop info, const TPngPlan& plan)
+{
+    if (setjmp(png_jmpbuf(png)) != 0) // NOLINT(cert-err52-cpp): libpng's own way out
+        return false;
+    png_set_filter(png, PNG_FILTER_TYPE_BASE, PNG_FILTER_NONE);
+    png_set_compression_level(png, std::clamp(plan.Compression, 0, MostCompression));
+    png_set_compression_buffer_size(png, IdatBytes);
+    png_set_IHDR(png, info, static_cast<png_uint_32>(plan.Size.width()),
+        static_cast<png_uint_32>(plan.Size.height()), 8, plan.ColorType, PNG_INTERLACE_NONE,
+        PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
+    if (plan.PaletteCount > 0)
+        png_set_PLTE(png, info, plan.Palette.data(), plan.PaletteCount);
+    if (plan.AlphaCount > 0)
+        png_set_tRNS(png, info, plan.Alpha.data(), plan.AlphaCount, nullptr);
+    png_write_info(png, info);
+    for (int y = 0; y < plan.Size.height(); ++y)
+        png_write_row(png, plan.Pixels + static_cast<std::size_t>(y) * plan.RowBytes);
+    png_write_end(png, nullptr);
+    return true;
+}
+
+QByteArray Write(const TPngPlan& plan)
+{
+    TWriteState state;
+    png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, &state, OnError, OnWarning);
+    png_infop info = png != nullptr ? png_create_info_struct(png) : nullptr;
+    bool written = false;
+    if (info != nullptr) {
+        png_set_write_fn(png, &state, OnBytes, OnFlush);
+        written = WriteSteps(png, info, plan);
+    }
+    png_destroy_write_struct(&png, &info);
+    if (!written)
+        throw TError(TErrorKind::BadInput,
+            QStringLiteral("Cannot encode a PNG of %1 x %2 pixels: %3")
+                .arg(plan.Size.width())
+                .arg(plan.Size.height())
+                .arg(QString::fromStdString(state.Error)));
+    return state.Bytes;
+}
+
+} // namespace
+
+QByteArray EncodePng(const TRaster& raster, int compression)
+{
+    return Write({ raster.Size, raster.Channels == 4 ? PNG_COLOR_TYPE_RGB_ALPHA : PNG_COLOR_TYPE_RGB,
+        compression, raster.Bytes.data(), raster.RowBytes(), {}, 0, {}, 0 });
+}
+
+QByteArray EncodePng(const TPaletteRaster& raster, int compression)
+{
+    TPngPlan plan { raster.Size, PNG_COLOR_TYPE_PALETTE, compression, raster.Indices.data(),
+        static_cast<std::size_t>(raster.Size.width()), {}, 0, {}, 0 };
+    for (const auto& [red, green, blue, alpha] : raster.Palette) {
+        const auto index = static_cast<std::size_t>(plan.PaletteCount++);
+        plan.Palette[index] = { red, green, blue };
+        plan.Alpha[index] = alpha;
+        if (alpha < 255)
+            plan.AlphaCount = plan.PaletteCount;
+    }
+    return Write(plan);
+}
+
+} // namespace Corvadine

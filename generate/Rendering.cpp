@@ -1,0 +1,78 @@
+#include "generate/Rendering.h"
+
+#include "base/Error.h"
+#include "generate/IcoWriter.h"
+#include "generate/Palette.h"
+#include "generate/PngWriter.h"
+#include "generate/Resampler.h"
+#include "images/SourceImage.h"
+
+#include <utility>
+
+namespace Corvadine {
+
+namespace {
+
+constexpr int IconCompression = 6;
+
+// A launch source of absurd shape gives absurd boxes; better a sentence than half an hour of swapping.
+void RefuseHuge(QSize canvas)
+{
+    if (qint64 { canvas.width() } * canvas.height() * TPremultipliedImage::Channels > MaxDecodedBytes)
+        throw TError(TErrorKind::BadInput,
+            QStringLiteral("Cannot render an output of %1 x %2 pixels: it is larger than %3 MiB")
+                .arg(canvas.width())
+                .arg(canvas.height())
+                .arg(MaxDecodedBytes >> 20));
+}
+
+} // namespace
+
+TRenderSource::TRenderSource(QImage image) : FImage(std::move(image)) { }
+
+TFittedImage TRenderSource::At(QSize size, TResampleFilter filter) const
+{
+    if (size == FImage.size())
+        return FImage;
+    if (IsPickingFilter(filter))
+        return PickPixels(FImage, size, filter);
+    std::call_once(FConverted, [this] { FPremultiplied = Premultiplied(FImage); });
+    return Resample(*FPremultiplied, size, filter);
+}
+
+TRecipe RecipeOf(const TGenRec& record, const TSourceInfo& icon, const std::optional<TSourceInfo>& launch)
+{
+    TRecipe recipe;
+    recipe.FromLaunch = IsLaunchEntry(record.ID) && launch && launch->Size.width() > 1;
+    const TSourceInfo& source = recipe.FromLaunch ? *launch : icon;
+    const QSize box(record.Width, record.Height);
+    const bool square = box.width() == box.height();
+    recipe.Fitted = FittedSize(source.Size, box);
+    recipe.Canvas = square ? recipe.Fitted : box;
+    recipe.KeepsAlpha = square && source.HasAlpha && !IsAppStoreEntry(record.ID);
+    return recipe;
+}
+
+QByteArray RenderPng(const TRenderSources& sources, const TGenSettings& settings, const TRecipe& recipe)
+{
+    RefuseHuge(recipe.Canvas);
+    const TRenderSource& source = recipe.FromLaunch ? *sources.Launch : *sources.Icon;
+    const TFittedImage fitted = source.At(recipe.Fitted, settings.Filter);
+    const TRaster raster =
+        recipe.KeepsAlpha ? WithAlpha(fitted) : FlattenedOnCanvas(fitted, recipe.Canvas, settings.Background);
+    if (settings.Format == TOutputFormat::TrueColor)
+        return EncodePng(raster, settings.Compression);
+    const bool hasMargin = recipe.Fitted != recipe.Canvas;
+    return EncodePng(ReduceColors(raster, hasMargin ? std::optional(settings.Background) : std::nullopt),
+        settings.Compression);
+}
+
+QByteArray RenderMainIcon(const TRenderSource& icon, TResampleFilter filter)
+{
+    std::vector<TRaster> images;
+    for (const int side : IconSizes)
+        images.push_back(WithAlpha(icon.At(FittedSize(icon.Info().Size, { side, side }), filter)));
+    return EncodeIco(images, IconCompression);
+}
+
+} // namespace Corvadine

@@ -1,0 +1,251 @@
+#include "generate/ResampleKernels.h"
+
+#include "generate/ResampleFilter.h"
+
+// Highway compiles the part between HWY_BEFORE_NAMESPACE and HWY_AFTER_NAMESPACE once per instruction set by
+// including this very file again.
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "generate/ResampleKernels.cpp"
+#include <hwy/foreach_target.h>
+#include <hwy/highway.h>
+
+HWY_BEFORE_NAMESPACE();
+namespace Corvadine::Kernels::HWY_NAMESPACE {
+
+namespace hn = hwy::HWY_NAMESPACE;
+
+// SourceLevel to FilteredLevel takes one bit more than the weights.
+constexpr int RowShift = TFilterTable::WeightBits + 1;
+constexpr int PixelShift = TFilterTable::WeightBits;
+
+// One channel at SourceLevel. No tie can arise: 128 c a / 255 is never a half.
+HWY_INLINE std::int16_t PremultiplyOne(unsigned color, unsigned alpha)
+{
+    return static_cast<std::int16_t>((color * alpha * 128 + 127) / 255);
+}
+
+void WidenOpaqueRow(const std::uint8_t* HWY_RESTRICT bgrx, std::size_t pixels, std::int16_t* HWY_RESTRICT out)
+{
+    for (std::size_t i = 0; i < pixels * 4; i += 4) {
+        out[i] = static_cast<std::int16_t>(bgrx[i] * 128);
+        out[i + 1] = static_cast<std::int16_t>(bgrx[i + 1] * 128);
+        out[i + 2] = static_cast<std::int16_t>(bgrx[i + 2] * 128);
+        out[i + 3] = 255 * 128;
+    }
+}
+
+#if HWY_TARGET == HWY_SCALAR
+
+// The plain versions: what the vector versions below must agree with, and what runs where there is no SSSE3.
+
+void PremultiplyRow(const std::uint8_t* HWY_RESTRICT bgra, std::size_t pixels, std::int16_t* HWY_RESTRICT out)
+{
+    for (std::size_t i = 0; i < pixels * 4; i += 4) {
+        const unsigned alpha = bgra[i + 3];
+        for (std::size_t channel = 0; channel < 3; ++channel)
+            out[i + channel] = PremultiplyOne(bgra[i + channel], alpha);
+        out[i + 3] = PremultiplyOne(alpha, 255);
+    }
+}
+
+void SumRows(const std::int16_t* const* HWY_RESTRICT rows, const std::int16_t* HWY_RESTRICT weights,
+    std::size_t taps, std::size_t count, std::int16_t* HWY_RESTRICT out)
+{
+    for (std::size_t i = 0; i < count; ++i) {
+        std::int32_t sum = 1 << (RowShift - 1);
+        for (std::size_t t = 0; t < taps; ++t)
+            sum += rows[t][i] * weights[t];
+        out[i] = static_cast<std::int16_t>(sum >> RowShift);
+    }
+}
+
+void SumPixels(
+    const std::int16_t* HWY_RESTRICT row, const TPixelWeights& weights, std::int16_t* HWY_RESTRICT out)
+{
+    for (std::size_t target = 0; target < weights.Targets; ++target) {
+        const std::int16_t* pixels = row + static_cast<std::size_t>(weights.First[target]) * 4;
+        const std::int16_t* pairs = weights.Weights + target * weights.Pairs * 8;
+        for (std::size_t channel = 0; channel < 4; ++channel) {
+            std::int32_t sum = 1 << (PixelShift - 1);
+            for (std::size_t tap = 0; tap < weights.Pairs * 2; ++tap)
+                sum += pixels[tap * 4 + channel] * pairs[tap / 2 * 8 + channel * 2 + tap % 2];
+            out[target * 4 + channel] = static_cast<std::int16_t>(sum >> PixelShift);
+        }
+    }
+}
+
+#else
+
+// Four pixels a step: BGRA bytes widened to 16 bits, multiplied by their alpha, brought to the level as
+// floats (which hold the product closely enough to round like PremultiplyOne), narrowed again.
+void PremultiplyRow(const std::uint8_t* HWY_RESTRICT bgra, std::size_t pixels, std::int16_t* HWY_RESTRICT out)
+{
+    const hn::CappedTag<std::uint16_t, 16> d16;
+    const hn::Rebind<std::uint8_t, decltype(d16)> d8;
+    const hn::RebindToSigned<decltype(d16)> di16;
+    const hn::Half<decltype(d16)> dHalf16;
+    const hn::Rebind<std::int32_t, decltype(dHalf16)> di32;
+    const hn::RebindToFloat<decltype(di32)> df;
+    const hn::Rebind<std::int16_t, decltype(di32)> dNarrow;
+    const hn::Repartition<std::uint8_t, decltype(d16)> dBytes;
+
+    // Per block of two pixels: the alpha value into all four channels of each pixel; but the alpha channel
+    // itself is multiplied by 255.
+    alignas(16) static constexpr std::uint8_t AlphaBytes[16] = { 6, 7, 6, 7, 6, 7, 6, 7, 14, 15, 14, 15, 14,
+        15, 14, 15 };
+    alignas(16) static constexpr std::uint16_t AlphaFactors[8] = { 0, 0, 0, 255, 0, 0, 0, 255 };
+    const auto spread = hn::BitCast(d16, hn::LoadDup128(dBytes, AlphaBytes));
+    const auto alphaFactor = hn::LoadDup128(d16, AlphaFactors);
+    const auto isAlpha = hn::Ne(alphaFactor, hn::Zero(d16));
+    const auto scale = hn::Set(df, 128.0F / 255.0F);
+    const auto toLevel = [&](auto half) {
+        const auto product = hn::ConvertTo(df, hn::PromoteTo(di32, half));
+        return hn::DemoteTo(dNarrow, hn::NearestInt(hn::Mul(product, scale)));
+    };
+
+    const std::size_t values = pixels * 4;
+    const std::size_t step = hn::Lanes(d16);
+    std::size_t i = 0;
+    for (; i + step <= values; i += step) {
+        const auto value = hn::PromoteTo(d16, hn::LoadU(d8, bgra + i));
+        const auto factor = hn::IfThenElse(isAlpha, alphaFactor, hn::TableLookupBytes(value, spread));
+        const auto product = hn::Mul(value, factor);
+        const auto low = toLevel(hn::LowerHalf(dHalf16, product));
+        const auto high = toLevel(hn::UpperHalf(dHalf16, product));
+        hn::StoreU(hn::Combine(di16, high, low), di16, out + i);
+    }
+    for (; i < values; i += 4) {
+        for (std::size_t channel = 0; channel < 3; ++channel)
+            out[i + channel] = PremultiplyOne(bgra[i + channel], bgra[i + 3]);
+        out[i + 3] = PremultiplyOne(bgra[i + 3], 255);
+    }
+}
+
+// `Vectors` neighbouring vectors of 16-bit values through all taps. Two rows are interleaved, so that one
+// instruction multiplies two values by their two weights and adds the products.
+template <std::size_t Vectors>
+HWY_INLINE void SumRowsStep(const std::int16_t* const* HWY_RESTRICT rows,
+    const std::int16_t* HWY_RESTRICT weights, std::size_t taps, std::size_t at,
+    std::int16_t* HWY_RESTRICT out)
+{
+    const hn::ScalableTag<std::int16_t> d16;
+    const hn::RepartitionToWide<decltype(d16)> d32;
+    using TVector32 = hn::Vec<decltype(d32)>;
+    const std::size_t lanes = hn::Lanes(d16);
+    TVector32 low0[Vectors];
+    TVector32 low1[Vectors];
+    TVector32 high0[Vectors];
+    TVector32 high1[Vectors];
+    for (std::size_t v = 0; v < Vectors; ++v)
+        low0[v] = low1[v] = high0[v] = high1[v] = hn::Zero(d32);
+    for (std::size_t t = 0; t < taps; t += 2) {
+        std::int32_t pair = 0;
+        hwy::CopyBytes<sizeof(pair)>(weights + t, &pair);
+        const auto weight = hn::BitCast(d16, hn::Set(d32, pair));
+        for (std::size_t v = 0; v < Vectors; ++v) {
+            const auto a = hn::Load(d16, rows[t] + at + v * lanes);
+            const auto b = hn::Load(d16, rows[t + 1] + at + v * lanes);
+            low0[v] =
+                hn::ReorderWidenMulAccumulate(d32, hn::InterleaveLower(d16, a, b), weight, low0[v], low1[v]);
+            high0[v] = hn::ReorderWidenMulAccumulate(
+                d32, hn::InterleaveUpper(d16, a, b), weight, high0[v], high1[v]);
+        }
+    }
+    const auto half = hn::Set(d32, 1 << (RowShift - 1));
+    for (std::size_t v = 0; v < Vectors; ++v) {
+        const auto low = hn::Add(hn::RearrangeToOddPlusEven(low0[v], low1[v]), half);
+        const auto high = hn::Add(hn::RearrangeToOddPlusEven(high0[v], high1[v]), half);
+        // The interleaving was by blocks, and so is this narrowing: the order is restored.
+        const auto narrow =
+            hn::ReorderDemote2To(d16, hn::ShiftRight<RowShift>(low), hn::ShiftRight<RowShift>(high));
+        hn::Store(narrow, d16, out + at + v * lanes);
+    }
+}
+
+void SumRows(const std::int16_t* const* HWY_RESTRICT rows, const std::int16_t* HWY_RESTRICT weights,
+    std::size_t taps, std::size_t count, std::int16_t* HWY_RESTRICT out)
+{
+    const std::size_t lanes = hn::Lanes(hn::ScalableTag<std::int16_t>());
+    std::size_t at = 0;
+    for (; at + 2 * lanes <= count; at += 2 * lanes)
+        SumRowsStep<2>(rows, weights, taps, at, out);
+    for (; at < count; at += lanes)
+        SumRowsStep<1>(rows, weights, taps, at, out);
+}
+
+// The sums of a pixel's four channels, which stand in one block or in two.
+template <class TTag32, class TTagPixel, class TVector>
+HWY_INLINE auto FoldBlocks(TTag32, TTagPixel dPixel, TVector sums)
+{
+    if constexpr (hn::MaxLanes(TTag32()) > hn::MaxLanes(TTagPixel()))
+        return hn::Add(hn::LowerHalf(dPixel, sums), hn::UpperHalf(dPixel, sums));
+    else
+        return sums;
+}
+
+void SumPixels(
+    const std::int16_t* HWY_RESTRICT row, const TPixelWeights& weights, std::int16_t* HWY_RESTRICT out)
+{
+    const hn::CappedTag<std::int16_t, 16> d16;
+    const hn::RepartitionToWide<decltype(d16)> d32;
+    const hn::CappedTag<std::int32_t, 4> dPixel;
+    const hn::Rebind<std::int16_t, decltype(dPixel)> dPixel16;
+    const hn::Repartition<std::uint8_t, decltype(d16)> dBytes;
+    const std::size_t lanes = hn::Lanes(d16);
+
+    // Two neighbouring pixels BGRABGRA to BBGGRRAA, so that their weights meet in one multiplication.
+    alignas(16) static constexpr std::uint8_t PairBytes[16] = { 0, 1, 8, 9, 2, 3, 10, 11, 4, 5, 12, 13, 6, 7,
+        14, 15 };
+    const auto pairing = hn::BitCast(d16, hn::LoadDup128(dBytes, PairBytes));
+    const auto half = hn::Set(dPixel, 1 << (PixelShift - 1));
+    const std::size_t values = weights.Pairs * 8;
+    const std::int16_t* HWY_RESTRICT ownWeights = weights.Weights;
+    for (std::size_t target = 0; target < weights.Targets; ++target, ownWeights += values) {
+        const std::int16_t* HWY_RESTRICT pixels = row + static_cast<std::size_t>(weights.First[target]) * 4;
+        auto sum0 = hn::Zero(d32);
+        auto sum1 = hn::Zero(d32);
+        for (std::size_t i = 0; i < values; i += lanes) {
+            const auto value = hn::TableLookupBytes(hn::LoadU(d16, pixels + i), pairing);
+            sum0 = hn::ReorderWidenMulAccumulate(d32, value, hn::LoadU(d16, ownWeights + i), sum0, sum1);
+        }
+        const auto sum = hn::Add(FoldBlocks(d32, dPixel, hn::RearrangeToOddPlusEven(sum0, sum1)), half);
+        hn::StoreU(hn::DemoteTo(dPixel16, hn::ShiftRight<PixelShift>(sum)), dPixel16, out + target * 4);
+    }
+}
+
+#endif // HWY_TARGET
+
+} // namespace Corvadine::Kernels::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace Corvadine::Kernels {
+
+HWY_EXPORT(PremultiplyRow);
+HWY_EXPORT(WidenOpaqueRow);
+HWY_EXPORT(SumRows);
+HWY_EXPORT(SumPixels);
+
+void PremultiplyRow(const std::uint8_t* bgra, std::size_t pixels, std::int16_t* out)
+{
+    HWY_DYNAMIC_DISPATCH(PremultiplyRow)(bgra, pixels, out);
+}
+
+void WidenOpaqueRow(const std::uint8_t* bgrx, std::size_t pixels, std::int16_t* out)
+{
+    HWY_DYNAMIC_DISPATCH(WidenOpaqueRow)(bgrx, pixels, out);
+}
+
+void SumRows(const std::int16_t* const* rows, const std::int16_t* weights, std::size_t taps,
+    std::size_t count, std::int16_t* out)
+{
+    HWY_DYNAMIC_DISPATCH(SumRows)(rows, weights, taps, count, out);
+}
+
+void SumPixels(const std::int16_t* row, const TPixelWeights& weights, std::int16_t* out)
+{
+    HWY_DYNAMIC_DISPATCH(SumPixels)(row, weights, out);
+}
+
+} // namespace Corvadine::Kernels
+#endif // HWY_ONCE

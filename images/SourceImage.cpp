@@ -1,0 +1,154 @@
+#include "images/SourceImage.h"
+
+#include "base/Error.h"
+#include "base/Files.h"
+
+#include <QBuffer>
+#include <QColorSpace>
+#include <QFileInfo>
+#include <QImageReader>
+#include <QPixelFormat>
+
+#include <cmath>
+
+namespace Corvadine {
+
+namespace {
+
+const QString Attempt = QStringLiteral("load the image");
+
+TError BadImage(const QString& path, const QString& reason)
+{
+    return { TErrorKind::BadInput, Attempt, path, reason };
+}
+
+// A reader over the bytes of one file. The bytes must outlive it.
+class TFileDecoder {
+public:
+    TFileDecoder(const QString& path, TDecoderChoice choice)
+        : FPath(path), FBytes(ReadFile(path, Attempt)), FChoice(choice)
+    {
+        if (FBytes.isEmpty())
+            throw BadImage(path, QStringLiteral("the file is empty"));
+        FBuffer.setBuffer(&FBytes);
+        FBuffer.open(QIODevice::ReadOnly);
+        FReader.setDevice(&FBuffer);
+        FReader.setAutoTransform(true);
+        ChooseDecoder();
+    }
+
+    TImageHeader Header()
+    {
+        const QSize stored = FReader.size();
+        if (!FReader.canRead() || stored.isEmpty())
+            throw BadImage(FPath, QStringLiteral("it is not an image in a format that can be read"));
+        const bool lying = FReader.transformation().testFlag(QImageIOHandler::TransformationRotate90);
+        const qint64 bitsPerPixel = QImage::toPixelFormat(FReader.imageFormat()).bitsPerPixel();
+        return { lying ? stored.transposed() : stored,
+            qint64 { stored.width() } * stored.height() * std::max(bitsPerPixel, qint64 { 32 }) / 8 };
+    }
+
+    QImage Decode()
+    {
+        const TImageHeader header = Header();
+        if (header.DecodedBytes > MaxDecodedBytes)
+            throw BadImage(FPath,
+                QStringLiteral("it has %1 x %2 pixels, %3 MiB once decoded, and the limit is %4 MiB")
+                    .arg(header.Size.width())
+                    .arg(header.Size.height())
+                    .arg((header.DecodedBytes + (1 << 20) - 1) >> 20)
+                    .arg(MaxDecodedBytes >> 20));
+        if (IsTruncated())
+            throw BadImage(FPath, QStringLiteral("the file is truncated"));
+        QImage image;
+        if (!FReader.read(&image))
+            throw BadImage(FPath,
+                QStringLiteral("it is damaged or truncated (%1)").arg(FReader.errorString().toLower()));
+        return image;
+    }
+
+private:
+    void ChooseDecoder()
+    {
+        FReader.setAutoDetectImageFormat(true);
+        FReader.setDecideFormatFromContent(true);
+        if (FChoice == TDecoderChoice::ByContent)
+            return;
+        const QByteArray extension = QFileInfo(FPath).suffix().toLower().toLatin1();
+        QImageReader byExtension(&FBuffer, extension);
+        const bool fits = !extension.isEmpty() && byExtension.canRead();
+        FBuffer.seek(0);
+        if (fits)
+            FReader.setFormat(extension);
+    }
+
+    // The JPEG decoder fills what is missing with grey and calls that a success, so its files are looked at
+    // here: the end marker must follow the last start of scan. (Markers: ITU-T T.81, table B.1.)
+    bool IsTruncated() const
+    {
+        return FBytes.startsWith("\xFF\xD8")
+            && FBytes.lastIndexOf("\xFF\xD9") < FBytes.lastIndexOf("\xFF\xDA");
+    }
+
+    QString FPath;
+    QByteArray FBytes;
+    TDecoderChoice FChoice;
+    QBuffer FBuffer;
+    QImageReader FReader;
+};
+
+// A PNG with nothing but a gamma of about 1/2.2 means "as on any screen", not a profile to convert from.
+bool IsScreenGamma(const QColorSpace& space)
+{
+    constexpr float ScreenGamma = 2.2F;
+    return space.primaries() == QColorSpace::Primaries::SRgb
+        && space.transferFunction() == QColorSpace::TransferFunction::Gamma
+        && std::abs(space.gamma() - ScreenGamma) < 0.05F;
+}
+
+void ConvertToSrgb(QImage& image)
+{
+    const QColorSpace space = image.colorSpace();
+    const QColorSpace srgb(QColorSpace::SRgb);
+    if (space.isValid() && space != srgb && !IsScreenGamma(space)) {
+        if (image.format() == QImage::Format_Indexed8) // palettes are not converted in place
+            image.convertTo(image.hasAlphaChannel() ? QImage::Format_ARGB32 : QImage::Format_RGB32);
+        image.convertToColorSpace(srgb);
+    }
+    image.setColorSpace({});
+}
+
+} // namespace
+
+TImageHeader ReadImageHeader(const QString& path, TDecoderChoice choice)
+{
+    return TFileDecoder(path, choice).Header();
+}
+
+QImage LoadSourceImage(const QString& path, TDecoderChoice choice)
+{
+    QImageReader::setAllocationLimit(0); // the limit is ours, with a text that names the size
+    QImage image = TFileDecoder(path, choice).Decode();
+    ConvertToSrgb(image);
+    image.convertTo(image.hasAlphaChannel() ? QImage::Format_ARGB32 : QImage::Format_RGB32);
+    if (image.isNull())
+        throw BadImage(path, QStringLiteral("there is not enough memory to decode it"));
+    return image;
+}
+
+QImage BlankSourceImage()
+{
+    QImage image(1, 1, QImage::Format_RGB32);
+    image.fill(Qt::white);
+    return image;
+}
+
+QStringList ReadableImageExtensions()
+{
+    QStringList extensions;
+    for (const QByteArray& format : QImageReader::supportedImageFormats())
+        extensions.append(QString::fromLatin1(format));
+    return extensions;
+}
+
+} // namespace Corvadine

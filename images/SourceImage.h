@@ -1,0 +1,38 @@
+#pragma once
+
+#include <QImage>
+#include <QSize>
+#include <QString>
+
+namespace Corvadine {
+
+enum class TDecoderChoice {
+    ByExtension, // the file name's extension first, the content if that decoder refuses
+    ByContent,   // the content alone
+};
+
+// What the header of an image file tells without decoding it.
+struct TImageHeader {
+    QSize Size;              // pixels, upright (EXIF orientation applied)
+    qint64 DecodedBytes = 0; // memory the decoded pixels take
+};
+
+// A decoded picture larger than this is refused: 16384 x 8192 pixels of 32 bits.
+constexpr qint64 MaxDecodedBytes = qint64 { 512 } * 1024 * 1024;
+
+// Reads the header of `path`. Throws as LoadSourceImage does, as far as the header shows the fault.
+TImageHeader ReadImageHeader(const QString& path, TDecoderChoice choice);
+
+// Decodes `path` into an upright sRGB picture: Format_ARGB32 (straight alpha) when the file has an alpha
+// channel or transparent palette entries, Format_RGB32 otherwise; 8 bits per channel. The EXIF orientation is
+// applied, and an embedded ICC profile is converted to sRGB with the full precision of the file.
+// Throws TError: NotFound, Io (a folder, unreadable), BadInput (empty, truncated, not an image, too large).
+QImage LoadSourceImage(const QString& path, TDecoderChoice choice);
+
+// What stands in for a source that has not been chosen: one opaque white pixel.
+QImage BlankSourceImage();
+
+// Formats whose files LoadSourceImage reads, as lower-case extensions without the stop ("png").
+QStringList ReadableImageExtensions();
+
+} // namespace Corvadine
