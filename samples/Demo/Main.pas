@@ -1,0 +1,19 @@
+unit Main;
+
+interface
+
+uses
+  System.Classes, FMX.Forms;
+
+type
+  TMainForm = class(TForm)
+  end;
+
+var
+  MainForm: TMainForm;
+
+implementation
+
+{$R *.fmx}
+
+end.
