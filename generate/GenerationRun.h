@@ -1,6 +1,6 @@
 #pragma once
 
-#include "generate/GenSettings.h"
+#include "generate/GenJob.h"
 #include "generate/Rendering.h"
 
 #include <QString>
@@ -9,13 +9,6 @@
 #include <vector>
 
 namespace Corvadine {
-
-// One project's generation, taken as a whole at the start of the run.
-struct TGenJob {
-    TGenSettings Settings;
-    QString IconFile;   // full path; empty when none is chosen: its outputs are plain white
-    QString LaunchFile; // full path; empty when none is chosen: its outputs are rendered from the icon source
-};
 
 // Called on the caller's thread or a worker's, one call at a time, after each finished file.
 using TGenProgress = std::function<void(int done, int total)>;

@@ -1,0 +1,22 @@
+#pragma once
+
+#include "generate/GenSettings.h"
+
+#include <QString>
+
+namespace Corvadine {
+
+struct TProject;
+
+// One project's generation, taken as a whole at the start of a run.
+struct TGenJob {
+    TGenSettings Settings;
+    QString IconFile; // full path; empty when none is chosen: its outputs are plain white
+    QString LaunchFile; // full path; empty when none is chosen: its outputs are rendered from the icon source
+};
+
+// The job that `project` asks for. An unknown output format means true colour. Throws TError(BadInput) for an
+// option that has no value or names no filter.
+TGenJob JobOf(const TProject& project);
+
+} // namespace Corvadine
