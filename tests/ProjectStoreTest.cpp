@@ -1,0 +1,246 @@
+#include "store/ProjectStore.h"
+
+#include "tests/Testing.h"
+
+#include <QDir>
+#include <QFile>
+
+#include <SQLiteCpp/SQLiteCpp.h>
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <random>
+#include <thread>
+
+using namespace Corvadine;
+using namespace Corvadine::Testing;
+using namespace std::chrono_literals;
+using ::testing::EndsWith;
+using ::testing::StartsWith;
+
+namespace {
+
+// The table as releases before the resampling filter made it.
+const std::string OlderTable =
+    "CREATE TABLE Projects (ID integer PRIMARY KEY,ProjectFile VARCHAR(256),IconImageName VARCHAR(256),"
+    "SplashImageName VARCHAR(256),IncAndroid BOOLEAN,IncIPhone BOOLEAN,IncIPad BOOLEAN,IncWindows BOOLEAN,"
+    "TwoxSize INTEGER,OutputFolder VARCHAR(256),PickColor INTEGER,PixelFormat INTEGER,Compression INTEGER";
+const std::string Index = "CREATE UNIQUE INDEX index_ProjectFile ON Projects(ProjectFile)";
+const std::string OlderDatabase = OlderTable + ");" + Index
+    + ";INSERT INTO Projects (ProjectFile,IncIPad,PickColor) VALUES ('C:\\a.dproj',1,-1);"
+      "INSERT INTO Projects (ProjectFile,Compression) VALUES ('C:\\ü 😀''s.dproj',9)";
+
+class ProjectStoreTest : public TFolderTest {
+protected:
+    QString Database() const { return Path("Corvadine.db"); }
+    // What another program does to the file.
+    SQLite::Database Raw() const
+    {
+        return { Database().toStdString(), SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE };
+    }
+    std::string OpenError(const QString& path) const
+    {
+        return ErrorOf([&] { const TProjectStore store(path, 50ms); });
+    }
+    void MarkReadOnly() const { ASSERT_TRUE(QFile::setPermissions(Database(), QFile::ReadOwner)); }
+};
+
+} // namespace
+
+TEST_F(ProjectStoreTest, CreatesExactlyTheAgreedSchema)
+{
+    PutFile(Database(), ""); // as good as missing
+    const TProjectStore store(Database());
+    EXPECT_TRUE(store.TableExists("Projects"));
+    EXPECT_FALSE(store.TableExists("O'Hara"));
+
+    auto raw = Raw();
+    EXPECT_EQ(raw.execAndGet("SELECT group_concat(sql,'|') FROM sqlite_master").getString(),
+        OlderTable + ",ResampleFilter INTEGER)|" + Index);
+    EXPECT_EQ(raw.execAndGet("PRAGMA user_version").getInt(), 0);
+    EXPECT_EQ(raw.execAndGet("PRAGMA journal_mode").getString(), "delete");
+    EXPECT_EQ(QDir(Path(".")).entryList(QDir::Files), QStringList("Corvadine.db"));
+}
+
+TEST_F(ProjectStoreTest, UpgradesAnOlderDatabaseOnceAndReadsWhatItLacks)
+{
+    Raw().exec(OlderDatabase);
+    const auto projects = TProjectStore(Database()).ReadProjects();
+    ASSERT_EQ(projects.size(), 2U);
+    EXPECT_EQ(projects[0].PickColor, -1);
+    EXPECT_TRUE(projects[0].IncIPad);
+    EXPECT_FALSE(projects[0].IncIPhone);
+    EXPECT_EQ(projects[0].Compression, std::nullopt);
+    EXPECT_EQ(projects[0].OutputFolder, "");
+    EXPECT_EQ(projects[1].ProjectFile, QString::fromUtf8("C:\\ü 😀's.dproj"));
+    EXPECT_EQ(projects[1].ResampleFilter, 6);
+
+    Raw().exec("UPDATE Projects SET ResampleFilter=NULL WHERE ID=1; UPDATE Projects SET ResampleFilter=2 "
+               "WHERE ID=2");
+    const auto again = TProjectStore(Database()).ReadProjects();
+    EXPECT_EQ(again[0].ResampleFilter, std::nullopt);
+    EXPECT_EQ(again[1].ResampleFilter, 2);
+}
+
+TEST_F(ProjectStoreTest, FailingSchemaChangeLeavesNothingHalfDone)
+{
+    Raw().exec("CREATE TABLE index_ProjectFile (x)");
+    EXPECT_THAT(OpenError(Database()), EndsWith(": there is already a table named index_ProjectFile"));
+    EXPECT_FALSE(Raw().tableExists("Projects"));
+
+    Raw().exec("DROP TABLE index_ProjectFile;" + OlderDatabase
+        + ";CREATE TRIGGER t BEFORE UPDATE ON Projects BEGIN SELECT RAISE(ABORT,'no'); END");
+    EXPECT_THAT(OpenError(Database()), EndsWith(": no"));
+    Raw().exec("DROP TRIGGER t");
+    EXPECT_EQ(TProjectStore(Database()).ReadProjects().front().ResampleFilter, 6);
+}
+
+TEST_F(ProjectStoreTest, RefusesWhatItCannotUseAndSaysWhy)
+{
+    const auto message = [](const QString& path, const char* reason) {
+        return "Cannot open the project database " + path.toStdString() + ": " + reason;
+    };
+    EXPECT_EQ(OpenError(Path("no/x.db")), message(Path("no/x.db"), "its folder does not exist"));
+    ASSERT_TRUE(QDir(Path(".")).mkdir("folder"));
+    EXPECT_EQ(OpenError(Path("folder")), message(Path("folder"), "it is a folder"));
+    PutFile(Path("text"), QByteArray(5000, 'x'));
+    EXPECT_EQ(OpenError(Path("text")), message(Path("text"), "file is not a database"));
+
+    Raw().exec(OlderDatabase);
+    QByteArray damaged = FileBytes(Database());
+    damaged.replace(4096, 4096, QByteArray(4096, '\x5a')); // the page with the rows
+    PutFile(Path("damaged"), damaged);
+    EXPECT_EQ(OpenError(Path("damaged")), message(Path("damaged"), "database disk image is malformed"));
+
+    Raw().exec("PRAGMA user_version=1");
+    EXPECT_EQ(OpenError(Database()),
+        message(Database(), "it belongs to a newer release of Corvadine (its schema is version 1)"));
+}
+
+TEST_F(ProjectStoreTest, ReadsButDoesNotWriteAFileMarkedReadOnly)
+{
+    Raw().exec(OlderDatabase);
+    MarkReadOnly();
+    EXPECT_THAT(OpenError(Database()), EndsWith(": attempt to write a readonly database"))
+        << "needs an upgrade";
+
+    QFile::setPermissions(Database(), QFile::ReadOwner | QFile::WriteOwner);
+    EXPECT_FALSE(TProjectStore(Database()).IsReadOnly());
+    MarkReadOnly();
+    TProjectStore store(Database());
+    EXPECT_TRUE(store.IsReadOnly());
+    EXPECT_EQ(store.ReadProjects().size(), 2U);
+    EXPECT_EQ(ErrorOf([&] { store.Insert({ .ProjectFile = "b" }, { TField::ProjectFile }); }),
+        "Cannot add the project b to " + Database().toStdString() + ": attempt to write a readonly database");
+}
+
+TEST_F(ProjectStoreTest, WaitsForAnotherProgramAndThenSaysTheDatabaseIsLocked)
+{
+    TProjectStore store(Database(), 50ms);
+    auto other = Raw();
+    other.exec("BEGIN EXCLUSIVE");
+    EXPECT_THAT(OpenError(Database()), EndsWith(": database is locked"));
+    EXPECT_THAT(ErrorOf([&] { store.ReadProjects(); }), StartsWith("Cannot read the projects of "));
+    EXPECT_THAT(ErrorOf([&] { store.Insert({}, {}); }), EndsWith(": database is locked"));
+    other.exec("ROLLBACK");
+    EXPECT_EQ(store.Insert({}, {}).ID, 1);
+
+    TProjectStore patient(Database());
+    other.exec("BEGIN EXCLUSIVE");
+    std::thread release([&] {
+        std::this_thread::sleep_for(20ms);
+        other.exec("COMMIT");
+    });
+    EXPECT_EQ(patient.Insert({}, {}).ID, 2);
+    release.join();
+}
+
+TEST_F(ProjectStoreTest, TwoProgramsDoNotUndoEachOther)
+{
+    TProjectStore ours(Database());
+    TProjectStore theirs(Database());
+    TProject project =
+        ours.Insert({ .ProjectFile = "a", .TwoxSize = 1 }, { TField::ProjectFile, TField::TwoxSize });
+    TProject sameRow = theirs.ReadProjects().front();
+    sameRow.TwoxSize = 7;
+    sameRow.Compression = 0; // set in memory alone
+    theirs.Update(sameRow, { TField::TwoxSize });
+
+    project.PickColor = std::nullopt;
+    project.IncIPad = true;
+    const TProject merged = ours.Update(project, { TField::PickColor, TField::IncIPad });
+    EXPECT_EQ(merged, (TProject { .ID = 1, .ProjectFile = "a", .IncIPad = true, .TwoxSize = 7 }));
+
+    theirs.Delete(merged);
+    EXPECT_EQ(ErrorOf([&] { ours.Update(merged, { TField::IncIPad }); }),
+        "Cannot save the project a in " + Database().toStdString()
+            + ": another program has deleted it meanwhile");
+    const TProject successor = theirs.Insert({ .ProjectFile = "b" }, { TField::ProjectFile });
+    ASSERT_EQ(successor.ID, merged.ID);
+    EXPECT_THAT(
+        ErrorOf([&] { ours.Update(merged, { TField::IncIPad }); }), EndsWith("has put b in its place"));
+    ours.Delete(merged);
+    EXPECT_EQ(ours.ReadProjects(), std::vector { successor });
+}
+
+namespace {
+
+// Rows large enough to span pages, whose fields all say the same.
+TProject Uniform(int number)
+{
+    return {
+        .IconImageName = QString::number(number).repeated(3000), .TwoxSize = number, .Compression = number
+    };
+}
+
+// Upgrades the database, then writes until it is killed. An exception must end the process, not return to
+// gtest.
+[[noreturn]] void WriteForever(const QString& path) noexcept
+{
+    const TFieldSet fields { TField::IconImageName, TField::TwoxSize, TField::Compression };
+    TProjectStore store(path);
+    for (int number = 1;; ++number) {
+        TProject project = Uniform(number + 1);
+        project.ID = store.Insert(Uniform(number), fields).ID;
+        store.Update(project, fields);
+        if (number % 3 == 0)
+            store.Delete(project);
+    }
+}
+
+} // namespace
+
+TEST_F(ProjectStoreTest, IsWholeWhereverTheWriterIsKilled)
+{
+    std::mt19937 random(20);
+    std::uniform_real_distribution<double> fraction;
+    std::chrono::duration<double> longest = 10ms;
+    int roundsThatWrote = 0;
+    for (int round = 0; round < 30; ++round) {
+        QFile::remove(Database());
+        Raw().exec(OlderDatabase);
+        const pid_t writer = ::fork();
+        ASSERT_GE(writer, 0);
+        if (writer == 0)
+            WriteForever(Database());
+        std::this_thread::sleep_for(longest * fraction(random));
+        ::kill(writer, SIGKILL);
+        ::waitpid(writer, nullptr, 0);
+
+        const auto projects = TProjectStore(Database()).ReadProjects();
+        EXPECT_EQ(Raw().execAndGet("PRAGMA integrity_check").getString(), "ok");
+        ASSERT_GE(projects.size(), 2U);
+        EXPECT_EQ(projects[1].ResampleFilter, 6);
+        for (auto row = projects.begin() + 2; row != projects.end(); ++row) {
+            EXPECT_EQ(row->TwoxSize, row->Compression);
+            EXPECT_EQ(row->IconImageName, Uniform(row->TwoxSize.value()).IconImageName);
+        }
+        if (projects.size() > 2)
+            ++roundsThatWrote;
+        else
+            longest *= 1.25; // a slow machine
+    }
+    EXPECT_GT(roundsThatWrote, 0);
+}
