@@ -28,8 +28,12 @@ public:
     TErrorKind Kind() const { return FKind; }
     QString Text() const { return QString::fromUtf8(what()); }
 
+    // The last of the parts, for callers that name the file themselves; the whole text where there are none.
+    const QString& Reason() const { return FReason; }
+
 private:
     TErrorKind FKind;
+    QString FReason;
 };
 
 // The text of the operating system for `errorNumber` (a value of errno), without a final full stop.

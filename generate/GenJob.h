@@ -11,7 +11,7 @@ struct TProject;
 // One project's generation, taken as a whole at the start of a run.
 struct TGenJob {
     TGenSettings Settings;
-    QString IconFile; // full path; empty when none is chosen: its outputs are plain white
+    QString IconFile;   // full path; empty when none is chosen: its outputs are plain white
     QString LaunchFile; // full path; empty when none is chosen: its outputs are rendered from the icon source
 };
 

@@ -26,4 +26,7 @@ struct TGenSettings {
     QString OutputFolder;
 };
 
+// Full path of one output.
+QString OutputPath(const TGenSettings& settings, const TGenRec& record);
+
 } // namespace Corvadine

@@ -2,7 +2,6 @@
 
 #include "base/Error.h"
 #include "base/Files.h"
-#include "base/PathRules.h"
 #include "base/StagedFile.h"
 #include "generate/WorkQueue.h"
 #include "images/SourceImage.h"
@@ -142,10 +141,7 @@ private:
             file.Commit();
     }
 
-    QString PathOf(const TGenRec& record) const
-    {
-        return WithTrailingDelimiter(FJob.Settings.OutputFolder) + OutputFileName(record.ID);
-    }
+    QString PathOf(const TGenRec& record) const { return OutputPath(FJob.Settings, record); }
 
     const TGenJob& FJob;
     int FWorkers;

@@ -7,6 +7,7 @@
 #include "generate/Resampler.h"
 #include "images/SourceImage.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace Corvadine {
@@ -29,6 +30,18 @@ void RefuseHuge(QSize canvas)
 } // namespace
 
 TRenderSource::TRenderSource(QImage image) : FImage(std::move(image)) { }
+
+bool TRenderSource::IsTransparent() const
+{
+    if (!FImage.hasAlphaChannel())
+        return false;
+    for (int y = 0; y < FImage.height(); ++y) {
+        const auto* row = reinterpret_cast<const QRgb*>(FImage.constScanLine(y));
+        if (std::any_of(row, row + FImage.width(), [](QRgb pixel) { return qAlpha(pixel) < 255; }))
+            return true;
+    }
+    return false;
+}
 
 TFittedImage TRenderSource::At(QSize size, TResampleFilter filter) const
 {

@@ -27,6 +27,9 @@ public:
 
     TSourceInfo Info() const { return { FImage.size(), FImage.hasAlphaChannel() }; }
 
+    // Whether any pixel lets something show through; having an alpha channel is not enough.
+    bool IsTransparent() const;
+
     // The source at `size`; untouched when it has that size already.
     TFittedImage At(QSize size, TResampleFilter filter) const;
 
