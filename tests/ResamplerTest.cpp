@@ -1,0 +1,228 @@
+#include "generate/Resampler.h"
+
+#include "generate/Composition.h"
+#include "generate/ResampleKernels.h"
+#include "tests/Testing.h"
+
+#include <hwy/targets.h>
+
+#include <cmath>
+#include <numeric>
+#include <random>
+
+using namespace Corvadine;
+
+namespace {
+
+using TValues = std::vector<int>;
+
+constexpr std::int64_t PlainTarget = HWY_SCALAR;
+
+std::vector<std::int64_t> VectorTargets()
+{
+    hwy::SetSupportedTargetsForTest(0);
+    std::vector<std::int64_t> targets;
+    for (std::int64_t rest = hwy::SupportedTargets(); rest != 0; rest &= rest - 1)
+        if ((rest & -rest) != PlainTarget)
+            targets.push_back(rest & -rest);
+    return targets;
+}
+
+// What `kernel` makes when only `target` is allowed. The dispatch is chosen anew on each change.
+template <typename TKernel> auto On(std::int64_t target, TKernel kernel)
+{
+    hwy::SetSupportedTargetsForTest(target);
+    hwy::GetChosenTarget().Update(hwy::SupportedTargets());
+    auto result = kernel();
+    hwy::SetSupportedTargetsForTest(0);
+    hwy::GetChosenTarget().Update(hwy::SupportedTargets());
+    return result;
+}
+
+// The picture behind the reference values below: opaque grey, 9 x 8.
+QImage GreyPattern()
+{
+    QImage image(9, 8, QImage::Format_RGB32);
+    for (int y = 0; y < 8; ++y)
+        for (int x = 0; x < 9; ++x) {
+            const int grey = (x * 37 + y * 91 + (x * y) % 7 * 13) % 256;
+            image.setPixel(x, y, qRgb(grey, grey, grey));
+        }
+    return image;
+}
+
+TValues Grey(const TRaster& raster)
+{
+    TValues values;
+    for (std::size_t i = 0; i < raster.Bytes.size(); i += 4)
+        values.push_back(raster.Bytes[i]);
+    return values;
+}
+
+TValues Filtered(const QImage& image, QSize size, TResampleFilter filter)
+{
+    return Grey(WithAlpha(Resample(Premultiplied(image), size, filter)));
+}
+
+QImage Noise(QSize size, unsigned seed)
+{
+    std::mt19937 random(seed);
+    QImage image(size, QImage::Format_ARGB32);
+    for (int y = 0; y < size.height(); ++y)
+        for (int x = 0; x < size.width(); ++x)
+            image.setPixel(x, y, static_cast<QRgb>(random()));
+    return image;
+}
+
+std::vector<std::int16_t> Values(const TPremultipliedImage& image)
+{
+    std::vector<std::int16_t> values;
+    for (int y = 0; y < image.Height(); ++y)
+        values.insert(values.end(), image.Row(y), image.Row(y) + image.Width() * 4);
+    return values;
+}
+
+} // namespace
+
+// Values of Pillow 9.4 (bilinear, bicubic, Lanczos) and ImageMagick 6.9 (the others, which cuts where we
+// round).
+TEST(ResamplerTest, KernelsAgreeWithIndependentPrograms)
+{
+    struct TReference {
+        TResampleFilter Filter;
+        QSize Size;
+        TValues Values;
+    };
+    const QSize smaller(4, 3);
+    const QSize larger(11, 5);
+    const std::vector<TReference> references {
+        { TResampleFilter::rfBilinear, smaller,
+            { 111, 136, 135, 120, 129, 120, 138, 125, 127, 153, 132, 114 } },
+        { TResampleFilter::rfBicubic, smaller,
+            { 108, 136, 138, 120, 131, 119, 139, 126, 125, 157, 129, 113 } },
+        { TResampleFilter::rfLanczos3, smaller,
+            { 108, 138, 137, 121, 133, 120, 138, 128, 123, 159, 126, 111 } },
+        { TResampleFilter::rfTriangle, smaller,
+            { 110, 135, 134, 119, 129, 120, 138, 124, 126, 152, 132, 113 } },
+        { TResampleFilter::rfHermite, smaller,
+            { 110, 134, 137, 119, 127, 117, 139, 123, 124, 156, 132, 114 } },
+        { TResampleFilter::rfBell, smaller, { 112, 131, 136, 122, 127, 127, 133, 126, 129, 146, 129, 117 } },
+        { TResampleFilter::rfBSpline, smaller,
+            { 114, 130, 134, 124, 126, 129, 133, 127, 130, 143, 129, 118 } },
+        { TResampleFilter::rfMitchell, smaller,
+            { 110, 133, 136, 121, 129, 123, 136, 126, 127, 152, 129, 114 } },
+        { TResampleFilter::rfLanczos3, larger,
+            { 36, 63, 102, 150, 156, 92, 119, 197, 125, 41, 85, 129, 190, 146, 126, 170, 103, 134, 160, 139,
+                152, 204, 68, 117, 182, 136, 71, 126, 168, 118, 61, 96, 150, 148, 111, 101, 94, 90, 159, 193,
+                154, 147, 138, 99, 77, 133, 177, 219, 217, 108, 131, 82, 53, 111, 163 } },
+        { TResampleFilter::rfMitchell, larger,
+            { 42, 71, 104, 139, 153, 104, 132, 177, 123, 52, 86, 127, 172, 146, 128, 149, 106, 136, 154, 142,
+                145, 189, 78, 125, 162, 138, 92, 127, 159, 117, 80, 98, 146, 137, 112, 108, 105, 104, 153,
+                181, 149, 133, 131, 106, 89, 134, 172, 201, 198, 113, 130, 86, 69, 110, 155 } },
+    };
+    for (const TReference& reference : references) {
+        const TValues ours = Filtered(GreyPattern(), reference.Size, reference.Filter);
+        ASSERT_EQ(ours.size(), reference.Values.size());
+        for (std::size_t i = 0; i < ours.size(); ++i)
+            EXPECT_NEAR(ours[i], reference.Values[i], 1)
+                << "filter " << static_cast<int>(reference.Filter) << " value " << i;
+    }
+}
+
+TEST(ResamplerTest, SpeedFiltersTakeTheRightPixels)
+{
+    QImage ramp(8, 1, QImage::Format_RGB32);
+    for (int x = 0; x < 8; ++x)
+        ramp.setPixel(x, 0, qRgb(x * 10, x * 10, x * 10));
+    const auto picked = [&ramp](int width, TResampleFilter filter) {
+        return Grey(WithAlpha(PickPixels(ramp, QSize(width, 1), filter)));
+    };
+    EXPECT_EQ(picked(2, TResampleFilter::rfNone), TValues({ 0, 40 }));
+    EXPECT_EQ(picked(2, TResampleFilter::rfNearest), TValues({ 20, 60 }));
+    EXPECT_EQ(picked(3, TResampleFilter::rfNearest), TValues({ 10, 40, 60 }));
+    EXPECT_EQ(picked(16, TResampleFilter::rfNone).back(), 70);
+    for (const TResampleFilter filter : { TResampleFilter::rfLinear, TResampleFilter::rfFastLinear }) {
+        EXPECT_EQ(Filtered(ramp, QSize(2, 1), filter), TValues({ 15, 55 })) << "sample points 1.5 and 5.5";
+        EXPECT_EQ(Filtered(ramp, QSize(16, 1), filter)[3], 13) << "sample point 1.25";
+    }
+}
+
+TEST(ResamplerTest, FlatPicturesStayFlatAtAnyReduction)
+{
+    QImage white(3000, 3, QImage::Format_RGB32);
+    white.fill(qRgb(255, 254, 1));
+    for (const TFilterInfo& info : FilterInfos()) {
+        if (IsPickingFilter(info.Filter))
+            continue;
+        for (const QSize size : { QSize(7, 1), QSize(2999, 3), QSize(3100, 9) }) {
+            const TRaster raster = WithAlpha(Resample(Premultiplied(white), size, info.Filter));
+            for (std::size_t i = 0; i < raster.Bytes.size(); i += 4)
+                ASSERT_TRUE(raster.Bytes[i] == 255 && raster.Bytes[i + 1] == 254 && raster.Bytes[i + 2] == 1
+                    && raster.Bytes[i + 3] == 255)
+                    << info.Name << " at " << i;
+        }
+    }
+}
+
+TEST(ResamplerTest, TransparentNeighboursDoNotTintAndOvershootStaysWithinAlpha)
+{
+    QImage image(64, 64, QImage::Format_ARGB32);
+    image.fill(qRgba(0, 255, 0, 0)); // invisible green around a red disc with a faint rim
+    for (int y = 0; y < 64; ++y)
+        for (int x = 0; x < 64; ++x)
+            if (std::hypot(x - 32, y - 32) < 24)
+                image.setPixel(x, y, qRgba(250, 0, 0, std::hypot(x - 32, y - 32) < 22 ? 255 : 3));
+    for (const TFilterInfo& info : FilterInfos()) {
+        if (IsPickingFilter(info.Filter))
+            continue;
+        const TRaster raster = WithAlpha(Resample(Premultiplied(image), QSize(23, 23), info.Filter));
+        for (std::size_t i = 0; i < raster.Bytes.size(); i += 4) {
+            EXPECT_EQ(raster.Bytes[i + 1], 0) << info.Name << ": green shines through";
+            const bool isRim = raster.Bytes[i + 3] > 100 && raster.Bytes[i + 3] < 255;
+            EXPECT_TRUE(!isRim || raster.Bytes[i] >= 230) << info.Name << ": a dark fringe";
+        }
+    }
+}
+
+// The oracle is the plain code, which is also the slowest target.
+TEST(ResamplerTest, EveryInstructionSetGivesTheValuesOfThePlainCode)
+{
+    const std::vector<std::int64_t> targets = VectorTargets();
+    for (const int width : { 1, 2, 3, 5, 7, 8, 9, 15, 16, 17, 31, 33, 64, 65, 131 }) {
+        const QImage noise = Noise(QSize(width, 37), static_cast<unsigned>(width));
+        for (const auto& [filter, size] : { std::pair(TResampleFilter::rfLanczos3, QSize(width * 2 + 1, 5)),
+                 std::pair(TResampleFilter::rfMitchell, QSize((width + 2) / 3, 41)),
+                 std::pair(TResampleFilter::rfLinear, QSize(4, 4)) }) {
+            const auto run = [&, f = filter, s = size] {
+                return Values(Resample(Premultiplied(noise), s, f));
+            };
+            const auto plain = On(PlainTarget, run);
+            for (const std::int64_t target : targets)
+                EXPECT_EQ(On(target, run), plain) << hwy::TargetName(target) << " width " << width;
+        }
+    }
+}
+
+TEST(ResamplerTest, EveryInstructionSetPremultipliesAllColoursAlike)
+{
+    QImage all(256, 256, QImage::Format_ARGB32);
+    for (int alpha = 0; alpha < 256; ++alpha)
+        for (int color = 0; color < 256; ++color)
+            all.setPixel(color, alpha, qRgba(color, 255 - color, color ^ 85, alpha));
+    const auto run = [&all] { return Values(Premultiplied(all)); };
+    const auto plain = On(PlainTarget, run);
+    EXPECT_EQ(plain[4 * (256 * 255 + 200) + 2], 200 * 128);
+    for (const std::int64_t target : VectorTargets())
+        EXPECT_EQ(On(target, run), plain) << hwy::TargetName(target);
+}
+
+TEST(ResamplerTest, FitsIntoTheBoxAndRoundsToNearest)
+{
+    EXPECT_EQ(FittedSize({ 1024, 512 }, { 36, 36 }), QSize(36, 18));
+    EXPECT_EQ(FittedSize({ 1080, 1920 }, { 426, 320 }), QSize(180, 320));
+    EXPECT_EQ(FittedSize({ 640, 427 }, { 87, 87 }), QSize(87, 58)); // 58.04
+    EXPECT_EQ(FittedSize({ 640, 429 }, { 87, 87 }), QSize(87, 58)); // 58.3
+    EXPECT_EQ(FittedSize({ 640, 431 }, { 87, 87 }), QSize(87, 59)); // 58.6
+    EXPECT_EQ(FittedSize({ 10000, 1 }, { 36, 36 }), QSize(36, 1));
+    EXPECT_EQ(FittedSize({ 1, 1 }, { 960, 720 }), QSize(720, 720));
+}
