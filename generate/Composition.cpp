@@ -6,7 +6,7 @@ namespace Corvadine {
 
 namespace {
 
-constexpr int Level = TPremultipliedImage::FilteredLevel;
+constexpr int Level = FilteredLevel;
 constexpr int Full = 255 * Level; // an opaque white channel
 
 // One pixel of a filtered picture with its overshoot limited: 0 <= colour <= alpha <= Full.

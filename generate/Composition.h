@@ -10,7 +10,7 @@
 namespace Corvadine {
 
 // A source brought to its size in an output: untouched or picked pixels as they were in the file, or filtered
-// ones (at FilteredLevel).
+// ones.
 using TFittedImage = std::variant<QImage, TPremultipliedImage>;
 
 QSize SizeOf(const TFittedImage& image);

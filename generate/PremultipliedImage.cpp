@@ -9,39 +9,48 @@ namespace Corvadine {
 
 namespace {
 
-constexpr std::size_t BlockValues = 64 / sizeof(std::int16_t);
-
-} // namespace
-
-std::size_t PaddedRowValues(std::size_t pixels)
+// `values` rounded up to whole blocks of 64 bytes.
+std::size_t PaddedValues(std::size_t values)
 {
-    const std::size_t values = pixels * TPremultipliedImage::Channels;
+    constexpr std::size_t BlockValues = 64 / sizeof(std::int16_t);
     return (values + BlockValues - 1) / BlockValues * BlockValues;
 }
 
-TPremultipliedImage::TPremultipliedImage(QSize size)
-    : FSize(size)
-    , FStride(PaddedRowValues(static_cast<std::size_t>(size.width())))
-    , FValues(hwy::AllocateAligned<std::int16_t>(FStride * static_cast<std::size_t>(size.height())))
+hwy::AlignedFreeUniquePtr<std::int16_t[]> Allocate(std::size_t rows, std::size_t stride)
 {
-    if (!FValues)
+    auto values = hwy::AllocateAligned<std::int16_t>(rows * stride);
+    if (!values)
         throw std::bad_alloc();
-    const std::size_t used = static_cast<std::size_t>(size.width()) * Channels;
-    for (int y = 0; y < size.height(); ++y)
-        std::fill(Row(y) + used, Row(y) + FStride, std::int16_t { 0 });
+    return values;
 }
 
-TPremultipliedImage Premultiplied(const QImage& image)
+std::size_t RowValues(QSize size)
 {
-    TPremultipliedImage result(image.size());
-    const auto pixels = static_cast<std::size_t>(image.width());
-    for (int y = 0; y < image.height(); ++y) {
-        if (image.hasAlphaChannel())
-            Kernels::PremultiplyRow(image.constScanLine(y), pixels, result.Row(y));
-        else
-            Kernels::WidenOpaqueRow(image.constScanLine(y), pixels, result.Row(y));
+    return static_cast<std::size_t>(size.width()) * PixelChannels;
+}
+
+} // namespace
+
+TPremultipliedImage::TPremultipliedImage(QSize size)
+    : FSize(size)
+    , FStride(PaddedValues(RowValues(size)))
+    , FValues(Allocate(static_cast<std::size_t>(size.height()), FStride))
+{
+}
+
+TPixelPairImage::TPixelPairImage(const QImage& image)
+    : FSize(image.size())
+    , FStride(PaddedValues(RowValues(FSize)))
+    , FValues(Allocate(static_cast<std::size_t>(image.height()), FStride))
+{
+    const auto convert = image.hasAlphaChannel() ? Kernels::PremultiplyRow : Kernels::WidenOpaqueRow;
+    const auto pixels = static_cast<std::size_t>(FSize.width());
+    const std::size_t wholePairs = pixels / 2 * PairValues;
+    for (int y = 0; y < FSize.height(); ++y) {
+        std::int16_t* row = FValues.get() + static_cast<std::size_t>(y) * FStride;
+        std::fill(row + wholePairs, row + FStride, std::int16_t { 0 });
+        convert(image.constScanLine(y), pixels, row);
     }
-    return result;
 }
 
 } // namespace Corvadine

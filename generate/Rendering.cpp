@@ -19,7 +19,7 @@ constexpr int IconCompression = 6;
 // A launch source of absurd shape gives absurd boxes; better a sentence than half an hour of swapping.
 void RefuseHuge(QSize canvas)
 {
-    if (qint64 { canvas.width() } * canvas.height() * TPremultipliedImage::Channels > MaxDecodedBytes)
+    if (qint64 { canvas.width() } * canvas.height() * PixelChannels > MaxDecodedBytes)
         throw TError(TErrorKind::BadInput,
             QStringLiteral("Cannot render an output of %1 pixels: it is larger than %2 MiB")
                 .arg(SizeText(canvas))
@@ -48,8 +48,8 @@ TFittedImage TRenderSource::At(QSize size, TResampleFilter filter) const
         return FImage;
     if (IsPickingFilter(filter))
         return PickPixels(FImage, size, filter);
-    std::call_once(FConverted, [this] { FPremultiplied = Premultiplied(FImage); });
-    return Resample(*FPremultiplied, size, filter);
+    std::call_once(FConverted, [this] { FPixelPairs.emplace(FImage); });
+    return Resample(*FPixelPairs, size, filter);
 }
 
 TRecipe RecipeOf(const TGenRec& record, const TSourceInfo& icon, const std::optional<TSourceInfo>& launch)

@@ -36,7 +36,7 @@ public:
 private:
     QImage FImage;
     mutable std::once_flag FConverted;
-    mutable std::optional<TPremultipliedImage> FPremultiplied;
+    mutable std::optional<TPixelPairImage> FPixelPairs;
 };
 
 // The sources of one run. No launch source: its outputs are rendered from the icon source.

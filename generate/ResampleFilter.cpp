@@ -110,15 +110,16 @@ TKernel KernelOf(TResampleFilter filter)
 // a strong reduction none is lost for good.
 void Quantise(const std::vector<double>& weights, std::int16_t* out)
 {
-    constexpr double One = 1 << TFilterTable::WeightBits;
+    constexpr int Above = 1 << 16; // keeps the running sum positive, where cutting off is rounding down
     double total = 0;
     for (const double weight : weights)
         total += weight;
+    const double scale = (1 << TFilterTable::WeightBits) / total;
     double sum = 0;
-    double rounded = 0;
+    int rounded = 0;
     for (const double weight : weights) {
         sum += weight;
-        const double next = std::floor(sum / total * One + 0.5);
+        const int next = static_cast<int>(sum * scale + Above + 0.5) - Above;
         *out++ = static_cast<std::int16_t>(next - rounded);
         rounded = next;
     }

@@ -17,8 +17,8 @@ namespace Corvadine::Kernels::HWY_NAMESPACE {
 namespace hn = hwy::HWY_NAMESPACE;
 
 // SourceLevel to FilteredLevel takes one bit more than the weights.
-constexpr int RowShift = TFilterTable::WeightBits + 1;
-constexpr int PixelShift = TFilterTable::WeightBits;
+constexpr int PixelShift = TFilterTable::WeightBits + 1;
+constexpr int RowShift = TFilterTable::WeightBits;
 
 // One channel at SourceLevel. No tie can arise: 128 c a / 255 is never a half.
 HWY_INLINE std::int16_t PremultiplyOne(unsigned color, unsigned alpha)
@@ -26,13 +26,26 @@ HWY_INLINE std::int16_t PremultiplyOne(unsigned color, unsigned alpha)
     return static_cast<std::int16_t>((color * alpha * 128 + 127) / 255);
 }
 
+// Where channel 0 of a pixel stands in a row of pairs; the next channels follow at every second value.
+HWY_INLINE std::size_t PairPlace(std::size_t pixel)
+{
+    return pixel / 2 * 8 + pixel % 2;
+}
+
+HWY_INLINE void PremultiplyPixel(const std::uint8_t* bgra, std::int16_t* out)
+{
+    for (std::size_t channel = 0; channel < 3; ++channel)
+        out[channel * 2] = PremultiplyOne(bgra[channel], bgra[3]);
+    out[6] = PremultiplyOne(bgra[3], 255);
+}
+
 void WidenOpaqueRow(const std::uint8_t* HWY_RESTRICT bgrx, std::size_t pixels, std::int16_t* HWY_RESTRICT out)
 {
-    for (std::size_t i = 0; i < pixels * 4; i += 4) {
-        out[i] = static_cast<std::int16_t>(bgrx[i] * 128);
-        out[i + 1] = static_cast<std::int16_t>(bgrx[i + 1] * 128);
-        out[i + 2] = static_cast<std::int16_t>(bgrx[i + 2] * 128);
-        out[i + 3] = 255 * 128;
+    for (std::size_t i = 0; i < pixels; ++i) {
+        std::int16_t* pixel = out + PairPlace(i);
+        for (std::size_t channel = 0; channel < 3; ++channel)
+            pixel[channel * 2] = static_cast<std::int16_t>(bgrx[i * 4 + channel] * 128);
+        pixel[6] = 255 * 128;
     }
 }
 
@@ -48,11 +61,23 @@ std::int16_t Saturated(std::int32_t value)
 
 void PremultiplyRow(const std::uint8_t* HWY_RESTRICT bgra, std::size_t pixels, std::int16_t* HWY_RESTRICT out)
 {
-    for (std::size_t i = 0; i < pixels * 4; i += 4) {
-        const unsigned alpha = bgra[i + 3];
-        for (std::size_t channel = 0; channel < 3; ++channel)
-            out[i + channel] = PremultiplyOne(bgra[i + channel], alpha);
-        out[i + 3] = PremultiplyOne(alpha, 255);
+    for (std::size_t i = 0; i < pixels; ++i)
+        PremultiplyPixel(bgra + i * 4, out + PairPlace(i));
+}
+
+void SumPixelPairs(const TRowBatch& batch, const TPixelWeights& weights)
+{
+    for (std::size_t row = 0; row < batch.Count; ++row) {
+        for (std::size_t target = 0; target < weights.Targets; ++target) {
+            const std::int16_t* pairs = batch.Rows[row] + static_cast<std::size_t>(weights.First[target]) * 8;
+            const std::int16_t* own = weights.Weights + target * weights.Pairs * 2;
+            for (std::size_t channel = 0; channel < 4; ++channel) {
+                std::int32_t sum = 1 << (PixelShift - 1);
+                for (std::size_t tap = 0; tap < weights.Pairs * 2; ++tap)
+                    sum += pairs[tap / 2 * 8 + channel * 2 + tap % 2] * own[tap];
+                batch.Out[row][target * 4 + channel] = Saturated(sum >> PixelShift);
+            }
+        }
     }
 }
 
@@ -67,25 +92,11 @@ void SumRows(const std::int16_t* const* HWY_RESTRICT rows, const std::int16_t* H
     }
 }
 
-void SumPixels(
-    const std::int16_t* HWY_RESTRICT row, const TPixelWeights& weights, std::int16_t* HWY_RESTRICT out)
-{
-    for (std::size_t target = 0; target < weights.Targets; ++target) {
-        const std::int16_t* pixels = row + static_cast<std::size_t>(weights.First[target]) * 4;
-        const std::int16_t* pairs = weights.Weights + target * weights.Pairs * 8;
-        for (std::size_t channel = 0; channel < 4; ++channel) {
-            std::int32_t sum = 1 << (PixelShift - 1);
-            for (std::size_t tap = 0; tap < weights.Pairs * 2; ++tap)
-                sum += pixels[tap * 4 + channel] * pairs[tap / 2 * 8 + channel * 2 + tap % 2];
-            out[target * 4 + channel] = Saturated(sum >> PixelShift);
-        }
-    }
-}
-
 #else
 
 // Four pixels a step: BGRA bytes widened to 16 bits, multiplied by their alpha, divided as floats (one
-// correctly rounded division comes close enough to always round like PremultiplyOne), narrowed again.
+// correctly rounded division comes close enough to always round like PremultiplyOne), narrowed again and
+// paired.
 void PremultiplyRow(const std::uint8_t* HWY_RESTRICT bgra, std::size_t pixels, std::int16_t* HWY_RESTRICT out)
 {
     const hn::CappedTag<std::uint16_t, 16> d16;
@@ -102,30 +113,98 @@ void PremultiplyRow(const std::uint8_t* HWY_RESTRICT bgra, std::size_t pixels, s
     alignas(16) static constexpr std::uint8_t AlphaBytes[16] = { 6, 7, 6, 7, 6, 7, 6, 7, 14, 15, 14, 15, 14,
         15, 14, 15 };
     alignas(16) static constexpr std::uint16_t AlphaFactors[8] = { 0, 0, 0, 255, 0, 0, 0, 255 };
+    // BGRABGRA to BBGGRRAA.
+    alignas(16) static constexpr std::uint8_t PairBytes[16] = { 0, 1, 8, 9, 2, 3, 10, 11, 4, 5, 12, 13, 6, 7,
+        14, 15 };
     const auto spread = hn::BitCast(d16, hn::LoadDup128(dBytes, AlphaBytes));
     const auto alphaFactor = hn::LoadDup128(d16, AlphaFactors);
     const auto isAlpha = hn::Ne(alphaFactor, hn::Zero(d16));
+    const auto pairing = hn::BitCast(di16, hn::LoadDup128(dBytes, PairBytes));
     const auto divisor = hn::Set(df, 255.0F / 128.0F); // an exact float
     const auto toLevel = [&](auto half) {
         const auto product = hn::ConvertTo(df, hn::PromoteTo(di32, half));
         return hn::DemoteTo(dNarrow, hn::NearestInt(hn::Div(product, divisor)));
     };
 
-    const std::size_t values = pixels * 4;
-    const std::size_t step = hn::Lanes(d16);
+    const std::size_t pixelsAStep = hn::Lanes(d16) / 4;
     std::size_t i = 0;
-    for (; i + step <= values; i += step) {
-        const auto value = hn::PromoteTo(d16, hn::LoadU(d8, bgra + i));
+    for (; i + pixelsAStep <= pixels; i += pixelsAStep) {
+        const auto value = hn::PromoteTo(d16, hn::LoadU(d8, bgra + i * 4));
         const auto factor = hn::IfThenElse(isAlpha, alphaFactor, hn::TableLookupBytes(value, spread));
         const auto product = hn::Mul(value, factor);
         const auto low = toLevel(hn::LowerHalf(dHalf16, product));
         const auto high = toLevel(hn::UpperHalf(dHalf16, product));
-        hn::StoreU(hn::Combine(di16, high, low), di16, out + i);
+        hn::StoreU(hn::TableLookupBytes(hn::Combine(di16, high, low), pairing), di16, out + i * 4);
     }
-    for (; i < values; i += 4) {
-        for (std::size_t channel = 0; channel < 3; ++channel)
-            out[i + channel] = PremultiplyOne(bgra[i + channel], bgra[i + 3]);
-        out[i + 3] = PremultiplyOne(bgra[i + 3], 255);
+    for (; i < pixels; ++i)
+        PremultiplyPixel(bgra + i * 4, out + PairPlace(i));
+}
+
+// The sums of a pixel's four channels, which stand in every block of `sums`, into one block.
+template <class TTag, class TVector> HWY_INLINE auto FoldBlocks(TTag d, TVector sums)
+{
+    if constexpr (hn::MaxLanes(TTag()) <= 4) {
+        return sums;
+    } else {
+        const hn::Half<TTag> dHalf;
+        return FoldBlocks(dHalf, hn::Add(hn::LowerHalf(dHalf, sums), hn::UpperHalf(dHalf, sums)));
+    }
+}
+
+// One block holds one pair of pixels. A vector of blocks takes as many pairs of weights, each of which is
+// spread over its block's four channels; the rows of a batch share that work.
+template <std::size_t Rows>
+HWY_INLINE void SumPixelPairsOf(const TRowBatch& batch, const TPixelWeights& weights)
+{
+    const hn::CappedTag<std::int16_t, 32> d16;
+    const hn::RepartitionToWide<decltype(d16)> d32;
+    const hn::CappedTag<std::int32_t, 4> dPixel;
+    const hn::Rebind<std::int16_t, decltype(dPixel)> dPixel16;
+    const hn::Repartition<std::uint8_t, decltype(d16)> dBytes;
+    const std::size_t pairsAStep = hn::Lanes(d16) / 8;
+
+    // Block k takes the weights' bytes 4 k to 4 k + 3, four times over.
+    alignas(64) static constexpr std::uint8_t SpreadBytes[64] = { 0, 1, 2, 3, 0, 1, 2, 3, 0, 1, 2, 3, 0, 1, 2,
+        3,                                                      //
+        4, 5, 6, 7, 4, 5, 6, 7, 4, 5, 6, 7, 4, 5, 6, 7,         //
+        8, 9, 10, 11, 8, 9, 10, 11, 8, 9, 10, 11, 8, 9, 10, 11, //
+        12, 13, 14, 15, 12, 13, 14, 15, 12, 13, 14, 15, 12, 13, 14, 15 };
+    const auto spread = hn::BitCast(d16, hn::Load(dBytes, SpreadBytes));
+    const auto half = hn::Set(dPixel, 1 << (PixelShift - 1));
+    const std::int16_t* HWY_RESTRICT own = weights.Weights;
+    for (std::size_t target = 0; target < weights.Targets; ++target, own += weights.Pairs * 2) {
+        const std::size_t first = static_cast<std::size_t>(weights.First[target]) * 8;
+        hn::Vec<decltype(d32)> sums0[Rows];
+        hn::Vec<decltype(d32)> sums1[Rows];
+        for (std::size_t row = 0; row < Rows; ++row)
+            sums0[row] = sums1[row] = hn::Zero(d32);
+        for (std::size_t pair = 0; pair < weights.Pairs; pair += pairsAStep) {
+            const auto weight = hn::TableLookupBytes(hn::LoadDup128(d16, own + pair * 2), spread);
+            for (std::size_t row = 0; row < Rows; ++row)
+                sums0[row] = hn::ReorderWidenMulAccumulate(
+                    d32, hn::LoadU(d16, batch.Rows[row] + first + pair * 8), weight, sums0[row], sums1[row]);
+        }
+        for (std::size_t row = 0; row < Rows; ++row) {
+            const auto sum =
+                hn::Add(FoldBlocks(d32, hn::RearrangeToOddPlusEven(sums0[row], sums1[row])), half);
+            hn::StoreU(hn::DemoteTo(dPixel16, hn::ShiftRight<PixelShift>(sum)), dPixel16,
+                batch.Out[row] + target * 4);
+        }
+    }
+}
+
+void SumPixelPairs(const TRowBatch& batch, const TPixelWeights& weights)
+{
+    static_assert(TRowBatch::Most == 4);
+    switch (batch.Count) {
+    case 1:
+        return SumPixelPairsOf<1>(batch, weights);
+    case 2:
+        return SumPixelPairsOf<2>(batch, weights);
+    case 3:
+        return SumPixelPairsOf<3>(batch, weights);
+    default:
+        return SumPixelPairsOf<4>(batch, weights);
     }
 }
 
@@ -181,46 +260,6 @@ void SumRows(const std::int16_t* const* HWY_RESTRICT rows, const std::int16_t* H
         SumRowsStep<1>(rows, weights, taps, at, out);
 }
 
-// The sums of a pixel's four channels, which stand in one block or in two.
-template <class TTag32, class TTagPixel, class TVector>
-HWY_INLINE auto FoldBlocks(TTag32, TTagPixel dPixel, TVector sums)
-{
-    if constexpr (hn::MaxLanes(TTag32()) > hn::MaxLanes(TTagPixel()))
-        return hn::Add(hn::LowerHalf(dPixel, sums), hn::UpperHalf(dPixel, sums));
-    else
-        return sums;
-}
-
-void SumPixels(
-    const std::int16_t* HWY_RESTRICT row, const TPixelWeights& weights, std::int16_t* HWY_RESTRICT out)
-{
-    const hn::CappedTag<std::int16_t, 16> d16;
-    const hn::RepartitionToWide<decltype(d16)> d32;
-    const hn::CappedTag<std::int32_t, 4> dPixel;
-    const hn::Rebind<std::int16_t, decltype(dPixel)> dPixel16;
-    const hn::Repartition<std::uint8_t, decltype(d16)> dBytes;
-    const std::size_t lanes = hn::Lanes(d16);
-
-    // Two neighbouring pixels BGRABGRA to BBGGRRAA, so that their weights meet in one multiplication.
-    alignas(16) static constexpr std::uint8_t PairBytes[16] = { 0, 1, 8, 9, 2, 3, 10, 11, 4, 5, 12, 13, 6, 7,
-        14, 15 };
-    const auto pairing = hn::BitCast(d16, hn::LoadDup128(dBytes, PairBytes));
-    const auto half = hn::Set(dPixel, 1 << (PixelShift - 1));
-    const std::size_t values = weights.Pairs * 8;
-    const std::int16_t* HWY_RESTRICT ownWeights = weights.Weights;
-    for (std::size_t target = 0; target < weights.Targets; ++target, ownWeights += values) {
-        const std::int16_t* HWY_RESTRICT pixels = row + static_cast<std::size_t>(weights.First[target]) * 4;
-        auto sum0 = hn::Zero(d32);
-        auto sum1 = hn::Zero(d32);
-        for (std::size_t i = 0; i < values; i += lanes) {
-            const auto value = hn::TableLookupBytes(hn::LoadU(d16, pixels + i), pairing);
-            sum0 = hn::ReorderWidenMulAccumulate(d32, value, hn::LoadU(d16, ownWeights + i), sum0, sum1);
-        }
-        const auto sum = hn::Add(FoldBlocks(d32, dPixel, hn::RearrangeToOddPlusEven(sum0, sum1)), half);
-        hn::StoreU(hn::DemoteTo(dPixel16, hn::ShiftRight<PixelShift>(sum)), dPixel16, out + target * 4);
-    }
-}
-
 #endif // HWY_TARGET
 
 } // namespace Corvadine::Kernels::HWY_NAMESPACE
@@ -231,8 +270,8 @@ namespace Corvadine::Kernels {
 
 HWY_EXPORT(PremultiplyRow);
 HWY_EXPORT(WidenOpaqueRow);
+HWY_EXPORT(SumPixelPairs);
 HWY_EXPORT(SumRows);
-HWY_EXPORT(SumPixels);
 
 void PremultiplyRow(const std::uint8_t* bgra, std::size_t pixels, std::int16_t* out)
 {
@@ -244,15 +283,15 @@ void WidenOpaqueRow(const std::uint8_t* bgrx, std::size_t pixels, std::int16_t* 
     HWY_DYNAMIC_DISPATCH(WidenOpaqueRow)(bgrx, pixels, out);
 }
 
+void SumPixelPairs(const TRowBatch& batch, const TPixelWeights& weights)
+{
+    HWY_DYNAMIC_DISPATCH(SumPixelPairs)(batch, weights);
+}
+
 void SumRows(const std::int16_t* const* rows, const std::int16_t* weights, std::size_t taps,
     std::size_t count, std::int16_t* out)
 {
     HWY_DYNAMIC_DISPATCH(SumRows)(rows, weights, taps, count, out);
-}
-
-void SumPixels(const std::int16_t* row, const TPixelWeights& weights, std::int16_t* out)
-{
-    HWY_DYNAMIC_DISPATCH(SumPixels)(row, weights, out);
 }
 
 } // namespace Corvadine::Kernels

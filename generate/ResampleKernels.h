@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 
@@ -8,28 +9,38 @@
 // instruction set gives the same values.
 namespace Corvadine::Kernels {
 
-// One row of straight BGRA bytes to premultiplied values at SourceLevel (see TPremultipliedImage).
+// One row of straight BGRA bytes to premultiplied values at SourceLevel, in pairs of pixels (see
+// TPixelPairImage). An odd last pixel leaves the other half of its pair as it was.
 void PremultiplyRow(const std::uint8_t* bgra, std::size_t pixels, std::int16_t* out);
 
 // The same for a row without transparency; the fourth byte of each pixel is ignored.
 void WidenOpaqueRow(const std::uint8_t* bgrx, std::size_t pixels, std::int16_t* out);
 
-// out[i] = sum of rows[t][i] * weights[t] over the taps, brought from SourceLevel to FilteredLevel, for i <
-// count. REQUIRES: taps is even; rows and out are readable and writable up to count rounded up to 32 values.
-void SumRows(const std::int16_t* const* rows, const std::int16_t* weights, std::size_t taps,
-    std::size_t count, std::int16_t* out);
-
-// Weights of one axis in the order in which SumPixels reads them: for two neighbouring taps the pair of
-// weights four times over, once for each channel.
+// Which pairs of pixels make up each target pixel of a row.
 struct TPixelWeights {
-    const int* First;            // per target pixel: its first source pixel
-    const std::int16_t* Weights; // targets x pairs x 8
+    const int* First;            // per target pixel: its first pair
+    const std::int16_t* Weights; // targets x pairs x 2; readable for 8 bytes more
     std::size_t Targets;
-    std::size_t Pairs; // even
+    std::size_t Pairs; // of each target pixel; a multiple of four
 };
 
-// Each target pixel of `out` is the weighted sum of source pixels of `row`; both at FilteredLevel.
-// REQUIRES: `row` is readable for 2 * Pairs pixels from every First.
-void SumPixels(const std::int16_t* row, const TPixelWeights& weights, std::int16_t* out);
+// Rows of a source and where their narrowed forms go.
+struct TRowBatch {
+    static constexpr std::size_t Most = 4;
+
+    std::size_t Count = 0;
+    std::array<const std::int16_t*, Most> Rows {};
+    std::array<std::int16_t*, Most> Out {};
+};
+
+// The horizontal pass of some rows, from SourceLevel to FilteredLevel: each target pixel is the weighted sum
+// of its pairs of the row. REQUIRES: the rows are readable for Pairs pairs from every First.
+void SumPixelPairs(const TRowBatch& batch, const TPixelWeights& weights);
+
+// One row of the vertical pass, at FilteredLevel: out[i] = sum of rows[t][i] * weights[t] over the taps, for
+// i < count. REQUIRES: taps is even; rows and out are at 64 bytes, and readable and writable up to count
+// rounded up to 32 values.
+void SumRows(const std::int16_t* const* rows, const std::int16_t* weights, std::size_t taps,
+    std::size_t count, std::int16_t* out);
 
 } // namespace Corvadine::Kernels

@@ -8,31 +8,87 @@ namespace Corvadine {
 
 namespace {
 
-// A TFilterTable in the layout of Kernels::TPixelWeights.
-class TPixelWeightTable {
+// A TFilterTable in the layout of Kernels::TPixelWeights: whole pairs of pixels, in groups of four, none of
+// which starts so late that it would be read past the row's end.
+class TPairWeights {
 public:
-    explicit TPixelWeightTable(const TFilterTable& table)
-        : FFirst(table.First), FPairs((static_cast<std::size_t>(table.TapCount) / 2 + 1) / 2 * 2)
+    // `pairCount`: readable pairs of a source row.
+    TPairWeights(const TFilterTable& table, int pairCount)
+        : FPairs(std::min((table.TapCount / 2 + 1 + 3) / 4 * 4, pairCount))
+        , FWeights(
+              static_cast<std::size_t>(table.TargetSize) * static_cast<std::size_t>(FPairs) * 2 + OverRead)
     {
-        const auto targets = static_cast<std::size_t>(table.TargetSize);
-        const auto taps = static_cast<std::size_t>(table.TapCount);
-        FWeights.resize(targets * FPairs * 8);
-        for (std::size_t target = 0; target < targets; ++target)
-            for (std::size_t tap = 0; tap < taps; ++tap)
-                for (std::size_t channel = 0; channel < 4; ++channel)
-                    FWeights[(target * FPairs + tap / 2) * 8 + channel * 2 + tap % 2] =
-                        table.Weights[target * taps + tap];
+        FFirst.reserve(static_cast<std::size_t>(table.TargetSize));
+        const std::int16_t* from = table.Weights.data();
+        std::int16_t* to = FWeights.data();
+        for (const int firstPixel : table.First) {
+            const int firstPair = std::min(firstPixel / 2, pairCount - FPairs);
+            const int shift = firstPixel - firstPair * 2;
+            std::copy_n(from, std::min(table.TapCount, FPairs * 2 - shift), to + shift);
+            FFirst.push_back(firstPair);
+            from += table.TapCount;
+            to += FPairs * 2;
+        }
     }
 
-    Kernels::TPixelWeights View() const { return { FFirst.data(), FWeights.data(), FFirst.size(), FPairs }; }
-
-    // Pixels that a row must have beyond its end so that reading whole groups of taps stays inside.
-    std::size_t Overhang() const { return FPairs * 2; }
+    Kernels::TPixelWeights View() const
+    {
+        return { FFirst.data(), FWeights.data(), FFirst.size(), static_cast<std::size_t>(FPairs) };
+    }
 
 private:
+    static constexpr std::size_t OverRead = 4; // values that a kernel may read behind the last weight
+
+    int FPairs;
     std::vector<int> FFirst;
-    std::size_t FPairs;
     std::vector<std::int16_t> FWeights;
+};
+
+// The source's rows brought to the target's width, as the vertical pass comes to need them. Just as many are
+// kept as one target row is made of.
+class TNarrowedRows {
+public:
+    TNarrowedRows(const TPixelPairImage& source, const TFilterTable& columns, int keptRows)
+        : FSource(source)
+        , FColumns(columns, source.PairCount())
+        , FKept(QSize(columns.TargetSize, keptRows))
+        , FRows(static_cast<std::size_t>(keptRows))
+    {
+    }
+
+    // The source rows from `first` on, as many as are kept; those past the source's end repeat its last row.
+    // Valid until the next call. REQUIRES: `first` is not below that of an earlier call.
+    const std::int16_t* const* From(int first)
+    {
+        const int last = FSource.Height() - 1;
+        Narrow(std::max(FNext, first), std::min(first + FKept.Height() - 1, last));
+        for (int i = 0; i < FKept.Height(); ++i)
+            FRows[static_cast<std::size_t>(i)] = Kept(std::min(first + i, last));
+        return FRows.data();
+    }
+
+private:
+    std::int16_t* Kept(int y) { return FKept.Row(y % FKept.Height()); }
+
+    void Narrow(int first, int last)
+    {
+        Kernels::TRowBatch batch;
+        for (int y = first; y <= last; ++y) {
+            batch.Rows[batch.Count] = FSource.Row(y);
+            batch.Out[batch.Count] = Kept(y);
+            if (++batch.Count == Kernels::TRowBatch::Most || y == last) {
+                Kernels::SumPixelPairs(batch, FColumns.View());
+                batch.Count = 0;
+            }
+        }
+        FNext = std::max(FNext, last + 1);
+    }
+
+    const TPixelPairImage& FSource;
+    TPairWeights FColumns;
+    TPremultipliedImage FKept;
+    std::vector<const std::int16_t*> FRows;
+    int FNext = 0;
 };
 
 } // namespace
@@ -50,25 +106,19 @@ QSize FittedSize(QSize source, QSize box)
     return { scaled(w, box.height(), h), box.height() };
 }
 
-TPremultipliedImage Resample(const TPremultipliedImage& source, QSize size, TResampleFilter filter)
+TPremultipliedImage Resample(const TPixelPairImage& source, QSize size, TResampleFilter filter)
 {
-    const TFilterTable vertical = BuildFilterTable(filter, source.Height(), size.height());
-    const TPixelWeightTable horizontal(BuildFilterTable(filter, source.Width(), size.width()));
-    const auto taps = static_cast<std::size_t>(vertical.TapCount);
-    const auto values = static_cast<std::size_t>(source.Width()) * TPremultipliedImage::Channels;
+    const TFilterTable rows = BuildFilterTable(filter, source.Height(), size.height());
+    const TFilterTable columns = BuildFilterTable(filter, source.Width(), size.width());
+    const auto taps = static_cast<std::size_t>(rows.TapCount);
+    const auto values = static_cast<std::size_t>(size.width()) * PixelChannels;
 
-    // One source-wide row at a time: it is still in the cache when the horizontal pass reads it.
-    TPremultipliedImage row(QSize(source.Width() + static_cast<int>(horizontal.Overhang()), 1));
-    std::fill(row.Row(0), row.Row(0) + row.Stride(), std::int16_t { 0 });
-    std::vector<const std::int16_t*> rows(taps);
+    TNarrowedRows narrowed(source, columns, rows.TapCount);
     TPremultipliedImage result(size);
     for (int y = 0; y < size.height(); ++y) {
         const auto target = static_cast<std::size_t>(y);
-        for (std::size_t tap = 0; tap < taps; ++tap)
-            rows[tap] =
-                source.Row(std::min(vertical.First[target] + static_cast<int>(tap), source.Height() - 1));
-        Kernels::SumRows(rows.data(), &vertical.Weights[target * taps], taps, values, row.Row(0));
-        Kernels::SumPixels(row.Row(0), horizontal.View(), result.Row(y));
+        Kernels::SumRows(
+            narrowed.From(rows.First[target]), &rows.Weights[target * taps], taps, values, result.Row(y));
     }
     return result;
 }

@@ -1,0 +1,184 @@
+// Where the time of a run goes, stage by stage on one thread, next to the least that any program must spend:
+// decoding the two sources once and deflating the output's bytes once.
+// usage: StagesBench ICON LAUNCH [Google Benchmark's options]
+
+#include "base/StagedFile.h"
+#include "generate/Composition.h"
+#include "generate/GenerationRun.h"
+#include "generate/IcoWriter.h"
+#include "generate/Palette.h"
+#include "generate/PngWriter.h"
+#include "generate/Resampler.h"
+#include "images/SourceImage.h"
+
+#include <QCoreApplication>
+#include <QTemporaryDir>
+
+#include <benchmark/benchmark.h>
+#include <zlib.h>
+
+#include <algorithm>
+#include <iostream>
+
+using namespace Corvadine;
+
+namespace {
+
+constexpr int Compression = 6;
+
+// Everything a stage needs from the ones before it.
+class TStages {
+public:
+    TStages(const QString& icon, const QString& launch)
+    {
+        FJob.IconFile = icon;
+        FJob.LaunchFile = launch;
+        FJob.Settings.Platforms = { true, true, true, true };
+        FJob.Settings.Format = TOutputFormat::TrueColor;
+        FSources = LoadSources(FJob);
+        const auto launchInfo = FSources.Launch->Info();
+        for (const TGenRec& record :
+            BuildGenList(FJob.Settings.Platforms, FJob.Settings.TwoxSize, launchInfo.Size)) {
+            const TRecipe recipe = RecipeOf(record, FSources.Icon->Info(), launchInfo);
+            if (std::find(FRecipes.begin(), FRecipes.end(), recipe) == FRecipes.end())
+                FRecipes.push_back(recipe);
+        }
+    }
+
+    void Decode(bool launch) const
+    {
+        benchmark::DoNotOptimize(
+            LoadSourceImage(launch ? FJob.LaunchFile : FJob.IconFile, TDecoderChoice::ByContent));
+    }
+
+    void Convert() const
+    {
+        for (const QString& file : { FJob.IconFile, FJob.LaunchFile }) {
+            static QMap<QString, QImage> images;
+            QImage& image = images[file];
+            if (image.isNull())
+                image = LoadSourceImage(file, TDecoderChoice::ByContent);
+            benchmark::DoNotOptimize(TPixelPairImage(image).Row(0));
+        }
+    }
+
+    // The different sizes of the catalogue, and the ten of the Windows icon.
+    std::vector<TFittedImage> Resample(TResampleFilter filter) const
+    {
+        std::vector<TFittedImage> fitted;
+        for (const TRecipe& recipe : FRecipes)
+            fitted.push_back(
+                (recipe.FromLaunch ? FSources.Launch : FSources.Icon)->At(recipe.Fitted, filter));
+        for (const int side : IconSizes)
+            fitted.push_back(
+                FSources.Icon->At(FittedSize(FSources.Icon->Info().Size, { side, side }), filter));
+        return fitted;
+    }
+
+    std::vector<TRaster> Compose(const std::vector<TFittedImage>& fitted) const
+    {
+        std::vector<TRaster> rasters;
+        for (std::size_t i = 0; i < fitted.size(); ++i) {
+            const bool keeps = i >= FRecipes.size() || FRecipes[i].KeepsAlpha;
+            rasters.push_back(
+                keeps ? WithAlpha(fitted[i]) : FlattenedOnCanvas(fitted[i], FRecipes[i].Canvas, {}));
+        }
+        return rasters;
+    }
+
+    std::vector<TPaletteRaster> Reduce(const std::vector<TRaster>& rasters) const
+    {
+        std::vector<TPaletteRaster> reduced;
+        for (std::size_t i = 0; i < FRecipes.size(); ++i)
+            reduced.push_back(ReduceColors(rasters[i], TColor {}));
+        return reduced;
+    }
+
+    std::vector<QByteArray> Encode(const std::vector<TRaster>& rasters) const
+    {
+        const auto icons = rasters.begin() + static_cast<std::ptrdiff_t>(FRecipes.size());
+        std::vector<QByteArray> files;
+        for (auto raster = rasters.begin(); raster != icons; ++raster)
+            files.push_back(EncodePng(*raster, Compression));
+        files.push_back(EncodeIco({ icons, rasters.end() }, Compression));
+        return files;
+    }
+
+    // The same bytes through zlib alone, without row filters, chunks or checksums of ours.
+    static std::size_t Deflate(const std::vector<TRaster>& rasters)
+    {
+        std::size_t total = 0;
+        std::vector<std::uint8_t> packed;
+        for (const TRaster& raster : rasters) {
+            uLongf size = compressBound(raster.Bytes.size());
+            packed.resize(size);
+            compress2(packed.data(), &size, raster.Bytes.data(), raster.Bytes.size(), Compression);
+            total += size;
+        }
+        return total;
+    }
+
+    // As many files as a run writes.
+    static void Write(const QString& folder, const std::vector<QByteArray>& files)
+    {
+        constexpr std::size_t FileCount = 38;
+        std::vector<TStagedFile> staged;
+        for (std::size_t i = 0; i < FileCount; ++i)
+            staged.emplace_back(folder + QStringLiteral("/%1").arg(i), files[i % files.size()]);
+        for (TStagedFile& file : staged)
+            file.Commit();
+    }
+
+private:
+    TGenJob FJob;
+    TRenderSources FSources;
+    std::vector<TRecipe> FRecipes;
+};
+
+template <typename TAction> void Register(const std::string& name, TAction action)
+{
+    benchmark::RegisterBenchmark(name.c_str(),
+        [action](benchmark::State& state) {
+            for ([[maybe_unused]] auto _ : state)
+                action();
+        })
+        ->Unit(benchmark::kMillisecond)
+        ->MinTime(0.5);
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    if (argc < 3) {
+        std::cerr << "usage: StagesBench ICON LAUNCH [options]\n";
+        return 2;
+    }
+    QCoreApplication application(argc, argv);
+    const TStages stages(QString::fromLocal8Bit(argv[1]), QString::fromLocal8Bit(argv[2]));
+    const auto fitted = stages.Resample(TResampleFilter::rfMitchell);
+    const auto rasters = stages.Compose(fitted);
+    const auto files = stages.Encode(rasters);
+    const QTemporaryDir folder;
+
+    Register("bound: decode both sources", [&] {
+        stages.Decode(false);
+        stages.Decode(true);
+    });
+    Register("bound: deflate the outputs", [&] { benchmark::DoNotOptimize(TStages::Deflate(rasters)); });
+    Register("stage: decode the icon", [&] { stages.Decode(false); });
+    Register("stage: decode the launch image", [&] { stages.Decode(true); });
+    Register("stage: convert both", [&] { stages.Convert(); });
+    for (const TFilterInfo& info : FilterInfos())
+        Register(std::string("stage: resample, ") + info.Name,
+            [&stages, filter = info.Filter] { benchmark::DoNotOptimize(stages.Resample(filter)); });
+    Register("stage: compose", [&] { benchmark::DoNotOptimize(stages.Compose(fitted)); });
+    Register("stage: encode", [&] { benchmark::DoNotOptimize(stages.Encode(rasters)); });
+    Register("stage: reduce to 256 colours", [&] { benchmark::DoNotOptimize(stages.Reduce(rasters)); });
+    Register("stage: write and sync", [&] { TStages::Write(folder.path(), files); });
+
+    argc -= 2;
+    argv += 2;
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+}
