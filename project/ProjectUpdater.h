@@ -1,0 +1,65 @@
+#pragma once
+
+#include "project/ProjectDocument.h"
+
+#include <QByteArray>
+#include <QDateTime>
+#include <QString>
+#include <QStringList>
+
+#include <vector>
+
+// Points a project file at its generated images: each property named after an image gets the image's path,
+// relative to the project file's folder.
+namespace Corvadine {
+
+// The images of one project. All paths are absolute.
+struct TProjectImages {
+    QString ProjectFile;
+    QString OutputFolder;
+    QStringList IDs; // property and base file name of each image, in the order of the generation list
+};
+
+// What to do when the backup cannot be made.
+enum class TBackupPolicy {
+    BestEffort, // go on without it: somebody sits in front of the window and wants the update
+    Required,   // leave the project file alone; a missing backup folder is created
+};
+
+struct TBackupOrder {
+    QString Folder;
+    QDateTime Time; // local; becomes part of the backup's name
+    TBackupPolicy Policy = TBackupPolicy::Required;
+};
+
+// Which images count as there.
+enum class TImageFiles {
+    Existing, // those with a file in the output folder; the others are passed over in silence
+    Assumed,  // all: what an update would do once they have been generated
+};
+
+struct TUpdateResult {
+    int UpdatedCount = 0;                // elements set, also those that had the text already
+    QStringList MissingIDs;              // images that no element is named after
+    std::vector<TElementChange> Changes; // one for each element set, by image and then by place in the file
+    QString BackupPath;                  // empty if none was made
+    bool IsWritten = false; // false: the file already was as it should be and has not been touched
+
+    // What the user is told after an update, with CR LF between lines. It names no IDs, and speaks of a
+    // backup whether or not one could be made.
+    QString ClosingMessage() const;
+};
+
+// What UpdateProject() would set, without backup and without writing. Throws TError as that does.
+TUpdateResult PlanUpdate(const TProjectImages& images, TImageFiles files);
+
+// Backs the project file up, sets the paths of the images that exist, and saves it in one step. Throws
+// TError, the project file then being as it was: NotFound ("The Project does not exist!"), BadInput for one
+// that is no XML, Usage without an output folder, Conflict if somebody else saved it meanwhile, Io.
+TUpdateResult UpdateProject(const TProjectImages& images, const TBackupOrder& backup);
+
+// Saves `newBytes` as the project file that was read as `bytesRead`. Returns false, without touching it, if
+// they are the same. Throws TError: Conflict if the file no longer holds `bytesRead`, Io.
+bool SaveProjectFile(const QString& projectFile, const QByteArray& bytesRead, const QByteArray& newBytes);
+
+} // namespace Corvadine

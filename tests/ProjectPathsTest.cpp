@@ -1,0 +1,34 @@
+#include "project/ProjectPaths.h"
+
+#include "tests/Testing.h"
+
+using namespace Corvadine;
+
+TEST(ProjectPathsTest, RelativeFolderIsTheSameRuleOnEverySystem)
+{
+    const char* const cases[][3] = {
+        { R"(C:\Dev\Demo\Demo.dproj)", R"(C:\Dev\Demo\Images)", R"(Images\)" },
+        { R"(C:\Dev\Demo\Demo.dproj)", R"(C:\Dev\Demo)", "" },
+        { R"(C:\Dev\Demo\Demo.dproj)", R"(C:\Dev\Art\Demo)", R"(..\Art\Demo\)" },
+        { R"(C:\Dev\Demo\Demo.dproj)", R"(D:\Art)", R"(D:\Art\)" },
+        { R"(C:/Dev/Demo/Demo.dproj)", R"(c:\dev\DEMO\Images\)", R"(Images\)" },
+        { R"(C:\Dev\Demo\Demo.dproj)", R"(C:\)", R"(..\..\)" },
+        { R"(C:\Demo.dproj)", R"(\\server\share\Art)", R"(\\server\share\Art\)" },
+        { R"(\\server\share\a\Demo.dproj)", R"(\\SERVER\share\Art)", R"(..\Art\)" },
+        { R"(\\server\share\Demo.dproj)", R"(\\server\other\Art)", R"(\\server\other\Art\)" },
+        { "/home/u/Demo/Demo.dproj", "/home/u/Art/Demo", R"(..\Art\Demo\)" },
+        { "/home/u/Demo/Demo.dproj", "/home/u/Demo2", R"(..\Demo2\)" },
+        { "/Demo.dproj", "/", "" },
+        { "/home/u/Demo/Demo.dproj", "/mnt/Größe & Co", R"(..\..\..\mnt\Größe & Co\)" },
+    };
+    for (const auto& [projectFile, outputFolder, expected] : cases)
+        EXPECT_EQ(RelativeFolder(projectFile, outputFolder).toStdString(), expected)
+            << projectFile << " to " << outputFolder;
+}
+
+TEST(ProjectPathsTest, NewProjectsGetAFolderNamedAfterThem)
+{
+    EXPECT_EQ(DeriveOutputFolder(R"(C:\Dev\Demo\Demo.dproj)"), R"(C:\Dev\Demo\Demo\Corvadine)");
+    EXPECT_EQ(DeriveOutputFolder("/home/u/Demo.v2.DProj"), "/home/u/Demo.v2/Corvadine");
+    EXPECT_EQ(DeriveOutputFolder("/home/u/.dproj"), "/home/u/Corvadine") << "no second delimiter";
+}
