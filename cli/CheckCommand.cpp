@@ -54,7 +54,10 @@ protected:
         result.Json = { { QStringLiteral("findings"), findings.Json },
             { QStringLiteral("missing"), QJsonArray::fromStringList(update.MissingIDs) } };
         // Which elements there are depends on the IDE that wrote the file, so a missing one is no fault.
-        result.Lines = findings.Lines + MissingLines(QStringLiteral("note: no element for "), update);
+        result.Lines = findings.Lines;
+        if (!update.MissingIDs.isEmpty())
+            result.Lines.append(QStringLiteral("note: no element in %1 for %2")
+                                    .arg(project.ProjectFile, update.MissingIDs.join(QStringLiteral(", "))));
         result.Lines.append(findings.Lines.isEmpty()
                 ? QStringLiteral("OK")
                 : Counted(findings.Lines.size(), QStringLiteral("finding")));

@@ -36,7 +36,7 @@ QStringList ElementLines(const TUpdateResult& update, const QString& projectFile
         QStringLiteral("%1 would change in %2 (%3 right already)")
             .arg(Counted(changes.size(), QStringLiteral("element")), projectFile)
             .arg(CountRight(update)) };
-    return lines + changes + MissingLines(QStringLiteral("No element for "), update);
+    return lines + changes + MissingLines(update);
 }
 
 QJsonArray OutputsJson(const TOutputPlan& plan, const TGenJob& job)

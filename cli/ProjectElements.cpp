@@ -1,5 +1,7 @@
 #include "cli/ProjectElements.h"
 
+#include "base/Error.h"
+#include "base/Files.h"
 #include "cli/CliOutput.h"
 #include "generate/GenerationRun.h"
 
@@ -9,6 +11,10 @@ namespace Corvadine {
 
 TProjectImages ImagesOf(const TProject& project, const TGenJob& job)
 {
+    // The update says so too, but not which file it means.
+    if (!FileExists(project.ProjectFile))
+        throw TError(TErrorKind::NotFound, QStringLiteral("read the project file"), project.ProjectFile,
+            QStringLiteral("the file does not exist"));
     TProjectImages images { project.ProjectFile, project.OutputFolder, {} };
     // The launch source decides about sizes only, so nothing is read for the names.
     for (const TGenRec& record : PlanGenList(job.Settings, std::nullopt))
@@ -55,11 +61,14 @@ int CountRight(const TUpdateResult& update)
     return count;
 }
 
-QStringList MissingLines(const QString& heading, const TUpdateResult& update)
+QStringList MissingLines(const TUpdateResult& update)
 {
     if (update.MissingIDs.isEmpty())
         return {};
-    return { heading + update.MissingIDs.join(QStringLiteral(", ")) };
+    QStringList lines { QStringLiteral("Not found in the project file:") };
+    for (const QString& id : update.MissingIDs)
+        lines.append(QStringLiteral("  ") + id);
+    return lines;
 }
 
 QString Counted(qsizetype count, const QString& noun)

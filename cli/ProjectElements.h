@@ -12,6 +12,7 @@
 namespace Corvadine {
 
 // The images that `job` generates for `project`, as the update of its project file wants them.
+// Throws TError(NotFound) if the project file is missing.
 TProjectImages ImagesOf(const TProject& project, const TGenJob& job);
 
 // What makes a job pointless or its outputs blank, one sentence each, found without decoding the sources.
@@ -26,8 +27,8 @@ QJsonArray ChangesJson(const TUpdateResult& update);
 // The number of elements that need no change.
 int CountRight(const TUpdateResult& update);
 
-// A line that names the IDs that no element has, after `heading`; no line if there are none.
-QStringList MissingLines(const QString& heading, const TUpdateResult& update);
+// A heading and a line for each ID that no element has; nothing if there are none.
+QStringList MissingLines(const TUpdateResult& update);
 
 // "1 image", "2 images".
 QString Counted(qsizetype count, const QString& noun);

@@ -10,8 +10,7 @@ namespace {
 
 QStringList UpdateLines(const TUpdateResult& update)
 {
-    return update.ClosingMessage().split(QStringLiteral("\r\n"))
-        + MissingLines(QStringLiteral("Not found: "), update);
+    return update.ClosingMessage().split(QStringLiteral("\r\n")) + MissingLines(update);
 }
 
 QStringList DryRunLines(const TUpdateResult& update, const QString& projectFile)
@@ -20,7 +19,7 @@ QStringList DryRunLines(const TUpdateResult& update, const QString& projectFile)
     return QStringList { QStringLiteral("%1 would change in %2 (%3 right already)")
                              .arg(Counted(changes.size(), QStringLiteral("element")), projectFile)
                              .arg(CountRight(update)) }
-    + changes + MissingLines(QStringLiteral("Not found: "), update);
+    + changes + MissingLines(update);
 }
 
 class TUpdateCommand : public TProjectsCommand {

@@ -3,15 +3,33 @@
 
 #include <QCoreApplication>
 
+#include <cstdio>
 #include <iostream>
+#include <streambuf>
 
 using namespace Corvadine;
 
 namespace {
 
-// The error stream is for our own lines: whatever Qt and the image decoders below it have to say about a bad
-// file comes back to us as an error anyway.
+// Qt's own warnings about a bad file; it comes back to us as an error anyway.
 void DropMessage(QtMsgType, const QMessageLogContext&, const QString&) { }
+
+// Writes to a C stream, which does the buffering.
+class TFileBuffer : public std::streambuf {
+public:
+    explicit TFileBuffer(std::FILE* file) : FFile(file) { }
+
+protected:
+    int_type overflow(int_type character) override { return std::fputc(character, FFile); }
+    std::streamsize xsputn(const char* text, std::streamsize size) override
+    {
+        return static_cast<std::streamsize>(std::fwrite(text, 1, static_cast<std::size_t>(size), FFile));
+    }
+    int sync() override { return std::fflush(FFile); }
+
+private:
+    std::FILE* FFile;
+};
 
 } // namespace
 
@@ -20,12 +38,16 @@ int main(int argc, char** argv)
     qInstallMessageHandler(DropMessage);
     PrepareProcess();
     const QCoreApplication application(argc, argv);
+    const bool showsProgress = ErrorStreamIsTerminal();
+    std::FILE* const taken = TakeErrorStream();
+    TFileBuffer errorBuffer(taken ? taken : stderr);
+    std::ostream err(&errorBuffer);
     std::ios::sync_with_stdio(false);
 
     const int status = RunCli(QCoreApplication::arguments().mid(1),
-        { std::cout, std::cerr, QCoreApplication::applicationDirPath(), ErrorStreamIsTerminal() });
+        { std::cout, err, QCoreApplication::applicationDirPath(), showsProgress });
     if (std::cout.flush())
         return status;
-    std::cerr << "Cannot write the standard output: the system refused\n";
+    err << "Cannot write the standard output: the system refused" << std::endl;
     return status == 0 ? 1 : status;
 }
