@@ -119,9 +119,4 @@ bool IsAppStoreEntry(const QString& id)
     return id.contains(u"iOS_AppStore");
 }
 
-QString OutputFileName(const QString& id)
-{
-    return id + (id == MainIconID ? QStringLiteral(".ico") : QStringLiteral(".png"));
-}
-
 } // namespace Corvadine

@@ -44,7 +44,4 @@ bool IsLaunchEntry(const QString& id);
 // Whether the entry's image must not be transparent although it is square.
 bool IsAppStoreEntry(const QString& id);
 
-// File name of the entry in the output folder.
-QString OutputFileName(const QString& id);
-
 } // namespace Corvadine

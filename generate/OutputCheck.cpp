@@ -12,11 +12,6 @@ namespace Corvadine {
 
 namespace {
 
-QString SizeText(QSize size)
-{
-    return QStringLiteral("%1 x %2").arg(size.width()).arg(size.height());
-}
-
 // The two bytes of the IHDR chunk that tell how pixels are stored; the chunk is always the first one
 // (https://www.w3.org/TR/png-3/#11IHDR).
 struct TPngForm {

@@ -1,17 +1,13 @@
 #include "generate/OutputPlan.h"
 
 #include "generate/GenerationRun.h"
+#include "images/SourceImage.h"
 
 #include <algorithm>
 
 namespace Corvadine {
 
 namespace {
-
-QString SizeText(QSize size)
-{
-    return QStringLiteral("%1 x %2").arg(size.width()).arg(size.height());
-}
 
 // How a user speaks of the two sources.
 QString SourceName(bool launch)

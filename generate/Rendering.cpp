@@ -21,9 +21,8 @@ void RefuseHuge(QSize canvas)
 {
     if (qint64 { canvas.width() } * canvas.height() * TPremultipliedImage::Channels > MaxDecodedBytes)
         throw TError(TErrorKind::BadInput,
-            QStringLiteral("Cannot render an output of %1 x %2 pixels: it is larger than %3 MiB")
-                .arg(canvas.width())
-                .arg(canvas.height())
+            QStringLiteral("Cannot render an output of %1 pixels: it is larger than %2 MiB")
+                .arg(SizeText(canvas))
                 .arg(MaxDecodedBytes >> 20));
 }
 

@@ -2,6 +2,8 @@
 
 #include "generate/ResampleFilter.h"
 
+#include <algorithm>
+
 // Highway compiles the part between HWY_BEFORE_NAMESPACE and HWY_AFTER_NAMESPACE once per instruction set by
 // including this very file again.
 #undef HWY_TARGET_INCLUDE
@@ -38,6 +40,12 @@ void WidenOpaqueRow(const std::uint8_t* HWY_RESTRICT bgrx, std::size_t pixels, s
 
 // The plain versions: what the vector versions below must agree with, and what runs where there is no SSSE3.
 
+// Overshoot of overshoot may leave the range; vectors are narrowed in this way too.
+std::int16_t Saturated(std::int32_t value)
+{
+    return static_cast<std::int16_t>(std::clamp<std::int32_t>(value, INT16_MIN, INT16_MAX));
+}
+
 void PremultiplyRow(const std::uint8_t* HWY_RESTRICT bgra, std::size_t pixels, std::int16_t* HWY_RESTRICT out)
 {
     for (std::size_t i = 0; i < pixels * 4; i += 4) {
@@ -55,7 +63,7 @@ void SumRows(const std::int16_t* const* HWY_RESTRICT rows, const std::int16_t* H
         std::int32_t sum = 1 << (RowShift - 1);
         for (std::size_t t = 0; t < taps; ++t)
             sum += rows[t][i] * weights[t];
-        out[i] = static_cast<std::int16_t>(sum >> RowShift);
+        out[i] = Saturated(sum >> RowShift);
     }
 }
 
@@ -69,15 +77,15 @@ void SumPixels(
             std::int32_t sum = 1 << (PixelShift - 1);
             for (std::size_t tap = 0; tap < weights.Pairs * 2; ++tap)
                 sum += pixels[tap * 4 + channel] * pairs[tap / 2 * 8 + channel * 2 + tap % 2];
-            out[target * 4 + channel] = static_cast<std::int16_t>(sum >> PixelShift);
+            out[target * 4 + channel] = Saturated(sum >> PixelShift);
         }
     }
 }
 
 #else
 
-// Four pixels a step: BGRA bytes widened to 16 bits, multiplied by their alpha, brought to the level as
-// floats (which hold the product closely enough to round like PremultiplyOne), narrowed again.
+// Four pixels a step: BGRA bytes widened to 16 bits, multiplied by their alpha, divided as floats (one
+// correctly rounded division comes close enough to always round like PremultiplyOne), narrowed again.
 void PremultiplyRow(const std::uint8_t* HWY_RESTRICT bgra, std::size_t pixels, std::int16_t* HWY_RESTRICT out)
 {
     const hn::CappedTag<std::uint16_t, 16> d16;
@@ -97,10 +105,10 @@ void PremultiplyRow(const std::uint8_t* HWY_RESTRICT bgra, std::size_t pixels, s
     const auto spread = hn::BitCast(d16, hn::LoadDup128(dBytes, AlphaBytes));
     const auto alphaFactor = hn::LoadDup128(d16, AlphaFactors);
     const auto isAlpha = hn::Ne(alphaFactor, hn::Zero(d16));
-    const auto scale = hn::Set(df, 128.0F / 255.0F);
+    const auto divisor = hn::Set(df, 255.0F / 128.0F); // an exact float
     const auto toLevel = [&](auto half) {
         const auto product = hn::ConvertTo(df, hn::PromoteTo(di32, half));
-        return hn::DemoteTo(dNarrow, hn::NearestInt(hn::Mul(product, scale)));
+        return hn::DemoteTo(dNarrow, hn::NearestInt(hn::Div(product, divisor)));
     };
 
     const std::size_t values = pixels * 4;

@@ -2,6 +2,7 @@
 
 #include "base/Error.h"
 #include "base/Files.h"
+#include "images/Truncation.h"
 
 #include <QBuffer>
 #include <QColorSpace>
@@ -53,12 +54,11 @@ public:
         const TImageHeader header = Header();
         if (header.DecodedBytes > MaxDecodedBytes)
             throw BadImage(FPath,
-                QStringLiteral("it has %1 x %2 pixels, %3 MiB once decoded, and the limit is %4 MiB")
-                    .arg(header.Size.width())
-                    .arg(header.Size.height())
+                QStringLiteral("it has %1 pixels, %2 MiB once decoded, and the limit is %3 MiB")
+                    .arg(SizeText(header.Size))
                     .arg((header.DecodedBytes + (1 << 20) - 1) >> 20)
                     .arg(MaxDecodedBytes >> 20));
-        if (IsTruncated())
+        if (IsTruncated(FBytes))
             throw BadImage(FPath, QStringLiteral("the file is truncated"));
         QImage image;
         if (!FReader.read(&image))
@@ -80,14 +80,6 @@ private:
         FBuffer.seek(0);
         if (fits)
             FReader.setFormat(extension);
-    }
-
-    // The JPEG decoder fills what is missing with grey and calls that a success, so its files are looked at
-    // here: the end marker must follow the last start of scan. (Markers: ITU-T T.81, table B.1.)
-    bool IsTruncated() const
-    {
-        return FBytes.startsWith("\xFF\xD8")
-            && FBytes.lastIndexOf("\xFF\xD9") < FBytes.lastIndexOf("\xFF\xDA");
     }
 
     QString FPath;
@@ -141,6 +133,11 @@ QImage BlankSourceImage()
     QImage image(1, 1, QImage::Format_RGB32);
     image.fill(Qt::white);
     return image;
+}
+
+QString SizeText(QSize size)
+{
+    return QStringLiteral("%1 x %2").arg(size.width()).arg(size.height());
 }
 
 QStringList ReadableImageExtensions()

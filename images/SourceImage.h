@@ -32,6 +32,9 @@ QImage LoadSourceImage(const QString& path, TDecoderChoice choice);
 // What stands in for a source that has not been chosen: one opaque white pixel.
 QImage BlankSourceImage();
 
+// "1024 x 512", as all messages write a size in pixels.
+QString SizeText(QSize size);
+
 // Formats whose files LoadSourceImage reads, as lower-case extensions without the stop ("png").
 QStringList ReadableImageExtensions();
 

@@ -1,0 +1,12 @@
+#pragma once
+
+#include <QByteArray>
+
+namespace Corvadine {
+
+// Whether an image file ends before its first picture does, for the formats whose decoders fill the rest with
+// grey or black and report success: JPEG, GIF and uncompressed BMP. False for all other formats and for files
+// that are damaged in other ways; their decoders say so themselves.
+bool IsTruncated(const QByteArray& file);
+
+} // namespace Corvadine

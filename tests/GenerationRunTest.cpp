@@ -1,0 +1,186 @@
+#include "generate/GenerationRun.h"
+
+#include "generate/OutputCheck.h"
+#include "generate/OutputPlan.h"
+#include "generate/WorkQueue.h"
+#include "tests/Testing.h"
+
+#include <QDir>
+#include <QImage>
+#include <QMap>
+
+#include <atomic>
+
+using namespace Corvadine;
+using namespace Corvadine::Testing;
+
+class GenerationRunTest : public TFolderTest {
+protected:
+    void SetUp() override
+    {
+        QImage icon(300, 300, QImage::Format_ARGB32);
+        for (int y = 0; y < 300; ++y)
+            for (int x = 0; x < 300; ++x)
+                icon.setPixel(x, y, qRgba(x % 256, y % 256, (x * y) % 256, x < 20 ? 0 : 255));
+        ASSERT_TRUE(icon.save(Path("icon.png")));
+        ASSERT_TRUE(icon.convertToFormat(QImage::Format_RGB32).scaled(200, 400).save(Path("launch.png")));
+        Job.IconFile = Path("icon.png");
+        Job.LaunchFile = Path("launch.png");
+        Job.Settings.Platforms = { true, true, true, true };
+        Job.Settings.Format = TOutputFormat::TrueColor;
+        Job.Settings.TwoxSize = 60;
+        Job.Settings.OutputFolder = Path("new/out");
+    }
+
+    // Name and content of every file in the output folder.
+    QMap<QString, QByteArray> Outputs() const
+    {
+        QMap<QString, QByteArray> files;
+        const QDir folder(Job.Settings.OutputFolder);
+        for (const QString& name : folder.entryList(QDir::Files | QDir::Hidden))
+            files[name] = FileBytes(folder.filePath(name));
+        return files;
+    }
+
+    QString Findings() const
+    {
+        QStringList texts;
+        for (const TOutputFinding& finding : CheckOutputs(Job))
+            texts.append(finding.ID + ": " + finding.Text);
+        return texts.join("; ");
+    }
+
+    TGenJob Job;
+};
+
+TEST_F(GenerationRunTest, WritesTheSameBytesOnAnyNumberOfThreads)
+{
+    for (const TOutputFormat format : { TOutputFormat::TrueColor, TOutputFormat::Colors256 }) {
+        Job.Settings.Format = format;
+        int done = 0;
+        int total = 0;
+        const auto list =
+            RunGeneration(Job, 1, [&](int now, int of) { std::tie(done, total) = std::pair(now, of); });
+        EXPECT_EQ(list.size(), 38U);
+        EXPECT_EQ(list.back().ID, "Icon_MainIcon");
+        EXPECT_EQ(done, 38);
+        EXPECT_EQ(total, 38);
+        const auto first = Outputs();
+        EXPECT_EQ(first.size(), 38);
+        EXPECT_EQ(Findings(), "");
+        RunGeneration(Job, 5);
+        EXPECT_EQ(Outputs(), first);
+
+        // Output by output, as a window renders them, gives these bytes too.
+        const TRenderSources sources = LoadSources(Job);
+        const TGenRec splash { 426, 320, "Android_SplashImage426" };
+        EXPECT_EQ(
+            RenderPng(sources, Job.Settings, RecipeOf(splash, sources.Icon->Info(), sources.Launch->Info())),
+            first["Android_SplashImage426.png"]);
+    }
+}
+
+TEST_F(GenerationRunTest, FailureChangesNothingAndLeavesNoFolder)
+{
+    PutFile(Path("launch.png"), FileBytes(Path("launch.png")).chopped(100));
+    EXPECT_THAT(ErrorOf([&] { RunGeneration(Job); }), ::testing::HasSubstr("launch.png: it is damaged"));
+    EXPECT_FALSE(QDir(Path("new")).exists());
+
+    Job.LaunchFile.clear();
+    RunGeneration(Job);
+    PutFile(Path("new/out/notes.txt"), "mine");
+    const auto before = Outputs();
+    Job.Settings.Background = { 1, 2, 3 };
+    ASSERT_TRUE(QFile::setPermissions(Path("new/out/UWP_DelphiLogo150.png"), QFile::ReadOwner));
+    EXPECT_THAT(ErrorOf([&] { RunGeneration(Job); }),
+        ::testing::HasSubstr("UWP_DelphiLogo150.png: the file is read-only"));
+    EXPECT_EQ(Outputs(), before) << "files that came first were replaced, or staged ones left";
+
+    Job.Settings.OutputFolder = Path("icon.png");
+    EXPECT_THAT(
+        ErrorOf([&] { RunGeneration(Job); }), ::testing::HasSubstr("a file of that name is in the way"));
+    Job.Settings.OutputFolder.clear();
+    EXPECT_EQ(ErrorOf([&] { RunGeneration(Job); }), "Cannot generate: the project has no output folder");
+}
+
+TEST_F(GenerationRunTest, WithoutSourcesTheOutputsAreWhite)
+{
+    Job.IconFile.clear();
+    Job.LaunchFile.clear();
+    Job.Settings.Background = { 9, 9, 9 };
+    RunGeneration(Job);
+    const QImage icon(Path("new/out/Android_LauncherIcon36.png"));
+    EXPECT_EQ(icon.size(), QSize(36, 36));
+    EXPECT_EQ(icon.pixel(0, 0), qRgb(255, 255, 255));
+    const QImage splash(Path("new/out/Android_SplashImage426.png"));
+    EXPECT_EQ(splash.pixel(213, 160), qRgb(255, 255, 255));
+    EXPECT_EQ(splash.pixel(0, 0), qRgb(9, 9, 9));
+    EXPECT_EQ(Findings(), "");
+}
+
+TEST_F(GenerationRunTest, CheckFindsEachKindOfDamage)
+{
+    RunGeneration(Job);
+    const QDir out(Job.Settings.OutputFolder);
+    const auto replace = [&out](const char* name, const char* other) {
+        QFile::remove(out.filePath(name));
+        ASSERT_TRUE(QFile::copy(out.filePath(other), out.filePath(name)));
+    };
+    QFile::remove(out.filePath("Android_LauncherIcon36.png"));
+    replace("Android_LauncherIcon48.png", "Android_LauncherIcon96.png");
+    PutFile(out.filePath("Android_LauncherIcon72.png"),
+        FileBytes(out.filePath("Android_LauncherIcon72.png")).chopped(50));
+    ASSERT_TRUE(QImage(Path("icon.png")).scaled(1024, 1024).save(out.filePath("iOS_AppStore1024.png")));
+    ASSERT_TRUE(QImage(150, 150, QImage::Format_RGB32).save(out.filePath("UWP_DelphiLogo150.png"), "BMP"));
+    QByteArray icon = FileBytes(out.filePath("Icon_MainIcon.ico"));
+    icon[4] = 9;
+    PutFile(out.filePath("Icon_MainIcon.ico"), icon);
+    EXPECT_THAT(Findings().toStdString(),
+        ::testing::MatchesRegex(
+            "Android_LauncherIcon36: the file does not exist; "
+            "Android_LauncherIcon48: it has 96 x 96 pixels instead of 48 x 48; "
+            "Android_LauncherIcon72: it is damaged or truncated .*; "
+            "UWP_DelphiLogo150: it is not a PNG file; "
+            "iOS_AppStore1024: it has colour type 6 with 8 bits instead of colour type 2 with 8 bits; "
+            "Icon_MainIcon: it holds 9 images instead of 10"));
+}
+
+TEST_F(GenerationRunTest, PlanWarnsOfSourcesThatDoNotFit)
+{
+    const TOutputPlan plan = PlanOutputs(Job);
+    EXPECT_EQ(plan.Outputs.size(), 38U);
+    EXPECT_EQ(plan.Outputs[6].Path, Path("new/out/Android_SplashImage426.png"));
+    EXPECT_EQ(plan.Outputs[6].SourceFile, Path("launch.png"));
+    EXPECT_EQ(plan.Outputs[37].Size, QSize(512, 512));
+    EXPECT_EQ(plan.Warnings,
+        QStringList(
+            { "The icon image has 300 x 300 pixels; iOS_AppStore1024 enlarges it 3.41 times, to 1024 x 1024",
+                "The launch image has 200 x 400 pixels; Android_SplashImage960 enlarges it 1.80 times, to "
+                "360 x 720" }));
+    EXPECT_FALSE(QDir(Path("new")).exists());
+
+    Job.LaunchFile = Job.IconFile;
+    Job.IconFile = Path("launch.png");
+    Job.Settings.Platforms = { .Windows = true };
+    EXPECT_EQ(PlanOutputs(Job).Warnings,
+        QStringList(
+            { "The icon image has 200 x 400 pixels; it is not square, and so its outputs are not either",
+                "The icon image has 200 x 400 pixels; Icon_MainIcon enlarges it 1.28 times, to 256 x 512",
+                "The launch image is transparent; the background colour will show through" }));
+}
+
+TEST(WorkQueueTest, RunsAllInOrderOfNeedAndStopsAtTheFirstFailure)
+{
+    for (const int workers : { 1, 2, 8 }) {
+        std::atomic<int> made { 0 };
+        std::vector<TTask> tasks { { [&] { made = 1; } } };
+        for (int i = 0; i < 50; ++i)
+            tasks.push_back({ [&] { made += made.load() > 0 ? 1 : 1000; }, 0 });
+        RunTasks(tasks, workers);
+        EXPECT_EQ(made, 51);
+
+        tasks[20].Run = [] { throw TError(TErrorKind::Io, QStringLiteral("no")); };
+        EXPECT_EQ(ErrorOf([&] { RunTasks(tasks, workers); }), "no");
+        EXPECT_LT(made, 51);
+    }
+}

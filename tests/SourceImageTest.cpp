@@ -1,0 +1,129 @@
+#include "images/SourceImage.h"
+
+#include "tests/Testing.h"
+
+#include <QBuffer>
+#include <QColorSpace>
+#include <QImageWriter>
+
+using namespace Corvadine;
+using namespace Corvadine::Testing;
+
+namespace {
+
+// Left half red, right half blue.
+QImage TwoHalves(QSize size, QImage::Format format)
+{
+    QImage image(size, QImage::Format_ARGB32);
+    for (int y = 0; y < size.height(); ++y)
+        for (int x = 0; x < size.width(); ++x)
+            image.setPixel(x, y, x < size.width() / 2 ? qRgb(200, 30, 30) : qRgb(30, 30, 200));
+    return image.convertToFormat(format);
+}
+
+QImage Loaded(const QString& path)
+{
+    return LoadSourceImage(path, TDecoderChoice::ByContent);
+}
+
+bool IsNear(QRgb a, QRgb b, int tolerance)
+{
+    return std::abs(qRed(a) - qRed(b)) <= tolerance && std::abs(qGreen(a) - qGreen(b)) <= tolerance
+        && std::abs(qBlue(a) - qBlue(b)) <= tolerance && qAlpha(a) == qAlpha(b);
+}
+
+} // namespace
+
+class SourceImageTest : public TFolderTest { };
+
+TEST_F(SourceImageTest, LoadsEveryPixelFormatAsThirtyTwoBits)
+{
+    for (const QImage::Format format :
+        { QImage::Format_RGB32, QImage::Format_ARGB32, QImage::Format_RGBA64, QImage::Format_RGBX64 }) {
+        ASSERT_TRUE(TwoHalves({ 6, 4 }, format).save(Path("a.png")));
+        const QImage image = Loaded(Path("a.png"));
+        const bool hasAlpha = format == QImage::Format_ARGB32 || format == QImage::Format_RGBA64;
+        EXPECT_EQ(image.format(), hasAlpha ? QImage::Format_ARGB32 : QImage::Format_RGB32) << format;
+        EXPECT_EQ(image.pixel(1, 1), qRgb(200, 30, 30)) << format;
+        EXPECT_EQ(image.pixel(5, 3), qRgb(30, 30, 200)) << format;
+    }
+    ASSERT_TRUE(TwoHalves({ 6, 4 }, QImage::Format_Grayscale8).save(Path("a.png")));
+    EXPECT_EQ(qRed(Loaded(Path("a.png")).pixel(0, 0)), qBlue(Loaded(Path("a.png")).pixel(0, 0)));
+
+    QImage palette(4, 4, QImage::Format_Indexed8);
+    palette.setColorTable({ qRgba(0, 0, 0, 0), qRgb(9, 8, 7) });
+    palette.fill(0);
+    ASSERT_TRUE(palette.save(Path("a.png")));
+    EXPECT_TRUE(Loaded(Path("a.png")).hasAlphaChannel());
+
+    // 16 x 8 pixels of ink red, made by another program.
+    const QImage cmyk = Loaded(QStringLiteral(CORVADINE_TEST_DATA "/cmyk.jpg"));
+    EXPECT_EQ(cmyk.size(), QSize(16, 8));
+    EXPECT_TRUE(IsNear(cmyk.pixel(8, 4), qRgb(254, 0, 0), 3)) << cmyk.pixelColor(8, 4).name().toStdString();
+}
+
+TEST_F(SourceImageTest, AppliesTheOrientationToPixelsAndHeader)
+{
+    QImageWriter writer(Path("a.jpg"));
+    writer.setTransformation(QImageIOHandler::TransformationRotate90);
+    ASSERT_TRUE(writer.write(TwoHalves({ 64, 32 }, QImage::Format_RGB32)));
+    const QImage image = Loaded(Path("a.jpg"));
+    EXPECT_EQ(image.size(), QSize(32, 64));
+    EXPECT_TRUE(IsNear(image.pixel(16, 8), qRgb(200, 30, 30), 12));
+    EXPECT_TRUE(IsNear(image.pixel(16, 56), qRgb(30, 30, 200), 12));
+    EXPECT_EQ(ReadImageHeader(Path("a.jpg"), TDecoderChoice::ByContent).Size, QSize(32, 64));
+}
+
+TEST_F(SourceImageTest, ConvertsProfilesToSrgbButLeavesScreenGammaAlone)
+{
+    QImage image(4, 4, QImage::Format_ARGB32);
+    image.fill(qRgba(219, 0, 0, 128));
+    image.setColorSpace(QColorSpace(QColorSpace::DisplayP3));
+    ASSERT_TRUE(image.save(Path("a.png")));
+    EXPECT_TRUE(IsNear(Loaded(Path("a.png")).pixel(0, 0), qRgba(239, 0, 0, 128), 2))
+        << Loaded(Path("a.png")).pixelColor(0, 0).name(QColor::HexArgb).toStdString();
+
+    image.setColorSpace(QColorSpace(QColorSpace::Primaries::SRgb, 2.2F));
+    ASSERT_TRUE(image.save(Path("a.png")));
+    EXPECT_EQ(Loaded(Path("a.png")).pixel(0, 0), qRgba(219, 0, 0, 128));
+}
+
+TEST_F(SourceImageTest, ChoosesTheDecoderByContentWhenTheExtensionLies)
+{
+    ASSERT_TRUE(TwoHalves({ 6, 4 }, QImage::Format_RGB32).save(Path("a.jpg"), "PNG"));
+    EXPECT_EQ(LoadSourceImage(Path("a.jpg"), TDecoderChoice::ByExtension).pixel(1, 1), qRgb(200, 30, 30));
+    EXPECT_EQ(Loaded(Path("a.jpg")).pixel(1, 1), qRgb(200, 30, 30));
+}
+
+TEST_F(SourceImageTest, RefusesWhatIsNoWholeImageAndSaysWhy)
+{
+    const auto bytesOf = [](const char* format) {
+        QByteArray bytes;
+        QBuffer buffer(&bytes);
+        TwoHalves({ 200, 200 }, QImage::Format_RGB32).save(&buffer, format);
+        return bytes;
+    };
+    const QByteArray gif = FileBytes(QStringLiteral(CORVADINE_TEST_DATA "/still.gif")); // by another program
+    PutFile(Path("a"), gif);
+    EXPECT_EQ(Loaded(Path("a")).pixel(6, 4), qRgb(255, 128, 0));
+
+    const std::vector<std::tuple<QByteArray, const char*>> cases {
+        { QByteArray(), "the file is empty" },
+        { "hello", "it is not an image in a format that can be read" },
+        { bytesOf("PNG").first(8), "it is not an image in a format that can be read" },
+        { bytesOf("PNG").chopped(40), "it is damaged or truncated" },
+        { bytesOf("JPG").chopped(600), "the file is truncated" },
+        { bytesOf("BMP").chopped(1), "the file is truncated" },
+        { gif.chopped(3), "the file is truncated" },
+        { gif.chopped(8), "the file is truncated" },
+        { "P6 20000 20000 255\n",
+            "it has 20000 x 20000 pixels, 1526 MiB once decoded, and the limit is 512 MiB" },
+    };
+    for (const auto& [bytes, reason] : cases) {
+        PutFile(Path("a"), bytes);
+        EXPECT_THAT(ErrorOf([&] { Loaded(Path("a")); }),
+            ::testing::StartsWith("Cannot load the image " + Path("a").toStdString() + ": " + reason));
+    }
+    EXPECT_THAT(ErrorOf([&] { Loaded(Path(".")); }), ::testing::EndsWith("it is a folder"));
+    EXPECT_THAT(ErrorOf([&] { Loaded(Path("none")); }), ::testing::EndsWith("the file does not exist"));
+}
