@@ -4,6 +4,7 @@
 #include "cli/CliContext.h"
 #include "cli/CliOutput.h"
 #include "cli/Command.h"
+#include "cli/Options.h"
 
 #include <CLI/CLI.hpp>
 
@@ -27,7 +28,9 @@ public:
     TCommandLine() : FApp(Overview, "corvadine-cli")
     {
         FApp.set_version_flag("--version", CORVADINE_VERSION, "Print the version and exit");
-        FApp.add_option("--data", FData, "Folder of Corvadine.db and the backups (default: the program's)")
+        AddTextOption(
+            FApp, "--data", [this](const QString& folder) { SetDataFolder(folder); },
+            "Folder of Corvadine.db and the backups (default: the program's)")
             ->type_name("DIR");
         FApp.add_flag("--json", FJson, "Print one JSON document instead of text");
         FApp.set_help_flag("-h,--help", "Print this help and exit");
@@ -65,7 +68,7 @@ public:
         return found == FCommands.end() ? nullptr : found->get();
     }
 
-    QString DataFolder() const { return QString::fromStdString(FData); }
+    QString DataFolder() const { return FDataFolder; }
 
     QString Help() const
     {
@@ -102,9 +105,16 @@ private:
         command.Declare(app);
     }
 
+    void SetDataFolder(const QString& folder)
+    {
+        if (folder.isEmpty()) // a script's variable that is not set must not mean another database
+            throw TError(TErrorKind::Usage, QStringLiteral("a folder is required"));
+        FDataFolder = folder;
+    }
+
     CLI::App FApp;
     std::vector<TCommandPtr> FCommands = MakeCommands();
-    std::string FData;
+    QString FDataFolder; // empty: the program's own
     bool FJson = false;
 };
 

@@ -58,6 +58,8 @@ TCommandResult TProjectsCommand::Run(TCliContext& context)
     for (const QString& name : names) {
         TCommandResult result = RunOnName(context, name);
         projects.append(JsonOf(result));
+        if (!result.Error.isEmpty() && !total.Json.contains(QLatin1String("error")))
+            total.Json.insert(QLatin1String("error"), result.Error); // the first; each project has its own
         if (result.Exit != TExit::Done)
             total.Exit = TExit::Failed;
         if (names.size() > 1) {

@@ -46,6 +46,7 @@ protected:
         TCommandResult result;
         result.Json = { { QStringLiteral("dryRun"), FDryRun },
             { QStringLiteral("updated"), update.UpdatedCount },
+            { QStringLiteral("written"), update.IsWritten },
             { QStringLiteral("changes"), ChangesJson(update) },
             { QStringLiteral("missing"), QJsonArray::fromStringList(update.MissingIDs) },
             { QStringLiteral("backup"),
