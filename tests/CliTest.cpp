@@ -43,7 +43,7 @@ protected:
     void SetUp() override
     {
         QDir().mkpath(FHome);
-        PutFile(FProject, FileBytes(QStringLiteral(CORVADINE_SAMPLE "/Demo.dproj")));
+        PutFile(FProject, FileBytes(FSample + "/Demo.dproj"));
         QImage icon(64, 64, QImage::Format_ARGB32);
         icon.fill(QColor(200, 30, 30, 128));
         icon.save(FIcon);
@@ -109,6 +109,7 @@ protected:
         return files;
     }
 
+    const QString FSample = QStringLiteral(CORVADINE_SAMPLE);
     const QString FHome = Path(QStringLiteral("It's a \"M\u00e4rchen\" \U0001F600"));
     const QString FData = FHome + "/data";
     const QString FProject = FHome + "/Demo.dproj";
@@ -120,9 +121,8 @@ protected:
 TEST_F(TCliTest, DoesTheWholeJobOnTheSample)
 {
     const QByteArray original = FileBytes(FProject);
-    ASSERT_EQ(Run({ "add", FProject, "--icon", CORVADINE_SAMPLE "/icon.png", "--launch",
-                      CORVADINE_SAMPLE "/launch.png" })
-                  .Out,
+    ASSERT_EQ(
+        Run({ "add", FProject, "--icon", FSample + "/icon.png", "--launch", FSample + "/launch.png" }).Out,
         "1\n");
     const auto before = Files();
     const TOutcome plan = Run({ "plan", FProject });
