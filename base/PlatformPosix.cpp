@@ -1,5 +1,6 @@
 #include "base/Platform.h"
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -9,6 +10,18 @@ namespace Corvadine {
 void PrepareProcess()
 {
     std::signal(SIGXFSZ, SIG_IGN);
+}
+
+std::FILE* TakeErrorStream()
+{
+    const int descriptor = ::fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+    std::FILE* const stream = descriptor < 0 ? nullptr : ::fdopen(descriptor, "w");
+    const int nowhere = ::open("/dev/null", O_WRONLY | O_CLOEXEC);
+    if (stream && nowhere >= 0)
+        ::dup2(nowhere, STDERR_FILENO);
+    if (nowhere >= 0)
+        ::close(nowhere);
+    return stream;
 }
 
 bool ErrorStreamIsTerminal()

@@ -6,6 +6,8 @@
 #include "project/Backups.h"
 #include "project/ProjectPaths.h"
 
+#include <optional>
+
 namespace Corvadine {
 
 namespace {
@@ -28,8 +30,9 @@ void CheckImages(const TProjectImages& images)
 QString BackUp(const QString& projectFile, const QByteArray& bytes, const TBackupOrder& backup)
 {
     try {
+        std::optional<TNewFolder> folder;
         if (backup.Policy == TBackupPolicy::Required)
-            CreateFolder(backup.Folder);
+            folder.emplace(backup.Folder);
         return WriteBackup(projectFile, bytes, backup.Folder, backup.Time);
     } catch (const TError& error) {
         if (backup.Policy == TBackupPolicy::BestEffort)

@@ -1,0 +1,54 @@
+#include "base/Error.h"
+#include "base/Files.h"
+#include "cli/ProjectCommands.h"
+#include "cli/ProjectElements.h"
+#include "generate/ClearFiles.h"
+
+#include <CLI/CLI.hpp>
+
+namespace Corvadine {
+
+namespace {
+
+class TClearCommand : public TProjectCommand {
+public:
+    const char* Name() const override { return "clear"; }
+    const char* Description() const override { return "Delete all files in the output folder of a project"; }
+
+    void Declare(CLI::App& app) override
+    {
+        TProjectCommand::Declare(app);
+        app.add_flag("--yes", FYes, "Really delete them");
+    }
+
+protected:
+    TCommandResult RunOn(TCliContext&, const TProject& project) override
+    {
+        const QString folder = project.OutputFolder;
+        const QString mask = QStringLiteral("*.*");
+        if (!FYes)
+            throw TError(TErrorKind::Usage, QStringLiteral("clear"), folder,
+                QStringLiteral("this would delete %1 in it, which needs --yes")
+                    .arg(Counted(FilesByMask(folder, mask).size(), QStringLiteral("file"))));
+        TCommandResult result;
+        int count = 0;
+        if (FolderExists(folder)) {
+            count = DeleteFilesByMask(folder, mask);
+            result.Lines.append(QStringLiteral("%1 Images Deleted").arg(count));
+        }
+        result.Json = { { QStringLiteral("folder"), folder }, { QStringLiteral("deleted"), count } };
+        return result;
+    }
+
+private:
+    bool FYes = false;
+};
+
+} // namespace
+
+TCommandPtr MakeClearCommand()
+{
+    return std::make_unique<TClearCommand>();
+}
+
+} // namespace Corvadine

@@ -1,0 +1,177 @@
+#include "cli/Cli.h"
+
+#include "base/Error.h"
+#include "cli/CliContext.h"
+#include "cli/CliOutput.h"
+#include "cli/Command.h"
+#include "cli/Options.h"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+
+namespace Corvadine {
+
+namespace {
+
+constexpr const char* Overview =
+    "Makes the icons and launch images of FireMonkey (FMX) apps from two source images\n"
+    "and enters them into the project file (.dproj).\n";
+constexpr const char* ExitStatusHelp =
+    "Exit status: 0 done, 1 the job failed or check found something, 2 wrong usage.";
+constexpr const char* CommonOptionsHelp =
+    "--data DIR and --json, described by corvadine-cli --help, go with every command.";
+
+// One command line: the parser with all commands declared, and what it found.
+class TCommandLine {
+public:
+    TCommandLine() : FApp(Overview, "corvadine-cli")
+    {
+        FApp.set_version_flag("--version", CORVADINE_VERSION, "Print the version and exit");
+        AddTextOption(
+            FApp, "--data", [this](const QString& folder) { SetDataFolder(folder); },
+            "Folder of Corvadine.db and the backups (default: the program's)")
+            ->type_name("DIR");
+        FApp.add_flag("--json", FJson, "Print one JSON document instead of text");
+        FApp.set_help_flag("-h,--help", "Print this help and exit");
+        FApp.footer(std::string("corvadine-cli COMMAND --help describes a command.\n") + ExitStatusHelp);
+        FApp.require_subcommand(0, 1);
+        FApp.get_formatter()->label("SUBCOMMAND", "COMMAND");
+        FApp.get_formatter()->label("REQUIRED", "");
+        FApp.get_formatter()->label("OPTIONS", "options");
+        FApp.get_formatter()->column_width(HelpColumn);
+        for (const TCommandPtr& command : FCommands)
+            DeclareCommand(*command);
+    }
+
+    // Throws CLI::ParseError, also for --help and --version; TError(Usage).
+    void Parse(const QStringList& arguments)
+    {
+        std::vector<std::string> words;
+        for (const QString& argument : arguments) {
+            const bool hasEmptyValue = argument.startsWith(QLatin1String("--")) && argument.endsWith(u'=');
+            words.push_back((hasEmptyValue ? argument.chopped(1) : argument).toStdString());
+            if (hasEmptyValue) // the parser would take the next word for the value of "--icon="
+                words.emplace_back();
+        }
+        std::reverse(words.begin(), words.end()); // as the parser takes them
+        FApp.parse(std::move(words));
+        if (TCommand* const command = Command())
+            command->CheckUsage();
+    }
+
+    // The command that was given; null if none was.
+    TCommand* Command() const
+    {
+        const auto found = std::find_if(FCommands.begin(), FCommands.end(),
+            [this](const TCommandPtr& command) { return FApp.got_subcommand(command->Name()); });
+        return found == FCommands.end() ? nullptr : found->get();
+    }
+
+    QString DataFolder() const { return FDataFolder; }
+
+    QString Help() const
+    {
+        // The parser leaves two blank lines between groups of options.
+        return QString::fromStdString(FApp.help()).replace(QLatin1String("\n\n\n"), QLatin1String("\n\n"));
+    }
+
+    // What is wrong, in words that fit the case where the parser's own do not.
+    QString TextOf(const CLI::ParseError& error) const
+    {
+        const std::vector<std::string> unknown = FApp.remaining();
+        if (!Command() && !unknown.empty() && unknown.front().rfind('-', 0) != 0)
+            return QStringLiteral("'%1' is no command").arg(QString::fromStdString(unknown.front()));
+        return QString::fromUtf8(error.what());
+    }
+
+    // "corvadine-cli set --help" while set is the command.
+    QString HelpCommand() const
+    {
+        const TCommand* const command = Command();
+        const QString name = command ? QLatin1String(command->Name()) + u' ' : QString();
+        return QStringLiteral("corvadine-cli %1--help").arg(name);
+    }
+
+private:
+    static constexpr std::size_t HelpColumn = 26;
+
+    void DeclareCommand(TCommand& command)
+    {
+        CLI::App& app = *FApp.add_subcommand(command.Name(), command.Description());
+        app.group("Commands");
+        app.fallthrough(); // the program's own options are also taken behind the command
+        app.footer(CommonOptionsHelp);
+        command.Declare(app);
+    }
+
+    void SetDataFolder(const QString& folder)
+    {
+        if (folder.isEmpty()) // a script's variable that is not set must not mean another database
+            throw TError(TErrorKind::Usage, QStringLiteral("a folder is required"));
+        FDataFolder = folder;
+    }
+
+    CLI::App FApp;
+    std::vector<TCommandPtr> FCommands = MakeCommands();
+    QString FDataFolder; // empty: the program's own
+    bool FJson = false;
+};
+
+// Whether the output is to be JSON, told before parsing: a wrong command line is answered in JSON too.
+TOutputForm FormOf(const QStringList& arguments)
+{
+    return arguments.contains(QLatin1String("--json")) ? TOutputForm::Json : TOutputForm::Text;
+}
+
+TCommandResult TextResult(const char* member, const QString& text)
+{
+    return { { { QLatin1String(member), text } }, text.trimmed().split(u'\n') };
+}
+
+TCommandResult WrongUsage(const TCommandLine& line, const QString& text)
+{
+    TCommandResult result;
+    result.Error = QStringLiteral("Wrong usage: %1 (see %2)").arg(text, line.HelpCommand());
+    result.Exit = TExit::WrongUsage;
+    return result;
+}
+
+TCommandResult RunLine(const QStringList& arguments, const TCliEnvironment& environment, TCliOutput& output)
+{
+    TCommandLine line;
+    try {
+        line.Parse(arguments);
+    } catch (const CLI::CallForHelp&) {
+        return TextResult("help", line.Help());
+    } catch (const CLI::CallForVersion&) {
+        return TextResult("version", QStringLiteral("corvadine-cli " CORVADINE_VERSION));
+    } catch (const CLI::ParseError& error) {
+        return WrongUsage(line, line.TextOf(error));
+    } catch (const TError& error) {
+        return WrongUsage(line, error.Text());
+    }
+    TCommand* const command = line.Command();
+    if (!command)
+        return arguments.isEmpty() ? TextResult("help", line.Help())
+                                   : WrongUsage(line, QStringLiteral("a command is required"));
+    TCliContext context(environment, output, line.DataFolder());
+    return command->Run(context);
+}
+
+} // namespace
+
+int RunCli(const QStringList& arguments, const TCliEnvironment& environment)
+{
+    TCliOutput output(environment.Out, environment.Err, FormOf(arguments));
+    TCommandResult result;
+    try {
+        result = RunLine(arguments, environment, output);
+    } catch (...) {
+        result = FailureOf(std::current_exception());
+    }
+    output.Finish(result);
+    return static_cast<int>(result.Exit);
+}
+
+} // namespace Corvadine

@@ -1,0 +1,94 @@
+#include "cli/CliContext.h"
+
+#include "base/Error.h"
+#include "base/Files.h"
+#include "base/PathRules.h"
+#include "store/ProjectStore.h"
+#include "store/ProjectsTable.h"
+
+#include <algorithm>
+
+namespace Corvadine {
+
+namespace {
+
+bool IsID(const QString& name)
+{
+    return !name.isEmpty() && std::all_of(name.cbegin(), name.cend(), [](QChar character) {
+        return character >= u'0' && character <= u'9';
+    });
+}
+
+// Whether `name` is what the user may call this project. A path is also compared as typed, since the database
+// may have come from another system, where paths look different.
+bool IsCalled(const TProject& project, const QString& name)
+{
+    if (IsID(name))
+        return project.ID == name.toLongLong();
+    return project.ProjectFile == name || project.ProjectFile == AbsolutePath(name);
+}
+
+} // namespace
+
+TCliContext::TCliContext(const TCliEnvironment& environment, TCliOutput& output, const QString& dataFolder)
+    : FEnvironment(environment)
+    , FOutput(output)
+    , FDataFolder(AbsolutePath(dataFolder.isEmpty() ? environment.ProgramFolder : dataFolder))
+{
+}
+
+TCliContext::~TCliContext() = default;
+
+QString TCliContext::BackupFolder() const
+{
+    return WithTrailingDelimiter(FDataFolder) + QStringLiteral("Project Backups");
+}
+
+std::vector<TProject> TCliContext::Projects()
+{
+    if (!FolderExists(FDataFolder))
+        throw TError(TErrorKind::NotFound, QStringLiteral("open the data folder"), FDataFolder,
+            QStringLiteral("the folder does not exist"));
+    if (!FileExists(DatabasePath()) && !FolderExists(DatabasePath()))
+        return {};
+    return Store().ReadProjects();
+}
+
+TProject TCliContext::FindProject(const QString& name)
+{
+    if (name.isEmpty()) // more likely a variable of a script that is not set than a search for nothing
+        throw TError(
+            TErrorKind::Usage, QStringLiteral("Cannot find the project: the ID or path given is empty"));
+    const auto projects = Projects();
+    const auto found = std::find_if(projects.cbegin(), projects.cend(),
+        [&name](const TProject& project) { return IsCalled(project, name); });
+    if (found == projects.cend())
+        throw TError(TErrorKind::NotFound, QStringLiteral("find the project"), name,
+            QStringLiteral("%1 has no project of this %2")
+                .arg(DatabasePath(), IsID(name) ? QStringLiteral("ID") : QStringLiteral("path")));
+    return *found;
+}
+
+TProjectsTable& TCliContext::Table()
+{
+    if (!FTable) {
+        auto table = std::make_unique<TProjectsTable>();
+        table->Open(Store());
+        FTable = std::move(table);
+    }
+    return *FTable;
+}
+
+QString TCliContext::DatabasePath() const
+{
+    return WithTrailingDelimiter(FDataFolder) + QString::fromLatin1(ProjectDatabaseName);
+}
+
+TProjectStore& TCliContext::Store()
+{
+    if (!FStore)
+        FStore = std::make_unique<TProjectStore>(DatabasePath(), FEnvironment.BusyTimeout);
+    return *FStore;
+}
+
+} // namespace Corvadine

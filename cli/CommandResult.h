@@ -1,0 +1,33 @@
+#pragma once
+
+#include <QJsonObject>
+#include <QString>
+#include <QStringList>
+
+#include <exception>
+
+namespace Corvadine {
+
+// The exit statuses of the program.
+enum class TExit {
+    Done = 0,
+    Failed = 1, // the job failed, or a check found something
+    WrongUsage = 2,
+};
+
+// What a command found out or did, once as text for people and once as members of a JSON document.
+struct TCommandResult {
+    QJsonObject Json;
+    QStringList Lines;
+    QStringList Warnings {}; // one sentence each
+    QString Error {};        // one sentence; empty unless the job failed
+    TExit Exit = TExit::Done;
+};
+
+// The result that tells of an exception: its text, and wrong usage for TError(Usage).
+TCommandResult FailureOf(const std::exception_ptr& exception);
+
+// The JSON object of one result, complete: its members, "ok", and "error" and "warnings" if there are any.
+QJsonObject JsonOf(const TCommandResult& result);
+
+} // namespace Corvadine

@@ -1,0 +1,83 @@
+#include "base/PathRules.h"
+#include "cli/CliContext.h"
+#include "cli/Options.h"
+#include "cli/ProjectCommands.h"
+#include "cli/ProjectElements.h"
+#include "generate/GenerationRun.h"
+#include "project/ProjectPaths.h"
+
+#include <CLI/CLI.hpp>
+
+namespace Corvadine {
+
+namespace {
+
+// One line of a terminal that is drawn over again and again, and removed at the end.
+class TProgressLine {
+public:
+    TProgressLine(std::ostream& stream, const QString& title) : FStream(stream), FTitle(OneLine(title)) { }
+    ~TProgressLine() { FStream << '\r' << std::string(FLength, ' ') << '\r' << std::flush; }
+    Q_DISABLE_COPY_MOVE(TProgressLine)
+
+    void Show(int done, int total)
+    {
+        const std::string line = FTitle + ": " + std::to_string(done) + " of " + std::to_string(total);
+        FLength = std::max(FLength, line.size());
+        FStream << '\r' << line << std::flush;
+    }
+
+private:
+    std::ostream& FStream;
+    std::string FTitle;
+    std::size_t FLength = 0; // bytes, so at least the columns taken
+};
+
+class TGenerateCommand : public TProjectsCommand {
+public:
+    const char* Name() const override { return "generate"; }
+    const char* Description() const override { return "Render the images of projects"; }
+
+    void Declare(CLI::App& app) override
+    {
+        TProjectsCommand::Declare(app);
+        const auto take = [this](const QString& text) { FJobs = ParseNumber(text, 1, MostJobs); };
+        AddTextOption(app, "--jobs", take, "Images rendered at a time (default: one per core)")
+            ->type_name("N");
+    }
+
+protected:
+    TCommandResult RunOn(TCliContext& context, const TProject& project) override
+    {
+        const TGenJob job = JobOf(project);
+        const auto records = Generate(context, project, job);
+        QJsonArray images;
+        for (const TGenRec& record : records)
+            images.append(OutputPath(job.Settings, record));
+        const QString line = QStringLiteral("%1 in %2")
+                                 .arg(Counted(images.size(), QStringLiteral("image")), project.OutputFolder);
+        return { { { QStringLiteral("folder"), project.OutputFolder }, { QStringLiteral("images"), images } },
+            { line }, JobWarnings(job) };
+    }
+
+private:
+    static constexpr int MostJobs = 1024;
+
+    std::vector<TGenRec> Generate(TCliContext& context, const TProject& project, const TGenJob& job) const
+    {
+        if (!context.Environment().ShowsProgress)
+            return RunGeneration(job, FJobs);
+        TProgressLine progress(context.Environment().Err, FileNameOf(project.ProjectFile));
+        return RunGeneration(job, FJobs, [&progress](int done, int total) { progress.Show(done, total); });
+    }
+
+    int FJobs = 0;
+};
+
+} // namespace
+
+TCommandPtr MakeGenerateCommand()
+{
+    return std::make_unique<TGenerateCommand>();
+}
+
+} // namespace Corvadine

@@ -1,0 +1,44 @@
+#pragma once
+
+#include "cli/Command.h"
+#include "store/Project.h"
+
+#include <string>
+#include <vector>
+
+// The two shapes that most commands have.
+namespace Corvadine {
+
+// A command on one project.
+class TProjectCommand : public TCommand {
+public:
+    void Declare(CLI::App& app) override;
+    TCommandResult Run(TCliContext& context) final;
+
+protected:
+    virtual TCommandResult RunOn(TCliContext& context, const TProject& project) = 0;
+
+private:
+    std::string FProject;
+};
+
+// A command on the projects that are named, or on all. One that fails does not keep the others from their
+// turn; each is reported as soon as it is done.
+class TProjectsCommand : public TCommand {
+public:
+    void Declare(CLI::App& app) override;
+    void CheckUsage() const override;
+    TCommandResult Run(TCliContext& context) final;
+
+protected:
+    virtual TCommandResult RunOn(TCliContext& context, const TProject& project) = 0;
+
+private:
+    TCommandResult RunOnName(TCliContext& context, const QString& name);
+    QStringList Names(TCliContext& context) const;
+
+    std::vector<std::string> FProjects;
+    bool FAll = false;
+};
+
+} // namespace Corvadine

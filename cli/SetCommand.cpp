@@ -1,0 +1,53 @@
+#include "base/Error.h"
+#include "cli/CliContext.h"
+#include "cli/ProjectCommands.h"
+#include "cli/Settings.h"
+#include "store/ProjectsTable.h"
+
+namespace Corvadine {
+
+namespace {
+
+class TSetCommand : public TProjectCommand {
+public:
+    const char* Name() const override { return "set"; }
+    const char* Description() const override { return "Change settings of a project"; }
+
+    void Declare(CLI::App& app) override
+    {
+        TProjectCommand::Declare(app);
+        FSettings.Declare(app);
+    }
+
+    void CheckUsage() const override
+    {
+        if (FSettings.IsEmpty())
+            throw TError(TErrorKind::Usage, QStringLiteral("a setting to change is required"));
+    }
+
+protected:
+    TCommandResult RunOn(TCliContext& context, const TProject& project) override
+    {
+        FSettings.CheckPaths();
+        TProjectsTable& table = context.Table();
+        if (!table.LocateByID(project.ID))
+            throw TError(TErrorKind::Conflict, QStringLiteral("change the project"), project.ProjectFile,
+                QStringLiteral("another program has removed it meanwhile"));
+        FSettings.SetFields(table);
+        table.Post();
+        return { { { QStringLiteral("project"), ProjectJson(table.Current()) } },
+            ProjectLines(table.Current()) };
+    }
+
+private:
+    TSettingsOptions FSettings;
+};
+
+} // namespace
+
+TCommandPtr MakeSetCommand()
+{
+    return std::make_unique<TSetCommand>();
+}
+
+} // namespace Corvadine

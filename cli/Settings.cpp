@@ -1,0 +1,270 @@
+#include "cli/Settings.h"
+
+#include "base/Error.h"
+#include "base/Files.h"
+#include "cli/CliOutput.h"
+#include "cli/Options.h"
+#include "generate/GenSettings.h"
+#include "store/ProjectsTable.h"
+
+#include <CLI/CLI.hpp>
+
+#include <QJsonArray>
+
+#include <algorithm>
+#include <array>
+
+namespace Corvadine {
+
+namespace {
+
+using TFieldValues = std::map<TField, QVariant>;
+
+// One setting: how it is read from the command line, and how it is shown.
+struct TSetting {
+    const char* Name;
+    const char* ValueName;
+    const char* Help;
+    TFieldValues (*Parse)(const QString& text); // throws TError(Usage)
+    QJsonValue (*Value)(const TProject& project);
+};
+
+struct TPlatformField {
+    const char* Name;
+    TField Field;
+};
+
+constexpr std::array<TPlatformField, 4> Platforms { { { "android", TField::IncAndroid },
+    { "iphone", TField::IncIPhone }, { "ipad", TField::IncIPad }, { "windows", TField::IncWindows } } };
+
+TError NotOneOf(const QString& text, const QStringList& allowed)
+{
+    return { TErrorKind::Usage,
+        QStringLiteral("'%1' is none of %2").arg(text, allowed.join(QLatin1String(", "))) };
+}
+
+TFieldValues AllPlatforms(bool isTicked)
+{
+    TFieldValues values;
+    for (const TPlatformField& platform : Platforms)
+        values[platform.Field] = isTicked;
+    return values;
+}
+
+TFieldValues ParsePlatforms(const QString& text)
+{
+    const QString lower = text.toLower();
+    if (lower == QLatin1String("all") || lower == QLatin1String("none"))
+        return AllPlatforms(lower == QLatin1String("all"));
+    TFieldValues values = AllPlatforms(false);
+    for (const QString& part : lower.split(u',')) {
+        const auto found = std::find_if(Platforms.begin(), Platforms.end(),
+            [&](const TPlatformField& platform) { return part.trimmed() == QLatin1String(platform.Name); });
+        if (found == Platforms.end())
+            throw NotOneOf(part.trimmed(),
+                { QStringLiteral("android"), QStringLiteral("iphone"), QStringLiteral("ipad"),
+                    QStringLiteral("windows"), QStringLiteral("all"), QStringLiteral("none") });
+        values[found->Field] = true;
+    }
+    return values;
+}
+
+QJsonValue PlatformsValue(const TProject& project)
+{
+    QJsonArray names;
+    for (const TPlatformField& platform : Platforms)
+        if (FieldValue(project, platform.Field).toBool())
+            names.append(QString::fromLatin1(platform.Name));
+    return names;
+}
+
+// A number that the database may lack.
+QJsonValue NumberValue(const std::optional<int>& number)
+{
+    return number ? QJsonValue(*number) : QJsonValue();
+}
+
+// Shells take an unquoted # for a comment, so the digits do without it.
+TFieldValues ParseBackground(const QString& text)
+{
+    constexpr int DigitCount = 6;
+    const QString digits = text.startsWith(u'#') ? text.mid(1) : text;
+    bool isNumber = false;
+    const uint rgb = digits.toUInt(&isNumber, 16);
+    if (!isNumber || digits.size() != DigitCount || !digits.at(0).isLetterOrNumber())
+        throw TError(
+            TErrorKind::Usage, QStringLiteral("'%1' is no colour #RRGGBB, such as '#FFFFFF'").arg(text));
+    const auto channel = [rgb](int shift) { return static_cast<std::uint8_t>(rgb >> shift & 0xFFU); };
+    return { { TField::PickColor, TColor { channel(16), channel(8), channel(0) }.ToStored() } };
+}
+
+QJsonValue BackgroundValue(const TProject& project)
+{
+    if (!project.PickColor)
+        return {};
+    const TColor color = TColor::FromStored(*project.PickColor);
+    return QStringLiteral("#%1%2%3")
+        .arg(color.Red, 2, 16, QLatin1Char('0'))
+        .arg(color.Green, 2, 16, QLatin1Char('0'))
+        .arg(color.Blue, 2, 16, QLatin1Char('0'))
+        .toUpper();
+}
+
+TFieldValues ParseFormat(const QString& text)
+{
+    if (text == QLatin1String("256"))
+        return { { TField::PixelFormat, static_cast<int>(TOutputFormat::Colors256) } };
+    if (text.toLower() == QLatin1String("true"))
+        return { { TField::PixelFormat, static_cast<int>(TOutputFormat::TrueColor) } };
+    throw NotOneOf(text, { QStringLiteral("256"), QStringLiteral("true") });
+}
+
+// As the generation takes it: whatever is not 256 colours is true colour.
+QJsonValue FormatValue(const TProject& project)
+{
+    if (!project.PixelFormat)
+        return {};
+    const bool isPalette = *project.PixelFormat == static_cast<int>(TOutputFormat::Colors256);
+    return isPalette ? QStringLiteral("256") : QStringLiteral("true");
+}
+
+TFieldValues ParseFilter(const QString& text)
+{
+    QStringList names;
+    for (const TFilterInfo& info : FilterInfos()) {
+        names.append(QString::fromLatin1(info.Name));
+        if (text.toLower() == names.last())
+            return { { TField::ResampleFilter, static_cast<int>(info.Filter) } };
+    }
+    throw NotOneOf(text, names);
+}
+
+QJsonValue FilterValue(const TProject& project)
+{
+    for (const TFilterInfo& info : FilterInfos())
+        if (project.ResampleFilter == static_cast<int>(info.Filter))
+            return QString::fromLatin1(info.Name);
+    return NumberValue(project.ResampleFilter);
+}
+
+// Empty clears the field.
+QString ParsePath(const QString& text)
+{
+    return text.isEmpty() ? QString() : AbsolutePath(text);
+}
+
+TFieldValues ParseOutput(const QString& text)
+{
+    if (text.isEmpty())
+        throw TError(TErrorKind::Usage, QStringLiteral("a folder is required"));
+    return { { TField::OutputFolder, ParsePath(text) } };
+}
+
+constexpr int MostTwox = 8192; // beyond it the launch images outgrow what the devices and we can hold
+
+const std::array<TSetting, 9> Settings { {
+    { "icon", "FILE", "Source image of the icons; \"\" for none",
+        [](const QString& text) -> TFieldValues {
+            return { { TField::IconImageName, ParsePath(text) } };
+        },
+        [](const TProject& project) -> QJsonValue { return project.IconImageName; } },
+    { "launch", "FILE", "Source image of the launch images; \"\" for none",
+        [](const QString& text) -> TFieldValues {
+            return { { TField::SplashImageName, ParsePath(text) } };
+        },
+        [](const TProject& project) -> QJsonValue { return project.SplashImageName; } },
+    { "platforms", "LIST", "all, none, or some of android,iphone,ipad,windows", ParsePlatforms,
+        PlatformsValue },
+    { "background", "#RRGGBB", "Colour behind transparent pixels and of margins", ParseBackground,
+        BackgroundValue },
+    { "format", "256|true", "256 colours or true colour", ParseFormat, FormatValue },
+    { "compression", "1..10", "Compression of the PNG files",
+        [](const QString& text) -> TFieldValues {
+            return { { TField::Compression, ParseNumber(text, 1, 10) } };
+        },
+        [](const TProject& project) { return NumberValue(project.Compression); } },
+    { "twox", "PIXELS", "Width of the 2x launch images, 1 to 8192",
+        [](const QString& text) -> TFieldValues {
+            return { { TField::TwoxSize, ParseNumber(text, 1, MostTwox) } };
+        },
+        [](const TProject& project) { return NumberValue(project.TwoxSize); } },
+    { "filter", "NAME",
+        "none, bell, bicubic, bilinear, bspline, fastlinear, hermite,\n"
+        "lanczos3, linear, mitchell, nearest or triangle",
+        ParseFilter, FilterValue },
+    { "output", "DIR", "Folder of the generated images", ParseOutput,
+        [](const TProject& project) -> QJsonValue { return project.OutputFolder; } },
+} };
+
+QString TypedValue(const QJsonValue& value)
+{
+    if (value.isNull())
+        return QStringLiteral("(not set)");
+    if (value.isArray()) {
+        const QString list = value.toVariant().toStringList().join(u',');
+        return list.isEmpty() ? QStringLiteral("none") : list;
+    }
+    const QString text = value.toVariant().toString();
+    return text.isEmpty() ? QStringLiteral("\"\"") : text;
+}
+
+void CheckSource(const QString& attempt, const QString& file)
+{
+    if (file.isEmpty() || FileExists(file))
+        return;
+    if (FolderExists(file))
+        throw TError(TErrorKind::BadInput, attempt, file, QStringLiteral("it is a folder"));
+    throw TError(TErrorKind::NotFound, attempt, file, QStringLiteral("the file does not exist"));
+}
+
+} // namespace
+
+void TSettingsOptions::Declare(CLI::App& app)
+{
+    for (const TSetting& setting : Settings) {
+        const auto take = [this, &setting](const QString& text) {
+            for (const auto& [field, value] : setting.Parse(text))
+                FValues[field] = value;
+        };
+        AddTextOption(app, std::string("--") + setting.Name, take, setting.Help)
+            ->type_name(setting.ValueName)
+            ->group("Settings");
+    }
+}
+
+void TSettingsOptions::CheckPaths() const
+{
+    if (Has(TField::IconImageName))
+        CheckSource(QStringLiteral("use the icon image"), FValues.at(TField::IconImageName).toString());
+    if (Has(TField::SplashImageName))
+        CheckSource(QStringLiteral("use the launch image"), FValues.at(TField::SplashImageName).toString());
+    if (Has(TField::OutputFolder) && FileExists(FValues.at(TField::OutputFolder).toString()))
+        throw TError(TErrorKind::BadInput, QStringLiteral("use the output folder"),
+            FValues.at(TField::OutputFolder).toString(), QStringLiteral("it is a file"));
+}
+
+void TSettingsOptions::SetFields(TProjectsTable& table) const
+{
+    for (const auto& [field, value] : FValues)
+        table.SetField(field, value);
+}
+
+QJsonObject ProjectJson(const TProject& project)
+{
+    QJsonObject json { { QStringLiteral("id"), static_cast<qint64>(project.ID) },
+        { QStringLiteral("project"), project.ProjectFile } };
+    for (const TSetting& setting : Settings)
+        json.insert(QLatin1String(setting.Name), setting.Value(project));
+    return json;
+}
+
+QStringList ProjectLines(const TProject& project)
+{
+    std::vector<QStringList> rows { { QStringLiteral("id"), QString::number(project.ID) },
+        { QStringLiteral("project"), project.ProjectFile } };
+    for (const TSetting& setting : Settings)
+        rows.push_back({ QString::fromLatin1(setting.Name), TypedValue(setting.Value(project)) });
+    return AlignedRows(rows);
+}
+
+} // namespace Corvadine

@@ -1,0 +1,433 @@
+#include "cli/Cli.h"
+
+#include "tests/Testing.h"
+
+#include <SQLiteCpp/SQLiteCpp.h>
+
+#include <QDir>
+#include <QDirIterator>
+#include <QImage>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
+
+#include <sys/resource.h>
+
+#include <map>
+#include <sstream>
+
+namespace Corvadine::Testing {
+namespace {
+
+using ::testing::HasSubstr;
+using ::testing::MatchesRegex;
+
+struct TOutcome {
+    int Status;
+    std::string Out;
+    std::string Err;
+};
+
+QJsonObject JsonIn(const TOutcome& outcome)
+{
+    QJsonParseError error;
+    const auto document = QJsonDocument::fromJson(QByteArray::fromStdString(outcome.Out), &error);
+    EXPECT_EQ(error.error, QJsonParseError::NoError) << outcome.Out;
+    return document.object();
+}
+
+// A data folder and one project, in folders that are hard on quoting and encoding.
+class TCliTest : public TFolderTest {
+protected:
+    void SetUp() override
+    {
+        QDir().mkpath(FHome);
+        PutFile(FProject, FileBytes(FSample + "/Demo.dproj"));
+        QImage icon(64, 64, QImage::Format_ARGB32);
+        icon.fill(QColor(200, 30, 30, 128));
+        icon.save(FIcon);
+    }
+
+    // Runs in this process, on the test's data folder.
+    TOutcome Run(const QStringList& arguments)
+    {
+        std::ostringstream out; // the test's data folder takes the place of the program's
+        std::ostringstream err;
+        TCliEnvironment environment { out, err, FData };
+        environment.Now = [this] { return FNow; };
+        environment.BusyTimeout = std::chrono::milliseconds(1);
+        const int status = RunCli(arguments, environment);
+        return { status, out.str(), err.str() };
+    }
+
+    // Runs the program itself; `fileSizeLimit` makes it believe that the disk is full.
+    TOutcome RunProgram(const QStringList& arguments, rlim_t fileSizeLimit = RLIM_INFINITY)
+    {
+        QProcess process;
+        process.setChildProcessModifier([fileSizeLimit] {
+            const rlimit limit { fileSizeLimit, fileSizeLimit };
+            ::setrlimit(RLIMIT_FSIZE, &limit);
+        });
+        process.start(QStringLiteral(CORVADINE_CLI), QStringList { "--data", FData } + arguments);
+        EXPECT_TRUE(process.waitForFinished(-1));
+        EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
+        return { process.exitCode(), process.readAllStandardOutput().toStdString(),
+            process.readAllStandardError().toStdString() };
+    }
+
+    void AddProject(const QString& platforms = "windows")
+    {
+        const TOutcome added = Run({ "add", FProject, "--icon", FIcon, "--platforms", platforms });
+        ASSERT_EQ(added.Err, "");
+        ASSERT_EQ(added.Out, "1\n");
+    }
+
+    // A failure is one line on the error stream, says what it must, and leaves every file as it was.
+    void ExpectRefusal(const QStringList& arguments, int status, const std::string& text)
+    {
+        const auto before = Files();
+        const TOutcome outcome = Run(arguments);
+        const std::string command = arguments.join(u' ').toStdString();
+        EXPECT_EQ(outcome.Status, status) << command;
+        EXPECT_THAT(outcome.Err, HasSubstr(text)) << command;
+        EXPECT_EQ(std::count(outcome.Err.begin(), outcome.Err.end(), '\n'), 1) << outcome.Err;
+        EXPECT_EQ(outcome.Out, "") << command;
+        EXPECT_EQ(Files(), before) << command;
+    }
+
+    // Every file and folder of the test with a hash of its content.
+    std::map<std::string, std::size_t> Files() const
+    {
+        std::map<std::string, std::size_t> files;
+        QDirIterator entries(Path(""), QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
+            QDirIterator::Subdirectories);
+        while (entries.hasNext()) {
+            const QString path = entries.next();
+            files[path.toStdString()] = entries.fileInfo().isDir() ? 0 : qHash(FileBytes(path));
+        }
+        return files;
+    }
+
+    const QString FSample = QStringLiteral(CORVADINE_SAMPLE);
+    const QString FHome = Path(QStringLiteral("It's a \"M\u00e4rchen\" \U0001F600"));
+    const QString FData = FHome + "/data";
+    const QString FProject = FHome + "/Demo.dproj";
+    const QString FIcon = FHome + "/icon.png";
+    const QString FOutput = FHome + "/Demo/Corvadine";
+    QDateTime FNow { { 2024, 3, 5 }, { 14, 7, 9 } };
+};
+
+TEST_F(TCliTest, DoesTheWholeJobOnTheSample)
+{
+    const QByteArray original = FileBytes(FProject);
+    ASSERT_EQ(
+        Run({ "add", FProject, "--icon", FSample + "/icon.png", "--launch", FSample + "/launch.png" }).Out,
+        "1\n");
+    const auto before = Files();
+    const TOutcome plan = Run({ "plan", FProject });
+    EXPECT_THAT(plan.Out, HasSubstr("iPhone_Launch2x             400x184    launch"));
+    EXPECT_THAT(plan.Out, HasSubstr("57 elements would change"));
+    EXPECT_EQ(plan.Err, "");
+    EXPECT_EQ(Files(), before);
+
+    EXPECT_EQ(Run({ "generate", "1" }).Out, "38 images in " + FOutput.toStdString() + "\n");
+    EXPECT_THAT(Run({ "update", "1", "--dry-run" }).Out, HasSubstr("57 elements would change"));
+    EXPECT_EQ(FileBytes(FProject), original);
+    EXPECT_EQ(
+        Run({ "update", "1" }).Out, "57 Entries updated.\nA backup of the project file was made first.\n");
+    EXPECT_THAT(FileBytes(FProject).toStdString(), HasSubstr(">Demo\\Corvadine\\Icon_MainIcon.ico</"));
+    EXPECT_EQ(Run({ "check", "--all" }).Out, "OK\n");
+
+    EXPECT_EQ(Run({ "backups", "1" }).Out, "2024-03-05 14:07:09  Demo.20240305140709.dproj\n");
+    EXPECT_EQ(Run({ "restore", "1", "Demo.20240305140709.dproj" }).Status, 0);
+    EXPECT_EQ(FileBytes(FProject), original);
+    EXPECT_EQ(JsonIn(Run({ "--json", "backups", "1" }))["backups"].toArray().size(), 2);
+}
+
+TEST_F(TCliTest, AnswersEveryCommandWithOneJsonDocument)
+{
+    const QList<std::pair<bool, QStringList>> commands {
+        { false, { "show", "1" } }, // there is no data folder yet
+        { true, { "add", FProject, "--icon", FIcon, "--platforms", "windows" } },
+        { true, { "list" } },
+        { true, { "show", "1" } },
+        { true, { "set", "1", "--format", "true" } },
+        { true, { "plan", "1" } },
+        { true, { "generate", "--all" } },
+        { false, { "check", "1" } }, // the project file has not been updated
+        { true, { "update", "1", "--dry-run" } },
+        { true, { "update", "1" } },
+        { true, { "check", "1" } },
+        { true, { "backups", "1" } },
+        { true, { "restore", "1" } },
+        { false, { "clear", "1" } },
+        { true, { "clear", "1", "--yes" } },
+        { false, { "generate", "1", "77" } },
+        { true, { "remove", "1" } },
+        { false, { "frob" } },
+        { false, {} },
+        { true, { "--help" } },
+        { true, { "--version" } },
+    };
+    for (const auto& [isGood, arguments] : commands) {
+        const TOutcome outcome = Run(arguments + QStringList { "--json" });
+        EXPECT_EQ(JsonIn(outcome)["ok"].toBool(), isGood) << outcome.Out;
+        EXPECT_EQ(outcome.Status == 0, isGood) << outcome.Out;
+    }
+}
+
+TEST_F(TCliTest, RefusesWrongUsageWithOneLineAndTheAllowedValues)
+{
+    AddProject();
+    const QList<std::pair<QStringList, std::string>> table {
+        { { "frob" }, "'frob' is no command (see corvadine-cli --help)" },
+        { { "list", "--data=" }, "--data: a folder is required" },
+        { { "show" }, "PROJECT is required" },
+        { { "show", "" }, "the ID or path given is empty" },
+        { { "show", "1", "2" }, "not expected: 2" },
+        { { "add", "Demo.dpr" }, "'Demo.dpr' is no .dproj file" },
+        { { "set", "1" }, "a setting to change is required (see corvadine-cli set --help)" },
+        { { "set", "1", "--compression", "11" }, "--compression: '11' is no whole number from 1 to 10" },
+        { { "set", "1", "--compression=0" }, "1 to 10" },
+        { { "set", "1", "--twox", "8193" }, "1 to 8192" },
+        { { "set", "1", "--twox", "4e2" }, "1 to 8192" },
+        { { "set", "1", "--background", "#12345" }, "#RRGGBB" },
+        { { "set", "1", "--background", "#+12345" }, "#RRGGBB" },
+        { { "set", "1", "--format", "512" }, "'512' is none of 256, true" },
+        { { "set", "1", "--filter", "box" }, "none of none, bell, bicubic" },
+        { { "set", "1", "--platforms", "ios" }, "none of android, iphone, ipad, windows, all, none" },
+        { { "set", "1", "--output=", "--format", "true" }, "--output: a folder is required" },
+        { { "generate" }, "PROJECT or --all is required" },
+        { { "check", "1", "--all" }, "--all goes without" },
+        { { "generate", "1", "--jobs", "0" }, "whole number from 1" },
+        { { "clear", "1" }, "would delete 0 files" },
+    };
+    for (const auto& [arguments, text] : table)
+        ExpectRefusal(arguments, 2, text);
+    EXPECT_THAT(Run({ "set", "--help" }).Out, HasSubstr("--background #RRGGBB"));
+    EXPECT_THAT(Run({}).Out, HasSubstr("restore"));
+}
+
+TEST_F(TCliTest, KeepsAndShowsSettingsInItsOwnWords)
+{
+    AddProject();
+    const QJsonObject before = JsonIn(Run({ "show", "1", "--json" }))["project"].toObject();
+    EXPECT_EQ(before["format"], "256");
+    EXPECT_EQ(before["background"], "#FFFFFF");
+    EXPECT_EQ(before["output"], FOutput);
+    ASSERT_EQ(Run({ "set", FProject, "--platforms", "IPAD,android", "--background", "ff8000", "--format",
+                      "true", "--compression", "10", "--twox", "1", "--filter", "bspline",
+                      "--icon=", "--output", Path("out/") })
+                  .Status,
+        0);
+    const TOutcome shown = Run({ "show", "1" });
+    EXPECT_THAT(shown.Out,
+        MatchesRegex("id +1\nproject +.*/Demo.dproj\nicon +\"\"\nlaunch +\"\"\nplatforms +android,ipad\n"
+                     "background +#FF8000\nformat +true\ncompression +10\ntwox +1\nfilter +bspline\n"
+                     "output +.*/out\n"));
+    EXPECT_EQ(Run({ "set", "1", "--platforms", "all", "--background", "#FFFFFF", "--format", "256",
+                      "--compression", "6", "--twox", "400", "--filter", "mitchell", "--icon", FIcon,
+                      "--output", FOutput, "--platforms=windows" })
+                  .Status,
+        2); // twice the same option
+    ASSERT_EQ(Run({ "set", "1", "--platforms", "windows", "--background", "#FFFFFF", "--format", "256",
+                      "--compression", "6", "--twox", "400", "--filter", "mitchell", "--icon", FIcon,
+                      "--output", FOutput })
+                  .Status,
+        0);
+    EXPECT_EQ(JsonIn(Run({ "show", "1", "--json" }))["project"].toObject(), before);
+}
+
+TEST_F(TCliTest, RefusesBadFilesAndChangesNothing)
+{
+    AddProject();
+    ExpectRefusal({ "add", FProject }, 1, "Demo.dproj: it has been added before, with the ID 1");
+    ExpectRefusal({ "add", FHome + "/none.dproj" }, 1, "none.dproj: the file does not exist");
+    ExpectRefusal({ "set", "1", "--icon", FHome }, 1, ": it is a folder");
+    ExpectRefusal({ "set", "1", "--launch", FHome + "/none.png" }, 1, "none.png: the file does not exist");
+    ExpectRefusal({ "set", "1", "--output", FIcon }, 1, "icon.png: it is a file");
+    ExpectRefusal({ "show", "2" }, 1, "Cannot find the project 2: ");
+    ExpectRefusal({ "remove", "a\nb.dproj" }, 1, "Cannot find the project a\\nb.dproj: ");
+
+    ASSERT_EQ(Run({ "generate", "1" }).Status, 0);
+    const QByteArray icon = FileBytes(FIcon);
+    for (const QByteArray& damaged : { QByteArray(), QByteArray("text"), icon.left(icon.size() / 2) }) {
+        PutFile(FIcon, damaged);
+        for (const char* command : { "plan", "generate", "check" })
+            ExpectRefusal({ command, "1" }, 1, "icon.png: ");
+        // The decoders below us print their own lines past every hook.
+        EXPECT_THAT(RunProgram({ "generate", "1" }).Err, MatchesRegex("Cannot load the image .*\n"));
+    }
+    QFile::remove(FIcon);
+    ExpectRefusal({ "generate", "1" }, 1, "icon.png: ");
+    PutFile(FIcon, icon);
+
+    for (const char* content : { "", "Demo", "<!DOCTYPE P [<!ENTITY e 'x'>]><P>&e;</P>" }) {
+        PutFile(FProject, content);
+        ExpectRefusal({ "update", "1", "--dry-run" }, 1, "Cannot read the project file ");
+        EXPECT_EQ(Run({ "update", "1" }).Status, 1);
+        EXPECT_EQ(FileBytes(FProject), content);
+    }
+    QFile::remove(FProject);
+    ExpectRefusal({ "update", "1" }, 1, "Demo.dproj: the file does not exist");
+    ASSERT_EQ(Run({ "set", "1", "--output", FIcon + "/below" }).Status, 0);
+    ExpectRefusal({ "generate", "1" }, 1, "Cannot create the folder ");
+}
+
+TEST_F(TCliTest, LeavesAReadOnlyProjectFileAndOneThatCannotBeBackedUp)
+{
+    AddProject();
+    ASSERT_EQ(Run({ "generate", "1" }).Status, 0);
+    const QByteArray original = FileBytes(FProject);
+    PutFile(FData + "/Project Backups", "in the way");
+    ExpectRefusal({ "update", "1" }, 1, "the project file is unchanged");
+    QFile::remove(FData + "/Project Backups");
+    QFile::setPermissions(FProject, QFile::ReadOwner);
+    EXPECT_THAT(Run({ "update", "1" }).Err, HasSubstr("the file is read-only"));
+    EXPECT_EQ(FileBytes(FProject), original);
+}
+
+TEST_F(TCliTest, ReportsADatabaseThatItCannotUse)
+{
+    ExpectRefusal({ "list" }, 1, "data: the folder does not exist");
+    QDir().mkpath(FData);
+    EXPECT_EQ(Run({ "list" }).Status, 0);
+    EXPECT_TRUE(QDir(FData).isEmpty()); // reading creates nothing
+    AddProject();
+
+    const QString path = FData + "/Corvadine.db";
+    {
+        SQLite::Database other(path.toStdString(), SQLite::OPEN_READWRITE);
+        other.exec("BEGIN EXCLUSIVE");
+        ExpectRefusal({ "list" }, 1, "Corvadine.db: database is locked");
+        other.exec("ROLLBACK; PRAGMA user_version=99");
+    }
+    ExpectRefusal({ "set", "1", "--twox", "5" }, 1, "newer release");
+    PutFile(path, QByteArray(4096, 'x'));
+    ExpectRefusal({ "add", FProject }, 1, "Corvadine.db: ");
+}
+
+TEST_F(TCliTest, GoesOnWithTheNextProjectAfterAFailure)
+{
+    EXPECT_EQ(Run({ "add", FProject }).Status, 0);
+    EXPECT_THAT(Run({ "generate", "1" }).Err, HasSubstr("warning: No icon image is chosen"));
+    const QString second = FHome + "/B.dproj";
+    PutFile(second, FileBytes(FProject));
+    ASSERT_EQ(Run({ "add", second, "--platforms", "none" }).Status, 0);
+    QFile::remove(FProject);
+    const TOutcome outcome = Run({ "check", "1", "8", "2" });
+    EXPECT_EQ(outcome.Status, 1);
+    EXPECT_THAT(outcome.Err, HasSubstr("project 1: Cannot read the project file "));
+    EXPECT_THAT(outcome.Err, HasSubstr("project 8: Cannot find the project 8"));
+    EXPECT_EQ(outcome.Out, "Project 2:\nOK\n");
+    const QJsonArray projects = JsonIn(Run({ "check", "--all", "--json" }))["projects"].toArray();
+    ASSERT_EQ(projects.size(), 2);
+    EXPECT_FALSE(projects[0].toObject()["ok"].toBool());
+    EXPECT_EQ(projects[1].toObject()["project"], second);
+}
+
+TEST_F(TCliTest, CheckFindsEachKindOfDamage)
+{
+    AddProject("iphone,windows");
+    ASSERT_EQ(Run({ "set", "1", "--format", "true" }).Status, 0);
+    ASSERT_EQ(Run({ "generate", "1" }).Status, 0);
+    ASSERT_EQ(Run({ "update", "1" }).Status, 0);
+    ASSERT_EQ(Run({ "check", "1" }).Out, "OK\n");
+    const auto image = [this](const char* id) { return FileBytes(FOutput + '/' + id); };
+    QImage transparent(1024, 1024, QImage::Format_ARGB32);
+    transparent.fill(Qt::transparent);
+    transparent.save(Path("store.png"));
+    const QByteArray ico = image("Icon_MainIcon.ico");
+    const QByteArray logo = image("UWP_DelphiLogo44.png");
+    const QList<std::pair<QString, QByteArray>> damages {
+        { FOutput + "/UWP_DelphiLogo44.png", logo.left(logo.size() - 20) },
+        { FOutput + "/UWP_DelphiLogo44.png", image("UWP_DelphiLogo150.png") },
+        { FOutput + "/iOS_AppStore1024.png", FileBytes(Path("store.png")) },
+        { FOutput + "/Icon_MainIcon.ico", ico.left(ico.size() / 2) },
+        { FProject, FileBytes(FProject).replace("\\UWP_DelphiLogo44.png", "\\other.png") },
+    };
+    for (const auto& [path, damaged] : damages) {
+        const QByteArray whole = FileBytes(path);
+        PutFile(path, damaged);
+        const TOutcome outcome = Run({ "check", "1" });
+        EXPECT_EQ(outcome.Status, 1) << outcome.Out;
+        EXPECT_THAT(outcome.Out, ::testing::StartsWith(path.toStdString() + ":"));
+        EXPECT_THAT(outcome.Out, MatchesRegex(".*\n[12] findings?\n"));
+        PutFile(path, whole);
+    }
+    QFile::remove(FOutput + "/iPhone_Launch2x.png");
+    EXPECT_THAT(Run({ "check", "1" }).Out, HasSubstr("iPhone_Launch2x.png: the file does not exist\n1 fin"));
+}
+
+TEST_F(TCliTest, RestoreRefusesTheBackupOfAnotherProject)
+{
+    AddProject();
+    ASSERT_EQ(Run({ "generate", "1" }).Status, 0);
+    ASSERT_EQ(Run({ "update", "1" }).Status, 0);
+    ExpectRefusal({ "restore", "1", "Demo.20200101000000.dproj" }, 1, "has no backup");
+    PutFile(FProject, FileBytes(FProject).replace("{AB30B1C1", "{00000000"));
+    ExpectRefusal({ "restore", "1", "Demo.20240305140709.dproj" }, 1, "another project");
+    EXPECT_EQ(Run({ "backups", "1" }).Out, "");
+}
+
+TEST_F(TCliTest, ClearDeletesTheFilesOfTheOutputFolderOnly)
+{
+    AddProject();
+    const TOutcome missing = Run({ "clear", "1", "--yes" });
+    EXPECT_EQ(missing.Status, 0);
+    EXPECT_EQ(missing.Out, "");
+    ASSERT_EQ(Run({ "generate", "1" }).Status, 0);
+    QDir().mkpath(FOutput + "/kept");
+    for (const char* name : { "/kept/file", "/.hidden", "/no extension" })
+        PutFile(FOutput + name, "x");
+    ExpectRefusal({ "clear", "1" }, 2, "this would delete 5 files in it");
+    EXPECT_EQ(Run({ "clear", "1", "--yes" }).Out, "5 Images Deleted\n");
+    EXPECT_EQ(QDir(FOutput).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
+        QStringList { "kept" });
+    EXPECT_TRUE(QFile::exists(FOutput + "/kept/file"));
+    EXPECT_EQ(Run({ "clear", "1", "--yes" }).Out, "1 Images Deleted\n");
+}
+
+TEST_F(TCliTest, AFullDiskChangesNothing)
+{
+    AddProject();
+    ASSERT_EQ(Run({ "generate", "1" }).Status, 0);
+    ASSERT_EQ(Run({ "set", "1", "--filter", "none", "--platforms", "android" }).Status, 0);
+    const QString second = FHome + "/B.dproj";
+    PutFile(second, FileBytes(FProject));
+    const auto before = Files();
+    const QList<QStringList> commands { { "generate", "1" }, { "update", "1" },
+        { "set", "1", "--twox", "500" }, { "add", second } };
+    for (const QStringList& arguments : commands) {
+        const TOutcome outcome = RunProgram(arguments, 1000);
+        EXPECT_EQ(outcome.Status, 1) << outcome.Out;
+        EXPECT_THAT(outcome.Err, MatchesRegex("Cannot .*\n"));
+        EXPECT_EQ(Files(), before) << outcome.Err;
+    }
+    QProcess list;
+    list.setStandardOutputFile("/dev/full");
+    list.start(QStringLiteral(CORVADINE_CLI), { "list", "--data", FData });
+    ASSERT_TRUE(list.waitForFinished(-1));
+    EXPECT_EQ(list.exitCode(), 1);
+}
+
+TEST_F(TCliTest, AnInterruptedGenerationLeavesWholeFilesOnly)
+{
+    AddProject("all");
+    const TOutcome generated = RunProgram({ "generate", "1" });
+    ASSERT_EQ(generated.Status, 0) << generated.Err;
+    const std::size_t count = Files().size();
+    for (const int milliseconds : { 20, 60, 120, 250 }) {
+        QProcess process;
+        process.start(QStringLiteral(CORVADINE_CLI), { "generate", "1", "--data", FData });
+        process.waitForFinished(milliseconds);
+        process.kill();
+        process.waitForFinished(-1);
+        EXPECT_EQ(Files().size(), count) << "litter after " << milliseconds << " ms";
+        EXPECT_THAT(Run({ "check", "1", "--json" }).Out, ::testing::Not(HasSubstr("Corvadine/")));
+    }
+}
+
+} // namespace
+} // namespace Corvadine::Testing
