@@ -19,7 +19,7 @@ void WidenOpaqueRow(const std::uint8_t* bgrx, std::size_t pixels, std::int16_t* 
 // Which pairs of pixels make up each target pixel of a row.
 struct TPixelWeights {
     const int* First;            // per target pixel: its first pair
-    const std::int16_t* Weights; // targets x pairs x 2; readable for 8 bytes more
+    const std::int16_t* Weights; // targets x pairs x 2; readable for 6 values more
     std::size_t Targets;
     std::size_t Pairs; // of each target pixel; a multiple of four
 };

@@ -37,7 +37,7 @@ public:
     }
 
 private:
-    static constexpr std::size_t OverRead = 4; // values that a kernel may read behind the last weight
+    static constexpr std::size_t OverRead = 6; // values that a kernel may read behind the last weight
 
     int FPairs;
     std::vector<int> FFirst;
