@@ -106,6 +106,8 @@ TEST_F(SourceImageTest, RefusesWhatIsNoWholeImageAndSaysWhy)
     const QByteArray gif = FileBytes(QStringLiteral(CORVADINE_TEST_DATA "/still.gif")); // by another program
     PutFile(Path("a"), gif);
     EXPECT_EQ(Loaded(Path("a")).pixel(6, 4), qRgb(255, 128, 0));
+    PutFile(Path("a"), bytesOf("JPG") + "a film, in which by chance stands \xFF\xDA");
+    EXPECT_EQ(Loaded(Path("a")).size(), QSize(200, 200));
 
     const std::vector<std::tuple<QByteArray, const char*>> cases {
         { QByteArray(), "the file is empty" },
