@@ -78,8 +78,10 @@ private:
         QImageReader byExtension(&FBuffer, extension);
         const bool fits = !extension.isEmpty() && byExtension.canRead();
         FBuffer.seek(0);
-        if (fits)
-            FReader.setFormat(extension);
+        if (!fits)
+            return;
+        FReader.setDecideFormatFromContent(false); // which would overrule the format
+        FReader.setFormat(extension);
     }
 
     QString FPath;

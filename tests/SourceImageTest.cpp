@@ -93,6 +93,15 @@ TEST_F(SourceImageTest, ChoosesTheDecoderByContentWhenTheExtensionLies)
     ASSERT_TRUE(TwoHalves({ 6, 4 }, QImage::Format_RGB32).save(Path("a.jpg"), "PNG"));
     EXPECT_EQ(LoadSourceImage(Path("a.jpg"), TDecoderChoice::ByExtension).pixel(1, 1), qRgb(200, 30, 30));
     EXPECT_EQ(Loaded(Path("a.jpg")).pixel(1, 1), qRgb(200, 30, 30));
+
+    // Red throughout; the start of a TGA is also that of a Windows cursor.
+    QByteArray tga(18, '\0');
+    for (const auto& [at, value] : { std::pair(2, 2), { 12, 4 }, { 14, 4 }, { 16, 24 } })
+        tga[at] = static_cast<char>(value);
+    PutFile(Path("a.tga"),
+        tga + QByteArray("\0\0\xFF", 3).repeated(16) + QByteArray(8, '\0')
+            + QByteArray("TRUEVISION-XFILE.", 18));
+    EXPECT_EQ(LoadSourceImage(Path("a.tga"), TDecoderChoice::ByExtension).pixel(0, 0), qRgb(255, 0, 0));
 }
 
 TEST_F(SourceImageTest, RefusesWhatIsNoWholeImageAndSaysWhy)
