@@ -104,6 +104,29 @@ TEST_F(SourceImageTest, ChoosesTheDecoderByContentWhenTheExtensionLies)
     EXPECT_EQ(LoadSourceImage(Path("a.tga"), TDecoderChoice::ByExtension).pixel(0, 0), qRgb(255, 0, 0));
 }
 
+TEST_F(SourceImageTest, LoadsTheLargestImageOfAWindowsIcon)
+{
+    const auto icon = [this](int side) {
+        TwoHalves({ side, side }, QImage::Format_ARGB32).save(Path("a.ico"));
+        return FileBytes(Path("a.ico"));
+    };
+    const QByteArray small = icon(16);
+    const QByteArray large = icon(48);
+    constexpr qsizetype Dir = 6;
+    constexpr qsizetype Entry = 16;
+    const auto entry = [](const QByteArray& file, qsizetype offset) {
+        return file.mid(Dir, Entry - 4) + QByteArray(1, static_cast<char>(offset & 0xFF))
+            + QByteArray(1, static_cast<char>(offset >> 8)) + QByteArray(2, '\0');
+    };
+    const QByteArray smallImage = small.mid(Dir + Entry);
+    const qsizetype offset = Dir + 2 * Entry;
+    PutFile(Path("a.ico"),
+        QByteArray("\0\0\1\0\2\0", 6) + entry(small, offset) + entry(large, offset + smallImage.size())
+            + smallImage + large.mid(Dir + Entry));
+    EXPECT_EQ(Loaded(Path("a.ico")).size(), QSize(48, 48));
+    EXPECT_EQ(ReadImageHeader(Path("a.ico"), TDecoderChoice::ByContent).Size, QSize(48, 48));
+}
+
 TEST_F(SourceImageTest, RefusesWhatIsNoWholeImageAndSaysWhy)
 {
     const auto bytesOf = [](const char* format) {
