@@ -7,6 +7,8 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <filesystem>
+
 namespace Corvadine {
 
 bool FileExists(const QString& path)
@@ -48,8 +50,10 @@ void CreateFolder(const QString& path)
         return;
     if (FileExists(path))
         throw TError(TErrorKind::Io, attempt, path, QStringLiteral("a file of that name is in the way"));
-    if (!QDir().mkpath(path))
-        throw TError(TErrorKind::Io, attempt, path, QStringLiteral("the system refused"));
+    std::error_code error; // QDir::mkpath() keeps the reason to itself
+    std::filesystem::create_directories(QFileInfo(path).filesystemAbsoluteFilePath(), error);
+    if (!FolderExists(path))
+        throw TError(TErrorKind::Io, attempt, path, SystemErrorText(error.value()));
 }
 
 TNewFolder::TNewFolder(const QString& path)

@@ -36,12 +36,15 @@ public:
         FReader.setDevice(&FBuffer);
         FReader.setAutoTransform(true);
         ChooseDecoder();
+        FCanRead = FReader.canRead(); // asked now: the icon decoder loses its place over the size
+        if (FReader.format() == "ico")
+            ChooseLargestImage();
     }
 
     TImageHeader Header()
     {
         const QSize stored = FReader.size();
-        if (!FReader.canRead() || stored.isEmpty())
+        if (!FCanRead || stored.isEmpty())
             throw BadImage(FPath, QStringLiteral("it is not an image in a format that can be read"));
         const bool lying = FReader.transformation().testFlag(QImageIOHandler::TransformationRotate90);
         const qint64 bitsPerPixel = QImage::toPixelFormat(FReader.imageFormat()).bitsPerPixel();
@@ -78,8 +81,25 @@ private:
         QImageReader byExtension(&FBuffer, extension);
         const bool fits = !extension.isEmpty() && byExtension.canRead();
         FBuffer.seek(0);
-        if (fits)
-            FReader.setFormat(extension);
+        if (!fits)
+            return;
+        FReader.setDecideFormatFromContent(false); // which would overrule the format
+        FReader.setFormat(extension);
+    }
+
+    // A Windows icon starts with its smallest image, which is no use as a source.
+    void ChooseLargestImage()
+    {
+        int largest = 0;
+        int most = 0;
+        for (int i = 0; i < FReader.imageCount(); ++i) {
+            FReader.jumpToImage(i);
+            if (FReader.size().width() > most) {
+                most = FReader.size().width();
+                largest = i;
+            }
+        }
+        FReader.jumpToImage(largest);
     }
 
     QString FPath;
@@ -87,6 +107,7 @@ private:
     TDecoderChoice FChoice;
     QBuffer FBuffer;
     QImageReader FReader;
+    bool FCanRead = false;
 };
 
 // A PNG with nothing but a gamma of about 1/2.2 means "as on any screen", not a profile to convert from.

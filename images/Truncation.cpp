@@ -8,12 +8,53 @@ namespace Corvadine {
 
 namespace {
 
-// The end marker must follow the last start of scan; inside a scan both are escaped
-// (ITU-T T.81, https://www.w3.org/Graphics/JPEG/itu-t81.pdf, B.1.1).
-bool IsTruncatedJpeg(const QByteArray& file)
-{
-    return file.lastIndexOf("\xFF\xD9") < file.lastIndexOf("\xFF\xDA");
-}
+// Walks the segments of a JPEG (ITU-T T.81, https://www.w3.org/Graphics/JPEG/itu-t81.pdf, B.1.1) up to the
+// end of its picture. The preview inside and whatever phones hang on behind, a film for one, have markers
+// too, so looking for the last ones would not do.
+class TJpegWalker {
+public:
+    explicit TJpegWalker(const QByteArray& file) : FFile(file) { }
+
+    bool EndsEarly()
+    {
+        constexpr int StartOfScan = 0xDA;
+        constexpr int EndOfImage = 0xD9;
+        constexpr qsizetype StartOfImageBytes = 2;
+        FAt = StartOfImageBytes;
+        while (FAt + 1 < FFile.size()) {
+            const int marker = Byte(FAt + 1);
+            if (Byte(FAt) != 0xFF)
+                return false; // damaged, not short
+            if (marker == EndOfImage)
+                return false;
+            if (marker == 0xFF) { // fill byte
+                ++FAt;
+                continue;
+            }
+            FAt += 2 + (Byte(FAt + 2) << 8 | Byte(FAt + 3));
+            if (marker == StartOfScan)
+                SkipEntropyCodedData();
+        }
+        return true;
+    }
+
+private:
+    int Byte(qsizetype at) const { return at < FFile.size() ? static_cast<uchar>(FFile[at]) : 0; }
+
+    // To the next marker; a byte 0xFF of the data is followed by a zero, and restart markers belong to it.
+    void SkipEntropyCodedData()
+    {
+        for (FAt = FFile.indexOf('\xFF', FAt); FAt >= 0; FAt = FFile.indexOf('\xFF', FAt + 2)) {
+            const int next = Byte(FAt + 1);
+            if (next != 0 && (next & 0xF8) != 0xD0)
+                return;
+        }
+        FAt = FFile.size();
+    }
+
+    const QByteArray& FFile;
+    qsizetype FAt = 0;
+};
 
 // Walks the blocks of a GIF (https://www.w3.org/Graphics/GIF/spec-gif89a.txt) up to the end of its first
 // picture.
@@ -88,7 +129,7 @@ bool IsTruncatedBmp(const QByteArray& file)
 bool IsTruncated(const QByteArray& file)
 {
     if (file.startsWith("\xFF\xD8"))
-        return IsTruncatedJpeg(file);
+        return TJpegWalker(file).EndsEarly();
     if (file.startsWith("GIF8"))
         return TGifWalker(file).EndsEarly();
     return file.startsWith("BM") && IsTruncatedBmp(file);

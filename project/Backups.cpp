@@ -44,11 +44,21 @@ QDateTime TimeOf(const QString& stamp)
     return date.isValid() && time.isValid() ? QDateTime(date, time) : QDateTime();
 }
 
-// Empty also when the file is missing or cannot be understood.
+// Empty also when `bytes`, the content of `file`, cannot be understood.
+QString ProjectGuidIn(const QByteArray& bytes, const QString& file)
+{
+    try {
+        return TProjectDocument(bytes, file).ProjectGuid();
+    } catch (const TError&) {
+        return {};
+    }
+}
+
+// Empty also when the file is missing.
 QString ProjectGuidOf(const QString& file)
 {
     try {
-        return TProjectDocument(ReadFile(file, QStringLiteral("read")), file).ProjectGuid();
+        return ProjectGuidIn(ReadFile(file, QStringLiteral("read")), file);
     } catch (const TError&) {
         return {};
     }
@@ -134,7 +144,10 @@ QString BackupPath(const QString& projectFile, const QString& backupFolder, cons
 QString WriteBackup(
     const QString& projectFile, const QByteArray& bytes, const QString& backupFolder, const QDateTime& time)
 {
+    const QString guid = ProjectGuidIn(bytes, projectFile);
     QString path = BackupPath(projectFile, backupFolder, time);
+    for (qint64 later = 1; AreDifferentProjects(guid, ProjectGuidOf(path)); ++later)
+        path = BackupPath(projectFile, backupFolder, time.addSecs(later));
     WriteFileAtomically(path, bytes);
     // A project may hold passwords, so its copy is not left open to more people. It stays writable, as a
     // second backup within the second replaces it.

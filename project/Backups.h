@@ -22,7 +22,8 @@ struct TBackup {
 QString BackupPath(const QString& projectFile, const QString& backupFolder, const QDateTime& time);
 
 // Keeps `bytes`, the content of `projectFile`, in an existing folder, in place of an older backup of the same
-// second. Returns its path. Throws TError(Io).
+// second. If that one belongs to another project, which happens when many of one file name are updated in one
+// go, the next second is taken instead. Returns the backup's path. Throws TError(Io).
 QString WriteBackup(
     const QString& projectFile, const QByteArray& bytes, const QString& backupFolder, const QDateTime& time);
 

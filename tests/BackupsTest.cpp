@@ -64,6 +64,18 @@ TEST_F(BackupsTest, ListsTheBackupsOfThisProjectOldestFirst)
     EXPECT_EQ(ListBackups(FFile, FBackups).size(), 3U);
 }
 
+TEST_F(BackupsTest, ReplacesABackupOfTheSameSecondUnlessItIsAnotherProjects)
+{
+    const QString other = WriteBackup(Path("b/Demo.dproj"), ProjectWith("B"), FBackups, Noon);
+    EXPECT_EQ(WriteBackup(FFile, "damaged", FBackups, Noon.addSecs(1)),
+        BackupPath(FFile, FBackups, Noon.addSecs(1)));
+    for (const char* rest : { "<First/>", "<Second/>" })
+        EXPECT_EQ(WriteBackup(FFile, ProjectWith("A", rest), FBackups, Noon),
+            BackupPath(FFile, FBackups, Noon.addSecs(1)));
+    EXPECT_EQ(FileBytes(other), ProjectWith("B"));
+    EXPECT_EQ(FileBytes(BackupPath(FFile, FBackups, Noon.addSecs(1))), ProjectWith("A", "<Second/>"));
+}
+
 TEST_F(BackupsTest, RestoreKeepsTheReplacedFileAndCanBeUndone)
 {
     const QByteArray now = FileBytes(FFile);

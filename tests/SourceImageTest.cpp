@@ -93,6 +93,38 @@ TEST_F(SourceImageTest, ChoosesTheDecoderByContentWhenTheExtensionLies)
     ASSERT_TRUE(TwoHalves({ 6, 4 }, QImage::Format_RGB32).save(Path("a.jpg"), "PNG"));
     EXPECT_EQ(LoadSourceImage(Path("a.jpg"), TDecoderChoice::ByExtension).pixel(1, 1), qRgb(200, 30, 30));
     EXPECT_EQ(Loaded(Path("a.jpg")).pixel(1, 1), qRgb(200, 30, 30));
+
+    // Red throughout; the start of a TGA is also that of a Windows cursor.
+    QByteArray tga(18, '\0');
+    for (const auto& [at, value] : { std::pair(2, 2), { 12, 4 }, { 14, 4 }, { 16, 24 } })
+        tga[at] = static_cast<char>(value);
+    PutFile(Path("a.tga"),
+        tga + QByteArray("\0\0\xFF", 3).repeated(16) + QByteArray(8, '\0')
+            + QByteArray("TRUEVISION-XFILE.", 18));
+    EXPECT_EQ(LoadSourceImage(Path("a.tga"), TDecoderChoice::ByExtension).pixel(0, 0), qRgb(255, 0, 0));
+}
+
+TEST_F(SourceImageTest, LoadsTheLargestImageOfAWindowsIcon)
+{
+    const auto icon = [this](int side) {
+        TwoHalves({ side, side }, QImage::Format_ARGB32).save(Path("a.ico"));
+        return FileBytes(Path("a.ico"));
+    };
+    const QByteArray small = icon(16);
+    const QByteArray large = icon(48);
+    constexpr qsizetype Dir = 6;
+    constexpr qsizetype Entry = 16;
+    const auto entry = [](const QByteArray& file, qsizetype offset) {
+        return file.mid(Dir, Entry - 4) + QByteArray(1, static_cast<char>(offset & 0xFF))
+            + QByteArray(1, static_cast<char>(offset >> 8)) + QByteArray(2, '\0');
+    };
+    const QByteArray smallImage = small.mid(Dir + Entry);
+    const qsizetype offset = Dir + 2 * Entry;
+    PutFile(Path("a.ico"),
+        QByteArray("\0\0\1\0\2\0", 6) + entry(small, offset) + entry(large, offset + smallImage.size())
+            + smallImage + large.mid(Dir + Entry));
+    EXPECT_EQ(Loaded(Path("a.ico")).size(), QSize(48, 48));
+    EXPECT_EQ(ReadImageHeader(Path("a.ico"), TDecoderChoice::ByContent).Size, QSize(48, 48));
 }
 
 TEST_F(SourceImageTest, RefusesWhatIsNoWholeImageAndSaysWhy)
@@ -106,6 +138,8 @@ TEST_F(SourceImageTest, RefusesWhatIsNoWholeImageAndSaysWhy)
     const QByteArray gif = FileBytes(QStringLiteral(CORVADINE_TEST_DATA "/still.gif")); // by another program
     PutFile(Path("a"), gif);
     EXPECT_EQ(Loaded(Path("a")).pixel(6, 4), qRgb(255, 128, 0));
+    PutFile(Path("a"), bytesOf("JPG") + "a film, in which by chance stands \xFF\xDA");
+    EXPECT_EQ(Loaded(Path("a")).size(), QSize(200, 200));
 
     const std::vector<std::tuple<QByteArray, const char*>> cases {
         { QByteArray(), "the file is empty" },
