@@ -110,13 +110,26 @@ private:
     bool FCanRead = false;
 };
 
-// A PNG with nothing but a gamma of about 1/2.2 means "as on any screen", not a profile to convert from.
+// Whether its red, green and blue are sRGB's, apart from the rounding of a file that spells them out.
+bool HasSrgbPrimaries(const QColorSpace& space)
+{
+    const QColorTransform transform =
+        space.transformationToColorSpace(QColorSpace(QColorSpace::Primaries::SRgb, space.gamma()));
+    const auto stays = [&transform](QRgb color) {
+        const QRgb mapped = transform.map(color);
+        return std::abs(qRed(mapped) - qRed(color)) <= 2 && std::abs(qGreen(mapped) - qGreen(color)) <= 2
+            && std::abs(qBlue(mapped) - qBlue(color)) <= 2;
+    };
+    return stays(qRgb(200, 60, 60)) && stays(qRgb(60, 200, 60)) && stays(qRgb(60, 60, 200));
+}
+
+// A PNG with just a gamma of about 1/2.2, alone or with sRGB's primaries as many programs write them, means
+// "as on any screen", not a profile to convert from.
 bool IsScreenGamma(const QColorSpace& space)
 {
     constexpr float ScreenGamma = 2.2F;
-    return space.primaries() == QColorSpace::Primaries::SRgb
-        && space.transferFunction() == QColorSpace::TransferFunction::Gamma
-        && std::abs(space.gamma() - ScreenGamma) < 0.05F;
+    return space.transferFunction() == QColorSpace::TransferFunction::Gamma
+        && std::abs(space.gamma() - ScreenGamma) < 0.05F && HasSrgbPrimaries(space);
 }
 
 void ConvertToSrgb(QImage& image)

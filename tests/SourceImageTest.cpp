@@ -86,6 +86,23 @@ TEST_F(SourceImageTest, ConvertsProfilesToSrgbButLeavesScreenGammaAlone)
     image.setColorSpace(QColorSpace(QColorSpace::Primaries::SRgb, 2.2F));
     ASSERT_TRUE(image.save(Path("a.png")));
     EXPECT_EQ(Loaded(Path("a.png")).pixel(0, 0), qRgba(219, 0, 0, 128));
+
+    // The chunks gAMA and cHRM as many programs write them into every file.
+    image.setColorSpace({});
+    image.fill(qRgba(20, 40, 60, 255));
+    ASSERT_TRUE(image.save(Path("a.png")));
+    constexpr qsizetype AfterHeader = 33;
+    PutFile(Path("a.png"),
+        FileBytes(Path("a.png"))
+            .insert(AfterHeader,
+                QByteArray::fromHex("0000000467414D410000B18F0BFC6105"
+                                    "000000206348524D00007A26000080840000FA00000080E8000075300000EA6000003A98"
+                                    "000017709CBA513C")));
+    EXPECT_EQ(Loaded(Path("a.png")).pixel(0, 0), qRgba(20, 40, 60, 255));
+
+    image.setColorSpace(QColorSpace(QColorSpace::AdobeRgb)); // has that gamma too
+    ASSERT_TRUE(image.save(Path("a.png")));
+    EXPECT_LT(qRed(Loaded(Path("a.png")).pixel(0, 0)), 10);
 }
 
 TEST_F(SourceImageTest, ChoosesTheDecoderByContentWhenTheExtensionLies)
