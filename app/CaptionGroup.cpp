@@ -1,0 +1,44 @@
+#include "app/CaptionGroup.h"
+
+#include "dialogs/CommandIcons.h"
+
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QToolButton>
+
+namespace Corvadine {
+
+TCaptionGroup::TCaptionGroup(const QString& caption, QWidget* parent)
+    : QFrame(parent), FHeader(new QWidget(this)), FRows(new QVBoxLayout(this))
+{
+    setFrameShape(QFrame::StyledPanel);
+    setAccessibleName(caption);
+    auto* title = new QLabel(caption, FHeader);
+    QFont bold = title->font();
+    bold.setBold(true);
+    title->setFont(bold);
+    auto* line = new QHBoxLayout(FHeader);
+    line->setContentsMargins(0, 0, 0, 0);
+    line->addWidget(title, 1);
+    FRows->setContentsMargins(9, 6, 9, 9);
+    FRows->setSpacing(6);
+    FRows->addWidget(FHeader);
+}
+
+void TCaptionGroup::SetContent(QWidget* content)
+{
+    FRows->addWidget(content, 1);
+}
+
+QToolButton* TCaptionGroup::AddCloseButton(const QString& accessibleName)
+{
+    auto* button = new QToolButton(FHeader);
+    button->setAutoRaise(true);
+    button->setIcon(CommandIcon(QStringLiteral("close")));
+    button->setIconSize(QSize(12, 12));
+    button->setAccessibleName(accessibleName);
+    FHeader->layout()->addWidget(button);
+    return button;
+}
+
+} // namespace Corvadine

@@ -1,0 +1,230 @@
+#include "app/MainControls.h"
+
+#include "app/CaptionGroup.h"
+#include "app/ColorBox.h"
+#include "app/FieldEditors.h"
+#include "app/ProjectLookup.h"
+#include "app/Ribbon.h"
+#include "generate/ResampleFilter.h"
+#include "images/ImageView.h"
+#include "images/ThumbnailView.h"
+
+#include <QGridLayout>
+#include <QLabel>
+#include <QMainWindow>
+#include <QProgressBar>
+#include <QToolButton>
+
+namespace Corvadine {
+
+namespace {
+
+constexpr int Gap = 8;
+constexpr int ViewSide = 230;
+constexpr int PanelWidth = 250;
+
+// One line each; the doubled letter is part of the text as users know it.
+const QString Instructions = QStringLiteral(
+    "1. Click on the Add Project button.\n"
+    "2. Add an Icon Image (1024 x 1024) recommended.\n"
+    "3. Add the launch image if it is to be different to the Icon image.\n"
+    "4. Tick the platforms you want images to be generated for.\n"
+    "5. Set the background color. This can be done by using the Piick Color button once an image is assigned.\n"
+    "6. Save any changes.\n"
+    "7. Click on the generate button.\n"
+    "8. Click on the Update Project button. A backup of the project file will be automatically made.");
+
+class TMainLayout {
+public:
+    TMainLayout(QMainWindow& window, TProjectsTable& table, const std::function<void(const QString&)>& showError)
+        : FWindow(window), FTable(table), FShowError(showError)
+    {
+    }
+
+    TMainControls Make()
+    {
+        auto* central = new QWidget(&FWindow);
+        auto* rows = new QVBoxLayout(central);
+        rows->setContentsMargins(0, 0, 0, 0);
+        rows->setSpacing(0);
+        FControls.dxRibbon1 = new TRibbon(central);
+        rows->addWidget(FControls.dxRibbon1);
+        auto* columns = new QHBoxLayout;
+        columns->setContentsMargins(Gap, Gap, Gap, Gap);
+        columns->setSpacing(Gap);
+        columns->addWidget(LeftColumn());
+        columns->addWidget(Thumbnails(), 1);
+        rows->addLayout(columns, 1);
+        FWindow.setCentralWidget(central);
+        return FControls;
+    }
+
+private:
+    QWidget* LeftColumn()
+    {
+        auto* column = new QWidget;
+        column->setFixedWidth(2 * PanelWidth + Gap);
+        auto* rows = new QVBoxLayout(column);
+        rows->setContentsMargins(0, 0, 0, 0);
+        rows->setSpacing(Gap);
+        rows->addWidget(CurrentProject());
+        rows->addLayout(SideBySide(
+            ImagePanel("Icon Image", "Remove the icon image", FControls.ImageEnViewIcon, FControls.btnRemoveIcon),
+            ImagePanel(
+                "Launch Image", "Remove the launch image", FControls.ImageEnViewSplash, FControls.btnRemoveSplash)));
+        rows->addLayout(SideBySide(Platforms(), Filter()));
+        rows->addWidget(ImageOptions());
+        rows->addWidget(Progress());
+        rows->addWidget(InstructionText());
+        rows->addStretch(1);
+        return column;
+    }
+
+    static QLayout* SideBySide(QWidget* left, QWidget* right)
+    {
+        auto* row = new QHBoxLayout;
+        row->setSpacing(Gap);
+        row->addWidget(left, 1);
+        row->addWidget(right);
+        return row;
+    }
+
+    QWidget* CurrentProject()
+    {
+        FControls.layGroupCurrentProject = new TCaptionGroup(QStringLiteral("Current Project"));
+        FControls.cbProjects = new TProjectLookup(FTable);
+        FControls.cbProjects->setAccessibleName(QStringLiteral("Current Project"));
+        FControls.layGroupCurrentProject->SetContent(FControls.cbProjects);
+        return FControls.layGroupCurrentProject;
+    }
+
+    static QWidget* ImagePanel(const char* caption, const char* remove, TImageView*& view, QToolButton*& close)
+    {
+        auto* panel = new TCaptionGroup(QString::fromLatin1(caption));
+        panel->setFixedWidth(PanelWidth);
+        panel->layout()->setContentsMargins(9, 6, 9, 9);
+        view = new TImageView(panel);
+        view->setFixedSize(ViewSide, ViewSide);
+        view->setAccessibleName(QString::fromLatin1(caption));
+        panel->SetContent(view);
+        close = panel->AddCloseButton(QString::fromLatin1(remove));
+        return panel;
+    }
+
+    QWidget* Platforms()
+    {
+        auto* boxes = new QWidget;
+        auto* grid = new QGridLayout(boxes);
+        grid->setContentsMargins(0, 0, 0, 0);
+        const std::pair<const char*, TField> platforms[] { { "Android", TField::IncAndroid },
+            { "iPhone", TField::IncIPhone }, { "iPad", TField::IncIPad }, { "Windows", TField::IncWindows } };
+        int column = 0;
+        for (const auto& [caption, field] : platforms)
+            grid->addWidget(
+                Reporting(new TFieldCheckBox(QString::fromLatin1(caption), FTable, field)), 0, column++);
+        FControls.layGroupPlatforms = new TCaptionGroup(QStringLiteral("Platforms"));
+        FControls.layGroupPlatforms->SetContent(boxes);
+        return FControls.layGroupPlatforms;
+    }
+
+    QWidget* Filter()
+    {
+        std::vector<TFieldComboBox::TChoice> choices;
+        for (const TFilterInfo& info : FilterInfos())
+            choices.push_back({ static_cast<int>(info.Filter), QString::fromLatin1(info.Caption) });
+        auto* filter = Reporting(new TFieldComboBox(std::move(choices), FTable, TField::ResampleFilter));
+        filter->setAccessibleName(QStringLiteral("Sampling Filter"));
+        FControls.layGroupFilter = new TCaptionGroup(QStringLiteral("Sampling Filter"));
+        FControls.layGroupFilter->setFixedWidth(200);
+        FControls.layGroupFilter->SetContent(filter);
+        return FControls.layGroupFilter;
+    }
+
+    QWidget* ImageOptions()
+    {
+        FControls.cbBackground = Reporting(new TColorBox(FTable, TField::PickColor));
+        auto* format = Reporting(new TFieldComboBox(
+            { { 1, QStringLiteral("256 Colors") }, { 2, QStringLiteral("True Color") } }, FTable, TField::PixelFormat));
+        FControls.cbCompression = Reporting(new TFieldSlider(FTable, TField::Compression));
+        FControls.cb2xWidth = Reporting(new TFieldNumberEdit(FTable, TField::TwoxSize));
+        auto* options = new QWidget;
+        auto* grid = new QGridLayout(options);
+        grid->setContentsMargins(0, 0, 0, 0);
+        grid->setHorizontalSpacing(Gap * 2);
+        grid->setVerticalSpacing(2);
+        AddCaptioned(*grid, 0, "Background", FControls.cbBackground, 121);
+        AddCaptioned(*grid, 1, "Output Format", format, 110);
+        AddCaptioned(*grid, 2, "Compression", FControls.cbCompression, 0);
+        AddCaptioned(*grid, 3, "2x Width", FControls.cb2xWidth, 70);
+        grid->setColumnStretch(2, 1);
+        FControls.layGroupProjectOptions = new TCaptionGroup(QStringLiteral("Image Options"));
+        FControls.layGroupProjectOptions->SetContent(options);
+        return FControls.layGroupProjectOptions;
+    }
+
+    static void AddCaptioned(QGridLayout& grid, int column, const char* caption, QWidget* editor, int width)
+    {
+        auto* label = new QLabel(QString::fromLatin1(caption));
+        label->setBuddy(editor);
+        editor->setAccessibleName(label->text());
+        if (width > 0)
+            editor->setFixedWidth(width);
+        grid.addWidget(label, 0, column);
+        grid.addWidget(editor, 1, column);
+    }
+
+    QWidget* Progress()
+    {
+        FControls.PB = new QProgressBar;
+        FControls.PB->setRange(0, 1);
+        FControls.PB->setValue(0);
+        FControls.PB->setTextVisible(false);
+        FControls.PB->setAccessibleName(QStringLiteral("Progress"));
+        return FControls.PB;
+    }
+
+    static QWidget* InstructionText()
+    {
+        auto* text = new QLabel(Instructions);
+        text->setWordWrap(true);
+        text->setTextFormat(Qt::PlainText);
+        text->setMargin(Gap);
+        text->setAutoFillBackground(true);
+        QPalette yellow = text->palette();
+        yellow.setColor(QPalette::Window, QColor(0xFF, 0xFF, 0xCE));
+        yellow.setColor(QPalette::WindowText, Qt::black); // on the same yellow in every theme
+        text->setPalette(yellow);
+        text->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Minimum);
+        return text;
+    }
+
+    QWidget* Thumbnails()
+    {
+        auto* group = new TCaptionGroup(QStringLiteral("Icon/Launch Images"));
+        FControls.MView = new TThumbnailView(group);
+        FControls.MView->setAccessibleName(QStringLiteral("Generated images"));
+        group->SetContent(FControls.MView);
+        return group;
+    }
+
+    template <typename TEditor> TEditor* Reporting(TEditor* editor)
+    {
+        editor->SetErrorHandler(FShowError);
+        return editor;
+    }
+
+    QMainWindow& FWindow;
+    TProjectsTable& FTable;
+    const std::function<void(const QString&)>& FShowError;
+    TMainControls FControls {};
+};
+
+} // namespace
+
+TMainControls MakeMainControls(
+    QMainWindow& window, TProjectsTable& table, const std::function<void(const QString&)>& showError)
+{
+    return TMainLayout(window, table, showError).Make();
+}
+
+} // namespace Corvadine

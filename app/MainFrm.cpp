@@ -1,0 +1,411 @@
+#include "app/MainFrm.h"
+
+#include "app/CaptionGroup.h"
+#include "app/ColorBox.h"
+#include "app/FieldEditors.h"
+#include "app/OlderSettings.h"
+#include "app/ProjectLookup.h"
+#include "app/Ribbon.h"
+#include "app/RibbonButton.h"
+#include "app/SettingsFile.h"
+#include "app/StartUp.h"
+#include "app/Theme.h"
+#include "app/WindowPlacement.h"
+#include "base/Error.h"
+#include "base/Files.h"
+#include "base/PathRules.h"
+#include "dialogs/CommandIcons.h"
+#include "dialogs/IdleUpdate.h"
+#include "dialogs/Prompts.h"
+#include "generate/ClearFiles.h"
+#include "generate/GenJob.h"
+#include "images/ImageView.h"
+#include "images/ThumbnailView.h"
+#include "project/ProjectPaths.h"
+#include "project/ProjectUpdater.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QDateTime>
+#include <QDir>
+#include <QFile>
+#include <QMimeData>
+#include <QProgressBar>
+#include <QScopeGuard>
+#include <QShortcut>
+#include <QToolButton>
+#include <QUrl>
+
+namespace Corvadine {
+
+namespace {
+
+const QString DesignedCaption = QStringLiteral("FMX Corvadine");
+
+// The one project file that is being dragged, as a local path; empty for anything else.
+QString DraggedProjectFile(const QMimeData& data)
+{
+    const QList<QUrl> urls = data.urls();
+    const QString file = urls.size() == 1 ? QDir::toNativeSeparators(urls.first().toLocalFile()) : QString();
+    return IsProjectFileName(file) && FileExists(file) ? file : QString();
+}
+
+} // namespace
+
+TMainForm::TMainForm(const QString& programFolder, TPrompts& prompts)
+    : FPrompts(prompts)
+    , FControls(MakeMainControls(*this, FTable, [this](const QString& text) { FPrompts.ShowError(text); }))
+    , FIntake({ FTable, *FControls.ImageEnViewIcon, *FControls.ImageEnViewSplash, *FControls.MView, prompts, FState,
+          [this] { BuildGenList(); } })
+    , FRun({ *FControls.MView, *FControls.PB, *FControls.dxRibbon1, prompts, FState, [this] { BuildGenList(); },
+          [this] { return TakeJob(); } })
+    , FPicker(FControls.ImageEnViewIcon, FControls.ImageEnViewSplash, this)
+{
+    FState.ProgramFolder = WithTrailingDelimiter(programFolder);
+    setWindowTitle(DesignedCaption);
+    setWindowIcon(CommandIcon(QStringLiteral("corvadine")));
+    setAcceptDrops(true);
+    constexpr QSize ClientArea(1008, 729);
+    resize(ClientArea);
+    MakeCommands();
+    Connect();
+    new TIdleUpdate(this, [this] { UpdateCommands(); });
+}
+
+// Pending edits are lost, as they would be by moving to another project.
+TMainForm::~TMainForm()
+{
+    Guarded([this] { SaveSettings(); });
+    FTable.Close();
+}
+
+void TMainForm::StartUp()
+{
+    RunStartUp(
+        {
+            { "show the version in the caption", [this] { ShowVersion(); } },
+            { "take the theme's content colour", [this] { ApplyContentColor(); } },
+            { "start without generated files", [this] { FState.FilesGenerated = false; } },
+            { "open the store", [this] { OpenStore(); } },
+            { "delete a leftover update package", [this] { QFile::remove(OwnFile("Corvadine.CAB")); } },
+            { "make the backup folder", [this] { EnsureBackupFolder(); } },
+            { "read the settings", [this] { ReadSettings(); } },
+            { "reopen the remembered project", [this] { ReopenRememberedProject(); } },
+            { "focus no editor", [this] { FControls.PB->setFocus(); } },
+        },
+        [this](const QString& text) { FPrompts.ShowError(text); });
+}
+
+// The ribbon, group by group; the rules are in CommandRules.h.
+void TMainForm::MakeCommands()
+{
+    FActions.SetGuard([this](const std::function<void()>& action) { Guarded(action); });
+    struct TEntry {
+        const char* Group;
+        const char* Caption;
+        const char* Icon;
+        std::function<void()> Execute;
+        bool (*Rule)(const TCommandState&);
+        QKeySequence Shortcut;
+    };
+    const std::vector<TEntry> entries {
+        { "Project", "&Add Project", "add-project", [this] { aAddProjectExecute(); }, MayAddProject, QKeySequence::New },
+        { "Project", "&Save Changes", "save", [this] { FTable.Post(); }, MaySave, QKeySequence::Save },
+        { "Project", "&Cancel Changes", "cancel", [this] { FTable.Cancel(); }, MaySave, Qt::CTRL | Qt::Key_Backspace },
+        { "Project", "&Delete Project", "delete-project", [this] { FTable.Delete(); }, MayDeleteProject,
+            Qt::CTRL | Qt::SHIFT | Qt::Key_Delete },
+        { "Load Images", "&Icon Image", "icon-image", [this] { FIntake.ChooseIcon(); }, MayStart, Qt::CTRL | Qt::Key_I },
+        { "Load Images", "&Launch Image", "launch-image", [this] { FIntake.ChooseSplash(); }, MayStart,
+            Qt::CTRL | Qt::Key_L },
+        { "General", "&Help", "help", [] {}, MayStart, {} },
+        { "General", "&Pick Color", "pick-color", [this] { btnPickColorClick(); }, MayStart, Qt::CTRL | Qt::Key_K },
+        { "General", "Del All I&mages", "delete-all", [this] { aClearExecute(); }, MayClear, {} },
+        { "General", "Chec&k for Update", "check-update", [] {}, MayStart, {} },
+        { "Output", "&Generate", "generate", [this] { aGenerateExecute(); }, MayGenerate, Qt::CTRL | Qt::Key_G },
+        { "Output", "&Update Project", "update-project", [this] { aProjectExecute(); }, MayUpdateProject,
+            Qt::CTRL | Qt::Key_U },
+    };
+    for (const TEntry& entry : entries) {
+        TFormAction& action = FActions.Add(QString::fromLatin1(entry.Caption),
+            CommandIcon(QString::fromLatin1(entry.Icon)), entry.Execute,
+            [this, rule = entry.Rule] { return rule(CommandState()); });
+        action.Action()->setShortcut(entry.Shortcut);
+        FControls.dxRibbon1->AddButton(QString::fromLatin1(entry.Group), action);
+        if (QLatin1String(entry.Icon) == QLatin1String("pick-color"))
+            btnPickColor = &action;
+    }
+    btnPickColor->SetCheckable(true);
+}
+
+void TMainForm::Connect()
+{
+    const auto guarded = [this](auto method) {
+        return [this, method](auto&&... arguments) { Guarded([&] { (this->*method)(arguments...); }); };
+    };
+    FTable.SetDeleteConfirmation([this] { return FPrompts.Confirm(QStringLiteral("Delete Project?")); });
+    connect(&FTable, &TProjectsTable::CurrentChanged, this, guarded(&TMainForm::tblProjectsAfterScroll));
+    connect(FControls.cbProjects, &TProjectLookup::ValueChosen, this, guarded(&TMainForm::ProjectChosen));
+    connect(FControls.btnRemoveIcon, &QToolButton::clicked, this, [this] { Guarded([this] { FIntake.RemoveIcon(); }); });
+    connect(
+        FControls.btnRemoveSplash, &QToolButton::clicked, this, [this] { Guarded([this] { FIntake.RemoveSplash(); }); });
+    connect(FControls.ImageEnViewIcon, &TImageView::FileDropped, this,
+        [this](const QString& file) { Guarded([&] { FIntake.TakeIcon(file); }); });
+    connect(FControls.ImageEnViewSplash, &TImageView::FileDropped, this,
+        [this](const QString& file) { Guarded([&] { FIntake.TakeSplash(file); }); });
+    connect(&FPicker, &TColorPicker::Previewed, FControls.cbBackground, &TColorBox::ShowColor);
+    connect(&FPicker, &TColorPicker::PickModeEnded, this, [this] { btnPickColor->SetChecked(false); });
+    connect(&FPicker, &TColorPicker::Picked, this, guarded(&TMainForm::Picked));
+}
+
+// ---- Start-up ----------------------------------------------------------------------------------------------
+
+void TMainForm::ShowVersion()
+{
+    // The file version has four parts; users know three of them.
+    QString version = QStringLiteral(CORVADINE_FILE_VERSION);
+    version.chop(2);
+    setWindowTitle(QStringLiteral("%1 (%2)").arg(DesignedCaption, version));
+}
+
+void TMainForm::ApplyContentColor()
+{
+    const QColor color = ContentColor(palette());
+    FControls.ImageEnViewIcon->SetContentColor(color);
+    FControls.ImageEnViewSplash->SetContentColor(color);
+    FControls.MView->SetContentColor(color);
+    FControls.ImageEnViewIcon->Clear();
+    FControls.ImageEnViewSplash->Clear();
+}
+
+void TMainForm::OpenStore()
+{
+    FStore = std::make_unique<TProjectStore>(OwnFile(ProjectDatabaseName));
+    FTable.Open(*FStore);
+}
+
+void TMainForm::EnsureBackupFolder()
+{
+    const QString folder = OwnFile("Project Backups");
+    CreateFolder(folder);
+    FState.BackupFolder = WithTrailingDelimiter(folder);
+}
+
+void TMainForm::ReadSettings()
+{
+    const QString present = OwnFile("CorvadineBase.ini");
+    FState.MyIniFileName = OwnFile("Corvadine.ini");
+    if (FileExists(FState.MyIniFileName)) {
+        ImportOlderSettings(TSettingsFile(FState.MyIniFileName));
+        QFile::remove(FState.MyIniFileName);
+        FState.MyIniFileName = present;
+        SaveSettings();
+        return;
+    }
+    FState.MyIniFileName = present;
+    const TSettingsFile settings(present);
+    if (settings.HasSection()) {
+        FRememberedProject = settings.Text("ProjectFile");
+        Place(*this, ReadPlacement(settings));
+    }
+}
+
+// A row that cannot be saved stays as it is, and so does the file: the next start tries again.
+void TMainForm::ImportOlderSettings(const TSettingsFile& settings)
+{
+    if (!settings.HasSection())
+        return;
+    AppendOlderProject(FTable, settings);
+    FRememberedProject = FTable.Current().ProjectFile;
+    Place(*this, ReadPlacement(settings));
+    FTable.Post();
+}
+
+void TMainForm::ReopenRememberedProject()
+{
+    if (!FileExists(FRememberedProject))
+        return;
+    if (const auto id = FTable.LookupByProjectFile(FRememberedProject))
+        FControls.cbProjects->SetValue(*id);
+}
+
+// ---- Commands ----------------------------------------------------------------------------------------------
+
+void TMainForm::aAddProjectExecute()
+{
+    if (const auto file = FPrompts.ChooseProjectFile())
+        AddProject(*file);
+}
+
+void TMainForm::AddProject(const QString& projectFile)
+{
+    FTable.Append();
+    FTable.SetField(TField::ProjectFile, projectFile);
+    FTable.SetField(TField::OutputFolder, DeriveOutputFolder(projectFile));
+    FTable.Post();
+    FControls.cbProjects->SetValue(FTable.Current().ID);
+}
+
+void TMainForm::aGenerateExecute()
+{
+    const auto closeIfAsked = qScopeGuard([this] {
+        if (FClosesAfterRun)
+            close();
+    });
+    FRun.Execute(FTable.Current().OutputFolder);
+}
+
+void TMainForm::aProjectExecute()
+{
+    const TProject project = FTable.Current();
+    if (!FileExists(project.ProjectFile)) {
+        FPrompts.ShowError(QStringLiteral("The Project does not exist!"));
+        return;
+    }
+    TProjectImages images { project.ProjectFile, project.OutputFolder, {} };
+    for (const TGenRec& record : FState.GenList)
+        images.IDs.append(record.ID);
+    QApplication::setOverrideCursor(Qt::WaitCursor);
+    QApplication::processEvents();
+    // A project file that cannot be read or written leaves the wait cursor, as users of this command know it.
+    const TUpdateResult result = UpdateProject(
+        images, { FState.BackupFolder, QDateTime::currentDateTime(), TBackupPolicy::BestEffort });
+    QApplication::restoreOverrideCursor();
+    FPrompts.Inform(result.ClosingMessage());
+}
+
+void TMainForm::aClearExecute()
+{
+    const QString folder = FTable.Current().OutputFolder;
+    if (!FolderExists(folder))
+        return;
+    if (!FPrompts.Confirm(QStringLiteral("This will delete all images in folder %1 Do you wish to proceed?").arg(folder)))
+        return;
+    const int count = DeleteFilesByMask(folder, QStringLiteral("*.*"));
+    FControls.MView->Clear();
+    FPrompts.Inform(QStringLiteral("%1 Images Deleted").arg(count));
+}
+
+void TMainForm::btnPickColorClick()
+{
+    FPicker.SetPickMode(btnPickColor->IsChecked());
+}
+
+void TMainForm::Picked(int color)
+{
+    FTable.SetField(TField::PickColor, color);
+}
+
+// Choosing the project that is current already does nothing.
+void TMainForm::ProjectChosen(qint64 id)
+{
+    FTable.LocateByID(id);
+}
+
+void TMainForm::BuildGenList()
+{
+    const TGenSettings settings = JobOf(ProjectAsShown()).Settings;
+    const QImage& launch = FControls.ImageEnViewSplash->Image();
+    FState.GenList = Corvadine::BuildGenList(settings.Platforms, settings.TwoxSize, launch.size());
+}
+
+TOutputRenderer TMainForm::TakeJob() const
+{
+    TRenderSources sources { std::make_shared<TRenderSource>(FControls.ImageEnViewIcon->Image()), nullptr };
+    if (!FControls.ImageEnViewSplash->IsEmpty())
+        sources.Launch = std::make_shared<TRenderSource>(FControls.ImageEnViewSplash->Image());
+    return { std::move(sources), JobOf(ProjectAsShown()).Settings };
+}
+
+// The options count as the editors show them: a colour that was only previewed, or a slider not left yet.
+TProject TMainForm::ProjectAsShown() const
+{
+    TProject project = FTable.Current();
+    if (FControls.cbBackground->HasValue())
+        project.PickColor = FControls.cbBackground->Value();
+    project.Compression = FControls.cbCompression->Value();
+    project.TwoxSize = FControls.cb2xWidth->Value();
+    return project;
+}
+
+// ---- Following the table, and what remains -----------------------------------------------------------------
+
+void TMainForm::tblProjectsAfterScroll()
+{
+    FRun.Leave();
+    Guarded([this] { FIntake.ShowCurrentProject(); });
+}
+
+void TMainForm::SaveSettings()
+{
+    if (FState.MyIniFileName.isEmpty())
+        return; // the start-up has failed before it came to them
+    TSettingsFile settings(FState.MyIniFileName);
+    settings.SetText("ProjectFile", FTable.Current().ProjectFile);
+    WritePlacement(settings, PlacementOf(*this));
+    settings.Save();
+}
+
+QString TMainForm::OwnFile(const char* name) const
+{
+    return FState.ProgramFolder + QString::fromUtf8(name);
+}
+
+// Every command and handler runs in here: an error that nobody else handles shows its own text.
+void TMainForm::Guarded(const std::function<void()>& action)
+{
+    RunStartUp({ { "", action } }, [this](const QString& text) { FPrompts.ShowError(text); });
+}
+
+TCommandState TMainForm::CommandState() const
+{
+    const TProject project = FTable.Current();
+    return {
+        .TableOpen = FTable.IsOpen(),
+        .HasRow = !FTable.IsEmpty(),
+        .Editing = FTable.IsEditing(),
+        .CanModify = FTable.CanModify(),
+        .EditorFocused = TFieldEditor::IsFieldEditor(QApplication::focusWidget()),
+        .HasProjectFile = !project.ProjectFile.isEmpty(),
+        .HasOutputFolder = !project.OutputFolder.isEmpty(),
+        .HasBackground = FControls.cbBackground->HasValue(),
+        .FilesGenerated = FState.FilesGenerated,
+        .Running = FState.Running,
+    };
+}
+
+void TMainForm::UpdateCommands()
+{
+    aGenerateUpdate();
+    FActions.UpdateAll();
+}
+
+// The editors' groups follow the table together with the command whose options they hold.
+void TMainForm::aGenerateUpdate()
+{
+    FControls.layGroupPlatforms->setEnabled(!FTable.IsEmpty());
+    for (TCaptionGroup* group :
+        { FControls.layGroupProjectOptions, FControls.layGroupCurrentProject, FControls.layGroupFilter })
+        group->setEnabled(FControls.layGroupPlatforms->isEnabled());
+}
+
+void TMainForm::closeEvent(QCloseEvent* event)
+{
+    FClosesAfterRun = FState.Running;
+    if (FClosesAfterRun)
+        FRun.Stop(); // after the image it is at
+    event->setAccepted(!FClosesAfterRun);
+}
+
+void TMainForm::dragEnterEvent(QDragEnterEvent* event)
+{
+    if (MayAddProject(CommandState()) && !DraggedProjectFile(*event->mimeData()).isEmpty())
+        event->acceptProposedAction();
+}
+
+void TMainForm::dropEvent(QDropEvent* event)
+{
+    event->acceptProposedAction();
+    Guarded([&] { AddProject(DraggedProjectFile(*event->mimeData())); });
+}
+
+} // namespace Corvadine

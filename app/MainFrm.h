@@ -1,0 +1,98 @@
+#pragma once
+
+#include "app/CommandRules.h"
+#include "app/FormAction.h"
+#include "app/MainControls.h"
+#include "app/MainState.h"
+#include "app/SourceIntake.h"
+#include "app/WindowRun.h"
+#include "images/ColorPicker.h"
+#include "store/ProjectStore.h"
+#include "store/ProjectsTable.h"
+
+#include <QMainWindow>
+
+#include <memory>
+#include <optional>
+
+namespace Corvadine {
+
+class TPrompts;
+class TSettingsFile;
+
+// The program's window: the ribbon, the editors of the current project, its two source images, and the thumbnails of
+// its output folder. It composes smaller parts and connects them; what they may do is decided in CommandRules.h,
+// SourceIntake.h, WindowRun.h and the libraries below.
+class TMainForm : public QMainWindow {
+    Q_OBJECT
+
+public:
+    // All of the program's own files lie in `programFolder`. `prompts` must outlive the window.
+    TMainForm(const QString& programFolder, TPrompts& prompts);
+
+    // Saves the settings, closes the table and the database; edits that have not been saved are lost.
+    ~TMainForm() override;
+
+    // Brings up the store, the settings and the first project, step by step; an error is shown and ends the list.
+    // Call once.
+    void StartUp();
+
+    // Rebuilds the generation list from what the editors and the launch view show. Throws TError when an option has
+    // no value.
+    void BuildGenList();
+
+    const TMainState& State() const { return FState; }
+    const TMainControls& Controls() const { return FControls; }
+    TProjectsTable& tblProjects() { return FTable; }
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
+
+private:
+    void MakeCommands();
+    void Connect();
+
+    void ShowVersion();
+    void ApplyContentColor();
+    void OpenStore();
+    void EnsureBackupFolder();
+    void ReadSettings();
+    void ImportOlderSettings(const TSettingsFile& settings);
+    void ReopenRememberedProject();
+
+    void aAddProjectExecute();
+    void AddProject(const QString& projectFile);
+    void aGenerateExecute();
+    void aGenerateUpdate();
+    void aProjectExecute();
+    void aClearExecute();
+    void btnPickColorClick();
+    void tblProjectsAfterScroll();
+    void ProjectChosen(qint64 id);
+    void Picked(int color);
+
+    TOutputRenderer TakeJob() const;
+    TProject ProjectAsShown() const;
+    TCommandState CommandState() const;
+    void UpdateCommands();
+    void SaveSettings();
+    QString OwnFile(const char* name) const;
+    void Guarded(const std::function<void()>& action);
+
+    TPrompts& FPrompts;
+    TMainState FState;
+    QString FRememberedProject;
+    bool FClosesAfterRun = false;
+    std::unique_ptr<TProjectStore> FStore;
+    TProjectsTable FTable;
+    TMainControls FControls;
+    TFormActions FActions;
+    TFormAction* btnPickColor = nullptr;
+    TSourceIntake FIntake;
+    TWindowRun FRun;
+    TColorPicker FPicker;
+};
+
+} // namespace Corvadine

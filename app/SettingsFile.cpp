@@ -1,0 +1,92 @@
+#include "app/SettingsFile.h"
+
+#include "base/Error.h"
+#include "base/Files.h"
+
+#include <QStringConverter>
+
+#include <SimpleIni.h>
+
+#include <string>
+
+namespace Corvadine {
+
+namespace {
+
+constexpr const char* Section = "Corvadine";
+
+// The file's text whatever program of this kind wrote it.
+QString Decoded(const QByteArray& bytes)
+{
+    if (const auto marked = QStringConverter::encodingForData(bytes))
+        return QStringDecoder(*marked).decode(bytes);
+    QStringDecoder utf8(QStringConverter::Utf8);
+    const QString text = utf8.decode(bytes);
+    if (!utf8.hasError())
+        return text;
+    // Not Unicode, so it is in the code page of the system that wrote it: here, or the usual one of Windows.
+    QStringDecoder local(QStringConverter::System);
+    const QString localText = local.decode(bytes);
+    if (!local.hasError())
+        return localText;
+    QStringDecoder western("windows-1252");
+    return western.isValid() ? QString(western.decode(bytes)) : QString::fromLatin1(bytes);
+}
+
+} // namespace
+
+struct TSettingsFile::TIni {
+    CSimpleIniA Values { true }; // UTF-8; the case of section and keys does not count
+};
+
+TSettingsFile::TSettingsFile(const QString& path) : FPath(path), FIni(std::make_unique<TIni>())
+{
+    if (!FileExists(path))
+        return;
+    const QByteArray utf8 = Decoded(ReadFile(path, QStringLiteral("read the settings file"))).toUtf8();
+    FIni->Values.LoadData(utf8.constData(), static_cast<std::size_t>(utf8.size()));
+}
+
+TSettingsFile::~TSettingsFile() = default;
+
+bool TSettingsFile::HasSection() const
+{
+    return FIni->Values.SectionExists(Section);
+}
+
+QString TSettingsFile::Text(const char* key, const QString& missing) const
+{
+    const char* value = FIni->Values.GetValue(Section, key);
+    return value != nullptr ? QString::fromUtf8(value) : missing;
+}
+
+int TSettingsFile::Integer(const char* key, int missing) const
+{
+    bool isNumber = false;
+    const int value = Text(key).trimmed().toInt(&isNumber);
+    return isNumber ? value : missing;
+}
+
+bool TSettingsFile::Boolean(const char* key, bool missing) const
+{
+    return FIni->Values.GetBoolValue(Section, key, missing);
+}
+
+void TSettingsFile::SetText(const char* key, const QString& value)
+{
+    FIni->Values.SetValue(Section, key, value.toUtf8().constData());
+}
+
+void TSettingsFile::SetInteger(const char* key, int value)
+{
+    SetText(key, QString::number(value));
+}
+
+void TSettingsFile::Save() const
+{
+    std::string text;
+    FIni->Values.Save(text);
+    WriteFileAtomically(FPath, QByteArray::fromStdString(text));
+}
+
+} // namespace Corvadine

@@ -1,0 +1,68 @@
+#include "app/WindowPlacement.h"
+
+#include "app/SettingsFile.h"
+
+#include <QGuiApplication>
+#include <QScreen>
+#include <QWidget>
+
+#include <algorithm>
+
+namespace Corvadine {
+
+namespace {
+
+// A remembered screen may be gone, and a file may hold anything: enough of the window must stay in reach to be
+// dragged back.
+QRect OnSomeScreen(QRect bounds, QSize smallest)
+{
+    bounds.setSize(bounds.size().expandedTo(smallest).boundedTo(QSize(16384, 16384)));
+    constexpr int Grip = 64;
+    const QRect titleBar(bounds.topLeft(), QSize(bounds.width(), Grip));
+    for (const QScreen* screen : QGuiApplication::screens()) {
+        const QRect visible = screen->availableGeometry() & titleBar;
+        if (visible.width() >= Grip && visible.height() >= Grip / 2)
+            return bounds;
+    }
+    const QRect home = QGuiApplication::primaryScreen()->availableGeometry();
+    bounds.setSize(bounds.size().boundedTo(home.size()));
+    bounds.moveCenter(home.center());
+    return bounds;
+}
+
+} // namespace
+
+TWindowPlacement ReadPlacement(const TSettingsFile& settings)
+{
+    const int state = settings.Integer("WindowsState", TWindowPlacement::Maximised);
+    return { state,
+        QRect(settings.Integer("ScreenLeft", 0), settings.Integer("ScreenTop", 0),
+            settings.Integer("ScreenWidth", 1024), settings.Integer("ScreenHeight", 768)) };
+}
+
+void WritePlacement(TSettingsFile& settings, const TWindowPlacement& placement)
+{
+    settings.SetInteger("WindowsState", placement.State);
+    settings.SetInteger("ScreenLeft", placement.Bounds.left());
+    settings.SetInteger("ScreenTop", placement.Bounds.top());
+    settings.SetInteger("ScreenWidth", placement.Bounds.width());
+    settings.SetInteger("ScreenHeight", placement.Bounds.height());
+}
+
+TWindowPlacement PlacementOf(const QWidget& window)
+{
+    const int state = window.isMinimized() ? TWindowPlacement::Minimised
+        : window.isMaximized()             ? TWindowPlacement::Maximised
+                                           : TWindowPlacement::Normal;
+    return { state, window.geometry() };
+}
+
+void Place(QWidget& window, const TWindowPlacement& placement)
+{
+    if (placement.State == TWindowPlacement::Minimised || placement.State == TWindowPlacement::Maximised)
+        window.setWindowState(window.windowState() | Qt::WindowMaximized);
+    else
+        window.setGeometry(OnSomeScreen(placement.Bounds, window.minimumSize()));
+}
+
+} // namespace Corvadine

@@ -1,0 +1,400 @@
+#include "app/MainFrm.h"
+
+#include "app/ColorBox.h"
+#include "app/FieldEditors.h"
+#include "app/ProjectLookup.h"
+#include "app/Ribbon.h"
+#include "app/SettingsFile.h"
+#include "dialogs/Prompts.h"
+#include "images/ImageView.h"
+#include "images/ThumbnailView.h"
+#include "tests/WidgetTesting.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QImage>
+#include <QProgressBar>
+#include <QTest>
+#include <QTimer>
+#include <QToolButton>
+
+using namespace Corvadine;
+using namespace Corvadine::Testing;
+
+namespace {
+
+// Answers in place of the user, and remembers what was shown.
+class TScriptedPrompts : public TPrompts {
+public:
+    void ShowError(const QString& text) override { Shown.append("error: " + text); }
+    void Inform(const QString& text) override { Shown.append("info: " + text); }
+    bool Confirm(const QString& text) override
+    {
+        Shown.append("confirm: " + text);
+        return Yes;
+    }
+    std::optional<QString> ChooseProjectFile() override { return std::exchange(ProjectFile, std::nullopt); }
+    std::optional<QString> ChooseImage(const QString& startFolder) override
+    {
+        StartFolder = startFolder;
+        return std::exchange(Image, std::nullopt);
+    }
+
+    QStringList TakeShown() { return std::exchange(Shown, {}); }
+
+    bool Yes = true;
+    std::optional<QString> ProjectFile;
+    std::optional<QString> Image;
+    QString StartFolder;
+    QStringList Shown;
+};
+
+} // namespace
+
+class MainFormTest : public TFolderTest {
+protected:
+    void SetUp() override
+    {
+        ASSERT_TRUE(QDir().mkpath(Path("program")));
+        for (const char* name : { "A", "B", "C" }) {
+            ASSERT_TRUE(QDir().mkpath(Path(name)));
+            PutFile(ProjectFile(name),
+                "<Project><PropertyGroup><ProjectGuid>{1}</ProjectGuid><UWP_DelphiLogo44/>"
+                "<UWP_DelphiLogo150>x</UWP_DelphiLogo150></PropertyGroup></Project>");
+        }
+        QImage icon(60, 40, QImage::Format_ARGB32);
+        icon.fill(qRgba(10, 20, 30, 255));
+        ASSERT_TRUE(icon.save(Path("icon.png")));
+        icon.fill(qRgb(200, 0, 0));
+        ASSERT_TRUE(icon.save(Path("launch.png")));
+    }
+
+    QString ProjectFile(const QString& name) const { return Path(name + "/" + name + ".dproj"); }
+
+    // Starts the program, or restarts it.
+    TMainForm& Start()
+    {
+        Form.reset();
+        Form = std::make_unique<TMainForm>(Path("program"), Prompts);
+        Form->StartUp();
+        Form->show();
+        Idle();
+        return *Form;
+    }
+
+    static void Idle() { QTest::qWait(1); }
+
+    QToolButton* Button(const QString& caption) const
+    {
+        for (QToolButton* button : Form->Controls().dxRibbon1->findChildren<QToolButton*>())
+            if (button->defaultAction() != nullptr && button->defaultAction()->text().remove('&') == caption)
+                return button;
+        ADD_FAILURE() << "no button " << caption.toStdString();
+        return nullptr;
+    }
+
+    void Click(const QString& caption) const
+    {
+        Idle();
+        QTest::mouseClick(Button(caption), Qt::LeftButton);
+        Idle();
+    }
+
+    bool IsEnabled(const QString& caption) const
+    {
+        Idle();
+        return Button(caption)->isEnabled();
+    }
+
+    void Add(const QString& name)
+    {
+        Prompts.ProjectFile = ProjectFile(name);
+        Click("Add Project");
+    }
+
+    // Only Windows' two images and the icon, so that a run is short.
+    void TickOnlyWindows()
+    {
+        TProjectsTable& table = Form->tblProjects();
+        for (const TField field : { TField::IncAndroid, TField::IncIPhone, TField::IncIPad })
+            table.SetField(field, false);
+        table.SetField(TField::IconImageName, Path("icon.png"));
+        Click("Save Changes");
+    }
+
+    QString OutputFolder(const QString& name) const { return Path(name + "/" + name + "/Corvadine"); }
+
+    TScriptedPrompts Prompts;
+    std::unique_ptr<TMainForm> Form;
+};
+
+TEST_F(MainFormTest, FirstStartMakesItsFilesAndRestartReopensTheProject)
+{
+    Start();
+    EXPECT_TRUE(QFile::exists(Path("program/Corvadine.db")));
+    EXPECT_TRUE(QDir(Path("program/Project Backups")).exists());
+    EXPECT_TRUE(Form->windowTitle().startsWith("FMX Corvadine ("));
+    EXPECT_TRUE(IsEnabled("Add Project"));
+    for (const char* caption : { "Save Changes", "Cancel Changes", "Delete Project", "Generate", "Update Project" })
+        EXPECT_FALSE(IsEnabled(caption)) << caption;
+    Add("A");
+    Add("B");
+    EXPECT_EQ(Form->Controls().cbProjects->Text(), ProjectFile("B"));
+    Form.reset();
+    EXPECT_EQ(TSettingsFile(Path("program/CorvadineBase.ini")).Text("ProjectFile"), ProjectFile("B"));
+
+    PutFile(Path("program/Corvadine.CAB"), "left over");
+    Start();
+    EXPECT_EQ(Form->tblProjects().Current().ProjectFile, ProjectFile("B"));
+    EXPECT_FALSE(QFile::exists(Path("program/Corvadine.CAB")));
+    Form.reset();
+    QFile::remove(ProjectFile("B"));
+    Start();
+    EXPECT_EQ(Form->tblProjects().Current().ProjectFile, ProjectFile("A")) << "its file is gone";
+    EXPECT_EQ(Prompts.Shown, QStringList());
+}
+
+TEST_F(MainFormTest, ImportsTheOlderSettingsOnce)
+{
+    const QString older = Path("program/Corvadine.ini");
+    PutFile(older, "\xEF\xBB\xBF[Corvadine]\r\nProjectFile= " + ProjectFile("A").toUtf8()
+            + " \r\nBaseImage=C:\\new\\table.png\r\nIncIPad=0\r\nWindowsState=0\r\nScreenLeft=-9000\r\n");
+    Start();
+    const TProject project = Form->tblProjects().Current();
+    EXPECT_EQ(project.ProjectFile, ProjectFile("A"));
+    EXPECT_EQ(project.IconImageName, "C:\\new\\table.png");
+    EXPECT_TRUE(project.IncAndroid && !project.IncIPad);
+    EXPECT_EQ(project.PickColor, -1);
+    EXPECT_EQ(project.TwoxSize, 400);
+    EXPECT_EQ(project.ResampleFilter, 6);
+    EXPECT_FALSE(QFile::exists(older));
+    EXPECT_TRUE(QFile::exists(Path("program/CorvadineBase.ini")));
+    EXPECT_GE(Form->x(), 0) << "off every screen";
+
+    PutFile(older, "[Corvadine]\nProjectFile=" + ProjectFile("A").toUtf8());
+    Start();
+    EXPECT_EQ(Prompts.TakeShown().size(), 1) << "the same project again is an error";
+    EXPECT_TRUE(QFile::exists(older)) << "and is tried again";
+    Form.reset();
+    PutFile(older, "[Other]\nProjectFile=x");
+    Start();
+    EXPECT_EQ(Form->tblProjects().Count(), 1U);
+    EXPECT_FALSE(QFile::exists(older));
+}
+
+TEST_F(MainFormTest, EditsWaitForSaveAndAMoveDropsThem)
+{
+    Start();
+    Add("A");
+    Add("B");
+    auto* windows = Form->findChildren<TFieldCheckBox*>().last();
+    QTest::mouseClick(windows, Qt::LeftButton, {}, QPoint(8, windows->height() / 2));
+    EXPECT_FALSE(Form->tblProjects().Current().IncWindows);
+    EXPECT_TRUE(IsEnabled("Save Changes"));
+    EXPECT_FALSE(IsEnabled("Add Project"));
+    EXPECT_FALSE(IsEnabled("Generate"));
+    Click("Cancel Changes");
+    EXPECT_TRUE(windows->isChecked());
+    QTest::mouseClick(windows, Qt::LeftButton, {}, QPoint(8, windows->height() / 2));
+    Form->Controls().cbProjects->SetValue(1);
+    EXPECT_FALSE(Form->tblProjects().IsEditing());
+    Form->Controls().cbProjects->SetValue(2);
+    EXPECT_TRUE(windows->isChecked());
+
+    Add("A");
+    EXPECT_THAT(Prompts.TakeShown().join('\n').toStdString(), ::testing::HasSubstr("UNIQUE constraint failed"));
+    EXPECT_TRUE(IsEnabled("Cancel Changes"));
+    Click("Cancel Changes");
+    EXPECT_EQ(Form->Controls().cbProjects->Text(), ProjectFile("B"));
+}
+
+TEST_F(MainFormTest, DeleteActsOnTheFocusedEditorAfterAQuestion)
+{
+    Start();
+    Add("A");
+    QApplication::setActiveWindow(Form.get());
+    Form->Controls().PB->setFocus();
+    EXPECT_FALSE(IsEnabled("Delete Project"));
+    Form->Controls().cb2xWidth->setFocus();
+    ASSERT_TRUE(IsEnabled("Delete Project"));
+    Prompts.Yes = false;
+    Click("Delete Project");
+    EXPECT_EQ(Form->tblProjects().Count(), 1U);
+    Prompts.Yes = true;
+    Click("Delete Project");
+    EXPECT_EQ(Form->tblProjects().Count(), 0U);
+    EXPECT_EQ(Prompts.Shown, QStringList({ "confirm: Delete Project?", "confirm: Delete Project?" }));
+    EXPECT_EQ(Form->Controls().cbProjects->Text(), ProjectFile("A")) << "the lookup is not bound to the row";
+}
+
+TEST_F(MainFormTest, GeneratesShowsUpdatesAndClears)
+{
+    Start();
+    Add("A");
+    TickOnlyWindows();
+    EXPECT_FALSE(IsEnabled("Update Project"));
+    Click("Generate");
+    EXPECT_EQ(Form->Controls().MView->FileNames(),
+        QStringList({ "UWP_DelphiLogo44.png", "UWP_DelphiLogo150.png", "Icon_MainIcon.ico" }));
+    EXPECT_EQ(Form->Controls().PB->value(), 2);
+    EXPECT_EQ(Form->State().GenList.size(), 3U);
+    EXPECT_EQ(QImage(OutputFolder("A") + "/UWP_DelphiLogo44.png").size(), QSize(1, 1).scaled(44, 44, Qt::KeepAspectRatio))
+        << "the blank image: the chosen path was not loaded by the table alone";
+
+    Click("Update Project");
+    EXPECT_EQ(Prompts.TakeShown(),
+        QStringList("info: 2 Entries updated, the following entries were not found and need to be set manually:\r\n\r\n"
+                    "A backup of the project file was made first."));
+    EXPECT_THAT(FileBytes(ProjectFile("A")).toStdString(),
+        ::testing::HasSubstr("<UWP_DelphiLogo44>A\\Corvadine\\UWP_DelphiLogo44.png</UWP_DelphiLogo44>"));
+
+    Click("Del All Images");
+    EXPECT_EQ(Prompts.TakeShown(),
+        QStringList({ "confirm: This will delete all images in folder " + OutputFolder("A") + " Do you wish to proceed?",
+            "info: 3 Images Deleted" }));
+    EXPECT_EQ(Form->Controls().MView->Count(), 0);
+    EXPECT_TRUE(IsEnabled("Update Project")) << "stays as it was";
+
+    QFile::remove(ProjectFile("A"));
+    Click("Update Project");
+    EXPECT_EQ(Prompts.TakeShown(), QStringList("error: The Project does not exist!"));
+}
+
+TEST_F(MainFormTest, SwitchingProjectsFollowsTheirFolders)
+{
+    Start();
+    for (const char* name : { "A", "B", "C" })
+        Add(name);
+    TProjectsTable& table = Form->tblProjects();
+    TProjectLookup& lookup = *Form->Controls().cbProjects;
+    const auto fill = [&](const QString& folder, int count) {
+        ASSERT_TRUE(QDir().mkpath(folder));
+        for (int i = 0; i < count; ++i)
+            ASSERT_TRUE(QFile::copy(Path("icon.png"), folder + QStringLiteral("/%1.png").arg(i)));
+    };
+    fill(OutputFolder("A"), 2);
+    const auto shown = [&] {
+        Idle();
+        return std::pair(Form->Controls().MView->Count(), Form->State().FilesGenerated);
+    };
+    lookup.SetValue(1);
+    EXPECT_EQ(shown(), std::pair(2, true));
+    EXPECT_EQ(Form->State().GenList.size(), 37U);
+    lookup.SetValue(2); // its folder does not exist
+    EXPECT_EQ(shown(), std::pair(2, true));
+    table.SetField(TField::OutputFolder, QString());
+    table.Post();
+    lookup.SetValue(3);
+    lookup.SetValue(2);
+    EXPECT_EQ(shown(), std::pair(0, false));
+    lookup.SetValue(1); // back to the folder that was shown last: nothing is filled
+    EXPECT_EQ(shown(), std::pair(0, false));
+}
+
+TEST_F(MainFormTest, ChoosesDropsAndRemovesImages)
+{
+    Start();
+    Add("A");
+    Prompts.Image = Path("icon.png");
+    Click("Icon Image");
+    EXPECT_EQ(Prompts.StartFolder, "");
+    EXPECT_EQ(Form->Controls().ImageEnViewIcon->Image().size(), QSize(60, 40));
+    EXPECT_EQ(Form->tblProjects().Current().IconImageName, Path("icon.png"));
+    EXPECT_TRUE(Form->tblProjects().IsEditing());
+    Click("Save Changes");
+    Click("Icon Image"); // cancelled
+    EXPECT_EQ(Prompts.StartFolder, Path(""));
+    EXPECT_FALSE(Form->tblProjects().IsEditing());
+    QTest::mouseClick(Form->Controls().btnRemoveIcon, Qt::LeftButton);
+    EXPECT_TRUE(Form->Controls().ImageEnViewIcon->IsEmpty());
+    Click("Cancel Changes");
+    EXPECT_EQ(Form->tblProjects().Current().IconImageName, Path("icon.png"));
+    EXPECT_TRUE(Form->Controls().ImageEnViewIcon->IsEmpty()) << "shown again with the next change of project";
+}
+
+TEST_F(MainFormTest, PicksTheIconsColourFromEitherView)
+{
+    Start();
+    Add("A");
+    Form->Controls().ImageEnViewIcon->Load(Path("icon.png"), TDecoderChoice::ByContent);
+    Form->Controls().ImageEnViewSplash->Load(Path("launch.png"), TDecoderChoice::ByContent);
+    TImageView* launch = Form->Controls().ImageEnViewSplash;
+    Click("Pick Color");
+    QTest::mouseMove(launch, QPoint(115, 115));
+    Idle();
+    EXPECT_EQ(Form->Controls().cbBackground->Value(), 0x1E140A);
+    EXPECT_FALSE(Form->tblProjects().IsEditing()) << "previewed, not stored";
+    QTest::mouseClick(launch, Qt::RightButton, {}, QPoint(115, 115));
+    EXPECT_EQ(Form->tblProjects().Current().PickColor, 0x1E140A);
+    EXPECT_FALSE(Button("Pick Color")->isChecked());
+    Click("Save Changes");
+    Click("Pick Color");
+    QTest::mouseClick(launch, Qt::LeftButton, {}, QPoint(115, 2)); // the margin above a wide image
+    EXPECT_EQ(Form->tblProjects().Current().PickColor, -1);
+}
+
+TEST_F(MainFormTest, RunKeepsToItsProjectAndClosingEndsIt)
+{
+    Start();
+    Add("B");
+    Add("A");
+    QTimer::singleShot(0, Form.get(), [this] {
+        EXPECT_FALSE(Form->Controls().dxRibbon1->isEnabled());
+        Form->Controls().cbProjects->SetValue(1);
+    });
+    Click("Generate");
+    EXPECT_EQ(QDir(OutputFolder("A")).entryList(QDir::Files).size(), 38);
+    EXPECT_FALSE(QDir(OutputFolder("B")).exists());
+    EXPECT_FALSE(Form->State().FilesGenerated) << "the project shown now has no files";
+    EXPECT_EQ(QApplication::overrideCursor(), nullptr);
+
+    Form->Controls().cbProjects->SetValue(1);
+    QTimer::singleShot(0, Form.get(), [this] { EXPECT_FALSE(Form->close()); });
+    Click("Generate");
+    EXPECT_FALSE(Form->isVisible());
+    EXPECT_LT(QDir(OutputFolder("B")).entryList(QDir::Files).size(), 38);
+}
+
+TEST_F(MainFormTest, FailuresShowTheirTextAndRestoreTheWindow)
+{
+    Start();
+    Add("A");
+    PutFile(Path("A/A"), "in the way");
+    Click("Generate");
+    EXPECT_EQ(Prompts.TakeShown(), QStringList("error: The Output Folder does not exist!"));
+    QFile::remove(Path("A/A"));
+    ASSERT_TRUE(QDir().mkpath(OutputFolder("A") + "/Android_LauncherIcon48.png")); // a folder of that name
+    Click("Generate");
+    EXPECT_THAT(Prompts.TakeShown().join('\n').toStdString(), ::testing::HasSubstr("Android_LauncherIcon48.png: Is a directory"));
+    EXPECT_EQ(Form->Controls().MView->FileNames(), QStringList("Android_LauncherIcon36.png")) << "what was written stays";
+    EXPECT_TRUE(Form->Controls().dxRibbon1->isEnabled());
+    EXPECT_EQ(QApplication::overrideCursor(), nullptr);
+    EXPECT_FALSE(IsEnabled("Update Project"));
+
+    Form.reset();
+    PutFile(Path("program/Corvadine.db"), "this is no database, but long enough to look at");
+    Start();
+    EXPECT_EQ(Prompts.TakeShown().size(), 1);
+    EXPECT_TRUE(Form->isVisible()) << "the window opens all the same";
+}
+
+TEST(SettingsFileTest, ReadsWhatOtherProgramsWriteAndKeepsValuesRaw)
+{
+    const QTemporaryDir folder;
+    const QString path = folder.filePath("a.ini");
+    const QString text = QStringLiteral("; note\r\n[corvadine]\r\nBaseImage=C:\\new\\\"Größe\"\r\nIncIPad=0\r\nrubbish\r\n");
+    const QByteArray utf16 = QByteArray("\xFF\xFE") + QByteArray(reinterpret_cast<const char*>(text.utf16()), text.size() * 2);
+    for (const QByteArray& bytes : { text.toUtf8(), "\xEF\xBB\xBF" + text.toUtf8(), utf16, text.toLatin1() }) {
+        PutFile(path, bytes);
+        const TSettingsFile settings(path);
+        EXPECT_TRUE(settings.HasSection());
+        EXPECT_EQ(settings.Text("BaseImage"), QStringLiteral("C:\\new\\\"Größe\"")) << bytes.toHex().constData();
+        EXPECT_FALSE(settings.Boolean("IncIPad", true));
+        EXPECT_EQ(settings.Integer("rubbish", 7), 7);
+    }
+    TSettingsFile settings(path);
+    settings.SetInteger("WindowsState", 2);
+    settings.Save();
+    EXPECT_EQ(TSettingsFile(path).Text("BaseImage"), QStringLiteral("C:\\new\\\"Größe\""));
+    EXPECT_EQ(TSettingsFile(path).Integer("WindowsState", 0), 2);
+}

@@ -1,0 +1,20 @@
+#pragma once
+
+#include "dialogs/Prompts.h"
+
+#include <iostream>
+
+namespace Corvadine {
+
+// For programs that drive the window with nobody in front of it: agrees to everything, chooses nothing, and prints
+// errors.
+class TSilentPrompts : public TPrompts {
+public:
+    void ShowError(const QString& text) override { std::cerr << text.toStdString() << '\n'; }
+    void Inform(const QString&) override { }
+    bool Confirm(const QString&) override { return true; }
+    std::optional<QString> ChooseProjectFile() override { return {}; }
+    std::optional<QString> ChooseImage(const QString&) override { return {}; }
+};
+
+} // namespace Corvadine
