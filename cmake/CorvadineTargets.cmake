@@ -39,3 +39,8 @@ function(corvadine_add_test name)
     add_test(NAME ${name} COMMAND ${name})
     set_tests_properties(${name} PROPERTIES TIMEOUT 300)
 endfunction()
+
+# corvadine_add_widget_test(NAME library...): the same for a test of widgets, on the offscreen platform.
+function(corvadine_add_widget_test name)
+    corvadine_add_test(${name} corvadine_widget_testing ${ARGN})
+endfunction()

@@ -1,8 +1,5 @@
 #include "tests/Testing.h"
 
-#include "base/Platform.h"
-
-#include <QCoreApplication>
 #include <QFile>
 
 namespace Corvadine::Testing {
@@ -22,11 +19,3 @@ QByteArray FileBytes(const QString& path)
 }
 
 } // namespace Corvadine::Testing
-
-int main(int argc, char** argv)
-{
-    Corvadine::PrepareProcess();
-    QCoreApplication application(argc, argv);
-    ::testing::InitGoogleMock(&argc, argv);
-    return RUN_ALL_TESTS();
-}

@@ -18,7 +18,7 @@ inline void PrintTo(const QString& text, std::ostream* stream)
 }
 
 // What every test shares: a folder of its own, and texts that gtest can print.
-// The test programs' main() (in Testing.cpp) makes the QCoreApplication.
+// The test programs' main() (in TestingMain.cpp) makes the QCoreApplication.
 namespace Corvadine::Testing {
 
 // A test in an empty folder that is removed afterwards.

@@ -1,0 +1,13 @@
+#include "base/Platform.h"
+
+#include <QCoreApplication>
+
+#include <gmock/gmock.h>
+
+int main(int argc, char** argv)
+{
+    Corvadine::PrepareProcess();
+    QCoreApplication application(argc, argv);
+    ::testing::InitGoogleMock(&argc, argv);
+    return RUN_ALL_TESTS();
+}
