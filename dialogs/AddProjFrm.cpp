@@ -31,9 +31,10 @@ QPushButton* MakeLargeButton(const QString& caption, const QString& icon, QWidge
 TNoteLabel* MakeNote(QWidget* parent)
 {
     auto* note = new TNoteLabel(
-        QStringLiteral("<p>Please select the <b>.dproj</b> file you wish to use in the drop-down above (a "
-                       "sub-folder called Corvadine will be automatically created to hold the icons/launch "
-                       "images)</p><p>Click on the <b>Add Project</b> button when done</p>"),
+        QStringLiteral("Please select the <b>.dproj</b> file you wish to use in the drop-down above (a "
+                       "sub-folder called "
+                       "Corvadine will be automatically created to hold the icons/launch images)<br><br>"
+                       "Click on the <b>Add Project</b> button when done"),
         parent);
     note->setTextFormat(Qt::RichText);
     note->setAlignment(Qt::AlignCenter);

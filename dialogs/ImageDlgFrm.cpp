@@ -27,6 +27,7 @@ namespace {
 
 constexpr QSize ClientSize(830, 519);
 constexpr int BarHeight = 27;
+constexpr int Gap = 4;
 constexpr int PreviewWidth = 300;
 constexpr int FilenameWidth = 470;
 
@@ -128,17 +129,18 @@ void TImageDlgForm::LayOut()
     bar->setAccessibleName(QStringLiteral("Event Bar"));
     bar->setMinimumHeight(BarHeight);
     auto* barLayout = new QHBoxLayout(bar);
-    barLayout->setContentsMargins(2, 1, 2, 1);
+    barLayout->setContentsMargins(Gap, 1, Gap, 1);
     barLayout->addWidget(edNewFilename);
     barLayout->addStretch();
     barLayout->addWidget(btnAddImage);
 
     auto* left = new QVBoxLayout;
-    left->setSpacing(0);
+    left->setSpacing(Gap);
     left->addWidget(ShellBreadCrumb);
     left->addWidget(cxShellListView1);
     auto* panels = new QHBoxLayout;
-    panels->setSpacing(4);
+    panels->setSpacing(Gap);
+    panels->setContentsMargins(Gap, 0, Gap, Gap);
     panels->addLayout(left);
     panels->addWidget(cxImage1);
     auto* layout = new QVBoxLayout(this);

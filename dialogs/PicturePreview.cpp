@@ -4,11 +4,17 @@
 
 namespace Corvadine {
 
-TPicturePreview::TPicturePreview(QWidget* parent) : QWidget(parent)
+namespace {
+
+constexpr int Padding = 8;
+
+} // namespace
+
+TPicturePreview::TPicturePreview(QWidget* parent) : QFrame(parent)
 {
+    setFrameShape(StyledPanel);
     setBackgroundRole(QPalette::Base);
     setAutoFillBackground(true);
-    setContentsMargins(8, 8, 8, 8);
     setContextMenuPolicy(Qt::PreventContextMenu);
 }
 
@@ -18,11 +24,12 @@ void TPicturePreview::SetImage(const QImage& image)
     update();
 }
 
-void TPicturePreview::paintEvent(QPaintEvent*)
+void TPicturePreview::paintEvent(QPaintEvent* event)
 {
+    QFrame::paintEvent(event);
     if (FImage.isNull())
         return;
-    const QRect room = contentsRect();
+    const QRect room = contentsRect().marginsRemoved({ Padding, Padding, Padding, Padding });
     QRect place(QPoint(), FImage.size().scaled(room.size(), Qt::KeepAspectRatio));
     place.moveCenter(room.center());
     QPainter painter(this);

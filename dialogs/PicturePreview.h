@@ -1,12 +1,12 @@
 #pragma once
 
+#include <QFrame>
 #include <QImage>
-#include <QWidget>
 
 namespace Corvadine {
 
 // Shows one picture, scaled to fit with its proportions kept.
-class TPicturePreview : public QWidget {
+class TPicturePreview : public QFrame {
     Q_OBJECT
 public:
     explicit TPicturePreview(QWidget* parent = nullptr);

@@ -18,6 +18,7 @@ namespace Corvadine {
 namespace {
 
 constexpr int BarHeight = 24;
+constexpr QSize IconSize(16, 16);
 constexpr int DropDownRows = 16;
 constexpr int DropDownWidth = 260;
 
@@ -70,7 +71,7 @@ void TShellBreadCrumb::AddButton(QAction* action)
     QToolButton* button = MakeButton(this);
     button->setDefaultAction(action);
     button->setFocusPolicy(Qt::TabFocus);
-    button->setIconSize(QSize(16, 16));
+    button->setIconSize(IconSize);
     button->setAccessibleName(action->text());
     FButtons->addWidget(button);
     setTabOrder(button, FHidden);
@@ -200,6 +201,7 @@ void TShellBreadCrumb::DropDownFolders(const TCrumb& crumb)
     model->SetFolder(crumb.Folder);
     list->setModel(model);
     list->setUniformItemSizes(true);
+    list->setIconSize(IconSize);
     list->setAccessibleName(QStringLiteral("Folders in %1").arg(FolderLabel(crumb.Folder)));
     list->setCurrentIndex(model->index(0, 0));
 

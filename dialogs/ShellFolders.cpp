@@ -77,9 +77,8 @@ QString FolderLabel(const QString& folder)
 {
     if (folder.isEmpty())
         return QStringLiteral("Computer");
-    const QString name = QFileInfo(folder).fileName();
-    if (!name.isEmpty())
-        return name;
+    if (!QDir(folder).isRoot())
+        return QFileInfo(folder).fileName();
     return folder.size() > 1 ? folder.chopped(1) : folder; // "C:" for a drive
 }
 

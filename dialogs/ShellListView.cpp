@@ -12,7 +12,7 @@ namespace Corvadine {
 
 namespace {
 
-constexpr int WidestColumn = 320; // longer names are cut in the middle
+constexpr int WidestColumn = 240; // longer names are cut in the middle
 
 } // namespace
 

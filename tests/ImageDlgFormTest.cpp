@@ -42,13 +42,13 @@ protected:
         MakeForm(Art({}) + QDir::separator());
     }
 
-    void TearDown() override { delete Form; }
+    void TearDown() override { delete FForm; }
 
     void MakeForm(const QString& startFolder)
     {
-        delete Form;
-        Form = new TCountingForm(nullptr, startFolder);
-        Form->show();
+        delete FForm;
+        FForm = new TCountingForm(nullptr, startFolder);
+        FForm->show();
         LetIdle();
     }
 
@@ -65,12 +65,12 @@ protected:
         ASSERT_TRUE(image.save(Art(QLatin1String(name))));
     }
 
-    QAbstractItemView* List() { return Form->cxShellListView1; }
+    QAbstractItemView* List() { return FForm->cxShellListView1; }
     QModelIndex Item(const char* name) { return Find(List(), QLatin1String(name)); }
-    QColor PreviewColor() { return Form->cxImage1->Image().pixelColor(0, 0); }
-    QString Folder() { return QDir::toNativeSeparators(Form->cxShellListView1->Folder()); }
+    QColor PreviewColor() { return FForm->cxImage1->Image().pixelColor(0, 0); }
+    QString Folder() { return QDir::toNativeSeparators(FForm->cxShellListView1->Folder()); }
 
-    TCountingForm* Form = nullptr;
+    TCountingForm* FForm = nullptr;
 };
 
 TEST_F(ImageDlgFormTest, ListsFoldersAndTheFourMasks)
@@ -78,11 +78,11 @@ TEST_F(ImageDlgFormTest, ListsFoldersAndTheFourMasks)
     EXPECT_EQ(Folder(), Art({}));
     EXPECT_EQ(Names(List()),
         (QStringList { "folder.png", "Sub", "blue.JPG", "broken.bmp", "p9.gif", "p10.gif", "red.png" }));
-    EXPECT_EQ(Form->SelectedFile, QString());
-    EXPECT_FALSE(Form->btnAddImage->isEnabled());
-    EXPECT_EQ(Form->btnAddImage->text(), QStringLiteral("Add Selected Image"));
-    EXPECT_EQ(Form->aAddImage->text(), QStringLiteral("Add Image"));
-    EXPECT_FALSE(Form->edNewFilename->isVisible());
+    EXPECT_EQ(FForm->SelectedFile, QString());
+    EXPECT_FALSE(FForm->btnAddImage->isEnabled());
+    EXPECT_EQ(FForm->btnAddImage->text(), QStringLiteral("Add Selected Image"));
+    EXPECT_EQ(FForm->aAddImage->text(), QStringLiteral("Add Image"));
+    EXPECT_FALSE(FForm->edNewFilename->isVisible());
 
     MakeForm(Path(QStringLiteral("gone")));
     EXPECT_EQ(Folder(), QDir::homePath());
@@ -91,66 +91,66 @@ TEST_F(ImageDlgFormTest, ListsFoldersAndTheFourMasks)
 TEST_F(ImageDlgFormTest, SelectionDecidesWhatCanBeAdded)
 {
     Click(List(), Item("red.png"));
-    EXPECT_EQ(Form->SelectedFile, Art(QStringLiteral("red.png")));
-    EXPECT_TRUE(Form->btnAddImage->isEnabled());
+    EXPECT_EQ(FForm->SelectedFile, Art(QStringLiteral("red.png")));
+    EXPECT_TRUE(FForm->btnAddImage->isEnabled());
     EXPECT_EQ(PreviewColor(), QColor(Qt::red));
 
     for (const char* folder : { "Sub", "folder.png" }) {
         Click(List(), Item(folder));
-        EXPECT_EQ(Form->SelectedFile, Art(QLatin1String(folder)));
-        EXPECT_FALSE(Form->btnAddImage->isEnabled());
+        EXPECT_EQ(FForm->SelectedFile, Art(QLatin1String(folder)));
+        EXPECT_FALSE(FForm->btnAddImage->isEnabled());
         EXPECT_EQ(PreviewColor(), QColor(Qt::red)) << "the preview keeps the last image";
     }
     Click(List(), Item("broken.bmp"));
-    EXPECT_TRUE(Form->cxImage1->Image().isNull());
-    EXPECT_TRUE(Form->btnAddImage->isEnabled()) << "it can be chosen all the same";
+    EXPECT_TRUE(FForm->cxImage1->Image().isNull());
+    EXPECT_TRUE(FForm->btnAddImage->isEnabled()) << "it can be chosen all the same";
 
-    QTest::mouseClick(Form->btnAddImage, Qt::LeftButton);
-    EXPECT_EQ(Form->result(), QDialog::Accepted);
-    EXPECT_EQ(Form->SelectedFile, Art(QStringLiteral("broken.bmp")));
+    QTest::mouseClick(FForm->btnAddImage, Qt::LeftButton);
+    EXPECT_EQ(FForm->result(), QDialog::Accepted);
+    EXPECT_EQ(FForm->SelectedFile, Art(QStringLiteral("broken.bmp")));
 }
 
 TEST_F(ImageDlgFormTest, OpeningAcceptsNavigatesOrBeeps)
 {
     DoubleClick(List(), Item("Sub"));
     EXPECT_EQ(Folder(), Art(QStringLiteral("Sub")));
-    EXPECT_EQ(Form->ShellBreadCrumb->Path(), Form->cxShellListView1->Folder());
+    EXPECT_EQ(FForm->ShellBreadCrumb->Path(), FForm->cxShellListView1->Folder());
     QTest::keyClick(List(), Qt::Key_Backspace);
     EXPECT_EQ(Folder(), Art({}));
 
-    emit Form->cxShellListView1->ItemExecuted(Art(QStringLiteral("notes.txt")));
-    EXPECT_EQ(Form->Beeps, 1);
-    EXPECT_EQ(Form->SelectedFile, Art(QStringLiteral("notes.txt")));
-    EXPECT_TRUE(Form->isVisible());
+    emit FForm->cxShellListView1->ItemExecuted(Art(QStringLiteral("notes.txt")));
+    EXPECT_EQ(FForm->Beeps, 1);
+    EXPECT_EQ(FForm->SelectedFile, Art(QStringLiteral("notes.txt")));
+    EXPECT_TRUE(FForm->isVisible());
 
     DoubleClick(List(), Item("blue.JPG"));
-    EXPECT_FALSE(Form->isVisible());
-    EXPECT_EQ(Form->result(), QDialog::Accepted);
-    EXPECT_EQ(Form->SelectedFile, Art(QStringLiteral("blue.JPG")));
+    EXPECT_FALSE(FForm->isVisible());
+    EXPECT_EQ(FForm->result(), QDialog::Accepted);
+    EXPECT_EQ(FForm->SelectedFile, Art(QStringLiteral("blue.JPG")));
 }
 
 TEST_F(ImageDlgFormTest, TypedNewNameEnablesButOnlyBeeps)
 {
-    Form->edNewFilename->setText(QStringLiteral("x"));
+    FForm->edNewFilename->setText(QStringLiteral("x"));
     LetIdle();
-    EXPECT_TRUE(Form->btnAddImage->isEnabled());
-    QTest::mouseClick(Form->btnAddImage, Qt::LeftButton);
-    EXPECT_EQ(Form->Beeps, 1);
-    EXPECT_TRUE(Form->isVisible());
+    EXPECT_TRUE(FForm->btnAddImage->isEnabled());
+    QTest::mouseClick(FForm->btnAddImage, Qt::LeftButton);
+    EXPECT_EQ(FForm->Beeps, 1);
+    EXPECT_TRUE(FForm->isVisible());
 
     Click(List(), Item("red.png"));
-    EXPECT_EQ(Form->edNewFilename->text(), QString());
+    EXPECT_EQ(FForm->edNewFilename->text(), QString());
 }
 
 TEST_F(ImageDlgFormTest, PathBarWalksTheFolders)
 {
     const auto crumb = [&](const QString& name) -> QToolButton* {
-        for (auto* button : Form->ShellBreadCrumb->findChildren<QToolButton*>())
+        for (auto* button : FForm->ShellBreadCrumb->findChildren<QToolButton*>())
             if (button->accessibleName() == name && !button->isHidden())
                 return button;
         return nullptr;
     };
-    Form->ShellBreadCrumb->SetPath(Path(QStringLiteral("art/Sub/Deep")));
+    FForm->ShellBreadCrumb->SetPath(Path(QStringLiteral("art/Sub/Deep")));
     LetIdle();
     ASSERT_NE(crumb(QStringLiteral("art")), nullptr);
     QTest::mouseClick(crumb(QStringLiteral("art")), Qt::LeftButton);
@@ -169,10 +169,10 @@ TEST_F(ImageDlgFormTest, PathBarWalksTheFolders)
     QTest::keyClick(crumb(QStringLiteral("Sub")), Qt::Key_Left);
     EXPECT_TRUE(crumb(QStringLiteral("art"))->hasFocus());
 
-    Form->resize(500, 300); // the path gets a third of what it would like
+    FForm->resize(500, 300); // the path gets a third of what it would like
     const QString longName = QStringLiteral("A folder with a name as long as people like them");
     ASSERT_TRUE(QDir(Path({})).mkpath(longName + QStringLiteral("/below")));
-    Form->ShellBreadCrumb->SetPath(Path(longName + QStringLiteral("/below")));
+    FForm->ShellBreadCrumb->SetPath(Path(longName + QStringLiteral("/below")));
     LetIdle();
     EXPECT_NE(crumb(QStringLiteral("below")), nullptr);
     EXPECT_EQ(crumb(longName), nullptr);
@@ -182,14 +182,14 @@ TEST_F(ImageDlgFormTest, PathBarWalksTheFolders)
 TEST_F(ImageDlgFormTest, UpEndsAtTheRoot)
 {
     int steps = 0;
-    for (; Form->aUpLevel->isEnabled() && steps < 100; ++steps) {
-        Form->aUpLevel->trigger();
+    for (; FForm->aUpLevel->isEnabled() && steps < 100; ++steps) {
+        FForm->aUpLevel->trigger();
         LetIdle();
     }
     EXPECT_GT(steps, 0);
-    EXPECT_EQ(Form->ShellBreadCrumb->Path(), RootFolder());
-    Form->aUpLevel->trigger();
-    EXPECT_EQ(Form->cxShellListView1->Folder(), RootFolder());
+    EXPECT_EQ(FForm->ShellBreadCrumb->Path(), RootFolder());
+    FForm->aUpLevel->trigger();
+    EXPECT_EQ(FForm->cxShellListView1->Folder(), RootFolder());
 }
 
 TEST_F(ImageDlgFormTest, ListFollowsTheFolderOnReturnToTheWindow)
@@ -202,7 +202,7 @@ TEST_F(ImageDlgFormTest, ListFollowsTheFolderOnReturnToTheWindow)
     QApplication::sendEvent(List(), &activated);
     EXPECT_TRUE(Item("a-new-one.png").isValid());
     EXPECT_EQ(List()->selectionModel()->selectedIndexes().value(0), Item("red.png"));
-    EXPECT_EQ(Form->SelectedFile, Art(QStringLiteral("red.png")));
+    EXPECT_EQ(FForm->SelectedFile, Art(QStringLiteral("red.png")));
 }
 
 TEST_F(ImageDlgFormTest, OneDecodingHoweverFastTheCursorRuns)
@@ -219,8 +219,8 @@ TEST_F(ImageDlgFormTest, OneDecodingHoweverFastTheCursorRuns)
 
     QTest::keyClick(List(), Qt::Key_Home);
     QTest::keyClick(List(), Qt::Key_End);
-    EXPECT_TRUE(Form->SelectedFile.endsWith(QLatin1String("image 20000.png")));
-    EXPECT_TRUE(Form->cxImage1->Image().isNull()) << "decoded while the user was moving";
+    EXPECT_TRUE(FForm->SelectedFile.endsWith(QLatin1String("image 20000.png")));
+    EXPECT_TRUE(FForm->cxImage1->Image().isNull()) << "decoded while the user was moving";
     LetIdle();
     EXPECT_EQ(PreviewColor(), QColor(Qt::red));
 }
@@ -234,8 +234,8 @@ TEST_F(ImageDlgFormTest, RecognisedAreReadableImagesButNoVideosOrFolders)
         EXPECT_FALSE(IsRecognisedImageFile(Art(QLatin1String(name)))) << name;
 
     const QString longPath = Path(QString(250, u'x') + QStringLiteral("/image.png"));
-    emit Form->cxShellListView1->ItemSelected(longPath);
-    EXPECT_EQ(Form->SelectedFile, QString()) << "more than 260 characters";
+    emit FForm->cxShellListView1->ItemSelected(longPath);
+    EXPECT_EQ(FForm->SelectedFile, QString()) << "more than 260 characters";
 }
 
 } // namespace
