@@ -1,0 +1,30 @@
+#pragma once
+
+#include <QDialog>
+
+class QPushButton;
+
+namespace Corvadine {
+
+class TShellDropDown;
+
+// The dialog that asks for the project file to add. Run it with exec(): Accepted leaves the file's path,
+// exactly as displayed, in ProjectFile(); closed in any other way it is Rejected.
+class TAddProjForm : public QDialog {
+    Q_OBJECT
+public:
+    // The drop-down opens at `startFolder`, or at the user's home if that is no existing folder.
+    TAddProjForm(QWidget* owner, const QString& startFolder);
+
+    QString ProjectFile() const;
+
+    TShellDropDown* const cbWizProjectFile;
+    QPushButton* const btnAddProject;
+    QPushButton* const btnCancel;
+
+private:
+    void UpdateCommands();
+    void AddProject();
+};
+
+} // namespace Corvadine

@@ -1,0 +1,41 @@
+#include "dialogs/DropDownFrame.h"
+
+#include <QScreen>
+#include <QVBoxLayout>
+
+namespace Corvadine {
+
+TDropDownFrame::TDropDownFrame(QAbstractItemView* view, QWidget* anchor)
+    : QFrame(anchor, Qt::Popup), FView(view)
+{
+    setAttribute(Qt::WA_DeleteOnClose);
+    setAttribute(Qt::WA_NoMouseReplay); // a click on the anchor closes the frame, and must not open it again
+    setFrameShape(QFrame::StyledPanel);
+
+    view->setFrameShape(QFrame::NoFrame);
+    view->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    view->setHorizontalScrollMode(QAbstractItemView::ScrollPerPixel);
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(1, 1, 1, 1);
+    layout->addWidget(view);
+
+    connect(view, &QAbstractItemView::clicked, this, &TDropDownFrame::Chosen);
+    connect(view, &QAbstractItemView::activated, this, &TDropDownFrame::Chosen);
+}
+
+void TDropDownFrame::DropDown(QSize size)
+{
+    const QWidget& anchor = *parentWidget();
+    const QRect screen = anchor.screen()->availableGeometry();
+    const QPoint below = anchor.mapToGlobal(QPoint(0, anchor.height()));
+    QRect place(below, size.boundedTo(screen.size()));
+    if (place.bottom() > screen.bottom())
+        place.moveBottom(below.y() - anchor.height() - 1);
+    place.moveTop(qMax(place.top(), screen.top()));
+    place.moveLeft(qBound(screen.left(), place.left(), screen.right() + 1 - place.width()));
+    setGeometry(place);
+    show();
+    FView->setFocus();
+}
+
+} // namespace Corvadine

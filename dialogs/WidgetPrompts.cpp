@@ -1,0 +1,59 @@
+#include "dialogs/WidgetPrompts.h"
+
+#include "base/PathRules.h"
+#include "dialogs/AddProjFrm.h"
+#include "dialogs/ImageDlgFrm.h"
+
+#include <QMessageBox>
+
+namespace Corvadine {
+
+namespace {
+
+QMessageBox::StandardButton Ask(QMessageBox::Icon icon, const QString& title, QString text,
+    QMessageBox::StandardButtons buttons, QWidget* window)
+{
+    text.replace(QStringLiteral("\r\n"), QStringLiteral("\n")); // a label would show the CR
+    QMessageBox box(icon, title, text, buttons, window);
+    box.setTextFormat(Qt::PlainText);
+    return static_cast<QMessageBox::StandardButton>(box.exec());
+}
+
+} // namespace
+
+TWidgetPrompts::TWidgetPrompts(QWidget* window) : FWindow(window) { }
+
+void TWidgetPrompts::ShowError(const QString& text)
+{
+    Ask(QMessageBox::Critical, QStringLiteral("Error"), text, QMessageBox::Ok, FWindow);
+}
+
+void TWidgetPrompts::Inform(const QString& text)
+{
+    Ask(QMessageBox::Information, QStringLiteral("Information"), text, QMessageBox::Ok, FWindow);
+}
+
+bool TWidgetPrompts::Confirm(const QString& text)
+{
+    const auto buttons = QMessageBox::Yes | QMessageBox::No;
+    return Ask(QMessageBox::Question, QStringLiteral("Confirm"), text, buttons, FWindow) == QMessageBox::Yes;
+}
+
+std::optional<QString> TWidgetPrompts::ChooseProjectFile()
+{
+    TAddProjForm form(FWindow, FProjectFolder);
+    if (form.exec() != QDialog::Accepted)
+        return std::nullopt;
+    FProjectFolder = FolderOf(form.ProjectFile());
+    return form.ProjectFile();
+}
+
+std::optional<QString> TWidgetPrompts::ChooseImage(const QString& startFolder)
+{
+    TImageDlgForm form(FWindow, startFolder);
+    if (form.exec() != QDialog::Accepted)
+        return std::nullopt;
+    return form.SelectedFile;
+}
+
+} // namespace Corvadine

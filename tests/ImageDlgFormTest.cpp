@@ -1,0 +1,243 @@
+#include "dialogs/ImageDlgFrm.h"
+
+#include "dialogs/PicturePreview.h"
+#include "dialogs/RecognisedImage.h"
+#include "dialogs/ShellBreadCrumb.h"
+#include "dialogs/ShellFolders.h"
+#include "dialogs/ShellListView.h"
+#include "tests/DialogTesting.h"
+
+#include <QAction>
+#include <QDir>
+#include <QImage>
+#include <QLineEdit>
+#include <QToolButton>
+
+namespace Corvadine {
+
+using namespace Testing;
+
+namespace {
+
+class TCountingForm : public TImageDlgForm {
+public:
+    using TImageDlgForm::TImageDlgForm;
+    int Beeps = 0;
+
+protected:
+    void Beep() override { ++Beeps; }
+};
+
+class ImageDlgFormTest : public TFolderTest {
+protected:
+    void SetUp() override
+    {
+        ASSERT_TRUE(QDir(Path({})).mkpath(QStringLiteral("art/Sub/Deep")));
+        ASSERT_TRUE(QDir(Path({})).mkpath(QStringLiteral("art/folder.png")));
+        PutImage("red.png", Qt::red);
+        PutImage("blue.JPG", Qt::blue);
+        for (const char* name : { "broken.bmp", "p10.gif", "p9.gif", "photo.jpeg", "scan.tif", "app.ico",
+                 "notes.txt", ".hidden.png" })
+            PutFile(Art(QLatin1String(name)), "not an image");
+        MakeForm(Art({}) + QDir::separator());
+    }
+
+    void TearDown() override { delete FForm; }
+
+    void MakeForm(const QString& startFolder)
+    {
+        delete FForm;
+        FForm = new TCountingForm(nullptr, startFolder);
+        FForm->show();
+        LetIdle();
+    }
+
+    // The path of `name` in the folder of images, as the dialog returns paths.
+    QString Art(const QString& name)
+    {
+        return QDir::toNativeSeparators(Path(QStringLiteral("art") + (name.isEmpty() ? name : u'/' + name)));
+    }
+
+    void PutImage(const char* name, QColor color)
+    {
+        QImage image(40, 20, QImage::Format_RGB32);
+        image.fill(color);
+        ASSERT_TRUE(image.save(Art(QLatin1String(name))));
+    }
+
+    QAbstractItemView* List() { return FForm->cxShellListView1; }
+    QModelIndex Item(const char* name) { return Find(List(), QLatin1String(name)); }
+    QColor PreviewColor() { return FForm->cxImage1->Image().pixelColor(0, 0); }
+    QString Folder() { return QDir::toNativeSeparators(FForm->cxShellListView1->Folder()); }
+
+    TCountingForm* FForm = nullptr;
+};
+
+TEST_F(ImageDlgFormTest, ListsFoldersAndTheFourMasks)
+{
+    EXPECT_EQ(Folder(), Art({}));
+    EXPECT_EQ(Names(List()),
+        (QStringList { "folder.png", "Sub", "blue.JPG", "broken.bmp", "p9.gif", "p10.gif", "red.png" }));
+    EXPECT_EQ(FForm->SelectedFile, QString());
+    EXPECT_FALSE(FForm->btnAddImage->isEnabled());
+    EXPECT_EQ(FForm->btnAddImage->text(), QStringLiteral("Add Selected Image"));
+    EXPECT_EQ(FForm->aAddImage->text(), QStringLiteral("Add Image"));
+    EXPECT_FALSE(FForm->edNewFilename->isVisible());
+
+    MakeForm(Path(QStringLiteral("gone")));
+    EXPECT_EQ(Folder(), QDir::homePath());
+}
+
+TEST_F(ImageDlgFormTest, SelectionDecidesWhatCanBeAdded)
+{
+    Click(List(), Item("red.png"));
+    EXPECT_EQ(FForm->SelectedFile, Art(QStringLiteral("red.png")));
+    EXPECT_TRUE(FForm->btnAddImage->isEnabled());
+    EXPECT_EQ(PreviewColor(), QColor(Qt::red));
+
+    for (const char* folder : { "Sub", "folder.png" }) {
+        Click(List(), Item(folder));
+        EXPECT_EQ(FForm->SelectedFile, Art(QLatin1String(folder)));
+        EXPECT_FALSE(FForm->btnAddImage->isEnabled());
+        EXPECT_EQ(PreviewColor(), QColor(Qt::red)) << "the preview keeps the last image";
+    }
+    Click(List(), Item("broken.bmp"));
+    EXPECT_TRUE(FForm->cxImage1->Image().isNull());
+    EXPECT_TRUE(FForm->btnAddImage->isEnabled()) << "it can be chosen all the same";
+
+    QTest::mouseClick(FForm->btnAddImage, Qt::LeftButton);
+    EXPECT_EQ(FForm->result(), QDialog::Accepted);
+    EXPECT_EQ(FForm->SelectedFile, Art(QStringLiteral("broken.bmp")));
+}
+
+TEST_F(ImageDlgFormTest, OpeningAcceptsNavigatesOrBeeps)
+{
+    DoubleClick(List(), Item("Sub"));
+    EXPECT_EQ(Folder(), Art(QStringLiteral("Sub")));
+    EXPECT_EQ(FForm->ShellBreadCrumb->Path(), FForm->cxShellListView1->Folder());
+    QTest::keyClick(List(), Qt::Key_Backspace);
+    EXPECT_EQ(Folder(), Art({}));
+
+    emit FForm->cxShellListView1->ItemExecuted(Art(QStringLiteral("notes.txt")));
+    EXPECT_EQ(FForm->Beeps, 1);
+    EXPECT_EQ(FForm->SelectedFile, Art(QStringLiteral("notes.txt")));
+    EXPECT_TRUE(FForm->isVisible());
+
+    DoubleClick(List(), Item("blue.JPG"));
+    EXPECT_FALSE(FForm->isVisible());
+    EXPECT_EQ(FForm->result(), QDialog::Accepted);
+    EXPECT_EQ(FForm->SelectedFile, Art(QStringLiteral("blue.JPG")));
+}
+
+TEST_F(ImageDlgFormTest, TypedNewNameEnablesButOnlyBeeps)
+{
+    FForm->edNewFilename->setText(QStringLiteral("x"));
+    LetIdle();
+    EXPECT_TRUE(FForm->btnAddImage->isEnabled());
+    QTest::mouseClick(FForm->btnAddImage, Qt::LeftButton);
+    EXPECT_EQ(FForm->Beeps, 1);
+    EXPECT_TRUE(FForm->isVisible());
+
+    Click(List(), Item("red.png"));
+    EXPECT_EQ(FForm->edNewFilename->text(), QString());
+}
+
+TEST_F(ImageDlgFormTest, PathBarWalksTheFolders)
+{
+    const auto crumb = [&](const QString& name) -> QToolButton* {
+        for (auto* button : FForm->ShellBreadCrumb->findChildren<QToolButton*>())
+            if (button->accessibleName() == name && !button->isHidden())
+                return button;
+        return nullptr;
+    };
+    FForm->ShellBreadCrumb->SetPath(Path(QStringLiteral("art/Sub/Deep")));
+    LetIdle();
+    ASSERT_NE(crumb(QStringLiteral("art")), nullptr);
+    QTest::mouseClick(crumb(QStringLiteral("art")), Qt::LeftButton);
+    EXPECT_EQ(Folder(), Art({}));
+    LetIdle();
+
+    QTest::mouseClick(crumb(QStringLiteral("Folders in art")), Qt::LeftButton);
+    ASSERT_NE(OpenDropDown(), nullptr);
+    EXPECT_EQ(Names(OpenDropDown()), (QStringList { "folder.png", "Sub" }));
+    Press(Qt::Key_Down);
+    Press(Qt::Key_Return);
+    EXPECT_EQ(OpenDropDown(), nullptr);
+    EXPECT_EQ(Folder(), Art(QStringLiteral("Sub")));
+
+    crumb(QStringLiteral("Sub"))->setFocus();
+    QTest::keyClick(crumb(QStringLiteral("Sub")), Qt::Key_Left);
+    EXPECT_TRUE(crumb(QStringLiteral("art"))->hasFocus());
+
+    FForm->resize(500, 300); // the path gets a third of what it would like
+    const QString longName = QStringLiteral("A folder with a name as long as people like them");
+    ASSERT_TRUE(QDir(Path({})).mkpath(longName + QStringLiteral("/below")));
+    FForm->ShellBreadCrumb->SetPath(Path(longName + QStringLiteral("/below")));
+    LetIdle();
+    EXPECT_NE(crumb(QStringLiteral("below")), nullptr);
+    EXPECT_EQ(crumb(longName), nullptr);
+    EXPECT_NE(crumb(QStringLiteral("Folders further up")), nullptr);
+}
+
+TEST_F(ImageDlgFormTest, UpEndsAtTheRoot)
+{
+    int steps = 0;
+    for (; FForm->aUpLevel->isEnabled() && steps < 100; ++steps) {
+        FForm->aUpLevel->trigger();
+        LetIdle();
+    }
+    EXPECT_GT(steps, 0);
+    EXPECT_EQ(FForm->ShellBreadCrumb->Path(), RootFolder());
+    FForm->aUpLevel->trigger();
+    EXPECT_EQ(FForm->cxShellListView1->Folder(), RootFolder());
+}
+
+TEST_F(ImageDlgFormTest, ListFollowsTheFolderOnReturnToTheWindow)
+{
+    Click(List(), Item("red.png"));
+    PutImage("a-new-one.png", Qt::green);
+    QTest::qWait(20); // the clock of the file system ticks
+    PutImage("a-second-one.png", Qt::green);
+    QEvent activated(QEvent::WindowActivate);
+    QApplication::sendEvent(List(), &activated);
+    EXPECT_TRUE(Item("a-new-one.png").isValid());
+    EXPECT_EQ(List()->selectionModel()->selectedIndexes().value(0), Item("red.png"));
+    EXPECT_EQ(FForm->SelectedFile, Art(QStringLiteral("red.png")));
+}
+
+TEST_F(ImageDlgFormTest, OneDecodingHoweverFastTheCursorRuns)
+{
+    constexpr int Count = 20'000;
+    ASSERT_TRUE(QDir(Path({})).mkpath(QStringLiteral("many")));
+    for (int i = 1; i <= Count; ++i)
+        PutFile(Path(QStringLiteral("many/image %1.png").arg(i)), {});
+    MakeForm(Path(QStringLiteral("many")));
+    ASSERT_EQ(List()->model()->rowCount(), Count);
+    EXPECT_EQ(List()->model()->index(Count - 1, 0).data(), QStringLiteral("image 20000.png"));
+    ASSERT_TRUE(QFile::remove(Path(QStringLiteral("many/image 20000.png"))));
+    ASSERT_TRUE(QFile::copy(Art(QStringLiteral("red.png")), Path(QStringLiteral("many/image 20000.png"))));
+
+    QTest::keyClick(List(), Qt::Key_Home);
+    QTest::keyClick(List(), Qt::Key_End);
+    EXPECT_TRUE(FForm->SelectedFile.endsWith(QLatin1String("image 20000.png")));
+    EXPECT_TRUE(FForm->cxImage1->Image().isNull()) << "decoded while the user was moving";
+    LetIdle();
+    EXPECT_EQ(PreviewColor(), QColor(Qt::red));
+}
+
+TEST_F(ImageDlgFormTest, RecognisedAreReadableImagesButNoVideosOrFolders)
+{
+    for (const char* name : { "red.png", "missing.PNG", "photo.jpeg", "app.ico", "x.bmp" })
+        EXPECT_TRUE(IsRecognisedImageFile(Art(QLatin1String(name)))) << name;
+    for (const char* name :
+        { "folder.png", "notes.txt", "film.avi", "film.MPEG", "film.wmv", "png", "a.png.bak", "" })
+        EXPECT_FALSE(IsRecognisedImageFile(Art(QLatin1String(name)))) << name;
+
+    const QString longPath = Path(QString(250, u'x') + QStringLiteral("/image.png"));
+    emit FForm->cxShellListView1->ItemSelected(longPath);
+    EXPECT_EQ(FForm->SelectedFile, QString()) << "more than 260 characters";
+}
+
+} // namespace
+
+} // namespace Corvadine
