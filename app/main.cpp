@@ -14,7 +14,7 @@ int main(int argc, char** argv)
     Corvadine::ApplyTheme(application);
     Corvadine::TWidgetPrompts prompts;
     Corvadine::TMainForm form(QApplication::applicationDirPath(), prompts);
-    prompts.SetParent(&form);
+    prompts.SetWindow(&form);
     form.StartUp();
     form.show();
     return QApplication::exec();

@@ -21,8 +21,6 @@ QMessageBox::StandardButton Ask(QMessageBox::Icon icon, const QString& title, QS
 
 } // namespace
 
-TWidgetPrompts::TWidgetPrompts(QWidget* window) : FWindow(window) { }
-
 void TWidgetPrompts::ShowError(const QString& text)
 {
     Ask(QMessageBox::Critical, QStringLiteral("Error"), text, QMessageBox::Ok, FWindow);

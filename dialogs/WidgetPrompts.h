@@ -12,8 +12,8 @@ namespace Corvadine {
 // shown as it is.
 class TWidgetPrompts : public TPrompts {
 public:
-    // REQUIRES: `window` lives longer.
-    explicit TWidgetPrompts(QWidget* window);
+    // The window to centre on and to block; null, as at first, is none. REQUIRES: it lives longer.
+    void SetWindow(QWidget* window) { FWindow = window; }
 
     void ShowError(const QString& text) override;
     void Inform(const QString& text) override;
@@ -22,7 +22,7 @@ public:
     std::optional<QString> ChooseImage(const QString& startFolder) override;
 
 private:
-    QWidget* FWindow;
+    QWidget* FWindow = nullptr;
     QString FProjectFolder; // of the project file chosen last
 };
 

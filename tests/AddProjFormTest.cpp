@@ -114,7 +114,7 @@ TEST_F(AddProjFormTest, TreeOpensAtTheTextOrNearby)
 TEST_F(AddProjFormTest, PromptReturnsThePastedPathAsItIs)
 {
     const QString pasted = QStringLiteral("C:\\Dev Kits\\..\\Dev\\Demo.DProj");
-    TWidgetPrompts prompts(nullptr);
+    TWidgetPrompts prompts;
     const auto answer = [&](auto act) {
         QTimer::singleShot(0, [act] {
             auto* form = qobject_cast<TAddProjForm*>(QApplication::activeModalWidget());
@@ -136,7 +136,7 @@ TEST_F(AddProjFormTest, PromptReturnsThePastedPathAsItIs)
 
 TEST_F(AddProjFormTest, MessagesAreShownAsTheyAre)
 {
-    TWidgetPrompts prompts(nullptr);
+    TWidgetPrompts prompts;
     QString shown;
     const auto answer = [&](QMessageBox::StandardButton button) {
         QTimer::singleShot(0, [&shown, button] {

@@ -92,7 +92,7 @@ int main(int argc, char** argv)
             button->click();
     photographer.Take(form, "main");
 
-    TAddProjForm addProject(&form);
+    TAddProjForm addProject(&form, sample);
     photographer.Take(addProject, "add-project");
     TImageDlgForm picker(&form, sample);
     photographer.Take(picker, "image-picker");
