@@ -91,9 +91,12 @@ public:
     {
         if (ReducesWell())
             FReader.setScaledSize(IsLying() ? size.transposed() : size);
-        const QImage image = Decode();
-        return image.size() == size ? image
-                                    : image.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+        QImage image = Decode();
+        if (image.size() == size)
+            return image;
+        if (image.colorCount() > 0) // scaled() would dither back into the palette
+            image.convertTo(image.hasAlphaChannel() ? QImage::Format_ARGB32 : QImage::Format_RGB32);
+        return image.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
     }
 
 private:

@@ -202,14 +202,17 @@ TEST_F(SourceImageTest, ReducesToThumbnails)
     EXPECT_TRUE(IsNear(qRgba(qRed(halfBlue), 0, 0, 128), qRgba(0, 0, 0, 128), 1))
         << "tinted by transparent red";
 
-    // Colours that the palette lacks: black and white make grey.
-    QImage stripes(640, 320, QImage::Format_Indexed8);
-    stripes.setColorTable({ qRgb(0, 0, 0), qRgb(255, 255, 255) });
-    for (int y = 0; y < stripes.height(); ++y)
-        for (int x = 0; x < stripes.width(); ++x)
-            stripes.setPixel(x, y, static_cast<uint>(x % 2));
-    ASSERT_TRUE(stripes.save(Path("palette.png")));
-    EXPECT_TRUE(IsNear(thumbnail("palette.png").Picture.pixel(80, 40), qRgb(127, 127, 127), 2));
+    // Squares of 256 colours: the mixed ones along their edges are too many for a palette.
+    QImage squares(640, 320, QImage::Format_Indexed8);
+    for (int i = 0; i < 256; ++i)
+        squares.setColor(i, qRgb(i % 16 * 17, i / 16 * 17, i));
+    for (int y = 0; y < squares.height(); ++y)
+        for (int x = 0; x < squares.width(); ++x)
+            squares.setPixel(x, y, static_cast<uint>(x / 37 % 16 + y / 19 % 16 * 16));
+    ASSERT_TRUE(squares.save(Path("palette.png")));
+    const QImage reduced = thumbnail("palette.png").Picture;
+    for (const QPoint& inside : { QPoint(13, 2), QPoint(60, 40), QPoint(153, 79) })
+        EXPECT_EQ(reduced.pixel(inside), squares.pixel(inside * 4)) << inside.x() << ", not dithered";
 
     QImageWriter writer(Path("turned.jpg"));
     writer.setTransformation(QImageIOHandler::TransformationRotate90);
