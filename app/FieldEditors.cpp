@@ -1,0 +1,214 @@
+#include "app/FieldEditors.h"
+
+#include <QEvent>
+#include <QHBoxLayout>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QRegularExpressionValidator>
+#include <QSlider>
+#include <QWheelEvent>
+
+#include <algorithm>
+
+namespace Corvadine {
+
+namespace {
+
+// Whether a slider moves on this key.
+bool IsSliderKey(const QKeyEvent& event)
+{
+    switch (event.key()) {
+    case Qt::Key_Left:
+    case Qt::Key_Right:
+    case Qt::Key_Up:
+    case Qt::Key_Down:
+    case Qt::Key_PageUp:
+    case Qt::Key_PageDown:
+    case Qt::Key_Home:
+    case Qt::Key_End:
+        return true;
+    default:
+        return false;
+    }
+}
+
+} // namespace
+
+TFieldCheckBox::TFieldCheckBox(const QString& caption, TProjectsTable& table, TField field, QWidget* parent)
+    : QCheckBox(caption, parent), TFieldEditor(table, field, *this)
+{
+    connect(this, &QCheckBox::clicked, this, [this](bool ticked) { Write(ticked); });
+    Attach();
+}
+
+void TFieldCheckBox::ShowValue(const QVariant& value)
+{
+    setChecked(value.toBool());
+}
+
+TFieldComboBox::TFieldComboBox(
+    const std::vector<TChoice>& choices, TProjectsTable& table, TField field, QWidget* parent)
+    : QComboBox(parent), TFieldEditor(table, field, *this)
+{
+    for (const auto& [value, caption] : choices)
+        addItem(caption, value);
+    setFocusPolicy(Qt::StrongFocus); // none from the mouse wheel
+    setMaxVisibleItems(count());     // the lists are short and fixed, so all of each is seen at once
+    connect(this, &QComboBox::activated, this, [this] { Write(currentData()); });
+    Attach();
+}
+
+std::optional<int> TFieldComboBox::Value() const
+{
+    return currentIndex() < 0 ? std::nullopt : std::optional(currentData().toInt());
+}
+
+void TFieldComboBox::ShowValue(const QVariant& value)
+{
+    setCurrentIndex(value.isValid() ? findData(value) : -1);
+}
+
+void TFieldComboBox::wheelEvent(QWheelEvent* event)
+{
+    // Whoever scrolls past the box does not mean to change the project.
+    if (hasFocus())
+        QComboBox::wheelEvent(event);
+    else
+        event->ignore();
+}
+
+TFieldSlider::TFieldSlider(TProjectsTable& table, TField field, QWidget* parent)
+    : QWidget(parent)
+    , TFieldEditor(table, field, *this)
+    , FSlider(new QSlider(Qt::Horizontal, this))
+    , FNumber(new QLabel(this))
+{
+    FSlider->setRange(Minimum, Maximum);
+    FSlider->setPageStep(1);
+    FSlider->setTickPosition(QSlider::TicksBelow);
+    FSlider->setTickInterval(1);
+    FSlider->setFocusPolicy(Qt::StrongFocus); // none from the mouse wheel
+    FSlider->installEventFilter(this);
+    FNumber->setMinimumWidth(fontMetrics().horizontalAdvance(QString::number(Maximum)));
+    setFocusProxy(FSlider);
+
+    auto* layout = new QHBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(FSlider, 1);
+    layout->addWidget(FNumber);
+
+    connect(FSlider, &QSlider::valueChanged, this, &TFieldSlider::Move);
+    Attach();
+}
+
+std::optional<int> TFieldSlider::Value() const
+{
+    return FHasValue ? std::optional(FSlider->value()) : std::nullopt;
+}
+
+bool TFieldSlider::eventFilter(QObject* watched, QEvent* event)
+{
+    if (watched != FSlider)
+        return QWidget::eventFilter(watched, event);
+    switch (event->type()) {
+    case QEvent::FocusOut:
+        Leave();
+        break;
+    case QEvent::Leave:
+        if (!FSlider->isSliderDown())
+            Leave();
+        break;
+    case QEvent::MouseButtonRelease:
+        // A drag may end far from the slider; by the time this call is made, the slider knows that it ended.
+        if (!FSlider->rect().contains(static_cast<QMouseEvent*>(event)->pos()))
+            QMetaObject::invokeMethod(this, &TFieldSlider::Leave, Qt::QueuedConnection);
+        break;
+    case QEvent::ShortcutOverride: // comes before the shortcut is looked for, already for its first modifier
+    case QEvent::KeyPress:
+        if (!IsSliderKey(*static_cast<QKeyEvent*>(event)))
+            Leave();
+        break;
+    case QEvent::Wheel:
+        if (!FSlider->hasFocus()) {
+            event->ignore();
+            return true;
+        }
+        break;
+    default:
+        break;
+    }
+    return false;
+}
+
+void TFieldSlider::ShowValue(const QVariant& value)
+{
+    FHasValue = value.isValid();
+    FIsMoved = false;
+    FIsShowing = true;
+    FSlider->setValue(FHasValue ? std::clamp(value.toInt(), Minimum, Maximum) : Minimum);
+    FIsShowing = false;
+    ShowNumber();
+}
+
+void TFieldSlider::showEvent(QShowEvent* event)
+{
+    // Assistive tools meet the slider, not the widget that was given the name.
+    FSlider->setAccessibleName(accessibleName());
+    QWidget::showEvent(event);
+}
+
+void TFieldSlider::Move(int)
+{
+    if (FIsShowing)
+        return;
+    FHasValue = true;
+    FIsMoved = true;
+    ShowNumber();
+}
+
+void TFieldSlider::Leave()
+{
+    if (FIsMoved)
+        Write(FSlider->value());
+}
+
+void TFieldSlider::ShowNumber()
+{
+    FNumber->setText(FHasValue ? QString::number(FSlider->value()) : QString());
+}
+
+TFieldNumberEdit::TFieldNumberEdit(TProjectsTable& table, TField field, QWidget* parent)
+    : QLineEdit(parent), TFieldEditor(table, field, *this)
+{
+    // Nine digits always fit the field.
+    static const QRegularExpression Digits(QStringLiteral("[0-9]{0,9}"));
+    setValidator(new QRegularExpressionValidator(Digits, this));
+    connect(this, &QLineEdit::textEdited, this, [this] {
+        const auto value = Value();
+        Write(value ? QVariant(*value) : QVariant());
+    });
+    Attach();
+}
+
+std::optional<int> TFieldNumberEdit::Value() const
+{
+    bool isNumber = false;
+    const int value = text().toInt(&isNumber);
+    return isNumber ? std::optional(value) : std::nullopt;
+}
+
+void TFieldNumberEdit::ShowValue(const QVariant& value)
+{
+    // What is being typed may be written in another way ("007"); to replace it would move the cursor.
+    const auto shown = value.isValid() ? std::optional(value.toInt()) : std::nullopt;
+    if (shown != Value() || !hasFocus())
+        setText(shown ? QString::number(*shown) : QString());
+}
+
+void TFieldNumberEdit::focusOutEvent(QFocusEvent* event)
+{
+    QLineEdit::focusOutEvent(event);
+    Reload();
+}
+
+} // namespace Corvadine

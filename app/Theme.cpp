@@ -1,0 +1,144 @@
+#include "app/Theme.h"
+
+#include "app/Icons.h"
+
+#include <QApplication>
+#include <QFont>
+#include <QGroupBox>
+#include <QPainter>
+#include <QProxyStyle>
+#include <QStyleOption>
+
+namespace Corvadine {
+
+namespace {
+
+// Fusion looks the same on every system and follows the palette. Its drop-downs are made lists rather than
+// menus, since a list scrolls and is sized like any other.
+class TThemeStyle : public QProxyStyle {
+public:
+    TThemeStyle() : QProxyStyle(QStringLiteral("Fusion")) { }
+
+    int styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
+        QStyleHintReturn* returnData) const override
+    {
+        switch (hint) {
+        case SH_ComboBox_Popup:
+            return 0;
+        case SH_Slider_AbsoluteSetButtons:
+            return Qt::LeftButton; // a click on the groove goes there
+        default:
+            return QProxyStyle::styleHint(hint, option, widget, returnData);
+        }
+    }
+
+    void drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
+        const QWidget* widget) const override
+    {
+        if (element == PE_FrameGroupBox) {
+            DrawGroupFrame(*option, *painter, widget);
+            return;
+        }
+        QProxyStyle::drawPrimitive(element, option, painter, widget);
+        // Fusion draws outlines darker than the window, which hardly shows on a dark one.
+        if ((element == PE_IndicatorCheckBox || element == PE_FrameLineEdit) && IsDark(option->palette)
+            && !(option->state & State_HasFocus))
+            DrawOutline(QRectF(option->rect), option->palette, *painter, 0.4);
+    }
+
+private:
+    // A thin line around the group's content, below its caption.
+    static void DrawGroupFrame(const QStyleOption& option, QPainter& painter, const QWidget* widget)
+    {
+        const auto* group = qobject_cast<const QGroupBox*>(widget);
+        const int captionHeight = group && !group->title().isEmpty() ? group->fontMetrics().height() + 2 : 0;
+        DrawOutline(option.rect.adjusted(0, captionHeight, 0, 0), option.palette, painter, 0.16);
+    }
+
+    // `strength` is the share of the text's colour.
+    static void DrawOutline(const QRectF& area, const QPalette& palette, QPainter& painter, double strength)
+    {
+        painter.save();
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.setPen(Mix(palette.color(QPalette::Window), palette.color(QPalette::WindowText), strength));
+        painter.setBrush(Qt::NoBrush);
+        painter.drawRoundedRect(area.adjusted(0.5, 0.5, -0.5, -0.5), 2, 2);
+        painter.restore();
+    }
+};
+
+struct TScheme {
+    QRgb Window, Base, AlternateBase, Button, Text, Placeholder, Disabled, Highlight, HighlightedText, Link;
+};
+
+constexpr TScheme LightScheme { 0xFFF1F1F3, 0xFFFFFFFF, 0xFFF7F7F9, 0xFFF6F6F8, 0xFF1B1B1F, 0xFF6B6B73,
+    0xFFA0A0A6, 0xFF5B4BC4, 0xFFFFFFFF, 0xFF4A3AB8 };
+constexpr TScheme DarkScheme { 0xFF2B2B2F, 0xFF1E1E21, 0xFF26262A, 0xFF39393E, 0xFFEDEDF0, 0xFF9A9AA2,
+    0xFF77777E, 0xFF6F5FD8, 0xFFFFFFFF, 0xFFA99BFF };
+
+QPalette PaletteOf(const TScheme& scheme)
+{
+    // The constructor derives the shades of frames from these two.
+    QPalette palette { QColor(scheme.Button), QColor(scheme.Window) };
+    for (const auto role :
+        { QPalette::WindowText, QPalette::Text, QPalette::ButtonText, QPalette::ToolTipText }) {
+        palette.setColor(role, QColor(scheme.Text));
+        palette.setColor(QPalette::Disabled, role, QColor(scheme.Disabled));
+    }
+    palette.setColor(QPalette::Window, QColor(scheme.Window));
+    palette.setColor(QPalette::Base, QColor(scheme.Base));
+    palette.setColor(QPalette::Disabled, QPalette::Base, QColor(scheme.Window));
+    palette.setColor(QPalette::AlternateBase, QColor(scheme.AlternateBase));
+    palette.setColor(QPalette::Button, QColor(scheme.Button));
+    palette.setColor(QPalette::ToolTipBase, QColor(scheme.AlternateBase));
+    palette.setColor(QPalette::PlaceholderText, QColor(scheme.Placeholder));
+    palette.setColor(QPalette::Highlight, QColor(scheme.Highlight));
+    palette.setColor(QPalette::Disabled, QPalette::Highlight, QColor(scheme.Disabled));
+    palette.setColor(QPalette::HighlightedText, QColor(scheme.HighlightedText));
+    palette.setColor(QPalette::Link, QColor(scheme.Link));
+    palette.setColor(QPalette::BrightText, QColor(scheme.HighlightedText));
+    return palette;
+}
+
+} // namespace
+
+TTheme ThemeOfEnvironment()
+{
+    const QByteArray wish = qgetenv("CORVADINE_THEME").toLower();
+    if (wish == "dark")
+        return TTheme::Dark;
+    if (wish == "light")
+        return TTheme::Light;
+    const QByteArray gtkTheme = qgetenv("GTK_THEME").toLower();
+    return gtkTheme.endsWith(":dark") || gtkTheme.endsWith("-dark") ? TTheme::Dark : TTheme::Auto;
+}
+
+void ApplyTheme(QApplication& application, TTheme theme)
+{
+    LoadIcons();
+    QApplication::setStyle(new TThemeStyle);
+    if (theme != TTheme::Auto)
+        QApplication::setPalette(PaletteOf(theme == TTheme::Dark ? DarkScheme : LightScheme));
+    QFont font = application.font();
+    font.setFamilies({ QStringLiteral("Tahoma"), font.family() });
+    QApplication::setFont(font);
+}
+
+bool IsDark(const QPalette& palette)
+{
+    return palette.color(QPalette::WindowText).lightness() > palette.color(QPalette::Window).lightness();
+}
+
+QColor ContentColor(const QPalette& palette)
+{
+    return palette.color(QPalette::Base);
+}
+
+QColor Mix(const QColor& under, const QColor& over, double share)
+{
+    const auto channel = [share](int from, int to) { return qRound(from + (to - from) * share); };
+    return { channel(under.red(), over.red()), channel(under.green(), over.green()),
+        channel(under.blue(), over.blue()) };
+}
+
+} // namespace Corvadine
