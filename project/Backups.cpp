@@ -141,12 +141,13 @@ QString BackupPath(const QString& projectFile, const QString& backupFolder, cons
         + BackupName(projectFile, time.toString(QStringLiteral("yyyyMMddHHmmss")));
 }
 
-QString WriteBackup(
-    const QString& projectFile, const QByteArray& bytes, const QString& backupFolder, const QDateTime& time)
+QString WriteBackup(const QString& projectFile, const QByteArray& bytes, const QString& backupFolder,
+    const QDateTime& time, const QStringList& kept)
 {
     const QString guid = ProjectGuidIn(bytes, projectFile);
     QString path = BackupPath(projectFile, backupFolder, time);
-    for (qint64 later = 1; AreDifferentProjects(guid, ProjectGuidOf(path)); ++later)
+    for (qint64 later = 1;
+         kept.contains(path, FileNameCase) || AreDifferentProjects(guid, ProjectGuidOf(path)); ++later)
         path = BackupPath(projectFile, backupFolder, time.addSecs(later));
     WriteFileAtomically(path, bytes);
     // A project may hold passwords, so its copy is not left open to more people. It stays writable, as a

@@ -3,6 +3,7 @@
 #include <QByteArray>
 #include <QDateTime>
 #include <QString>
+#include <QStringList>
 
 #include <vector>
 
@@ -22,10 +23,11 @@ struct TBackup {
 QString BackupPath(const QString& projectFile, const QString& backupFolder, const QDateTime& time);
 
 // Keeps `bytes`, the content of `projectFile`, in an existing folder, in place of an older backup of the same
-// second. If that one belongs to another project, which happens when many of one file name are updated in one
-// go, the next second is taken instead. Returns the backup's path. Throws TError(Io).
-QString WriteBackup(
-    const QString& projectFile, const QByteArray& bytes, const QString& backupFolder, const QDateTime& time);
+// second. If that one belongs to another project or is among the paths in `kept`, which happens when many of
+// one file name are updated in one go, the next second is taken instead. Returns the backup's path. Throws
+// TError(Io).
+QString WriteBackup(const QString& projectFile, const QByteArray& bytes, const QString& backupFolder,
+    const QDateTime& time, const QStringList& kept = {});
 
 // The backups of `projectFile`, oldest first, without those of another project of that file name. While the
 // project file is missing or damaged nothing tells them apart, so all are listed.

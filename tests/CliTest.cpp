@@ -327,6 +327,23 @@ TEST_F(TCliTest, GoesOnWithTheNextProjectAfterAFailure)
     EXPECT_EQ(projects[1].toObject()["project"], second);
 }
 
+TEST_F(TCliTest, UpdatesCopiesOfOneTemplateInOneGoWithABackupOfEach)
+{
+    AddProject();
+    const QString second = FHome + "/copy/Demo.dproj";
+    QDir().mkpath(FHome + "/copy");
+    PutFile(second, FileBytes(FProject) + "\n");
+    ASSERT_EQ(Run({ "add", second, "--platforms", "windows" }).Status, 0);
+    const QByteArray originals[] { FileBytes(FProject), FileBytes(second) };
+    EXPECT_EQ(Run({ "generate", "--all" }).Status, 0);
+    EXPECT_EQ(Run({ "update", "--all" }).Status, 0);
+    const QString backups = FData + "/Project Backups/Demo.";
+    EXPECT_EQ(FileBytes(backups + "20240305140709.dproj"), originals[0]);
+    EXPECT_EQ(FileBytes(backups + "20240305140710.dproj"), originals[1]);
+    EXPECT_EQ(Run({ "update", "1" }).Status, 0); // a run of its own in that second
+    EXPECT_NE(FileBytes(backups + "20240305140709.dproj"), originals[0]);
+}
+
 TEST_F(TCliTest, CheckFindsEachKindOfDamage)
 {
     AddProject("iphone,windows");
