@@ -16,7 +16,8 @@ struct TBackup {
     QString Name; // without folder
     QString Path;
     QDateTime Time;      // from the name, local
-    QString ProjectGuid; // empty if the copy has none or does not read
+    QString ProjectGuid; // empty if the copy has none or is damaged
+    QString Fault;       // why the copy cannot be a project file; empty if it can
 };
 
 // Where the backup of `projectFile` made at `time` (local) lies.
@@ -39,10 +40,11 @@ struct TRestoredBackup {
 };
 
 // Puts back the backup called `name`, or the newest one if `name` is empty, byte for byte and in one step.
+// Damaged ones are passed over while there are others, and never replace a file that is not damaged itself.
 // The file it replaces becomes a backup itself (the newest, so that restoring again undoes this), in the
 // first second from `now` on that has none. Throws TError, the project file then being as it was: NotFound if
-// there is no such backup; Conflict if it belongs to another project; Usage if `name` is a path, or is empty
-// while nothing tells whose backup the newest is; Io.
+// there is no such backup; Conflict if it belongs to another project; BadInput if it is damaged; Usage if
+// `name` is a path, or is empty while nothing tells whose backup the newest is; Io.
 TRestoredBackup RestoreBackup(
     const QString& projectFile, const QString& backupFolder, const QString& name, const QDateTime& now);
 
