@@ -295,17 +295,13 @@ TEST_F(TCliTest, ReportsADatabaseThatItCannotUse)
     EXPECT_EQ(Run({ "list" }).Status, 0);
     EXPECT_TRUE(QDir(FData).isEmpty()); // reading creates nothing
     AddProject();
-
-    const QString path = FData + "/Corvadine.db";
-    {
-        SQLite::Database other(path.toStdString(), SQLite::OPEN_READWRITE);
-        other.exec("BEGIN EXCLUSIVE");
-        ExpectRefusal({ "list" }, 1, "Corvadine.db: database is locked");
-        other.exec("ROLLBACK; PRAGMA user_version=99");
-    }
-    ExpectRefusal({ "set", "1", "--twox", "5" }, 1, "newer release");
-    PutFile(path, QByteArray(4096, 'x'));
-    ExpectRefusal({ "add", FProject }, 1, "Corvadine.db: ");
+    SQLite::Database other((FData + "/Corvadine.db").toStdString(), SQLite::OPEN_READWRITE);
+    other.exec("UPDATE Projects SET TwoxSize=NULL");
+    ExpectRefusal({ "plan", "1" }, 1, "Demo.dproj: the option \"2x Width\" has no value");
+    other.exec("UPDATE Projects SET TwoxSize=1, ResampleFilter=12");
+    ExpectRefusal({ "plan", "1" }, 1, "Demo.dproj: the option \"Sampling Filter\" has the unknown value 12");
+    other.exec("BEGIN EXCLUSIVE");
+    ExpectRefusal({ "list" }, 1, "Corvadine.db: database is locked");
 }
 
 TEST_F(TCliTest, GoesOnWithTheNextProjectAfterAFailure)
