@@ -199,15 +199,6 @@ TEST(RenderingTest, WritesLevelTenAsNineAndOnlyUnfilteredRows)
         EXPECT_EQ(rows[y * 361], 0) << "row filter";
 }
 
-TEST(RenderingTest, RefusesAbsurdSizesWithASentence)
-{
-    const QImage wide = Disc({ 3000, 1 }, true);
-    EXPECT_EQ(ErrorOf([&] {
-        Png(Sources(wide, wide), Settings(TOutputFormat::TrueColor), { 800, 2400000, "iPhone_Launch3x" });
-    }),
-        "Cannot render an output of 800 x 2400000 pixels: it is larger than 512 MiB");
-}
-
 TEST(RenderingTest, ColoursAreStoredWithRedInTheLowestByte)
 {
     EXPECT_EQ(TColor::FromStored(0x0000FF), (TColor { 255, 0, 0 }));
