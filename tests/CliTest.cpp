@@ -378,6 +378,9 @@ TEST_F(TCliTest, RestoreRefusesTheBackupOfAnotherProject)
     EXPECT_EQ(RunProgram({ "add", FProject }, 1000).Status, 1);
     EXPECT_EQ(Files(), untouched) << "an empty database or new folders are left";
 {
+    const auto untouched = Files();
+    EXPECT_EQ(RunProgram({ "add", FProject }, 1000).Status, 1);
+    EXPECT_EQ(Files(), untouched) << "an empty database or new folders are left";
     AddProject();
     ASSERT_EQ(Run({ "generate", "1" }).Status, 0);
     ASSERT_EQ(Run({ "update", "1" }).Status, 0);
