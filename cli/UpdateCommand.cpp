@@ -49,7 +49,8 @@ protected:
             { QStringLiteral("changes"), ChangesJson(update) },
             { QStringLiteral("missing"), QJsonArray::fromStringList(update.MissingIDs) },
             { QStringLiteral("backup"),
-                update.BackupPath.isEmpty() ? QJsonValue() : QJsonValue(update.BackupPath) } };
+                update.BackupPath.isEmpty() ? QJsonValue() : QJsonValue(update.BackupPath) },
+            { QStringLiteral("message"), FDryRun ? QJsonValue() : QJsonValue(update.ClosingMessage()) } };
         result.Lines = FDryRun ? DryRunLines(update, project.ProjectFile) : UpdateLines(update);
         if (update.UpdatedCount == 0 && update.MissingIDs.isEmpty())
             result.Warnings.append(
