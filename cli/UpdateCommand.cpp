@@ -40,9 +40,8 @@ protected:
     TCommandResult RunOn(TCliContext& context, const TProject& project) override
     {
         const TProjectImages images = ImagesOf(project, JobOf(project));
-        const TUpdateResult update = FDryRun
-            ? PlanUpdate(images, TImageFiles::Existing)
-            : UpdateProject(images, { context.BackupFolder(), context.Environment().Now() });
+        const TUpdateResult update =
+            FDryRun ? PlanUpdate(images, TImageFiles::Existing) : Update(context, images);
         TCommandResult result;
         result.Json = { { QStringLiteral("dryRun"), FDryRun },
             { QStringLiteral("updated"), update.UpdatedCount },
@@ -50,7 +49,8 @@ protected:
             { QStringLiteral("changes"), ChangesJson(update) },
             { QStringLiteral("missing"), QJsonArray::fromStringList(update.MissingIDs) },
             { QStringLiteral("backup"),
-                update.BackupPath.isEmpty() ? QJsonValue() : QJsonValue(update.BackupPath) } };
+                update.BackupPath.isEmpty() ? QJsonValue() : QJsonValue(update.BackupPath) },
+            { QStringLiteral("message"), FDryRun ? QJsonValue() : QJsonValue(update.ClosingMessage()) } };
         result.Lines = FDryRun ? DryRunLines(update, project.ProjectFile) : UpdateLines(update);
         if (update.UpdatedCount == 0 && update.MissingIDs.isEmpty())
             result.Warnings.append(
@@ -59,7 +59,17 @@ protected:
     }
 
 private:
+    TUpdateResult Update(const TCliContext& context, const TProjectImages& images)
+    {
+        TUpdateResult update = UpdateProject(images,
+            { context.BackupFolder(), context.Environment().Now(), TBackupPolicy::Required, FBackups });
+        FBackups.append(update.BackupPath);
+        return update;
+    }
+
     bool FDryRun = false;
+    // Copies of one template share file name and ProjectGuid, so only this tells their backups apart.
+    QStringList FBackups;
 };
 
 } // namespace

@@ -1,10 +1,12 @@
+#include "base/Error.h"
 #include "base/Platform.h"
 #include "cli/Cli.h"
 
 #include <QCoreApplication>
 
+#include <cerrno>
 #include <cstdio>
-#include <iostream>
+#include <ostream>
 #include <streambuf>
 
 using namespace Corvadine;
@@ -14,21 +16,44 @@ namespace {
 // Qt's own warnings about a bad file; it comes back to us as an error anyway.
 void DropMessage(QtMsgType, const QMessageLogContext&, const QString&) { }
 
-// Writes to a C stream, which does the buffering.
+// Writes to a C stream, which does the buffering, and keeps why the first failure came about: iostreams
+// forget it.
 class TFileBuffer : public std::streambuf {
 public:
     explicit TFileBuffer(std::FILE* file) : FFile(file) { }
 
+    int ErrorNumber() const { return FErrorNumber; } // of errno
+
 protected:
-    int_type overflow(int_type character) override { return std::fputc(character, FFile); }
+    int_type overflow(int_type character) override
+    {
+        const int written = std::fputc(character, FFile);
+        Note(written != EOF);
+        return written;
+    }
     std::streamsize xsputn(const char* text, std::streamsize size) override
     {
-        return static_cast<std::streamsize>(std::fwrite(text, 1, static_cast<std::size_t>(size), FFile));
+        const auto bytes = static_cast<std::size_t>(size);
+        const std::size_t written = std::fwrite(text, 1, bytes, FFile);
+        Note(written == bytes);
+        return static_cast<std::streamsize>(written);
     }
-    int sync() override { return std::fflush(FFile); }
+    int sync() override
+    {
+        const int failed = std::fflush(FFile);
+        Note(failed == 0);
+        return failed;
+    }
 
 private:
+    void Note(bool succeeded)
+    {
+        if (!succeeded && FErrorNumber == 0)
+            FErrorNumber = errno;
+    }
+
     std::FILE* FFile;
+    int FErrorNumber = 0;
 };
 
 } // namespace
@@ -42,12 +67,14 @@ int main(int argc, char** argv)
     std::FILE* const taken = TakeErrorStream();
     TFileBuffer errorBuffer(taken ? taken : stderr);
     std::ostream err(&errorBuffer);
-    std::ios::sync_with_stdio(false);
+    TFileBuffer outBuffer(stdout);
+    std::ostream out(&outBuffer);
 
     const int status = RunCli(QCoreApplication::arguments().mid(1),
-        { std::cout, err, QCoreApplication::applicationDirPath(), showsProgress });
-    if (std::cout.flush())
+        { out, err, QCoreApplication::applicationDirPath(), showsProgress });
+    if (out.flush())
         return status;
-    err << "Cannot write the standard output: the system refused" << std::endl;
+    err << "Cannot write the standard output: " << SystemErrorText(outBuffer.ErrorNumber()).toStdString()
+        << std::endl;
     return status == 0 ? 1 : status;
 }

@@ -9,13 +9,27 @@ namespace Corvadine {
 
 namespace {
 
+TError Unusable(const TProject& project, const QString& reason)
+{
+    return { TErrorKind::BadInput, QStringLiteral("use the settings of"), project.ProjectFile, reason };
+}
+
 // Databases of older releases may hold no value; the user sees an empty editor then and has to choose one.
-int Require(std::optional<int> value, const char* caption)
+int Require(const TProject& project, std::optional<int> value, const char* caption)
 {
     if (!value)
-        throw TError(TErrorKind::BadInput,
-            QStringLiteral("Cannot generate: the option \"%1\" has no value").arg(QLatin1String(caption)));
+        throw Unusable(project, QStringLiteral("the option \"%1\" has no value").arg(QLatin1String(caption)));
     return *value;
+}
+
+TResampleFilter RequireFilter(const TProject& project)
+{
+    const int code = Require(project, project.ResampleFilter, "Sampling Filter");
+    const auto filter = FilterOfCode(code);
+    if (!filter)
+        throw Unusable(
+            project, QStringLiteral("the option \"Sampling Filter\" has the unknown value %1").arg(code));
+    return *filter;
 }
 
 } // namespace
@@ -25,14 +39,14 @@ TGenJob JobOf(const TProject& project)
     TGenJob job;
     TGenSettings& settings = job.Settings;
     settings.Platforms = { project.IncAndroid, project.IncIPhone, project.IncIPad, project.IncWindows };
-    settings.TwoxSize = Require(project.TwoxSize, "2x Width");
-    settings.Background = TColor::FromStored(Require(project.PickColor, "Background"));
+    settings.TwoxSize = Require(project, project.TwoxSize, "2x Width");
+    settings.Background = TColor::FromStored(Require(project, project.PickColor, "Background"));
     settings.Format =
-        Require(project.PixelFormat, "Output Format") == static_cast<int>(TOutputFormat::Colors256)
+        Require(project, project.PixelFormat, "Output Format") == static_cast<int>(TOutputFormat::Colors256)
         ? TOutputFormat::Colors256
         : TOutputFormat::TrueColor;
-    settings.Compression = Require(project.Compression, "Compression");
-    settings.Filter = FilterOfCode(Require(project.ResampleFilter, "Sampling Filter"));
+    settings.Compression = Require(project, project.Compression, "Compression");
+    settings.Filter = RequireFilter(project);
     settings.OutputFolder = project.OutputFolder;
     job.IconFile = project.IconImageName;
     job.LaunchFile = project.SplashImageName;

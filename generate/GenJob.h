@@ -15,8 +15,8 @@ struct TGenJob {
     QString LaunchFile; // full path; empty when none is chosen: its outputs are rendered from the icon source
 };
 
-// The job that `project` asks for. An unknown output format means true colour. Throws TError(BadInput) for an
-// option that has no value or names no filter.
+// The job that `project` asks for. An unknown output format means true colour. Throws TError(BadInput),
+// naming the project file, for an option that has no value or names no filter.
 TGenJob JobOf(const TProject& project);
 
 } // namespace Corvadine

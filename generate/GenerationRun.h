@@ -18,7 +18,8 @@ using TGenProgress = std::function<void(int done, int total)>;
 // before the first one is put under its name, so a run that fails changes no file and leaves no new folder
 // behind. Files that are not outputs are left alone. The same job gives the same bytes on any number of
 // threads. Returns the list of what was written: BuildGenList's, then the Windows icon if Windows is ticked.
-// Throws TError: a source that is named but cannot be loaded, an output that cannot be made or written.
+// Throws TError: a source that is named but cannot be loaded, an output that is too large (before anything is
+// decoded) or cannot be written.
 std::vector<TGenRec> RunGeneration(const TGenJob& job, int workers = 0, const TGenProgress& progress = {});
 
 // The sources of a job, decoded one after the other, for those that render output by output.

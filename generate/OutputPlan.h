@@ -23,7 +23,8 @@ struct TOutputPlan {
 
 // What a run of `job` would write, and where. Decodes the sources, writes nothing. Warns when a source is
 // smaller than the largest output made from it (with the enlargement factor), when the icon is not square or
-// missing, and when the launch image is transparent. Throws TError when a source cannot be loaded.
+// missing, and when the launch image is transparent. Throws TError when a source cannot be loaded
+// or an output would be too large, with the words of the run.
 TOutputPlan PlanOutputs(const TGenJob& job);
 
 } // namespace Corvadine

@@ -17,7 +17,7 @@ public:
 
     const TGenSettings& Settings() const { return FSettings; }
 
-    // The file of one entry, the Windows icon's included. Throws as RenderPng does.
+    // The file of one entry, the Windows icon's included. Throws as RecipeOf does.
     QByteArray Render(const TGenRec& record);
 
 private:

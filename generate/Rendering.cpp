@@ -17,13 +17,20 @@ namespace {
 constexpr int IconCompression = 6;
 
 // A launch source of absurd shape gives absurd boxes; better a sentence than half an hour of swapping.
-void RefuseHuge(QSize canvas)
+void RefuseHuge(const TGenRec& record, QSize canvas, const std::optional<TSourceInfo>& launch)
 {
-    if (qint64 { canvas.width() } * canvas.height() * PixelChannels > MaxDecodedBytes)
-        throw TError(TErrorKind::BadInput,
-            QStringLiteral("Cannot render an output of %1 pixels: it is larger than %2 MiB")
-                .arg(SizeText(canvas))
-                .arg(MaxDecodedBytes >> 20));
+    const qint64 bytes = qint64 { canvas.width() } * canvas.height() * PixelChannels;
+    if (bytes <= MaxDecodedBytes)
+        return;
+    QString reason = QStringLiteral("it would have %1 pixels, which take %2 MiB, and the limit is %3 MiB")
+                         .arg(SizeText(canvas))
+                         .arg((bytes + (1 << 20) - 1) >> 20)
+                         .arg(MaxDecodedBytes >> 20);
+    if (launch)
+        reason +=
+            QStringLiteral("; its height follows from its width and the shape of the launch image, %1 pixels")
+                .arg(SizeText(launch->Size));
+    throw TError(TErrorKind::BadInput, QStringLiteral("render"), record.ID, reason);
 }
 
 } // namespace
@@ -62,12 +69,12 @@ TRecipe RecipeOf(const TGenRec& record, const TSourceInfo& icon, const std::opti
     recipe.Fitted = FittedSize(source.Size, box);
     recipe.Canvas = square ? recipe.Fitted : box;
     recipe.KeepsAlpha = square && source.HasAlpha && !IsAppStoreEntry(record.ID);
+    RefuseHuge(record, recipe.Canvas, launch);
     return recipe;
 }
 
 QByteArray RenderPng(const TRenderSources& sources, const TGenSettings& settings, const TRecipe& recipe)
 {
-    RefuseHuge(recipe.Canvas);
     const TRenderSource& source = recipe.FromLaunch ? *sources.Launch : *sources.Icon;
     const TFittedImage fitted = source.At(recipe.Fitted, settings.Filter);
     const TRaster raster =

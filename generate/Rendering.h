@@ -56,12 +56,13 @@ struct TRecipe {
 };
 
 // `launch` is empty when there is no launch source; one that is a single pixel wide counts as none too.
+// Throws TError(BadInput), naming the output, for one of more than MaxDecodedBytes.
 TRecipe RecipeOf(const TGenRec& record, const TSourceInfo& icon, const std::optional<TSourceInfo>& launch);
 
 // The PNG file of one output, from the full-size source. Square outputs keep the source's transparency (but
 // for the App Store's) and, if the source is not square, its shape; all others are flattened onto the
-// background and centred. Pure: the same arguments give the same bytes. Throws TError(BadInput) for sizes
-// that cannot be made. REQUIRES: the source that `recipe` names is there.
+// background and centred. Pure: the same arguments give the same bytes. REQUIRES: the source that `recipe`
+// names is there.
 QByteArray RenderPng(const TRenderSources& sources, const TGenSettings& settings, const TRecipe& recipe);
 
 // The Windows icon file: the icon source at ten sizes, with its transparency and shape; output format,

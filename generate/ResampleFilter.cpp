@@ -1,7 +1,5 @@
 #include "generate/ResampleFilter.h"
 
-#include "base/Error.h"
-
 #include <algorithm>
 #include <cmath>
 
@@ -207,12 +205,12 @@ const std::vector<TFilterInfo>& FilterInfos()
     return infos;
 }
 
-TResampleFilter FilterOfCode(int code)
+std::optional<TResampleFilter> FilterOfCode(int code)
 {
     for (const TFilterInfo& info : FilterInfos())
         if (static_cast<int>(info.Filter) == code)
             return info.Filter;
-    throw TError(TErrorKind::BadInput, QStringLiteral("The resampling filter %1 does not exist").arg(code));
+    return std::nullopt;
 }
 
 bool IsPickingFilter(TResampleFilter filter)

@@ -3,6 +3,7 @@
 #include <QString>
 
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 namespace Corvadine {
@@ -32,8 +33,8 @@ struct TFilterInfo {
 // All twelve, in the order in which the window lists them.
 const std::vector<TFilterInfo>& FilterInfos();
 
-// The filter of a stored code. Throws TError(BadInput) for a code that names none.
-TResampleFilter FilterOfCode(int code);
+// The filter of a stored code; empty for a code that names none.
+std::optional<TResampleFilter> FilterOfCode(int code);
 
 // Whether the filter copies single source pixels and so mixes nothing.
 bool IsPickingFilter(TResampleFilter filter);

@@ -44,24 +44,34 @@ QDateTime TimeOf(const QString& stamp)
     return date.isValid() && time.isValid() ? QDateTime(date, time) : QDateTime();
 }
 
-// Empty also when `bytes`, the content of `file`, cannot be understood.
-QString ProjectGuidIn(const QByteArray& bytes, const QString& file)
+// What the content of a project file tells, good or not.
+struct TContentInfo {
+    QString ProjectGuid;
+    QString Fault;
+};
+
+TContentInfo InfoIn(const QByteArray& bytes, const QString& file)
 {
     try {
-        return TProjectDocument(bytes, file).ProjectGuid();
-    } catch (const TError&) {
-        return {};
+        return { TProjectDocument(bytes, file).ProjectGuid(), {} };
+    } catch (const TError& error) {
+        return { {}, error.Reason() };
     }
 }
 
-// Empty also when the file is missing.
-QString ProjectGuidOf(const QString& file)
+// A missing file has a fault, too.
+TContentInfo InfoOf(const QString& file)
 {
     try {
-        return ProjectGuidIn(ReadFile(file, QStringLiteral("read")), file);
-    } catch (const TError&) {
-        return {};
+        return InfoIn(ReadFile(file, QStringLiteral("read")), file);
+    } catch (const TError& error) {
+        return { {}, error.Reason() };
     }
+}
+
+bool IsDamaged(const TBackup& backup)
+{
+    return !backup.Fault.isEmpty();
 }
 
 bool AreDifferentProjects(const QString& guid, const QString& otherGuid)
@@ -78,8 +88,10 @@ std::vector<TBackup> BackupsNamedAfter(const QString& projectFile, const QString
     for (const QString& name : QDir(backupFolder).entryList(QDir::Files | QDir::Hidden)) {
         const QString stamp = name.mid(stampStart, StampLength);
         const QDateTime time = TimeOf(stamp);
-        if (!time.isNull() && name.compare(BackupName(projectFile, stamp), FileNameCase) == 0)
-            backups.push_back({ name, folder + name, time, ProjectGuidOf(folder + name) });
+        if (time.isNull() || name.compare(BackupName(projectFile, stamp), FileNameCase) != 0)
+            continue;
+        const auto [guid, fault] = InfoOf(folder + name);
+        backups.push_back({ name, folder + name, time, guid, fault });
     }
     std::sort(backups.begin(), backups.end(), [stampStart](const TBackup& a, const TBackup& b) {
         return a.Name.mid(stampStart) < b.Name.mid(stampStart);
@@ -103,7 +115,7 @@ TBackup FindByName(const QString& projectFile, const QString& backupFolder, cons
     if (found == backups.cend())
         throw RestoreRefusal(
             TErrorKind::NotFound, projectFile, QStringLiteral("it has no backup %1").arg(name));
-    const QString guid = ProjectGuidOf(projectFile);
+    const QString guid = InfoOf(projectFile).ProjectGuid;
     if (AreDifferentProjects(guid, found->ProjectGuid))
         throw RestoreRefusal(TErrorKind::Conflict, projectFile,
             QStringLiteral("the backup %1 belongs to another project (ProjectGuid %2 instead of %3)")
@@ -113,7 +125,9 @@ TBackup FindByName(const QString& projectFile, const QString& backupFolder, cons
 
 TBackup FindNewest(const QString& projectFile, const QString& backupFolder)
 {
-    const auto backups = ListBackups(projectFile, backupFolder);
+    auto backups = ListBackups(projectFile, backupFolder);
+    if (!std::all_of(backups.cbegin(), backups.cend(), IsDamaged))
+        std::erase_if(backups, IsDamaged);
     if (backups.empty())
         throw RestoreRefusal(TErrorKind::NotFound, projectFile,
             QStringLiteral("there is no backup of it in %1").arg(backupFolder));
@@ -124,6 +138,14 @@ TBackup FindNewest(const QString& projectFile, const QString& backupFolder)
         throw RestoreRefusal(TErrorKind::Usage, projectFile,
             QStringLiteral("there are backups of several projects of this name; name the backup"));
     return newest;
+}
+
+// Putting back a damaged copy would lose nothing only where nothing better stands.
+void RefuseDamaged(const TBackup& backup, const QString& projectFile)
+{
+    if (IsDamaged(backup) && InfoOf(projectFile).Fault.isEmpty())
+        throw RestoreRefusal(TErrorKind::BadInput, projectFile,
+            QStringLiteral("the backup %1 is damaged: %2").arg(backup.Name, backup.Fault));
 }
 
 QDateTime FirstFreeSecond(const QString& projectFile, const QString& backupFolder, QDateTime time)
@@ -141,12 +163,13 @@ QString BackupPath(const QString& projectFile, const QString& backupFolder, cons
         + BackupName(projectFile, time.toString(QStringLiteral("yyyyMMddHHmmss")));
 }
 
-QString WriteBackup(
-    const QString& projectFile, const QByteArray& bytes, const QString& backupFolder, const QDateTime& time)
+QString WriteBackup(const QString& projectFile, const QByteArray& bytes, const QString& backupFolder,
+    const QDateTime& time, const QStringList& kept)
 {
-    const QString guid = ProjectGuidIn(bytes, projectFile);
+    const QString guid = InfoIn(bytes, projectFile).ProjectGuid;
     QString path = BackupPath(projectFile, backupFolder, time);
-    for (qint64 later = 1; AreDifferentProjects(guid, ProjectGuidOf(path)); ++later)
+    for (qint64 later = 1;
+         kept.contains(path, FileNameCase) || AreDifferentProjects(guid, InfoOf(path).ProjectGuid); ++later)
         path = BackupPath(projectFile, backupFolder, time.addSecs(later));
     WriteFileAtomically(path, bytes);
     // A project may hold passwords, so its copy is not left open to more people. It stays writable, as a
@@ -158,7 +181,7 @@ QString WriteBackup(
 std::vector<TBackup> ListBackups(const QString& projectFile, const QString& backupFolder)
 {
     auto backups = BackupsNamedAfter(projectFile, backupFolder);
-    const QString guid = ProjectGuidOf(projectFile);
+    const QString guid = InfoOf(projectFile).ProjectGuid;
     std::erase_if(
         backups, [&](const TBackup& backup) { return AreDifferentProjects(guid, backup.ProjectGuid); });
     return backups;
@@ -169,6 +192,7 @@ TRestoredBackup RestoreBackup(
 {
     const TBackup backup =
         name.isEmpty() ? FindNewest(projectFile, backupFolder) : FindByName(projectFile, backupFolder, name);
+    RefuseDamaged(backup, projectFile);
     const QByteArray bytes = ReadFile(backup.Path, QStringLiteral("read the backup"));
     TRestoredBackup restored { backup.Path, {} };
     if (FileExists(projectFile)) {

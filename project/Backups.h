@@ -3,6 +3,7 @@
 #include <QByteArray>
 #include <QDateTime>
 #include <QString>
+#include <QStringList>
 
 #include <vector>
 
@@ -15,17 +16,19 @@ struct TBackup {
     QString Name; // without folder
     QString Path;
     QDateTime Time;      // from the name, local
-    QString ProjectGuid; // empty if the copy has none or does not read
+    QString ProjectGuid; // empty if the copy has none or is damaged
+    QString Fault;       // why the copy cannot be a project file; empty if it can
 };
 
 // Where the backup of `projectFile` made at `time` (local) lies.
 QString BackupPath(const QString& projectFile, const QString& backupFolder, const QDateTime& time);
 
 // Keeps `bytes`, the content of `projectFile`, in an existing folder, in place of an older backup of the same
-// second. If that one belongs to another project, which happens when many of one file name are updated in one
-// go, the next second is taken instead. Returns the backup's path. Throws TError(Io).
-QString WriteBackup(
-    const QString& projectFile, const QByteArray& bytes, const QString& backupFolder, const QDateTime& time);
+// second. If that one belongs to another project or is among the paths in `kept`, which happens when many of
+// one file name are updated in one go, the next second is taken instead. Returns the backup's path. Throws
+// TError(Io).
+QString WriteBackup(const QString& projectFile, const QByteArray& bytes, const QString& backupFolder,
+    const QDateTime& time, const QStringList& kept = {});
 
 // The backups of `projectFile`, oldest first, without those of another project of that file name. While the
 // project file is missing or damaged nothing tells them apart, so all are listed.
@@ -37,10 +40,11 @@ struct TRestoredBackup {
 };
 
 // Puts back the backup called `name`, or the newest one if `name` is empty, byte for byte and in one step.
+// Damaged ones are passed over while there are others, and never replace a file that is not damaged itself.
 // The file it replaces becomes a backup itself (the newest, so that restoring again undoes this), in the
 // first second from `now` on that has none. Throws TError, the project file then being as it was: NotFound if
-// there is no such backup; Conflict if it belongs to another project; Usage if `name` is a path, or is empty
-// while nothing tells whose backup the newest is; Io.
+// there is no such backup; Conflict if it belongs to another project; BadInput if it is damaged; Usage if
+// `name` is a path, or is empty while nothing tells whose backup the newest is; Io.
 TRestoredBackup RestoreBackup(
     const QString& projectFile, const QString& backupFolder, const QString& name, const QDateTime& now);
 

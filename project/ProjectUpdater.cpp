@@ -33,7 +33,7 @@ QString BackUp(const QString& projectFile, const QByteArray& bytes, const TBacku
         std::optional<TNewFolder> folder;
         if (backup.Policy == TBackupPolicy::Required)
             folder.emplace(backup.Folder);
-        return WriteBackup(projectFile, bytes, backup.Folder, backup.Time);
+        return WriteBackup(projectFile, bytes, backup.Folder, backup.Time, backup.Kept);
     } catch (const TError& error) {
         if (backup.Policy == TBackupPolicy::BestEffort)
             return {};

@@ -30,6 +30,7 @@ struct TBackupOrder {
     QString Folder;
     QDateTime Time; // local; becomes part of the backup's name
     TBackupPolicy Policy = TBackupPolicy::Required;
+    QStringList Kept {}; // paths of backups that this one must not replace: those made before in the same go
 };
 
 // Which images count as there.

@@ -134,14 +134,14 @@ TProjectStore::TProjectStore(const QString& path, std::chrono::milliseconds busy
     : FPath(AbsolutePath(path)) // absolute also because SQLite takes a name like "file:x" for a URI
 {
     RefuseImpossiblePath(FPath);
-    Guarded(OpenAttempt, FPath, [&] {
-        FDatabase = std::make_unique<SQLite::Database>(
-            FPath.toStdString(), OpenFlags(FPath), static_cast<int>(busyTimeout.count()));
-        // The first has an effect only where SQLite shares one cache between connections: readers need not
-        // wait for a writer then, and nothing here needs them to.
-        FDatabase->exec("PRAGMA read_uncommitted=1; PRAGMA synchronous=FULL");
-        EnsureSchema();
-    });
+    const bool isNew = !QFile::exists(FPath);
+    try {
+        Guarded(OpenAttempt, FPath, [&] { Open(busyTimeout); });
+    } catch (...) {
+        if (isNew)
+            RemoveEmptyFile();
+        throw;
+    }
 }
 
 TProjectStore::~TProjectStore() = default;
@@ -218,6 +218,30 @@ void TProjectStore::Delete(const TProject& project)
         statement.exec();
         transaction.commit();
     });
+}
+
+void TProjectStore::Open(std::chrono::milliseconds busyTimeout)
+{
+    FDatabase = std::make_unique<SQLite::Database>(
+        FPath.toStdString(), OpenFlags(FPath), static_cast<int>(busyTimeout.count()));
+    // The first has an effect only where SQLite shares one cache between connections: readers need not
+    // wait for a writer then, and nothing here needs them to.
+    FDatabase->exec("PRAGMA read_uncommitted=1; PRAGMA synchronous=FULL");
+    EnsureSchema();
+}
+
+// SQLite makes the file before it knows that there is no room for a table. The lock keeps out a program that
+// is filling the same file; one that comes later is told by SQLite that its file is gone.
+void TProjectStore::RemoveEmptyFile() noexcept
+{
+    try {
+        if (!FDatabase)
+            return;
+        const SQLite::Transaction lock(*FDatabase, SQLite::TransactionBehavior::EXCLUSIVE);
+        if (QFileInfo(FPath).size() == 0)
+            QFile::remove(FPath);
+    } catch (const std::exception&) { // another program has the file, so it is not ours to remove
+    }
 }
 
 void TProjectStore::EnsureSchema()

@@ -27,7 +27,8 @@ class TProjectStore {
 public:
     // Opens `path`, creating the file and its table if they are missing, and brings the table of an older
     // release up to date. A file marked read-only can be read if its table is complete. A file of a newer
-    // release (its PRAGMA user_version is above ours) is refused.
+    // release (its PRAGMA user_version is above ours) is refused. When it throws, a file that was missing is
+    // missing again.
     explicit TProjectStore(
         const QString& path, std::chrono::milliseconds busyTimeout = std::chrono::seconds(5));
     ~TProjectStore();
@@ -59,6 +60,8 @@ public:
     void Delete(const TProject& project);
 
 private:
+    void Open(std::chrono::milliseconds busyTimeout);
+    void RemoveEmptyFile() noexcept;
     void EnsureSchema();
     void CreateSchema();
     void AddResampleFilter();

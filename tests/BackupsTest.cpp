@@ -117,6 +117,14 @@ TEST_F(BackupsTest, RestoreRefusesWhatIsNotABackupOfThisProject)
     EXPECT_EQ(FileBytes(FFile), ProjectWith("A", "<Now/>"));
     EXPECT_EQ(QDir(FBackups).entryList(QDir::Files).size(), 3) << "a refusal makes no backup";
 
+    PutBackup("Demo.20240305130000.dproj", "<Project>");
+    EXPECT_THAT(RestoreError("Demo.20240305130000.dproj"),
+        ::testing::StartsWith(
+            cannot + "the backup Demo.20240305130000.dproj is damaged: it is not well-formed XML, line 1"));
+    EXPECT_EQ(RestoreBackup(FFile, FBackups, {}, Noon.addSecs(7200)).BackupPath,
+        FBackups + "/Demo.20240305110000.dproj")
+        << "the newest that is whole";
+
     QFile::remove(FFile);
     EXPECT_EQ(
         RestoreError({}), cannot + "there are backups of several projects of this name; name the backup");

@@ -295,17 +295,13 @@ TEST_F(TCliTest, ReportsADatabaseThatItCannotUse)
     EXPECT_EQ(Run({ "list" }).Status, 0);
     EXPECT_TRUE(QDir(FData).isEmpty()); // reading creates nothing
     AddProject();
-
-    const QString path = FData + "/Corvadine.db";
-    {
-        SQLite::Database other(path.toStdString(), SQLite::OPEN_READWRITE);
-        other.exec("BEGIN EXCLUSIVE");
-        ExpectRefusal({ "list" }, 1, "Corvadine.db: database is locked");
-        other.exec("ROLLBACK; PRAGMA user_version=99");
-    }
-    ExpectRefusal({ "set", "1", "--twox", "5" }, 1, "newer release");
-    PutFile(path, QByteArray(4096, 'x'));
-    ExpectRefusal({ "add", FProject }, 1, "Corvadine.db: ");
+    SQLite::Database other((FData + "/Corvadine.db").toStdString(), SQLite::OPEN_READWRITE);
+    other.exec("UPDATE Projects SET TwoxSize=NULL");
+    ExpectRefusal({ "plan", "1" }, 1, "Demo.dproj: the option \"2x Width\" has no value");
+    other.exec("UPDATE Projects SET TwoxSize=1, ResampleFilter=12");
+    ExpectRefusal({ "plan", "1" }, 1, "Demo.dproj: the option \"Sampling Filter\" has the unknown value 12");
+    other.exec("BEGIN EXCLUSIVE");
+    ExpectRefusal({ "list" }, 1, "Corvadine.db: database is locked");
 }
 
 TEST_F(TCliTest, GoesOnWithTheNextProjectAfterAFailure)
@@ -327,48 +323,39 @@ TEST_F(TCliTest, GoesOnWithTheNextProjectAfterAFailure)
     EXPECT_EQ(projects[1].toObject()["project"], second);
 }
 
-TEST_F(TCliTest, CheckFindsEachKindOfDamage)
+TEST_F(TCliTest, UpdatesCopiesOfOneTemplateInOneGoWithABackupOfEach)
 {
-    AddProject("iphone,windows");
-    ASSERT_EQ(Run({ "set", "1", "--format", "true" }).Status, 0);
-    ASSERT_EQ(Run({ "generate", "1" }).Status, 0);
-    ASSERT_EQ(Run({ "update", "1" }).Status, 0);
-    ASSERT_EQ(Run({ "check", "1" }).Out, "OK\n");
-    const auto image = [this](const char* id) { return FileBytes(FOutput + '/' + id); };
-    QImage transparent(1024, 1024, QImage::Format_ARGB32);
-    transparent.fill(Qt::transparent);
-    transparent.save(Path("store.png"));
-    const QByteArray ico = image("Icon_MainIcon.ico");
-    const QByteArray logo = image("UWP_DelphiLogo44.png");
-    const QList<std::pair<QString, QByteArray>> damages {
-        { FOutput + "/UWP_DelphiLogo44.png", logo.left(logo.size() - 20) },
-        { FOutput + "/UWP_DelphiLogo44.png", image("UWP_DelphiLogo150.png") },
-        { FOutput + "/iOS_AppStore1024.png", FileBytes(Path("store.png")) },
-        { FOutput + "/Icon_MainIcon.ico", ico.left(ico.size() / 2) },
-        { FProject, FileBytes(FProject).replace("\\UWP_DelphiLogo44.png", "\\other.png") },
-    };
-    for (const auto& [path, damaged] : damages) {
-        const QByteArray whole = FileBytes(path);
-        PutFile(path, damaged);
-        const TOutcome outcome = Run({ "check", "1" });
-        EXPECT_EQ(outcome.Status, 1) << outcome.Out;
-        EXPECT_THAT(outcome.Out, ::testing::StartsWith(path.toStdString() + ":"));
-        EXPECT_THAT(outcome.Out, MatchesRegex(".*\n[12] findings?\n"));
-        PutFile(path, whole);
-    }
-    QFile::remove(FOutput + "/iPhone_Launch2x.png");
-    EXPECT_THAT(Run({ "check", "1" }).Out, HasSubstr("iPhone_Launch2x.png: the file does not exist\n1 fin"));
+    AddProject();
+    const QString second = FHome + "/copy/Demo.dproj";
+    QDir().mkpath(FHome + "/copy");
+    PutFile(second, FileBytes(FProject) + "\n");
+    ASSERT_EQ(Run({ "add", second, "--platforms", "windows" }).Status, 0);
+    const QByteArray originals[] { FileBytes(FProject), FileBytes(second) };
+    EXPECT_EQ(Run({ "generate", "--all" }).Status, 0);
+    EXPECT_EQ(Run({ "update", "--all" }).Status, 0);
+    const QString backups = FData + "/Project Backups/Demo.";
+    EXPECT_EQ(FileBytes(backups + "20240305140709.dproj"), originals[0]);
+    EXPECT_EQ(FileBytes(backups + "20240305140710.dproj"), originals[1]);
+    const QJsonObject again = JsonIn(Run({ "update", "1", "--json" })); // a run of its own in that second
+    EXPECT_THAT(again["projects"].toArray()[0].toObject()["message"].toString().toStdString(),
+        MatchesRegex("[0-9]+ Entries updated.\r\nA backup of the project file was made first."));
+    EXPECT_NE(FileBytes(backups + "20240305140709.dproj"), originals[0]);
 }
 
-TEST_F(TCliTest, RestoreRefusesTheBackupOfAnotherProject)
+TEST_F(TCliTest, CheckNamesFilesAndLinesAndFails)
 {
     AddProject();
     ASSERT_EQ(Run({ "generate", "1" }).Status, 0);
     ASSERT_EQ(Run({ "update", "1" }).Status, 0);
-    ExpectRefusal({ "restore", "1", "Demo.20200101000000.dproj" }, 1, "has no backup");
-    PutFile(FProject, FileBytes(FProject).replace("{AB30B1C1", "{00000000"));
-    ExpectRefusal({ "restore", "1", "Demo.20240305140709.dproj" }, 1, "another project");
-    EXPECT_EQ(Run({ "backups", "1" }).Out, "");
+    QFile::remove(FOutput + "/Icon_MainIcon.ico");
+    PutFile(FProject, FileBytes(FProject).replace("\\Icon_MainIcon.ico", "\\other.ico"));
+    const TOutcome outcome = Run({ "check", "1" });
+    EXPECT_EQ(outcome.Status, 1);
+    EXPECT_THAT(
+        outcome.Out, HasSubstr(FOutput.toStdString() + "/Icon_MainIcon.ico: the file does not exist\n"));
+    EXPECT_THAT(outcome.Out,
+        MatchesRegex(".*\n[^\n]*/Demo.dproj:[0-9]+: Icon_MainIcon is '.*other.ico' instead of '.*"
+                     "Icon_MainIcon.ico'\n[0-9]+ findings\n"));
 }
 
 TEST_F(TCliTest, ClearDeletesTheFilesOfTheOutputFolderOnly)
@@ -391,6 +378,9 @@ TEST_F(TCliTest, ClearDeletesTheFilesOfTheOutputFolderOnly)
 
 TEST_F(TCliTest, AFullDiskChangesNothing)
 {
+    const auto untouched = Files();
+    EXPECT_EQ(RunProgram({ "add", FProject }, 1000).Status, 1);
+    EXPECT_EQ(Files(), untouched) << "an empty database or new folders are left";
     AddProject();
     ASSERT_EQ(Run({ "generate", "1" }).Status, 0);
     ASSERT_EQ(Run({ "set", "1", "--filter", "none", "--platforms", "android" }).Status, 0);
@@ -410,6 +400,7 @@ TEST_F(TCliTest, AFullDiskChangesNothing)
     list.start(QStringLiteral(CORVADINE_CLI), { "list", "--data", FData });
     ASSERT_TRUE(list.waitForFinished(-1));
     EXPECT_EQ(list.exitCode(), 1);
+    EXPECT_EQ(list.readAllStandardError(), "Cannot write the standard output: No space left on device\n");
 }
 
 TEST_F(TCliTest, AnInterruptedGenerationLeavesWholeFilesOnly)

@@ -145,6 +145,19 @@ TEST_F(GenerationRunTest, CheckFindsEachKindOfDamage)
             "Icon_MainIcon: it holds 9 images instead of 10"));
 }
 
+TEST_F(GenerationRunTest, RefusesOutputsThatAreTooLargeBeforeItDecodes)
+{
+    Job.Settings.TwoxSize = 8192; // 200 x 400 pixels make it 8192 x 4096
+    EXPECT_EQ(PlanOutputs(Job).Outputs.size(), 38U) << "just small enough";
+    Job.Settings.TwoxSize = 8193;
+    const std::string refusal =
+        "Cannot render iPhone_Launch3x: it would have 16386 x 8192 pixels, which take 513 MiB, and the limit "
+        "is 512 MiB; its height follows from its width and the shape of the launch image, 200 x 400 pixels";
+    EXPECT_EQ(ErrorOf([&] { PlanOutputs(Job); }), refusal);
+    PutFile(Job.IconFile, FileBytes(Job.IconFile).chopped(100)); // shows only once it is decoded
+    EXPECT_EQ(ErrorOf([&] { RunGeneration(Job); }), refusal);
+}
+
 TEST_F(GenerationRunTest, PlanWarnsOfSourcesThatDoNotFit)
 {
     const TOutputPlan plan = PlanOutputs(Job);
