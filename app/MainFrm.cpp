@@ -3,6 +3,7 @@
 #include "app/CaptionGroup.h"
 #include "app/ColorBox.h"
 #include "app/FieldEditors.h"
+#include "app/Icons.h"
 #include "app/OlderSettings.h"
 #include "app/ProjectLookup.h"
 #include "app/Ribbon.h"
@@ -55,15 +56,15 @@ QString DraggedProjectFile(const QMimeData& data)
 TMainForm::TMainForm(const QString& programFolder, TPrompts& prompts)
     : FPrompts(prompts)
     , FControls(MakeMainControls(*this, FTable, [this](const QString& text) { FPrompts.ShowError(text); }))
-    , FIntake({ FTable, *FControls.ImageEnViewIcon, *FControls.ImageEnViewSplash, *FControls.MView, prompts, FState,
-          [this] { BuildGenList(); } })
-    , FRun({ *FControls.MView, *FControls.PB, *FControls.dxRibbon1, prompts, FState, [this] { BuildGenList(); },
-          [this] { return TakeJob(); } })
+    , FIntake({ FTable, *FControls.ImageEnViewIcon, *FControls.ImageEnViewSplash, *FControls.MView, prompts,
+          FState, [this] { BuildGenList(); } })
+    , FRun({ *FControls.MView, *FControls.PB, *FControls.dxRibbon1, prompts, FState,
+          [this] { BuildGenList(); }, [this] { return TakeJob(); } })
     , FPicker(FControls.ImageEnViewIcon, FControls.ImageEnViewSplash, this)
 {
     FState.ProgramFolder = WithTrailingDelimiter(programFolder);
     setWindowTitle(DesignedCaption);
-    setWindowIcon(CommandIcon(QStringLiteral("corvadine")));
+    setWindowIcon(ApplicationIcon());
     setAcceptDrops(true);
     constexpr QSize ClientArea(1008, 729);
     resize(ClientArea);
@@ -109,26 +110,31 @@ void TMainForm::MakeCommands()
         QKeySequence Shortcut;
     };
     const std::vector<TEntry> entries {
-        { "Project", "&Add Project", "add-project", [this] { aAddProjectExecute(); }, MayAddProject, QKeySequence::New },
+        { "Project", "&Add Project", "add-project", [this] { aAddProjectExecute(); }, MayAddProject,
+            QKeySequence::New },
         { "Project", "&Save Changes", "save", [this] { FTable.Post(); }, MaySave, QKeySequence::Save },
-        { "Project", "&Cancel Changes", "cancel", [this] { FTable.Cancel(); }, MaySave, Qt::CTRL | Qt::Key_Backspace },
+        { "Project", "&Cancel Changes", "cancel", [this] { FTable.Cancel(); }, MaySave,
+            Qt::CTRL | Qt::Key_R },
         { "Project", "&Delete Project", "delete-project", [this] { FTable.Delete(); }, MayDeleteProject,
             Qt::CTRL | Qt::SHIFT | Qt::Key_Delete },
-        { "Load Images", "&Icon Image", "icon-image", [this] { FIntake.ChooseIcon(); }, MayStart, Qt::CTRL | Qt::Key_I },
+        { "Load Images", "&Icon Image", "icon-image", [this] { FIntake.ChooseIcon(); }, MayStart,
+            Qt::CTRL | Qt::Key_I },
         { "Load Images", "&Launch Image", "launch-image", [this] { FIntake.ChooseSplash(); }, MayStart,
             Qt::CTRL | Qt::Key_L },
-        { "General", "&Help", "help", [] {}, MayStart, {} },
-        { "General", "&Pick Color", "pick-color", [this] { btnPickColorClick(); }, MayStart, Qt::CTRL | Qt::Key_K },
+        { "General", "&Help", "help", [] { }, MayStart, Qt::Key_F1 },
+        { "General", "&Pick Color", "pick-color", [this] { btnPickColorClick(); }, MayStart,
+            Qt::CTRL | Qt::Key_P },
         { "General", "Del All I&mages", "delete-all", [this] { aClearExecute(); }, MayClear, {} },
-        { "General", "Chec&k for Update", "check-update", [] {}, MayStart, {} },
-        { "Output", "&Generate", "generate", [this] { aGenerateExecute(); }, MayGenerate, Qt::CTRL | Qt::Key_G },
+        { "General", "Check &for Update", "check-update", [] {}, MayStart, {} },
+        { "Output", "&Generate", "generate", [this] { aGenerateExecute(); }, MayGenerate,
+            Qt::CTRL | Qt::Key_G },
         { "Output", "&Update Project", "update-project", [this] { aProjectExecute(); }, MayUpdateProject,
-            Qt::CTRL | Qt::Key_U },
+            Qt::CTRL | Qt::SHIFT | Qt::Key_G },
     };
     for (const TEntry& entry : entries) {
-        TFormAction& action = FActions.Add(QString::fromLatin1(entry.Caption),
-            CommandIcon(QString::fromLatin1(entry.Icon)), entry.Execute,
-            [this, rule = entry.Rule] { return rule(CommandState()); });
+        TFormAction& action =
+            FActions.Add(QString::fromLatin1(entry.Caption), CommandIcon(QString::fromLatin1(entry.Icon)),
+                entry.Execute, [this, rule = entry.Rule] { return rule(CommandState()); });
         action.Action()->setShortcut(entry.Shortcut);
         FControls.dxRibbon1->AddButton(QString::fromLatin1(entry.Group), action);
         if (QLatin1String(entry.Icon) == QLatin1String("pick-color"))
@@ -145,9 +151,10 @@ void TMainForm::Connect()
     FTable.SetDeleteConfirmation([this] { return FPrompts.Confirm(QStringLiteral("Delete Project?")); });
     connect(&FTable, &TProjectsTable::CurrentChanged, this, guarded(&TMainForm::tblProjectsAfterScroll));
     connect(FControls.cbProjects, &TProjectLookup::ValueChosen, this, guarded(&TMainForm::ProjectChosen));
-    connect(FControls.btnRemoveIcon, &QToolButton::clicked, this, [this] { Guarded([this] { FIntake.RemoveIcon(); }); });
-    connect(
-        FControls.btnRemoveSplash, &QToolButton::clicked, this, [this] { Guarded([this] { FIntake.RemoveSplash(); }); });
+    connect(FControls.btnRemoveIcon, &QToolButton::clicked, this,
+        [this] { Guarded([this] { FIntake.RemoveIcon(); }); });
+    connect(FControls.btnRemoveSplash, &QToolButton::clicked, this,
+        [this] { Guarded([this] { FIntake.RemoveSplash(); }); });
     connect(FControls.ImageEnViewIcon, &TImageView::FileDropped, this,
         [this](const QString& file) { Guarded([&] { FIntake.TakeIcon(file); }); });
     connect(FControls.ImageEnViewSplash, &TImageView::FileDropped, this,
@@ -157,7 +164,8 @@ void TMainForm::Connect()
     connect(&FPicker, &TColorPicker::Picked, this, guarded(&TMainForm::Picked));
 }
 
-// ---- Start-up ----------------------------------------------------------------------------------------------
+// ---- Start-up
+// ----------------------------------------------------------------------------------------------
 
 void TMainForm::ShowVersion()
 {
@@ -228,7 +236,8 @@ void TMainForm::ReopenRememberedProject()
         FControls.cbProjects->SetValue(*id);
 }
 
-// ---- Commands ----------------------------------------------------------------------------------------------
+// ---- Commands
+// ----------------------------------------------------------------------------------------------
 
 void TMainForm::aAddProjectExecute()
 {
@@ -278,7 +287,8 @@ void TMainForm::aClearExecute()
     const QString folder = FTable.Current().OutputFolder;
     if (!FolderExists(folder))
         return;
-    if (!FPrompts.Confirm(QStringLiteral("This will delete all images in folder %1 Do you wish to proceed?").arg(folder)))
+    if (!FPrompts.Confirm(
+            QStringLiteral("This will delete all images in folder %1 Do you wish to proceed?").arg(folder)))
         return;
     const int count = DeleteFilesByMask(folder, QStringLiteral("*.*"));
     FControls.MView->Clear();
@@ -327,7 +337,8 @@ TProject TMainForm::ProjectAsShown() const
     return project;
 }
 
-// ---- Following the table, and what remains -----------------------------------------------------------------
+// ---- Following the table, and what remains
+// -----------------------------------------------------------------
 
 void TMainForm::tblProjectsAfterScroll()
 {

@@ -5,6 +5,9 @@
 
 #include <QStringConverter>
 
+// UTF-8 goes in and comes out, so no converter is needed; the code of the templates is wanted here.
+#define SI_NO_CONVERSION
+#define SI_IMPLEMENTATION
 #include <SimpleIni.h>
 
 #include <string>

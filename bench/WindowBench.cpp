@@ -1,6 +1,5 @@
-// What the window costs: its start, a change of project, a whole run against the same run without a window, and its
-// memory after many runs. Runs on the offscreen platform.
-// usage: WindowBench ICON LAUNCH
+// What the window costs: its start, a change of project, a whole run against the same run without a window,
+// and its memory after many runs. Runs on the offscreen platform. usage: WindowBench ICON LAUNCH
 
 #include "app/MainFrm.h"
 #include "app/ProjectLookup.h"
@@ -39,7 +38,8 @@ double ResidentMiB()
     return file.readAll().split(' ').value(1).toDouble() * PageMiB;
 }
 
-void AddProject(TProjectsTable& table, const QString& folder, int number, const QString& icon, const QString& launch)
+void AddProject(
+    TProjectsTable& table, const QString& folder, int number, const QString& icon, const QString& launch)
 {
     table.Append();
     table.SetField(TField::ProjectFile, QStringLiteral("%1/P%2/P%2.dproj").arg(folder).arg(number));
@@ -59,7 +59,8 @@ public:
         TProjectsTable table;
         table.Open(store);
         for (int number = 1; number <= 200; ++number)
-            AddProject(table, FFolder.path(), number, number <= 2 ? FIcon : QString(), number <= 2 ? FLaunch : QString());
+            AddProject(table, FFolder.path(), number, number <= 2 ? FIcon : QString(),
+                number <= 2 ? FLaunch : QString());
     }
 
     void Run()
@@ -91,7 +92,8 @@ private:
         QElapsedTimer timer;
         timer.start();
         for (QToolButton* button : FForm->Controls().dxRibbon1->findChildren<QToolButton*>())
-            if (button->defaultAction() != nullptr && button->defaultAction()->text().remove('&') == "Generate")
+            if (button->defaultAction() != nullptr
+                && button->defaultAction()->text().remove('&') == "Generate")
                 button->click();
         return static_cast<double>(timer.nsecsElapsed()) / 1e6;
     }

@@ -135,7 +135,8 @@ TEST_F(MainFormTest, FirstStartMakesItsFilesAndRestartReopensTheProject)
     EXPECT_TRUE(QDir(Path("program/Project Backups")).exists());
     EXPECT_TRUE(Form->windowTitle().startsWith("FMX Corvadine ("));
     EXPECT_TRUE(IsEnabled("Add Project"));
-    for (const char* caption : { "Save Changes", "Cancel Changes", "Delete Project", "Generate", "Update Project" })
+    for (const char* caption :
+        { "Save Changes", "Cancel Changes", "Delete Project", "Generate", "Update Project" })
         EXPECT_FALSE(IsEnabled(caption)) << caption;
     Add("A");
     Add("B");
@@ -157,7 +158,8 @@ TEST_F(MainFormTest, FirstStartMakesItsFilesAndRestartReopensTheProject)
 TEST_F(MainFormTest, ImportsTheOlderSettingsOnce)
 {
     const QString older = Path("program/Corvadine.ini");
-    PutFile(older, "\xEF\xBB\xBF[Corvadine]\r\nProjectFile= " + ProjectFile("A").toUtf8()
+    PutFile(older,
+        "\xEF\xBB\xBF[Corvadine]\r\nProjectFile= " + ProjectFile("A").toUtf8()
             + " \r\nBaseImage=C:\\new\\table.png\r\nIncIPad=0\r\nWindowsState=0\r\nScreenLeft=-9000\r\n");
     Start();
     const TProject project = Form->tblProjects().Current();
@@ -202,7 +204,8 @@ TEST_F(MainFormTest, EditsWaitForSaveAndAMoveDropsThem)
     EXPECT_TRUE(windows->isChecked());
 
     Add("A");
-    EXPECT_THAT(Prompts.TakeShown().join('\n').toStdString(), ::testing::HasSubstr("UNIQUE constraint failed"));
+    EXPECT_THAT(
+        Prompts.TakeShown().join('\n').toStdString(), ::testing::HasSubstr("UNIQUE constraint failed"));
     EXPECT_TRUE(IsEnabled("Cancel Changes"));
     Click("Cancel Changes");
     EXPECT_EQ(Form->Controls().cbProjects->Text(), ProjectFile("B"));
@@ -238,19 +241,22 @@ TEST_F(MainFormTest, GeneratesShowsUpdatesAndClears)
         QStringList({ "UWP_DelphiLogo44.png", "UWP_DelphiLogo150.png", "Icon_MainIcon.ico" }));
     EXPECT_EQ(Form->Controls().PB->value(), 2);
     EXPECT_EQ(Form->State().GenList.size(), 3U);
-    EXPECT_EQ(QImage(OutputFolder("A") + "/UWP_DelphiLogo44.png").size(), QSize(1, 1).scaled(44, 44, Qt::KeepAspectRatio))
+    EXPECT_EQ(QImage(OutputFolder("A") + "/UWP_DelphiLogo44.png").size(),
+        QSize(1, 1).scaled(44, 44, Qt::KeepAspectRatio))
         << "the blank image: the chosen path was not loaded by the table alone";
 
     Click("Update Project");
     EXPECT_EQ(Prompts.TakeShown(),
-        QStringList("info: 2 Entries updated, the following entries were not found and need to be set manually:\r\n\r\n"
+        QStringList("info: 2 Entries updated, the following entries were not found and need to be set "
+                    "manually:\r\n\r\n"
                     "A backup of the project file was made first."));
     EXPECT_THAT(FileBytes(ProjectFile("A")).toStdString(),
         ::testing::HasSubstr("<UWP_DelphiLogo44>A\\Corvadine\\UWP_DelphiLogo44.png</UWP_DelphiLogo44>"));
 
     Click("Del All Images");
     EXPECT_EQ(Prompts.TakeShown(),
-        QStringList({ "confirm: This will delete all images in folder " + OutputFolder("A") + " Do you wish to proceed?",
+        QStringList({ "confirm: This will delete all images in folder " + OutputFolder("A")
+                + " Do you wish to proceed?",
             "info: 3 Images Deleted" }));
     EXPECT_EQ(Form->Controls().MView->Count(), 0);
     EXPECT_TRUE(IsEnabled("Update Project")) << "stays as it was";
@@ -365,8 +371,10 @@ TEST_F(MainFormTest, FailuresShowTheirTextAndRestoreTheWindow)
     QFile::remove(Path("A/A"));
     ASSERT_TRUE(QDir().mkpath(OutputFolder("A") + "/Android_LauncherIcon48.png")); // a folder of that name
     Click("Generate");
-    EXPECT_THAT(Prompts.TakeShown().join('\n').toStdString(), ::testing::HasSubstr("Android_LauncherIcon48.png: Is a directory"));
-    EXPECT_EQ(Form->Controls().MView->FileNames(), QStringList("Android_LauncherIcon36.png")) << "what was written stays";
+    EXPECT_THAT(Prompts.TakeShown().join('\n').toStdString(),
+        ::testing::HasSubstr("Android_LauncherIcon48.png: Is a directory"));
+    EXPECT_EQ(Form->Controls().MView->FileNames(), QStringList("Android_LauncherIcon36.png"))
+        << "what was written stays";
     EXPECT_TRUE(Form->Controls().dxRibbon1->isEnabled());
     EXPECT_EQ(QApplication::overrideCursor(), nullptr);
     EXPECT_FALSE(IsEnabled("Update Project"));
@@ -382,13 +390,17 @@ TEST(SettingsFileTest, ReadsWhatOtherProgramsWriteAndKeepsValuesRaw)
 {
     const QTemporaryDir folder;
     const QString path = folder.filePath("a.ini");
-    const QString text = QStringLiteral("; note\r\n[corvadine]\r\nBaseImage=C:\\new\\\"Größe\"\r\nIncIPad=0\r\nrubbish\r\n");
-    const QByteArray utf16 = QByteArray("\xFF\xFE") + QByteArray(reinterpret_cast<const char*>(text.utf16()), text.size() * 2);
-    for (const QByteArray& bytes : { text.toUtf8(), "\xEF\xBB\xBF" + text.toUtf8(), utf16, text.toLatin1() }) {
+    const QString text =
+        QStringLiteral("; note\r\n[corvadine]\r\nBaseImage=C:\\new\\\"Größe\"\r\nIncIPad=0\r\nrubbish\r\n");
+    const QByteArray utf16 =
+        QByteArray("\xFF\xFE") + QByteArray(reinterpret_cast<const char*>(text.utf16()), text.size() * 2);
+    for (const QByteArray& bytes :
+        { text.toUtf8(), "\xEF\xBB\xBF" + text.toUtf8(), utf16, text.toLatin1() }) {
         PutFile(path, bytes);
         const TSettingsFile settings(path);
         EXPECT_TRUE(settings.HasSection());
-        EXPECT_EQ(settings.Text("BaseImage"), QStringLiteral("C:\\new\\\"Größe\"")) << bytes.toHex().constData();
+        EXPECT_EQ(settings.Text("BaseImage"), QStringLiteral("C:\\new\\\"Größe\""))
+            << bytes.toHex().constData();
         EXPECT_FALSE(settings.Boolean("IncIPad", true));
         EXPECT_EQ(settings.Integer("rubbish", 7), 7);
     }
