@@ -97,7 +97,7 @@ QImage TThumbnailModel::Picture(int row) const
 {
     if (const QImage* kept = FPictures.object(row))
         return *kept;
-    const QImage picture = LoadForScreen(FRows.at(row).File, FPixelRatio).Picture;
+    QImage picture = LoadForScreen(FRows.at(row).File, FPixelRatio).Picture;
     Keep(row, picture);
     return picture;
 }

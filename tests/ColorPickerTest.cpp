@@ -18,14 +18,14 @@ class ColorPickerTest : public TFolderTest {
 protected:
     void SetUp() override
     {
-        auto* const row = new QHBoxLayout(&Window);
-        for (TImageView* view : { Icon, Launch }) {
+        auto* const row = new QHBoxLayout(&FWindow);
+        for (TImageView* view : { FIcon, FLaunch }) {
             view->setFixedSize(view->sizeHint());
             row->addWidget(view);
         }
-        Show(*Icon, { 100, 400 }, QColor(0x10, 0x20, 0x30));
-        Show(*Launch, { 64, 64 }, Qt::green);
-        Window.show();
+        Show(*FIcon, { 100, 400 }, QColor(0x10, 0x20, 0x30));
+        Show(*FLaunch, { 64, 64 }, Qt::green);
+        FWindow.show();
     }
 
     void Show(TImageView& view, QSize size, const QColor& color)
@@ -36,16 +36,16 @@ protected:
         view.Load(Path("image.png"), TDecoderChoice::ByContent);
     }
 
-    QWidget Window;
-    TImageView* Icon = new TImageView(&Window);
-    TImageView* Launch = new TImageView(&Window);
-    TColorPicker Picker { Icon, Launch, &Window };
-    QSignalSpy Previewed { &Picker, &TColorPicker::Previewed };
-    QSignalSpy Picked { &Picker, &TColorPicker::Picked };
-    QSignalSpy Ended { &Picker, &TColorPicker::PickModeEnded };
+    QWidget FWindow;
+    TImageView* FIcon = new TImageView(&FWindow);
+    TImageView* FLaunch = new TImageView(&FWindow);
+    TColorPicker FPicker { FIcon, FLaunch, &FWindow };
+    QSignalSpy FPreviewed { &FPicker, &TColorPicker::Previewed };
+    QSignalSpy FPicked { &FPicker, &TColorPicker::Picked };
+    QSignalSpy FEnded { &FPicker, &TColorPicker::PickModeEnded };
 
-    const QPoint Middle { 115, 115 };
-    const QPoint IconMargin { 20, 115 };
+    const QPoint FMiddle { 115, 115 };
+    const QPoint FIconMargin { 20, 115 };
 };
 
 } // namespace
@@ -58,53 +58,53 @@ TEST_F(ColorPickerTest, PreviewsAndPicksFromTheIconWhicheverViewIsUnderThePointe
         QPoint Position;
         int Color;
     };
-    for (const TCase& test : { TCase { Icon, Qt::LeftButton, Middle, IconColor },
-             TCase { Launch, Qt::LeftButton, Middle, IconColor },
-             TCase { Icon, Qt::RightButton, Middle, IconColor },
-             TCase { Icon, Qt::LeftButton, IconMargin, -1 },
-             TCase { Launch, Qt::MiddleButton, IconMargin, -1 } }) {
-        Previewed.clear();
-        Picked.clear();
-        Ended.clear();
-        Picker.SetPickMode(true);
-        EXPECT_EQ(Icon->cursor().shape(), Qt::PointingHandCursor);
+    for (const TCase& test : { TCase { FIcon, Qt::LeftButton, FMiddle, IconColor },
+             TCase { FLaunch, Qt::LeftButton, FMiddle, IconColor },
+             TCase { FIcon, Qt::RightButton, FMiddle, IconColor },
+             TCase { FIcon, Qt::LeftButton, FIconMargin, -1 },
+             TCase { FLaunch, Qt::MiddleButton, FIconMargin, -1 } }) {
+        FPreviewed.clear();
+        FPicked.clear();
+        FEnded.clear();
+        FPicker.SetPickMode(true);
+        EXPECT_EQ(FIcon->cursor().shape(), Qt::PointingHandCursor);
         QTest::mouseMove(test.View, test.Position);
-        ASSERT_FALSE(Previewed.isEmpty());
-        EXPECT_EQ(Previewed.last(), QVariantList({ test.Color }));
-        EXPECT_TRUE(Picked.isEmpty());
+        ASSERT_FALSE(FPreviewed.isEmpty());
+        EXPECT_EQ(FPreviewed.last(), QVariantList({ test.Color }));
+        EXPECT_TRUE(FPicked.isEmpty());
 
         QTest::mouseClick(test.View, test.Button, {}, test.Position);
-        EXPECT_EQ(Picked, QList<QVariantList>({ { test.Color } }));
-        EXPECT_EQ(Ended.count(), 1);
-        EXPECT_FALSE(Picker.PickMode());
-        EXPECT_FALSE(Icon->testAttribute(Qt::WA_SetCursor)) << "the default cursor again";
+        EXPECT_EQ(FPicked, QList<QVariantList>({ { test.Color } }));
+        EXPECT_EQ(FEnded.count(), 1);
+        EXPECT_FALSE(FPicker.PickMode());
+        EXPECT_FALSE(FIcon->testAttribute(Qt::WA_SetCursor)) << "the default cursor again";
     }
 }
 
 TEST_F(ColorPickerTest, DoesNothingOutsidePickMode)
 {
-    QTest::mouseMove(Icon, Middle);
-    QTest::mouseClick(Icon, Qt::LeftButton, {}, Middle);
-    Picker.SetPickMode(true);
-    Picker.SetPickMode(false);
-    QTest::mouseMove(Launch, Middle);
-    QTest::mouseClick(Launch, Qt::LeftButton, {}, Middle);
-    EXPECT_TRUE(Previewed.isEmpty());
-    EXPECT_TRUE(Picked.isEmpty());
-    EXPECT_TRUE(Ended.isEmpty());
-    EXPECT_EQ(Icon->cursor().shape(), Qt::PointingHandCursor) << "stays when the button is released by hand";
-    EXPECT_EQ(Window.cursor().shape(), Qt::ArrowCursor);
+    QTest::mouseMove(FIcon, FMiddle);
+    QTest::mouseClick(FIcon, Qt::LeftButton, {}, FMiddle);
+    FPicker.SetPickMode(true);
+    FPicker.SetPickMode(false);
+    QTest::mouseMove(FLaunch, FMiddle);
+    QTest::mouseClick(FLaunch, Qt::LeftButton, {}, FMiddle);
+    EXPECT_TRUE(FPreviewed.isEmpty());
+    EXPECT_TRUE(FPicked.isEmpty());
+    EXPECT_TRUE(FEnded.isEmpty());
+    EXPECT_EQ(FIcon->cursor().shape(), Qt::PointingHandCursor) << "stays when the button is released by hand";
+    EXPECT_EQ(FWindow.cursor().shape(), Qt::ArrowCursor);
 }
 
 TEST_F(ColorPickerTest, EndsPickModeBeforeItTellsTheColor)
 {
     QStringList order;
-    QObject::connect(&Picker, &TColorPicker::PickModeEnded, [&] { order << "ended"; });
+    QObject::connect(&FPicker, &TColorPicker::PickModeEnded, [&] { order << "ended"; });
     QObject::connect(
-        &Picker, &TColorPicker::Picked, [&] { order << (Picker.PickMode() ? "armed" : "picked"); });
-    Icon->Clear();
-    Picker.SetPickMode(true);
-    QTest::mouseClick(Launch, Qt::LeftButton, {}, IconMargin);
+        &FPicker, &TColorPicker::Picked, [&] { order << (FPicker.PickMode() ? "armed" : "picked"); });
+    FIcon->Clear();
+    FPicker.SetPickMode(true);
+    QTest::mouseClick(FLaunch, Qt::LeftButton, {}, FIconMargin);
     EXPECT_EQ(order, QStringList({ "ended", "picked" }));
-    EXPECT_EQ(Picked, QList<QVariantList>({ { 0xffffff } })) << "the blank pixel of an empty view fills it";
+    EXPECT_EQ(FPicked, QList<QVariantList>({ { 0xffffff } })) << "the blank pixel of an empty view fills it";
 }
