@@ -26,8 +26,19 @@ TImageHeader ReadImageHeader(const QString& path, TDecoderChoice choice);
 // Decodes `path` into an upright sRGB picture: Format_ARGB32 (straight alpha) when the file has an alpha
 // channel or transparent palette entries, Format_RGB32 otherwise; 8 bits per channel. The EXIF orientation is
 // applied, and an embedded ICC profile is converted to sRGB with the full precision of the file.
-// Throws TError: NotFound, Io (a folder, unreadable), BadInput (empty, truncated, not an image, too large).
+// Throws TError: NotFound, Io (a folder, unreadable), BadInput (empty, truncated, not an image, or a picture
+// or file of more than MaxDecodedBytes).
 QImage LoadSourceImage(const QString& path, TDecoderChoice choice);
+
+// A small picture of an image file, for lists.
+struct TThumbnail {
+    QImage Picture; // premultiplied sRGB; as large as fits the box with its aspect kept, never enlarged
+    QSize Size;     // pixels of the file's own picture, upright
+};
+
+// The first picture of `path`, reduced to fit `box`, without decoding it at full size where the format allows
+// that. Refuses what LoadSourceImage refuses, with the same errors.
+TThumbnail LoadThumbnail(const QString& path, QSize box);
 
 // What stands in for a source that has not been chosen: one opaque white pixel.
 QImage BlankSourceImage();
@@ -37,5 +48,8 @@ QString SizeText(QSize size);
 
 // Formats whose files LoadSourceImage reads, as lower-case extensions without the stop ("png").
 QStringList ReadableImageExtensions();
+
+// Whether the extension of `path`, in any case, is one of those; the file itself is not looked at.
+bool HasReadableExtension(const QString& path);
 
 } // namespace Corvadine

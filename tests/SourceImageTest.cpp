@@ -124,6 +124,53 @@ TEST_F(SourceImageTest, RefusesWhatIsNoWholeImageAndSaysWhy)
         EXPECT_THAT(ErrorOf([&] { Loaded(Path("a")); }),
             ::testing::StartsWith("Cannot load the image " + Path("a").toStdString() + ": " + reason));
     }
+    ASSERT_TRUE(QFile::resize(Path("a"), qint64 { 2 } << 30)); // a sparse file
+    EXPECT_THAT(ErrorOf([&] { Loaded(Path("a")); }),
+        ::testing::EndsWith("the file has 2048 MiB, and the limit is 512 MiB"));
     EXPECT_THAT(ErrorOf([&] { Loaded(Path(".")); }), ::testing::EndsWith("it is a folder"));
     EXPECT_THAT(ErrorOf([&] { Loaded(Path("none")); }), ::testing::EndsWith("the file does not exist"));
+}
+
+TEST_F(SourceImageTest, ReadsTheFirstPictureOfAnIcon)
+{
+    ASSERT_TRUE(TwoHalves({ 16, 16 }, QImage::Format_ARGB32).save(Path("a.ico")));
+    EXPECT_EQ(LoadSourceImage(Path("a.ico"), TDecoderChoice::ByExtension).pixel(12, 3), qRgb(30, 30, 200));
+    EXPECT_EQ(LoadThumbnail(Path("a.ico"), { 160, 160 }).Size, QSize(16, 16));
+}
+
+TEST_F(SourceImageTest, ReducesToThumbnails)
+{
+    const auto thumbnail = [this](const char* name) { return LoadThumbnail(Path(name), { 160, 160 }); };
+    QImage image(640, 320, QImage::Format_ARGB32);
+    for (int y = 0; y < image.height(); ++y)
+        for (int x = 0; x < image.width(); ++x)
+            image.setPixel(x, y, x % 2 == 0 ? qRgb(0, 0, 255) : qRgba(255, 0, 0, 0));
+    ASSERT_TRUE(image.save(Path("alpha.png")));
+    EXPECT_EQ(thumbnail("alpha.png").Picture.size(), QSize(160, 80));
+    const QRgb halfBlue = thumbnail("alpha.png").Picture.pixel(80, 40);
+    EXPECT_TRUE(IsNear(qRgba(qRed(halfBlue), 0, 0, 128), qRgba(0, 0, 0, 128), 1))
+        << "tinted by transparent red";
+
+    // Colours that the palette lacks: black and white make grey.
+    QImage stripes(640, 320, QImage::Format_Indexed8);
+    stripes.setColorTable({ qRgb(0, 0, 0), qRgb(255, 255, 255) });
+    for (int y = 0; y < stripes.height(); ++y)
+        for (int x = 0; x < stripes.width(); ++x)
+            stripes.setPixel(x, y, static_cast<uint>(x % 2));
+    ASSERT_TRUE(stripes.save(Path("palette.png")));
+    EXPECT_TRUE(IsNear(thumbnail("palette.png").Picture.pixel(80, 40), qRgb(127, 127, 127), 2));
+
+    QImageWriter writer(Path("turned.jpg"));
+    writer.setTransformation(QImageIOHandler::TransformationRotate90);
+    ASSERT_TRUE(writer.write(TwoHalves({ 640, 320 }, QImage::Format_RGB32)));
+    EXPECT_EQ(thumbnail("turned.jpg").Size, QSize(320, 640));
+    EXPECT_EQ(thumbnail("turned.jpg").Picture.size(), QSize(80, 160));
+    EXPECT_TRUE(IsNear(thumbnail("turned.jpg").Picture.pixel(40, 150), qRgb(30, 30, 200), 12));
+
+    ASSERT_TRUE(TwoHalves({ 2000, 2 }, QImage::Format_RGB32).save(Path("flat.png")));
+    EXPECT_EQ(thumbnail("flat.png").Picture.size(), QSize(160, 1));
+    ASSERT_TRUE(TwoHalves({ 20, 10 }, QImage::Format_RGB32).save(Path("small.png")));
+    EXPECT_EQ(thumbnail("small.png").Picture.size(), QSize(20, 10));
+    PutFile(Path("broken.png"), FileBytes(Path("alpha.png")).chopped(100));
+    EXPECT_THAT(ErrorOf([&] { thumbnail("broken.png"); }), ::testing::HasSubstr("damaged or truncated"));
 }

@@ -1,0 +1,75 @@
+#include "images/ThumbnailDelegate.h"
+
+#include "images/ThumbnailModel.h"
+
+#include <QListView>
+#include <QPainter>
+
+#include <cmath>
+
+namespace Corvadine {
+
+namespace {
+
+constexpr int Margin = 6; // around picture and lines
+constexpr int Gap = 4;    // between the picture and the first line
+
+// `point` moved to the nearest device pixel, where a picture is not blurred.
+QPointF OnDevicePixel(QPointF point, double ratio)
+{
+    return { std::round(point.x() * ratio) / ratio, std::round(point.y() * ratio) / ratio };
+}
+
+void PaintPicture(QPainter& painter, const QRect& area, const QImage& picture)
+{
+    const QSizeF size = picture.deviceIndependentSize();
+    const QPointF corner(
+        area.x() + (area.width() - size.width()) / 2, area.y() + (area.height() - size.height()) / 2);
+    painter.setRenderHint(
+        QPainter::SmoothPixmapTransform); // for those that are shown at their own, smaller size
+    painter.drawImage(OnDevicePixel(corner, painter.device()->devicePixelRatioF()), picture);
+}
+
+// One line of text at the top of `area`, shortened in the middle if need be: names differ at both ends.
+void PaintLine(QPainter& painter, const QRect& area, const QString& text)
+{
+    const QString shown = painter.fontMetrics().elidedText(text, Qt::ElideMiddle, area.width());
+    painter.drawText(area, Qt::AlignHCenter | Qt::AlignTop | Qt::TextSingleLine, shown);
+}
+
+} // namespace
+
+QSize TThumbnailDelegate::CellSize(const QFontMetrics& font)
+{
+    constexpr int Side = TThumbnailModel::ThumbnailSide;
+    return { Side + 2 * Margin, Side + 2 * Margin + Gap + 2 * font.lineSpacing() };
+}
+
+void TThumbnailDelegate::paint(
+    QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const
+{
+    painter->save();
+    const bool selected = option.state.testFlag(QStyle::State_Selected);
+    if (selected)
+        painter->fillRect(option.rect, option.palette.button());
+    QRect area = option.rect.marginsRemoved({ Margin, Margin, Margin, Margin });
+    const QRect pictureArea(area.topLeft(), QSize(area.width(), TThumbnailModel::ThumbnailSide));
+    PaintPicture(*painter, pictureArea, index.data(Qt::DecorationRole).value<QImage>());
+
+    painter->setFont(option.font);
+    painter->setPen(option.palette.color(selected ? QPalette::ButtonText : QPalette::Text));
+    area.setTop(pictureArea.bottom() + 1 + Gap);
+    PaintLine(*painter, area, index.data(TThumbnailModel::InfoRole).toString());
+    area.translate(0, option.fontMetrics.lineSpacing());
+    PaintLine(*painter, area, index.data(Qt::DisplayRole).toString());
+    painter->restore();
+}
+
+// The list gives an item no more of its grid's cell than this.
+QSize TThumbnailDelegate::sizeHint(const QStyleOptionViewItem& option, const QModelIndex&) const
+{
+    const auto* const list = qobject_cast<const QListView*>(option.widget);
+    return list && list->gridSize().isValid() ? list->gridSize() : CellSize(option.fontMetrics);
+}
+
+} // namespace Corvadine

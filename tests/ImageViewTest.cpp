@@ -1,0 +1,131 @@
+#include "images/ImageView.h"
+
+#include "tests/DropTesting.h"
+#include "tests/WidgetTesting.h"
+
+#include <QDir>
+#include <QSignalSpy>
+
+using namespace Corvadine;
+using namespace Corvadine::Testing;
+
+namespace {
+
+constexpr int Red = 0x0000ff;
+constexpr int Blue = 0xff0000;
+
+class ImageViewTest : public TFolderTest {
+protected:
+    ImageViewTest() { View.resize(View.sizeHint()); }
+
+    // A picture with a red left and a blue, half transparent right half, shown in the view.
+    void ShowHalves(QSize size)
+    {
+        QImage image(size, QImage::Format_ARGB32);
+        image.fill(qRgba(0, 0, 255, 128));
+        for (int y = 0; y < size.height(); ++y)
+            for (int x = 0; x < size.width() / 2; ++x)
+                image.setPixel(x, y, qRgb(255, 0, 0));
+        ASSERT_TRUE(image.save(Path("halves.png")));
+        View.Load(Path("halves.png"), TDecoderChoice::ByContent);
+        ASSERT_EQ(View.Image(), image);
+    }
+
+    int ColorAt(int x, int y) const { return View.ColorAtImagePixel(View.ImageColumn(x), View.ImageRow(y)); }
+
+    TImageView View;
+};
+
+} // namespace
+
+TEST_F(ImageViewTest, FindsThePixelUnderThePointer)
+{
+    ShowHalves({ 460, 920 }); // fitted to 115 x 230, 57 pixels from the left
+    EXPECT_EQ(View.ImageColumn(57), 0);
+    EXPECT_EQ(View.ImageColumn(171), 456);
+    EXPECT_EQ(View.ImageColumn(56), -4);
+    EXPECT_EQ(View.ImageColumn(172), 460);
+    EXPECT_EQ(View.ImageRow(0), 0);
+    EXPECT_EQ(View.ImageRow(229), 916);
+    EXPECT_EQ(ColorAt(60, 10), Red);
+    EXPECT_EQ(ColorAt(170, 229), Blue);
+    EXPECT_EQ(ColorAt(56, 115), -1);
+    EXPECT_EQ(ColorAt(172, 115), -1);
+
+    ShowHalves({ 4, 2 }); // enlarged to 230 x 115
+    EXPECT_EQ(View.ImageColumn(57), 0);
+    EXPECT_EQ(View.ImageColumn(58), 1);
+    EXPECT_EQ(View.ImageRow(56), -1);
+    EXPECT_EQ(ColorAt(114, 115), Red);
+    EXPECT_EQ(ColorAt(115, 115), Blue);
+
+    ShowHalves({ 2000, 1 }); // so flat that its fitted height rounds to nothing
+    EXPECT_EQ(ColorAt(10, 114), Red);
+    EXPECT_EQ(ColorAt(10, 113), -1);
+    EXPECT_EQ(ColorAt(10, 115), -1);
+}
+
+TEST_F(ImageViewTest, ShowsWhatItLoadedOverItsContentColor)
+{
+    ShowHalves({ 2000, 1000 });
+    View.SetContentColor(Qt::green);
+    QImage shown = View.grab().toImage();
+    EXPECT_EQ(shown.pixelColor(115, 20), QColor(Qt::green));
+    EXPECT_EQ(shown.pixelColor(50, 115), QColor(Qt::red));
+    EXPECT_EQ(shown.pixelColor(180, 115), QColor(0, 127, 128)) << "blended";
+
+    View.resize(100, 300);
+    shown = View.grab().toImage();
+    EXPECT_EQ(shown.pixelColor(20, 126), QColor(Qt::red));
+    EXPECT_EQ(shown.pixelColor(20, 124), QColor(Qt::green)) << "fitted again";
+
+    View.Clear();
+    EXPECT_EQ(View.grab().toImage().pixelColor(20, 150), QColor(Qt::green));
+}
+
+TEST_F(ImageViewTest, IsEmptyWithoutAReadableFile)
+{
+    PutFile(Path("broken.png"), "no picture");
+    for (const char* name : { "broken.png", "missing.png", "" }) {
+        ShowHalves({ 8, 8 });
+        EXPECT_FALSE(View.IsEmpty());
+        EXPECT_EQ(View.FileName(), Path("halves.png"));
+        View.Load(Path(name), TDecoderChoice::ByExtension);
+        EXPECT_TRUE(View.IsEmpty());
+        EXPECT_EQ(View.FileName(), QString());
+        EXPECT_EQ(View.Image(), BlankSourceImage());
+        EXPECT_EQ(ColorAt(10, 10), 0xffffff);
+    }
+}
+
+TEST_F(ImageViewTest, TellsMovesWithoutAButtonAndPressesOfAnyButton)
+{
+    QSignalSpy moved(&View, &TImageView::MouseMoved);
+    QSignalSpy pressed(&View, &TImageView::MousePressed);
+    View.show();
+    QTest::mouseMove(&View, { 12, 34 });
+    QTest::mouseClick(&View, Qt::RightButton, {}, { 229, 0 });
+    ASSERT_FALSE(moved.isEmpty());
+    EXPECT_EQ(moved.last(), QVariantList({ 12, 34 }));
+    ASSERT_EQ(pressed.count(), 1);
+    EXPECT_EQ(pressed.first(), QVariantList({ 229, 0 }));
+}
+
+TEST_F(ImageViewTest, TakesOneReadableImageDroppedOnIt)
+{
+    for (const char* name : { "a.PNG", "b.jpg", "c.txt" })
+        PutFile(Path(name), "bytes");
+    const auto urlOf = [this](const char* name) { return QUrl::fromLocalFile(Path(name)); };
+    QSignalSpy dropped(&View, &TImageView::FileDropped);
+
+    EXPECT_EQ(DropOn(View, { urlOf("a.PNG") }), Qt::CopyAction) << "the file must stay where it is";
+    ASSERT_EQ(dropped.count(), 1);
+    EXPECT_EQ(QDir::fromNativeSeparators(dropped.first().first().toString()), Path("a.PNG"));
+    EXPECT_TRUE(View.IsEmpty()) << "what is shown is for the owner to decide";
+
+    QDir(Path(".")).mkdir("folder.png");
+    for (const QList<QUrl>& refused : { QList<QUrl> { urlOf("c.txt") }, { urlOf("a.PNG"), urlOf("b.jpg") },
+             { urlOf("folder.png") }, { urlOf("missing.png") }, { QUrl("https://example.com/a.png") }, {} })
+        EXPECT_EQ(DropOn(View, refused), Qt::IgnoreAction);
+    EXPECT_EQ(dropped.count(), 1);
+}

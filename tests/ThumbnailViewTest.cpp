@@ -1,0 +1,189 @@
+#include "images/ThumbnailView.h"
+#include "images/ThumbnailModel.h"
+
+#include "tests/WidgetTesting.h"
+
+#include <QAbstractItemModelTester>
+#include <QBuffer>
+#include <QDir>
+#include <QSignalSpy>
+
+using namespace Corvadine;
+using namespace Corvadine::Testing;
+
+namespace {
+
+QByteArray PngBytes(QSize size)
+{
+    QImage image(size, QImage::Format_RGB32);
+    image.fill(Qt::blue);
+    QBuffer buffer;
+    image.save(&buffer, "png");
+    return buffer.data();
+}
+
+class ThumbnailViewTest : public TFolderTest {
+protected:
+    ThumbnailViewTest()
+    {
+        View.resize(500, 400);
+        View.show();
+    }
+
+    // A folder with the given files, each a small picture unless it has bytes of its own.
+    QString Folder(const QString& name, const QStringList& files)
+    {
+        QDir().mkpath(Path(name));
+        for (const QString& file : files)
+            PutFile(Path(name + '/' + file), PngBytes({ 8, 4 }));
+        return Path(name);
+    }
+
+    // Opens a folder and waits until all of its files are there.
+    bool FillToTheEnd(const QString& folder)
+    {
+        const bool hasImages = View.Fill(folder);
+        EXPECT_TRUE(QTest::qWaitFor([this] { return !View.IsFilling(); }, 60000));
+        return hasImages;
+    }
+
+    QStringList Infos() const
+    {
+        QStringList infos;
+        for (int row = 0; row < View.Count(); ++row)
+            infos.append(View.model()->index(row, 0).data(TThumbnailModel::InfoRole).toString());
+        return infos;
+    }
+
+    TThumbnailView View;
+    QAbstractItemModelTester Tester { View.model(), QAbstractItemModelTester::FailureReportingMode::Fatal };
+};
+
+} // namespace
+
+TEST_F(ThumbnailViewTest, ShowsTheImagesOfAFolderByNameAndLeavesOutTheRest)
+{
+    const QString folder = Folder("out", { "b.PNG", "C.png", ".hidden.png", "e.txt" });
+    Folder("out/inner.png", { "d.png" });
+    PutFile(Path("out/a.png"), "broken");
+    PutFile(Path("out/aa.png"), PngBytes({ 3000, 1000 }).chopped(200));
+    PutFile(Path("out/d.png"), PngBytes({ 3000, 1000 }));
+    EXPECT_TRUE(FillToTheEnd(folder));
+    EXPECT_EQ(View.FileNames(), QStringList({ "b.PNG", "C.png", "d.png" }));
+    EXPECT_EQ(Infos(), QStringList({ "8 x 4", "8 x 4", "3000 x 1000" }));
+
+    const QImage small = View.model()->index(0, 0).data(Qt::DecorationRole).value<QImage>();
+    const QImage large = View.model()->index(2, 0).data(Qt::DecorationRole).value<QImage>();
+    EXPECT_EQ(small.deviceIndependentSize(), QSizeF(8, 4)) << "not enlarged";
+    EXPECT_EQ(large.deviceIndependentSize(), QSizeF(160, 53));
+
+    EXPECT_FALSE(FillToTheEnd(Folder("texts", { "readme.txt" })));
+    EXPECT_FALSE(FillToTheEnd(Path("missing")));
+    EXPECT_FALSE(FillToTheEnd({}));
+    EXPECT_EQ(View.Count(), 0);
+}
+
+TEST_F(ThumbnailViewTest, StaysResponsiveWhileItFills)
+{
+    QStringList names;
+    for (int i = 0; i < 500; ++i)
+        names.append(QStringLiteral("%1.png").arg(i, 3, 10, QLatin1Char('0')));
+    const QString folder = Folder("many", {});
+    const QByteArray bytes = PngBytes({ 200, 200 });
+    for (const QString& name : names)
+        PutFile(folder + '/' + name, bytes);
+
+    EXPECT_TRUE(View.Fill(folder));
+    EXPECT_EQ(View.Count(), 1) << "the first is there at once";
+    int eventsBetween = 0;
+    while (View.IsFilling()) {
+        bool reached = false;
+        QMetaObject::invokeMethod(
+            &View, [&] { reached = true; }, Qt::QueuedConnection);
+        const int before = View.Count();
+        QCoreApplication::processEvents();
+        EXPECT_TRUE(reached);
+        EXPECT_LT(View.Count() - before, 250) << "one slice must not do it all";
+        ++eventsBetween;
+    }
+    EXPECT_GT(eventsBetween, 3);
+    EXPECT_EQ(View.FileNames(), names);
+}
+
+TEST_F(ThumbnailViewTest, ForgetsTheOldFolderWhenClearedOrFilledAgain)
+{
+    const QString old = Folder("old", { "1.png", "2.png", "3.png" });
+    const QString other = Folder("other", { "x.png", "y.png" });
+    View.Fill(old);
+    EXPECT_TRUE(FillToTheEnd(other));
+    EXPECT_EQ(View.FileNames(), QStringList({ "x.png", "y.png" }));
+
+    View.Fill(old);
+    View.Clear();
+    EXPECT_FALSE(View.IsFilling());
+    View.Append(Path("other/y.png"));
+    QCoreApplication::processEvents();
+    EXPECT_EQ(View.FileNames(), QStringList({ "y.png" }));
+}
+
+TEST_F(ThumbnailViewTest, AppendsWhatARunWrites)
+{
+    View.SelectFirst();
+    EXPECT_FALSE(View.currentIndex().isValid());
+    Folder("run", { "a.png", "b.png" });
+    View.Append(Path("run/a.png"));
+    View.Append(Path("run/b.png"), "Max 512 x 512");
+    View.Append(Path("run/missing.png"));
+    EXPECT_EQ(View.FileNames(), QStringList({ "a.png", "b.png" }));
+    EXPECT_EQ(Infos(), QStringList({ "8 x 4", "Max 512 x 512" }));
+    View.SelectFirst();
+    EXPECT_EQ(View.selectionModel()->selectedRows(), QModelIndexList({ View.model()->index(0, 0) }));
+}
+
+TEST_F(ThumbnailViewTest, SpreadsItsColumnsAndNeverTakesTheFocus)
+{
+    ASSERT_TRUE(
+        FillToTheEnd(Folder("out", { "1.png", "2.png", "3.png", "4.png", "5.png", "6.png", "7.png" })));
+    const auto columns = [this] {
+        QCoreApplication::processEvents();
+        QSet<int> lefts;
+        int right = 0;
+        for (int row = 0; row < View.Count(); ++row) {
+            const QRect cell = View.visualRect(View.model()->index(row, 0));
+            lefts.insert(cell.left());
+            right = std::max(right, cell.right());
+        }
+        EXPECT_LE(right, View.viewport()->width());
+        EXPECT_GT(right, View.viewport()->width() - 40) << "the whole width is used";
+        return lefts.size();
+    };
+    for (const auto& [width, expected] :
+        { std::pair { 200, 1 }, { 400, 2 }, { 500, 2 }, { 560, 3 }, { 720, 4 } }) {
+        View.resize(width, 400);
+        EXPECT_EQ(columns(), expected) << width;
+    }
+    const QRect second = View.visualRect(View.model()->index(1, 0));
+    QTest::mouseClick(View.viewport(), Qt::LeftButton, {}, second.center());
+    EXPECT_EQ(View.currentIndex().row(), 1);
+    EXPECT_FALSE(View.hasFocus() || View.viewport()->hasFocus());
+    EXPECT_EQ(View.grab().toImage().pixelColor(second.bottomRight() - QPoint(2, 2)),
+        View.palette().color(QPalette::Button));
+}
+
+// Where memory is short, the picture of a row is read again; so it is for a screen of another resolution.
+TEST_F(ThumbnailViewTest, MakesPicturesAnewForAnotherScreen)
+{
+    Folder("out", {});
+    PutFile(Path("out/a.png"), PngBytes({ 1000, 500 }));
+    TThumbnailModel model;
+    ASSERT_TRUE(model.Append(Path("out/a.png")));
+    const auto picture = [&model] { return model.index(0).data(Qt::DecorationRole).value<QImage>(); };
+    EXPECT_EQ(picture().size(), QSize(160, 80));
+    model.SetPixelRatio(1.5);
+    EXPECT_EQ(picture().size(), QSize(240, 120));
+    EXPECT_EQ(picture().deviceIndependentSize(), QSizeF(160, 80));
+    QFile::remove(Path("out/a.png"));
+    model.SetPixelRatio(2);
+    EXPECT_TRUE(picture().isNull());
+    EXPECT_EQ(model.rowCount(), 1);
+}
