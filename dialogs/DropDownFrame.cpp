@@ -5,8 +5,8 @@
 
 namespace Corvadine {
 
-TDropDownFrame::TDropDownFrame(QAbstractItemView* view, QWidget* anchor)
-    : QFrame(anchor, Qt::Popup), FView(view)
+TDropDownFrame::TDropDownFrame(QAbstractItemView* view, QWidget* parent)
+    : QFrame(parent, Qt::Popup), FView(view)
 {
     setAttribute(Qt::WA_DeleteOnClose);
     setAttribute(Qt::WA_NoMouseReplay); // a click on the anchor closes the frame, and must not open it again
@@ -23,9 +23,8 @@ TDropDownFrame::TDropDownFrame(QAbstractItemView* view, QWidget* anchor)
     connect(view, &QAbstractItemView::activated, this, &TDropDownFrame::Chosen);
 }
 
-void TDropDownFrame::DropDown(QSize size)
+void TDropDownFrame::DropDown(const QWidget& anchor, QSize size)
 {
-    const QWidget& anchor = *parentWidget();
     const QRect screen = anchor.screen()->availableGeometry();
     const QPoint below = anchor.mapToGlobal(QPoint(0, anchor.height()));
     QRect place(below, size.boundedTo(screen.size()));

@@ -10,11 +10,12 @@ namespace Corvadine {
 class TDropDownFrame : public QFrame {
     Q_OBJECT
 public:
-    // Takes `view`. REQUIRES: `anchor` is the control it drops from.
-    TDropDownFrame(QAbstractItemView* view, QWidget* anchor);
+    // Takes `view`.
+    TDropDownFrame(QAbstractItemView* view, QWidget* parent);
 
-    // Opens with `size`, under the anchor or, where the screen ends, above it; the view gets the keyboard.
-    void DropDown(QSize size);
+    // Opens with `size`, under the control `anchor` or, where the screen ends, above it; the view gets the
+    // keyboard.
+    void DropDown(const QWidget& anchor, QSize size);
 
 signals:
     // The user clicked `index` or pressed Enter on it; the frame stays open until it is told to close.

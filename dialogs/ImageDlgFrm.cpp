@@ -39,13 +39,11 @@ QStringList ListedMasks()
     return QStringLiteral("*.jpg;*.png;*.bmp;*.gif").split(u';');
 }
 
-// The picture of `path` no larger than `box` needs it; nothing if it cannot be decoded.
+// The picture of `path`, no larger than `box`; nothing if it cannot be decoded.
 QImage LoadPreview(const QString& path, QSize box)
 {
     try {
-        const QImage image = LoadSourceImage(path, TDecoderChoice::ByExtension);
-        const bool fits = image.width() <= box.width() && image.height() <= box.height();
-        return fits ? image : image.scaled(box, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+        return LoadThumbnail(path, box).Picture;
     } catch (const TError&) {
         return {}; // the file can be chosen all the same
     }

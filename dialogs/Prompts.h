@@ -6,8 +6,8 @@
 
 namespace Corvadine {
 
-// Everything the window asks or tells its user in a box of its own. The one seam between the window's rules and
-// modal dialogs: tests put their answers here. Each call returns when the user has answered. Use on the
+// Everything the window asks or tells its user in a box of its own. The one seam between the window's rules
+// and modal dialogs: tests put their answers here. Each call returns when the user has answered. Use on the
 // window's thread.
 class TPrompts {
 public:

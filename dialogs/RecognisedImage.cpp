@@ -4,27 +4,23 @@
 #include "base/PathRules.h"
 #include "images/SourceImage.h"
 
-#include <QSet>
+#include <QStringList>
 
 namespace Corvadine {
 
 namespace {
 
-QSet<QString> ImageExtensions()
+bool IsVideo(const QString& path)
 {
-    const QStringList readable = ReadableImageExtensions();
-    QSet<QString> extensions(readable.cbegin(), readable.cend());
-    for (const char* video : { "avi", "mpe", "mpg", "mpeg", "wmv" })
-        extensions.remove(QLatin1String(video));
-    return extensions;
+    static const QStringList Extensions { "AVI", "MPE", "MPG", "MPEG", "WMV" };
+    return Extensions.contains(ExtensionOf(path).mid(1), Qt::CaseInsensitive);
 }
 
 } // namespace
 
 bool IsRecognisedImageFile(const QString& path)
 {
-    static const QSet<QString> Extensions = ImageExtensions(); // asking the decoders takes a while
-    return Extensions.contains(ExtensionOf(path).mid(1).toLower()) && !FolderExists(path);
+    return HasReadableExtension(path) && !IsVideo(path) && !FolderExists(path);
 }
 
 } // namespace Corvadine

@@ -205,15 +205,14 @@ void TShellBreadCrumb::DropDownFolders(const TCrumb& crumb)
     list->setAccessibleName(QStringLiteral("Folders in %1").arg(FolderLabel(crumb.Folder)));
     list->setCurrentIndex(model->index(0, 0));
 
-    auto* frame = new TDropDownFrame(list, crumb.Name);
+    auto* frame = new TDropDownFrame(list, this);
     connect(frame, &TDropDownFrame::Chosen, this, [this, frame, model](const QModelIndex& index) {
         const QString folder = model->PathOf(index);
-        frame->setParent(nullptr); // the button it hangs from is about to go
         frame->close();
         SetPath(folder);
     });
     const int rows = qMin(model->rowCount(), DropDownRows);
-    frame->DropDown(QSize(DropDownWidth, rows * list->sizeHintForRow(0) + 4));
+    frame->DropDown(*crumb.Name, QSize(DropDownWidth, rows * list->sizeHintForRow(0) + 4));
 }
 
 void TShellBreadCrumb::MoveFocus(qsizetype from, int step)

@@ -64,7 +64,7 @@ void TShellDropDown::showPopup()
         lineEdit()->selectAll();
         frame->close();
     });
-    frame->DropDown(QSize(FPopupWidth, PopupHeight));
+    frame->DropDown(*this, QSize(FPopupWidth, PopupHeight));
     tree->scrollTo(start, QAbstractItemView::PositionAtTop);
 }
 

@@ -16,6 +16,8 @@ QMessageBox::StandardButton Ask(QMessageBox::Icon icon, const QString& title, QS
     text.replace(QStringLiteral("\r\n"), QStringLiteral("\n")); // a label would show the CR
     QMessageBox box(icon, title, text, buttons, window);
     box.setTextFormat(Qt::PlainText);
+    if (buttons.testFlag(QMessageBox::No))
+        box.setDefaultButton(QMessageBox::No); // what is asked about cannot be undone
     return static_cast<QMessageBox::StandardButton>(box.exec());
 }
 

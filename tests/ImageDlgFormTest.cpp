@@ -207,19 +207,19 @@ TEST_F(ImageDlgFormTest, ListFollowsTheFolderOnReturnToTheWindow)
 
 TEST_F(ImageDlgFormTest, OneDecodingHoweverFastTheCursorRuns)
 {
-    constexpr int Count = 20'000;
+    constexpr int Count = 5'000;
     ASSERT_TRUE(QDir(Path({})).mkpath(QStringLiteral("many")));
     for (int i = 1; i <= Count; ++i)
         PutFile(Path(QStringLiteral("many/image %1.png").arg(i)), {});
     MakeForm(Path(QStringLiteral("many")));
     ASSERT_EQ(List()->model()->rowCount(), Count);
-    EXPECT_EQ(List()->model()->index(Count - 1, 0).data(), QStringLiteral("image 20000.png"));
-    ASSERT_TRUE(QFile::remove(Path(QStringLiteral("many/image 20000.png"))));
-    ASSERT_TRUE(QFile::copy(Art(QStringLiteral("red.png")), Path(QStringLiteral("many/image 20000.png"))));
+    EXPECT_EQ(List()->model()->index(Count - 1, 0).data(), QStringLiteral("image 5000.png"));
+    ASSERT_TRUE(QFile::remove(Path(QStringLiteral("many/image 5000.png"))));
+    ASSERT_TRUE(QFile::copy(Art(QStringLiteral("red.png")), Path(QStringLiteral("many/image 5000.png"))));
 
     QTest::keyClick(List(), Qt::Key_Home);
     QTest::keyClick(List(), Qt::Key_End);
-    EXPECT_TRUE(FForm->SelectedFile.endsWith(QLatin1String("image 20000.png")));
+    EXPECT_TRUE(FForm->SelectedFile.endsWith(QLatin1String("image 5000.png")));
     EXPECT_TRUE(FForm->cxImage1->Image().isNull()) << "decoded while the user was moving";
     LetIdle();
     EXPECT_EQ(PreviewColor(), QColor(Qt::red));
