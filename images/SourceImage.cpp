@@ -5,8 +5,8 @@
 #include "base/PathRules.h"
 #include "images/Truncation.h"
 
-#include <QBuffer>
 #include <QColorSpace>
+#include <QFile>
 #include <QFileInfo>
 #include <QImageReader>
 #include <QPixelFormat>
@@ -29,17 +29,15 @@ qint64 MebibytesUp(qint64 bytes)
     return (bytes + (1 << 20) - 1) >> 20;
 }
 
-// A file beyond the limit of its decoded pixels is somebody's disk image or film under a wrong name. It is
-// refused before it is read, which alone would take seconds and all memory.
-QByteArray ReadImageFile(const QString& path)
+// A file beyond the limit of its decoded pixels is somebody's disk image or film under a wrong name. Some
+// decoders would read all of it only to tell its size.
+void RefuseHugeFile(const QFile& file)
 {
-    const qint64 size = QFileInfo(path).size();
-    if (size > MaxDecodedBytes)
-        throw BadImage(path,
+    if (file.size() > MaxDecodedBytes)
+        throw BadImage(file.fileName(),
             QStringLiteral("the file has %1 MiB, and the limit is %2 MiB")
-                .arg(MebibytesUp(size))
+                .arg(MebibytesUp(file.size()))
                 .arg(MebibytesUp(MaxDecodedBytes)));
-    return ReadFile(path, Attempt);
 }
 
 // Which image of a file that holds several sizes of one picture.
@@ -48,20 +46,20 @@ enum class TWhichImage {
     Largest,
 };
 
-// A reader over the bytes of one file.
+// A reader of one file. What is no image is refused by its first bytes, however long it is.
 class TFileDecoder {
 public:
     TFileDecoder(const QString& path, TDecoderChoice choice, TWhichImage which = TWhichImage::Largest)
-        : FPath(path), FBytes(ReadImageFile(path)), FChoice(choice)
+        : FPath(path), FFile(path), FChoice(choice)
     {
-        if (FBytes.isEmpty())
+        OpenForReading(FFile, Attempt);
+        if (FFile.size() == 0)
             throw BadImage(path, QStringLiteral("the file is empty"));
-        FBuffer.setBuffer(&FBytes);
-        FBuffer.open(QIODevice::ReadOnly);
-        FReader.setDevice(&FBuffer);
+        RefuseHugeFile(FFile);
+        FReader.setDevice(&FFile);
         FReader.setAutoTransform(true);
         ChooseDecoder();
-        const bool canRead = FReader.canRead(); // asked now: the icon decoder loses its place over other questions
+        const bool canRead = FReader.canRead(); // asked now: the icon decoder loses its place over the size
         if (which == TWhichImage::Largest && FReader.format() == "ico")
             ChooseLargestImage();
         FHeader = ReadHeader(canRead);
@@ -77,8 +75,7 @@ public:
                     .arg(SizeText(FHeader.Size))
                     .arg(MebibytesUp(FHeader.DecodedBytes))
                     .arg(MebibytesUp(MaxDecodedBytes)));
-        if (IsTruncated(FBytes))
-            throw BadImage(FPath, QStringLiteral("the file is truncated"));
+        RefuseTruncated();
         QImage image;
         if (!FReader.read(&image))
             throw BadImage(FPath,
@@ -107,9 +104,9 @@ private:
         if (FChoice == TDecoderChoice::ByContent)
             return;
         const QByteArray extension = QFileInfo(FPath).suffix().toLower().toLatin1();
-        QImageReader byExtension(&FBuffer, extension);
+        QImageReader byExtension(&FFile, extension);
         const bool fits = !extension.isEmpty() && byExtension.canRead();
-        FBuffer.seek(0);
+        FFile.seek(0);
         if (!fits)
             return;
         FReader.setDecideFormatFromContent(false); // which would overrule the format
@@ -141,6 +138,14 @@ private:
             qint64 { stored.width() } * stored.height() * std::max(bitsPerPixel, qint64 { 32 }) / 8 };
     }
 
+    void RefuseTruncated()
+    {
+        const qint64 place = FFile.pos(); // the decoder's
+        if (IsTruncated(FFile))
+            throw BadImage(FPath, QStringLiteral("the file is truncated"));
+        FFile.seek(place);
+    }
+
     // Whether the stored picture is turned by a quarter.
     bool IsLying() const
     {
@@ -158,10 +163,9 @@ private:
     }
 
     QString FPath;
-    QByteArray FBytes;
+    QFile FFile;
     TDecoderChoice FChoice;
     TImageHeader FHeader;
-    QBuffer FBuffer;
     QImageReader FReader;
 };
 

@@ -158,12 +158,22 @@ TEST_F(SourceImageTest, RefusesWhatIsNoWholeImageAndSaysWhy)
     PutFile(Path("a"), bytesOf("JPG") + "a film, in which by chance stands \xFF\xDA");
     EXPECT_EQ(Loaded(Path("a")).size(), QSize(200, 200));
 
+    QImage noise(400, 400, QImage::Format_RGB32);
+    for (int y = 0; y < 400; ++y)
+        for (int x = 0; x < 400; ++x)
+            noise.setPixel(x, y, 0xFF000000U | static_cast<QRgb>(x * x * 7919 + y * y * x * 31));
+    ASSERT_TRUE(noise.save(Path("a"), "JPG", 100));
+    const QByteArray large = FileBytes(Path("a")); // is read in several pieces
+    ASSERT_GT(large.size(), 200'000);
+    EXPECT_EQ(Loaded(Path("a")).size(), QSize(400, 400));
+
     const std::vector<std::tuple<QByteArray, const char*>> cases {
         { QByteArray(), "the file is empty" },
         { "hello", "it is not an image in a format that can be read" },
         { bytesOf("PNG").first(8), "it is not an image in a format that can be read" },
         { bytesOf("PNG").chopped(40), "it is damaged or truncated" },
         { bytesOf("JPG").chopped(600), "the file is truncated" },
+        { large.chopped(2), "the file is truncated" },
         { bytesOf("BMP").chopped(1), "the file is truncated" },
         { gif.chopped(3), "the file is truncated" },
         { gif.chopped(8), "the file is truncated" },
