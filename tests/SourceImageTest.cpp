@@ -5,6 +5,7 @@
 #include <QBuffer>
 #include <QColorSpace>
 #include <QImageWriter>
+#include <QtEndian>
 
 using namespace Corvadine;
 using namespace Corvadine::Testing;
@@ -142,6 +143,26 @@ TEST_F(SourceImageTest, LoadsTheLargestImageOfAWindowsIcon)
             + smallImage + large.mid(Dir + Entry));
     EXPECT_EQ(Loaded(Path("a.ico")).size(), QSize(48, 48));
     EXPECT_EQ(ReadImageHeader(Path("a.ico"), TDecoderChoice::ByContent).Size, QSize(48, 48));
+}
+
+TEST_F(SourceImageTest, LoadsTheLargestImageOfAnAppleIconThoughItTellsNoSize)
+{
+    const auto chunk = [](const char* type, const QByteArray& data) {
+        QByteArray size(4, '\0');
+        qToBigEndian(static_cast<quint32>(data.size() + 8), size.data());
+        return type + size + data;
+    };
+    const auto png = [this](int side) {
+        TwoHalves({ side, side }, QImage::Format_ARGB32).save(Path("a.png"));
+        return FileBytes(Path("a.png"));
+    };
+    const QByteArray images = chunk("ic07", "none of ours") + chunk("ic08", png(256))
+        + chunk("ic09", png(512)) + chunk("ic07", png(128));
+    PutFile(Path("a.icns"), chunk("icns", images));
+    EXPECT_EQ(Loaded(Path("a.icns")).size(), QSize(512, 512));
+    EXPECT_EQ(Loaded(Path("a.icns")).pixel(500, 3), qRgb(30, 30, 200));
+    EXPECT_EQ(ReadImageHeader(Path("a.icns"), TDecoderChoice::ByContent).Size, QSize(512, 512));
+    EXPECT_EQ(LoadThumbnail(Path("a.icns"), { 16, 16 }).Picture.size(), QSize(16, 16));
 }
 
 TEST_F(SourceImageTest, RefusesWhatIsNoWholeImageAndSaysWhy)
