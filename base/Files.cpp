@@ -22,16 +22,24 @@ bool FolderExists(const QString& path)
     return !path.isEmpty() && QFileInfo(path).isDir();
 }
 
+void OpenForReading(QFile& file, const QString& attempt)
+{
+    const QFileInfo info(file.fileName());
+    if (!info.exists())
+        throw TError(
+            TErrorKind::NotFound, attempt, file.fileName(), QStringLiteral("the file does not exist"));
+    if (info.isDir())
+        throw TError(TErrorKind::Io, attempt, file.fileName(), QStringLiteral("it is a folder"));
+    if (!info.isFile()) // opening a pipe would wait until somebody writes to it
+        throw TError(TErrorKind::Io, attempt, file.fileName(), QStringLiteral("it is not a regular file"));
+    if (!file.open(QIODevice::ReadOnly))
+        throw TError(TErrorKind::Io, attempt, file.fileName(), file.errorString());
+}
+
 QByteArray ReadFile(const QString& path, const QString& attempt)
 {
-    const QFileInfo info(path);
-    if (!info.exists())
-        throw TError(TErrorKind::NotFound, attempt, path, QStringLiteral("the file does not exist"));
-    if (info.isDir())
-        throw TError(TErrorKind::Io, attempt, path, QStringLiteral("it is a folder"));
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        throw TError(TErrorKind::Io, attempt, path, file.errorString());
+    OpenForReading(file, attempt);
     QByteArray bytes = file.readAll();
     if (file.error() != QFileDevice::NoError)
         throw TError(TErrorKind::Io, attempt, path, file.errorString());

@@ -4,6 +4,8 @@
 #include <QString>
 #include <QStringList>
 
+class QFile;
+
 namespace Corvadine {
 
 // Whether `path` names an existing file; a folder counts as none. Links are followed.
@@ -11,8 +13,11 @@ bool FileExists(const QString& path);
 
 bool FolderExists(const QString& path);
 
-// The whole content of a file. `attempt` opens the message: "read the project file".
-// Throws TError: NotFound for a missing file, Io for a folder or whatever the system refuses.
+// Opens the file whose name `file` has for reading. `attempt` opens the message: "read the project file".
+// Throws TError: NotFound for a missing file, Io for a folder, a pipe or whatever the system refuses.
+void OpenForReading(QFile& file, const QString& attempt);
+
+// The whole content of a file. Throws as OpenForReading does.
 QByteArray ReadFile(const QString& path, const QString& attempt);
 
 // Replaces or creates `path` with `bytes` in one step (see TStagedFile). Throws TError(Io).

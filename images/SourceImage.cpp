@@ -5,13 +5,14 @@
 #include "base/PathRules.h"
 #include "images/Truncation.h"
 
-#include <QBuffer>
 #include <QColorSpace>
+#include <QFile>
 #include <QFileInfo>
 #include <QImageReader>
 #include <QPixelFormat>
 
 #include <cmath>
+#include <mutex>
 
 namespace Corvadine {
 
@@ -29,17 +30,23 @@ qint64 MebibytesUp(qint64 bytes)
     return (bytes + (1 << 20) - 1) >> 20;
 }
 
-// A file beyond the limit of its decoded pixels is somebody's disk image or film under a wrong name. It is
-// refused before it is read, which alone would take seconds and all memory.
-QByteArray ReadImageFile(const QString& path)
+// A file beyond the limit of its decoded pixels is somebody's disk image or film under a wrong name. Some
+// decoders would read all of it only to tell its size.
+void RefuseHugeFile(const QFile& file)
 {
-    const qint64 size = QFileInfo(path).size();
-    if (size > MaxDecodedBytes)
-        throw BadImage(path,
+    if (file.size() > MaxDecodedBytes)
+        throw BadImage(file.fileName(),
             QStringLiteral("the file has %1 MiB, and the limit is %2 MiB")
-                .arg(MebibytesUp(size))
+                .arg(MebibytesUp(file.size()))
                 .arg(MebibytesUp(MaxDecodedBytes)));
-    return ReadFile(path, Attempt);
+}
+
+// Those who know a picture's size before it is decoded refuse a large one with a text that names it; this is
+// for the others. Decoders run on several threads.
+void LimitAllocations()
+{
+    static std::once_flag isDone;
+    std::call_once(isDone, [] { QImageReader::setAllocationLimit(static_cast<int>(MaxDecodedBytes >> 20)); });
 }
 
 // Which image of a file that holds several sizes of one picture.
@@ -48,23 +55,26 @@ enum class TWhichImage {
     Largest,
 };
 
-// A reader over the bytes of one file.
+// A reader of one file. What is no image is refused by its first bytes, however long it is.
 class TFileDecoder {
 public:
     TFileDecoder(const QString& path, TDecoderChoice choice, TWhichImage which = TWhichImage::Largest)
-        : FPath(path), FBytes(ReadImageFile(path)), FChoice(choice)
+        : FPath(path), FFile(path), FChoice(choice)
     {
-        if (FBytes.isEmpty())
+        OpenForReading(FFile, Attempt);
+        if (FFile.size() == 0)
             throw BadImage(path, QStringLiteral("the file is empty"));
-        FBuffer.setBuffer(&FBytes);
-        FBuffer.open(QIODevice::ReadOnly);
-        FReader.setDevice(&FBuffer);
+        RefuseHugeFile(FFile);
+        LimitAllocations();
+        FReader.setDevice(&FFile);
         FReader.setAutoTransform(true);
         ChooseDecoder();
-        const bool canRead = FReader.canRead(); // asked now: the icon decoder loses its place over other questions
+        if (!FReader.canRead()) // asked first: the icon decoder loses its place over the size
+            throw NoImage();
         if (which == TWhichImage::Largest && FReader.format() == "ico")
             ChooseLargestImage();
-        FHeader = ReadHeader(canRead);
+        const bool tellsSize = FReader.supportsOption(QImageIOHandler::Size);
+        FHeader = tellsSize ? ReadHeader() : DecodeForHeader(which);
     }
 
     const TImageHeader& Header() const { return FHeader; }
@@ -77,12 +87,12 @@ public:
                     .arg(SizeText(FHeader.Size))
                     .arg(MebibytesUp(FHeader.DecodedBytes))
                     .arg(MebibytesUp(MaxDecodedBytes)));
-        if (IsTruncated(FBytes))
-            throw BadImage(FPath, QStringLiteral("the file is truncated"));
+        if (!FDecoded.isNull())
+            return FDecoded;
+        RefuseTruncated();
         QImage image;
         if (!FReader.read(&image))
-            throw BadImage(FPath,
-                QStringLiteral("it is damaged or truncated (%1)").arg(FReader.errorString().toLower()));
+            throw Damaged();
         return image;
     }
 
@@ -107,9 +117,9 @@ private:
         if (FChoice == TDecoderChoice::ByContent)
             return;
         const QByteArray extension = QFileInfo(FPath).suffix().toLower().toLatin1();
-        QImageReader byExtension(&FBuffer, extension);
+        QImageReader byExtension(&FFile, extension);
         const bool fits = !extension.isEmpty() && byExtension.canRead();
-        FBuffer.seek(0);
+        FFile.seek(0);
         if (!fits)
             return;
         FReader.setDecideFormatFromContent(false); // which would overrule the format
@@ -131,14 +141,55 @@ private:
         FReader.jumpToImage(largest);
     }
 
-    TImageHeader ReadHeader(bool canRead)
+    TImageHeader ReadHeader()
     {
         const QSize stored = FReader.size();
-        if (!canRead || stored.isEmpty())
-            throw BadImage(FPath, QStringLiteral("it is not an image in a format that can be read"));
-        const qint64 bitsPerPixel = QImage::toPixelFormat(FReader.imageFormat()).bitsPerPixel();
-        return { IsLying() ? stored.transposed() : stored,
-            qint64 { stored.width() } * stored.height() * std::max(bitsPerPixel, qint64 { 32 }) / 8 };
+        if (stored.isEmpty())
+            throw NoImage();
+        return HeaderOf(IsLying() ? stored.transposed() : stored, FReader.imageFormat());
+    }
+
+    // For formats whose decoders tell no size before they decode, such as Apple's icons. These too hold
+    // several sizes of one picture, of which some may be in a format that the decoder lacks.
+    TImageHeader DecodeForHeader(TWhichImage which)
+    {
+        const bool isSeveral = FReader.imageCount() > 1 && !FReader.supportsAnimation();
+        const int count = isSeveral ? FReader.imageCount() : 1;
+        for (int i = 0; i < count && (which == TWhichImage::Largest || FDecoded.isNull()); ++i) {
+            if (isSeveral)
+                FReader.jumpToImage(i);
+            const QImage image = FReader.read();
+            if (image.width() > FDecoded.width())
+                FDecoded = image;
+        }
+        if (FDecoded.isNull())
+            throw Damaged();
+        return HeaderOf(FDecoded.size(), FDecoded.format());
+    }
+
+    static TImageHeader HeaderOf(QSize size, QImage::Format format)
+    {
+        const qint64 bitsPerPixel = QImage::toPixelFormat(format).bitsPerPixel();
+        return { size, qint64 { size.width() } * size.height() * std::max(bitsPerPixel, qint64 { 32 }) / 8 };
+    }
+
+    TError Damaged() const
+    {
+        return BadImage(
+            FPath, QStringLiteral("it is damaged or truncated (%1)").arg(FReader.errorString().toLower()));
+    }
+
+    TError NoImage() const
+    {
+        return BadImage(FPath, QStringLiteral("it is not an image in a format that can be read"));
+    }
+
+    void RefuseTruncated()
+    {
+        const qint64 place = FFile.pos(); // the decoder's
+        if (IsTruncated(FFile))
+            throw BadImage(FPath, QStringLiteral("the file is truncated"));
+        FFile.seek(place);
     }
 
     // Whether the stored picture is turned by a quarter.
@@ -158,11 +209,11 @@ private:
     }
 
     QString FPath;
-    QByteArray FBytes;
+    QFile FFile;
     TDecoderChoice FChoice;
     TImageHeader FHeader;
-    QBuffer FBuffer;
     QImageReader FReader;
+    QImage FDecoded; // if its size had to be found out by decoding
 };
 
 // Whether its red, green and blue are sRGB's, apart from the rounding of a file that spells them out.
@@ -215,7 +266,6 @@ TImageHeader ReadImageHeader(const QString& path, TDecoderChoice choice)
 
 QImage LoadSourceImage(const QString& path, TDecoderChoice choice)
 {
-    QImageReader::setAllocationLimit(0); // the limit is ours, with a text that names the size
     QImage image = TFileDecoder(path, choice).Decode();
     ConvertToSrgb(image);
     image.convertTo(image.hasAlphaChannel() ? QImage::Format_ARGB32 : QImage::Format_RGB32);
@@ -225,7 +275,6 @@ QImage LoadSourceImage(const QString& path, TDecoderChoice choice)
 
 TThumbnail LoadThumbnail(const QString& path, QSize box)
 {
-    QImageReader::setAllocationLimit(0);
     TFileDecoder decoder(path, TDecoderChoice::ByExtension, TWhichImage::First);
     const QSize size = decoder.Header().Size;
     const bool fits = size.width() <= box.width() && size.height() <= box.height();

@@ -11,7 +11,8 @@ enum class TDecoderChoice {
     ByContent,   // the content alone
 };
 
-// What the header of an image file tells without decoding it.
+// What the header of an image file tells. Formats that do not tell it there, such as Apple's icons, are
+// decoded to find it out.
 struct TImageHeader {
     QSize Size;              // pixels, upright (EXIF orientation applied)
     qint64 DecodedBytes = 0; // memory the decoded pixels take

@@ -1,5 +1,6 @@
 #include "images/Truncation.h"
 
+#include <QIODevice>
 #include <QtEndian>
 
 #include <cstdlib>
@@ -8,22 +9,65 @@ namespace Corvadine {
 
 namespace {
 
+// The bytes of a file, of which a piece at a time is held: the file may be far larger than the picture.
+class TFileBytes {
+public:
+    explicit TFileBytes(QIODevice& file) : FFile(file), FSize(file.size()) { }
+
+    qint64 Size() const { return FSize; }
+
+    // The byte at `at`, 0 past the end.
+    int At(qint64 at)
+    {
+        if (at < FPieceAt || at >= FPieceAt + FPiece.size())
+            Fetch(at);
+        return at < FPieceAt + FPiece.size() ? static_cast<uchar>(FPiece[at - FPieceAt]) : 0;
+    }
+
+    // Where the first `byte` from `at` on stands; the size of the file if there is none.
+    qint64 Find(char byte, qint64 at)
+    {
+        for (; at < FSize; at = FPieceAt + FPiece.size()) {
+            At(at);
+            if (FPiece.isEmpty()) // a read error; what is left cannot be told
+                break;
+            const qsizetype found = FPiece.indexOf(byte, at - FPieceAt);
+            if (found >= 0)
+                return FPieceAt + found;
+        }
+        return FSize;
+    }
+
+private:
+    void Fetch(qint64 at)
+    {
+        constexpr qint64 PieceBytes = 64 * 1024;
+        FPiece = at < FSize && FFile.seek(at) ? FFile.read(PieceBytes) : QByteArray();
+        FPieceAt = at;
+    }
+
+    QIODevice& FFile;
+    qint64 FSize;
+    qint64 FPieceAt = 0;
+    QByteArray FPiece;
+};
+
 // Walks the segments of a JPEG (ITU-T T.81, https://www.w3.org/Graphics/JPEG/itu-t81.pdf, B.1.1) up to the
 // end of its picture. The preview inside and whatever phones hang on behind, a film for one, have markers
 // too, so looking for the last ones would not do.
 class TJpegWalker {
 public:
-    explicit TJpegWalker(const QByteArray& file) : FFile(file) { }
+    explicit TJpegWalker(QIODevice& file) : FFile(file) { }
 
     bool EndsEarly()
     {
         constexpr int StartOfScan = 0xDA;
         constexpr int EndOfImage = 0xD9;
-        constexpr qsizetype StartOfImageBytes = 2;
+        constexpr qint64 StartOfImageBytes = 2;
         FAt = StartOfImageBytes;
-        while (FAt + 1 < FFile.size()) {
-            const int marker = Byte(FAt + 1);
-            if (Byte(FAt) != 0xFF)
+        while (FAt + 1 < FFile.Size()) {
+            const int marker = FFile.At(FAt + 1);
+            if (FFile.At(FAt) != 0xFF)
                 return false; // damaged, not short
             if (marker == EndOfImage)
                 return false;
@@ -31,7 +75,7 @@ public:
                 ++FAt;
                 continue;
             }
-            FAt += 2 + (Byte(FAt + 2) << 8 | Byte(FAt + 3));
+            FAt += 2 + (FFile.At(FAt + 2) << 8 | FFile.At(FAt + 3));
             if (marker == StartOfScan)
                 SkipEntropyCodedData();
         }
@@ -39,38 +83,36 @@ public:
     }
 
 private:
-    int Byte(qsizetype at) const { return at < FFile.size() ? static_cast<uchar>(FFile[at]) : 0; }
-
     // To the next marker; a byte 0xFF of the data is followed by a zero, and restart markers belong to it.
     void SkipEntropyCodedData()
     {
-        for (FAt = FFile.indexOf('\xFF', FAt); FAt >= 0; FAt = FFile.indexOf('\xFF', FAt + 2)) {
-            const int next = Byte(FAt + 1);
+        constexpr char MarkerStart = '\xFF';
+        for (FAt = FFile.Find(MarkerStart, FAt); FAt < FFile.Size(); FAt = FFile.Find(MarkerStart, FAt + 2)) {
+            const int next = FFile.At(FAt + 1);
             if (next != 0 && (next & 0xF8) != 0xD0)
                 return;
         }
-        FAt = FFile.size();
     }
 
-    const QByteArray& FFile;
-    qsizetype FAt = 0;
+    TFileBytes FFile;
+    qint64 FAt = 0;
 };
 
 // Walks the blocks of a GIF (https://www.w3.org/Graphics/GIF/spec-gif89a.txt) up to the end of its first
 // picture.
 class TGifWalker {
 public:
-    explicit TGifWalker(const QByteArray& file) : FFile(file) { }
+    explicit TGifWalker(QIODevice& file) : FFile(file) { }
 
     bool EndsEarly()
     {
-        constexpr qsizetype HeaderBytes = 13;
-        constexpr qsizetype ImageDescriptorBytes = 10;
-        FAt = HeaderBytes + ColorTableBytes(Byte(HeaderBytes - 3));
-        while (FAt < FFile.size()) {
-            const int introducer = Byte(FAt);
+        constexpr qint64 HeaderBytes = 13;
+        constexpr qint64 ImageDescriptorBytes = 10;
+        FAt = HeaderBytes + ColorTableBytes(FFile.At(HeaderBytes - 3));
+        while (FAt < FFile.Size()) {
+            const int introducer = FFile.At(FAt);
             if (introducer == ',') {
-                FAt += ImageDescriptorBytes + ColorTableBytes(Byte(FAt + ImageDescriptorBytes - 1));
+                FAt += ImageDescriptorBytes + ColorTableBytes(FFile.At(FAt + ImageDescriptorBytes - 1));
                 ++FAt; // LZW minimum code size
                 return !SkipSubBlocks();
             }
@@ -84,18 +126,13 @@ public:
     }
 
 private:
-    int Byte(qsizetype at) const { return at < FFile.size() ? static_cast<uchar>(FFile[at]) : 0; }
-
-    static qsizetype ColorTableBytes(int flags)
-    {
-        return flags & 0x80 ? qsizetype { 3 } << ((flags & 7) + 1) : 0;
-    }
+    static qint64 ColorTableBytes(int flags) { return flags & 0x80 ? qint64 { 3 } << ((flags & 7) + 1) : 0; }
 
     // False if the file ends before the terminating block of size 0.
     bool SkipSubBlocks()
     {
-        while (FAt < FFile.size()) {
-            const int size = Byte(FAt);
+        while (FAt < FFile.Size()) {
+            const int size = FFile.At(FAt);
             FAt += 1 + size;
             if (size == 0)
                 return true;
@@ -103,36 +140,41 @@ private:
         return false;
     }
 
-    const QByteArray& FFile;
-    qsizetype FAt = 0;
+    TFileBytes FFile;
+    qint64 FAt = 0;
 };
 
 // Needs all rows; a compressed bitmap has no size that could be foretold
 // (https://learn.microsoft.com/en-us/windows/win32/gdi/bitmap-storage).
-bool IsTruncatedBmp(const QByteArray& file)
+bool IsTruncatedBmp(QIODevice& file)
 {
-    constexpr qsizetype FileAndInfoHeaderBytes = 14 + 40;
-    if (file.size() < FileAndInfoHeaderBytes)
+    constexpr qint64 FileAndInfoHeaderBytes = 14 + 40;
+    file.seek(0);
+    const QByteArray header = file.read(FileAndInfoHeaderBytes);
+    if (header.size() < FileAndInfoHeaderBytes)
         return true;
-    const auto field = [&file](qsizetype at) { return qFromLittleEndian<qint32>(file.constData() + at); };
+    const auto field = [&header](qsizetype at) { return qFromLittleEndian<qint32>(header.constData() + at); };
     const auto pixelsAt = static_cast<quint32>(field(10)); // bfOffBits
     const qint64 width = field(18);                        // biWidth
     const qint64 height = std::abs(qint64 { field(22) });  // biHeight, negative when the top row comes first
-    const qint64 bits = qFromLittleEndian<quint16>(file.constData() + 28); // biBitCount
-    const int compression = field(30);                                     // biCompression
-    const bool isPlain = compression == 0 || compression == 3;             // BI_RGB, BI_BITFIELDS
+    const qint64 bits = qFromLittleEndian<quint16>(header.constData() + 28); // biBitCount
+    const int compression = field(30);                                       // biCompression
+    const bool isPlain = compression == 0 || compression == 3;               // BI_RGB, BI_BITFIELDS
     return isPlain && file.size() < pixelsAt + (width * bits + 31) / 32 * 4 * height;
 }
 
 } // namespace
 
-bool IsTruncated(const QByteArray& file)
+bool IsTruncated(QIODevice& file)
 {
-    if (file.startsWith("\xFF\xD8"))
+    constexpr qint64 SignatureBytes = 4;
+    file.seek(0);
+    const QByteArray signature = file.read(SignatureBytes);
+    if (signature.startsWith("\xFF\xD8"))
         return TJpegWalker(file).EndsEarly();
-    if (file.startsWith("GIF8"))
+    if (signature.startsWith("GIF8"))
         return TGifWalker(file).EndsEarly();
-    return file.startsWith("BM") && IsTruncatedBmp(file);
+    return signature.startsWith("BM") && IsTruncatedBmp(file);
 }
 
 } // namespace Corvadine

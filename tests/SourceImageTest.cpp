@@ -5,6 +5,7 @@
 #include <QBuffer>
 #include <QColorSpace>
 #include <QImageWriter>
+#include <QtEndian>
 
 using namespace Corvadine;
 using namespace Corvadine::Testing;
@@ -144,6 +145,26 @@ TEST_F(SourceImageTest, LoadsTheLargestImageOfAWindowsIcon)
     EXPECT_EQ(ReadImageHeader(Path("a.ico"), TDecoderChoice::ByContent).Size, QSize(48, 48));
 }
 
+TEST_F(SourceImageTest, LoadsTheLargestImageOfAnAppleIconThoughItTellsNoSize)
+{
+    const auto chunk = [](const char* type, const QByteArray& data) {
+        QByteArray size(4, '\0');
+        qToBigEndian(static_cast<quint32>(data.size() + 8), size.data());
+        return type + size + data;
+    };
+    const auto png = [this](int side) {
+        TwoHalves({ side, side }, QImage::Format_ARGB32).save(Path("a.png"));
+        return FileBytes(Path("a.png"));
+    };
+    const QByteArray images = chunk("ic07", "none of ours") + chunk("ic08", png(256))
+        + chunk("ic09", png(512)) + chunk("ic07", png(128));
+    PutFile(Path("a.icns"), chunk("icns", images));
+    EXPECT_EQ(Loaded(Path("a.icns")).size(), QSize(512, 512));
+    EXPECT_EQ(Loaded(Path("a.icns")).pixel(500, 3), qRgb(30, 30, 200));
+    EXPECT_EQ(ReadImageHeader(Path("a.icns"), TDecoderChoice::ByContent).Size, QSize(512, 512));
+    EXPECT_EQ(LoadThumbnail(Path("a.icns"), { 16, 16 }).Picture.size(), QSize(16, 16));
+}
+
 TEST_F(SourceImageTest, RefusesWhatIsNoWholeImageAndSaysWhy)
 {
     const auto bytesOf = [](const char* format) {
@@ -158,12 +179,22 @@ TEST_F(SourceImageTest, RefusesWhatIsNoWholeImageAndSaysWhy)
     PutFile(Path("a"), bytesOf("JPG") + "a film, in which by chance stands \xFF\xDA");
     EXPECT_EQ(Loaded(Path("a")).size(), QSize(200, 200));
 
+    QImage noise(400, 400, QImage::Format_RGB32);
+    for (int y = 0; y < 400; ++y)
+        for (int x = 0; x < 400; ++x)
+            noise.setPixel(x, y, 0xFF000000U | static_cast<QRgb>(x * x * 7919 + y * y * x * 31));
+    ASSERT_TRUE(noise.save(Path("a"), "JPG", 100));
+    const QByteArray large = FileBytes(Path("a")); // is read in several pieces
+    ASSERT_GT(large.size(), 200'000);
+    EXPECT_EQ(Loaded(Path("a")).size(), QSize(400, 400));
+
     const std::vector<std::tuple<QByteArray, const char*>> cases {
         { QByteArray(), "the file is empty" },
         { "hello", "it is not an image in a format that can be read" },
         { bytesOf("PNG").first(8), "it is not an image in a format that can be read" },
         { bytesOf("PNG").chopped(40), "it is damaged or truncated" },
         { bytesOf("JPG").chopped(600), "the file is truncated" },
+        { large.chopped(2), "the file is truncated" },
         { bytesOf("BMP").chopped(1), "the file is truncated" },
         { gif.chopped(3), "the file is truncated" },
         { gif.chopped(8), "the file is truncated" },
