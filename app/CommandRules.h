@@ -5,9 +5,9 @@ namespace Corvadine {
 // What the enabling rules of the window's commands look at.
 struct TCommandState {
     bool TableOpen = false;
-    bool HasRow = false; // there is a current row, saved or being inserted
-    bool Editing = false; // it has unsaved changes, or is new
-    bool CanModify = false; // the database can be written
+    bool HasRow = false;        // there is a current row, saved or being inserted
+    bool Editing = false;       // it has unsaved changes, or is new
+    bool CanModify = false;     // the database can be written
     bool EditorFocused = false; // the keyboard focus is in an editor of a project's field
     bool HasProjectFile = false;
     bool HasOutputFolder = false;

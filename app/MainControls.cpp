@@ -5,6 +5,7 @@
 #include "app/FieldEditors.h"
 #include "app/ProjectLookup.h"
 #include "app/Ribbon.h"
+#include "dialogs/NoteLabel.h"
 #include "generate/ResampleFilter.h"
 #include "images/ImageView.h"
 #include "images/ThumbnailView.h"
@@ -19,7 +20,7 @@ namespace Corvadine {
 
 namespace {
 
-constexpr int Gap = 8;
+constexpr int Gap = 6;
 constexpr int ViewSide = 230;
 constexpr int PanelWidth = 250;
 
@@ -29,14 +30,16 @@ const QString Instructions = QStringLiteral(
     "2. Add an Icon Image (1024 x 1024) recommended.\n"
     "3. Add the launch image if it is to be different to the Icon image.\n"
     "4. Tick the platforms you want images to be generated for.\n"
-    "5. Set the background color. This can be done by using the Piick Color button once an image is assigned.\n"
+    "5. Set the background color. This can be done by using the Piick Color button once an image is "
+    "assigned.\n"
     "6. Save any changes.\n"
     "7. Click on the generate button.\n"
     "8. Click on the Update Project button. A backup of the project file will be automatically made.");
 
 class TMainLayout {
 public:
-    TMainLayout(QMainWindow& window, TProjectsTable& table, const std::function<void(const QString&)>& showError)
+    TMainLayout(
+        QMainWindow& window, TProjectsTable& table, const std::function<void(const QString&)>& showError)
         : FWindow(window), FTable(table), FShowError(showError)
     {
     }
@@ -68,10 +71,10 @@ private:
         rows->setContentsMargins(0, 0, 0, 0);
         rows->setSpacing(Gap);
         rows->addWidget(CurrentProject());
-        rows->addLayout(SideBySide(
-            ImagePanel("Icon Image", "Remove the icon image", FControls.ImageEnViewIcon, FControls.btnRemoveIcon),
-            ImagePanel(
-                "Launch Image", "Remove the launch image", FControls.ImageEnViewSplash, FControls.btnRemoveSplash)));
+        rows->addLayout(SideBySide(ImagePanel("Icon Image", "Remove the icon image",
+                                       FControls.ImageEnViewIcon, FControls.btnRemoveIcon),
+            ImagePanel("Launch Image", "Remove the launch image", FControls.ImageEnViewSplash,
+                FControls.btnRemoveSplash)));
         rows->addLayout(SideBySide(Platforms(), Filter()));
         rows->addWidget(ImageOptions());
         rows->addWidget(Progress());
@@ -98,11 +101,11 @@ private:
         return FControls.layGroupCurrentProject;
     }
 
-    static QWidget* ImagePanel(const char* caption, const char* remove, TImageView*& view, QToolButton*& close)
+    static QWidget* ImagePanel(
+        const char* caption, const char* remove, TImageView*& view, QToolButton*& close)
     {
         auto* panel = new TCaptionGroup(QString::fromLatin1(caption));
         panel->setFixedWidth(PanelWidth);
-        panel->layout()->setContentsMargins(9, 6, 9, 9);
         view = new TImageView(panel);
         view->setFixedSize(ViewSide, ViewSide);
         view->setAccessibleName(QString::fromLatin1(caption));
@@ -143,8 +146,9 @@ private:
     QWidget* ImageOptions()
     {
         FControls.cbBackground = Reporting(new TColorBox(FTable, TField::PickColor));
-        auto* format = Reporting(new TFieldComboBox(
-            { { 1, QStringLiteral("256 Colors") }, { 2, QStringLiteral("True Color") } }, FTable, TField::PixelFormat));
+        auto* format = Reporting(
+            new TFieldComboBox({ { 1, QStringLiteral("256 Colors") }, { 2, QStringLiteral("True Color") } },
+                FTable, TField::PixelFormat));
         FControls.cbCompression = Reporting(new TFieldSlider(FTable, TField::Compression));
         FControls.cb2xWidth = Reporting(new TFieldNumberEdit(FTable, TField::TwoxSize));
         auto* options = new QWidget;
@@ -179,21 +183,16 @@ private:
         FControls.PB->setRange(0, 1);
         FControls.PB->setValue(0);
         FControls.PB->setTextVisible(false);
+        FControls.PB->setFixedHeight(14);
         FControls.PB->setAccessibleName(QStringLiteral("Progress"));
         return FControls.PB;
     }
 
     static QWidget* InstructionText()
     {
-        auto* text = new QLabel(Instructions);
-        text->setWordWrap(true);
+        auto* text = new TNoteLabel(Instructions);
         text->setTextFormat(Qt::PlainText);
         text->setMargin(Gap);
-        text->setAutoFillBackground(true);
-        QPalette yellow = text->palette();
-        yellow.setColor(QPalette::Window, QColor(0xFF, 0xFF, 0xCE));
-        yellow.setColor(QPalette::WindowText, Qt::black); // on the same yellow in every theme
-        text->setPalette(yellow);
         text->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Minimum);
         return text;
     }

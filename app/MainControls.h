@@ -41,8 +41,9 @@ struct TMainControls {
     TThumbnailView* MView;
 };
 
-// Makes and lays out everything below `window`: the ribbon, still without buttons, the column of editors, which show
-// and change the current row of `table`, and the thumbnails. An editor's error goes to `showError`.
+// Makes and lays out everything below `window`: the ribbon, still without buttons, the column of editors,
+// which show and change the current row of `table`, and the thumbnails. An editor's error goes to
+// `showError`.
 TMainControls MakeMainControls(
     QMainWindow& window, TProjectsTable& table, const std::function<void(const QString&)>& showError);
 

@@ -121,7 +121,7 @@ void TMainForm::MakeCommands()
             Qt::CTRL | Qt::Key_I },
         { "Load Images", "&Launch Image", "launch-image", [this] { FIntake.ChooseSplash(); }, MayStart,
             Qt::CTRL | Qt::Key_L },
-        { "General", "&Help", "help", [] { }, MayStart, Qt::Key_F1 },
+        { "General", "&Help", "help", [] {}, MayStart, Qt::Key_F1 },
         { "General", "&Pick Color", "pick-color", [this] { btnPickColorClick(); }, MayStart,
             Qt::CTRL | Qt::Key_P },
         { "General", "Del All I&mages", "delete-all", [this] { aClearExecute(); }, MayClear, {} },

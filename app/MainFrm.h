@@ -20,9 +20,9 @@ namespace Corvadine {
 class TPrompts;
 class TSettingsFile;
 
-// The program's window: the ribbon, the editors of the current project, its two source images, and the thumbnails of
-// its output folder. It composes smaller parts and connects them; what they may do is decided in CommandRules.h,
-// SourceIntake.h, WindowRun.h and the libraries below.
+// The program's window: the ribbon, the editors of the current project, its two source images, and the
+// thumbnails of its output folder. It composes smaller parts and connects them; what they may do is decided
+// in CommandRules.h, SourceIntake.h, WindowRun.h and the libraries below.
 class TMainForm : public QMainWindow {
     Q_OBJECT
 
@@ -33,12 +33,12 @@ public:
     // Saves the settings, closes the table and the database; edits that have not been saved are lost.
     ~TMainForm() override;
 
-    // Brings up the store, the settings and the first project, step by step; an error is shown and ends the list.
-    // Call once.
+    // Brings up the store, the settings and the first project, step by step; an error is shown and ends the
+    // list. Call once.
     void StartUp();
 
-    // Rebuilds the generation list from what the editors and the launch view show. Throws TError when an option has
-    // no value.
+    // Rebuilds the generation list from what the editors and the launch view show. Throws TError when an
+    // option has no value.
     void BuildGenList();
 
     const TMainState& State() const { return FState; }

@@ -10,13 +10,13 @@ namespace Corvadine {
 
 // What the window's commands share beside the table and the controls.
 struct TMainState {
-    QString ProgramFolder; // with a trailing delimiter; all of the program's own files lie in it
-    QString MyIniFileName; // the settings file in use
-    QString BackupFolder; // with a trailing delimiter
-    QString LastOutputFolder; // the folder that the thumbnails were last filled from
-    bool FilesGenerated = false; // the thumbnails are of the current project's folder or of the last run
+    QString ProgramFolder;        // with a trailing delimiter; all of the program's own files lie in it
+    QString MyIniFileName;        // the settings file in use
+    QString BackupFolder;         // with a trailing delimiter
+    QString LastOutputFolder;     // the folder that the thumbnails were last filled from
+    bool FilesGenerated = false;  // the thumbnails are of the current project's folder or of the last run
     std::vector<TGenRec> GenList; // as last built; not changed by ticking a platform
-    bool Running = false; // a generation run is under way
+    bool Running = false;         // a generation run is under way
 };
 
 } // namespace Corvadine

@@ -6,14 +6,14 @@
 
 namespace Corvadine {
 
-// A settings file: "key=value" lines under "[section]" lines, of which this program uses the section "Corvadine".
-// Values are raw text: a backslash is a backslash, quotes belong to the value; blanks around it do not count.
-// Reads UTF-8, UTF-16 with a byte order mark, and files in the system's 8-bit code page; writes UTF-8. What the
-// file holds beside our keys is kept.
+// A settings file: "key=value" lines under "[section]" lines, of which this program uses the section
+// "Corvadine". Values are raw text: a backslash is a backslash, quotes belong to the value; blanks around it
+// do not count. Reads UTF-8, UTF-16 with a byte order mark, and files in the system's 8-bit code page; writes
+// UTF-8. What the file holds beside our keys is kept.
 class TSettingsFile {
 public:
-    // Reads `path`; a missing file is an empty one, and lines that make no sense are passed over. Throws TError(Io)
-    // for a file that cannot be read.
+    // Reads `path`; a missing file is an empty one, and lines that make no sense are passed over. Throws
+    // TError(Io) for a file that cannot be read.
     explicit TSettingsFile(const QString& path);
     ~TSettingsFile();
     TSettingsFile(const TSettingsFile&) = delete;

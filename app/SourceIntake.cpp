@@ -75,8 +75,8 @@ void TSourceIntake::ShowCurrentProject()
     ShowOutputs(project.OutputFolder);
 }
 
-// A folder that is shown already, or that is missing, leaves thumbnails and FilesGenerated as they are, even if a
-// project without a folder has cleared the thumbnails in between.
+// A folder that is shown already, or that is missing, leaves thumbnails and FilesGenerated as they are, even
+// if a project without a folder has cleared the thumbnails in between.
 void TSourceIntake::ShowOutputs(const QString& folder)
 {
     TMainState& state = FParts.State;

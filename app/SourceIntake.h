@@ -14,8 +14,9 @@ class TPrompts;
 class TThumbnailView;
 struct TMainState;
 
-// The two source images of the current project: chosen, dropped, removed, and shown together with the images of its
-// output folder when another project becomes current. Chosen and removed images are pending changes of the row.
+// The two source images of the current project: chosen, dropped, removed, and shown together with the images
+// of its output folder when another project becomes current. Chosen and removed images are pending changes of
+// the row.
 class TSourceIntake {
 public:
     struct TParts {
@@ -30,7 +31,8 @@ public:
 
     explicit TSourceIntake(TParts parts);
 
-    // Asks for a file, starting in the folder of the present one; a file that does not decode is taken all the same.
+    // Asks for a file, starting in the folder of the present one; a file that does not decode is taken all
+    // the same.
     void ChooseIcon();
     void ChooseSplash();
 

@@ -12,8 +12,8 @@ namespace Corvadine {
 
 namespace {
 
-// A remembered screen may be gone, and a file may hold anything: enough of the window must stay in reach to be
-// dragged back.
+// A remembered screen may be gone, and a file may hold anything: enough of the window must stay in reach to
+// be dragged back.
 QRect OnSomeScreen(QRect bounds, QSize smallest)
 {
     bounds.setSize(bounds.size().expandedTo(smallest).boundedTo(QSize(16384, 16384)));

@@ -15,9 +15,9 @@ class TPrompts;
 class TThumbnailView;
 struct TMainState;
 
-// The generation run of the window: one output after the other on the window's own thread, each shown as soon as it
-// is written; the window stays alive in between. What is rendered, from what and into which folder is fixed at the
-// start. Files written before a failure stay.
+// The generation run of the window: one output after the other on the window's own thread, each shown as soon
+// as it is written; the window stays alive in between. What is rendered, from what and into which folder is
+// fixed at the start. Files written before a failure stay.
 class TWindowRun {
 public:
     struct TParts {
@@ -33,7 +33,8 @@ public:
 
     explicit TWindowRun(TParts parts);
 
-    // Throws TError for whatever fails once the output folder is there; cursor and ribbon are restored then too.
+    // Throws TError for whatever fails once the output folder is there; cursor and ribbon are restored then
+    // too.
     void Execute(const QString& outputFolder);
 
     // Ends the run under way after the output it is at.

@@ -14,6 +14,7 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QTemporaryDir>
+#include <QTimer>
 #include <QToolButton>
 
 #include <cstdio>
@@ -22,10 +23,12 @@ using namespace Corvadine;
 
 namespace {
 
-void ProcessAll()
+// Until nothing is left to do, when the enabling rules are brought up to date.
+void LetIdle()
 {
-    for (int round = 0; round < 20; ++round)
-        QApplication::processEvents();
+    QEventLoop loop;
+    QTimer::singleShot(20, &loop, &QEventLoop::quit);
+    loop.exec();
 }
 
 // Pages of this process that are in memory, in MiB (proc_pid_statm(5)).
@@ -83,12 +86,13 @@ private:
         FForm = std::make_unique<TMainForm>(FFolder.filePath("program"), FPrompts);
         FForm->StartUp();
         FForm->show();
-        ProcessAll();
+        QApplication::processEvents();
         Print("start to painted window, 200 projects", static_cast<double>(timer.elapsed()), "ms");
     }
 
     double RunInWindow()
     {
+        LetIdle();
         QElapsedTimer timer;
         timer.start();
         for (QToolButton* button : FForm->Controls().dxRibbon1->findChildren<QToolButton*>())
@@ -124,7 +128,7 @@ private:
     {
         TProjectLookup& lookup = *FForm->Controls().cbProjects;
         lookup.SetValue(2);
-        ProcessAll();
+        LetIdle();
         RunInWindow();
         QElapsedTimer timer;
         double shown = 0;

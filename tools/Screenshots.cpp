@@ -25,12 +25,20 @@ class TPhotographer {
 public:
     TPhotographer(QString folder, QString suffix) : FFolder(std::move(folder)), FSuffix(std::move(suffix)) { }
 
+    // Shown as a user sees it: painted, and with the enabling rules up to date, which they are when nothing
+    // is left to do.
     void Take(QWidget& widget, const char* name) const
     {
         widget.show();
-        for (int round = 0; round < 50; ++round)
-            QApplication::processEvents(QEventLoop::AllEvents, 20);
+        LetIdle();
         TakeNow(widget, name);
+    }
+
+    static void LetIdle()
+    {
+        QEventLoop loop;
+        QTimer::singleShot(300, &loop, &QEventLoop::quit);
+        loop.exec();
     }
 
     void TakeNow(QWidget& widget, const char* name) const
@@ -45,8 +53,15 @@ private:
     QString FSuffix;
 };
 
-void AddSample(TProjectsTable& table, const QString& sample, const QString& project)
+// Puts the sample project, with its two pictures, into the database of the program in `folder`.
+void AddSample(const QString& folder, const QString& sample)
 {
+    const QString project = folder + "/Demo/Demo.dproj";
+    QDir().mkpath(folder + "/Demo");
+    QFile::copy(sample + "/Demo.dproj", project);
+    TProjectStore store(folder + "/Corvadine.db");
+    TProjectsTable table;
+    table.Open(store);
     table.Append();
     table.SetField(TField::ProjectFile, project);
     table.SetField(TField::OutputFolder, DeriveOutputFolder(project));
@@ -69,26 +84,30 @@ int main(int argc, char** argv)
     ApplyTheme(application);
     const QString sample = QDir(QString::fromLocal8Bit(argv[1])).absolutePath();
     const TPhotographer photographer(QString::fromLocal8Bit(argv[2]), QString::fromLocal8Bit(argv[3]));
-    const QTemporaryDir program;
-    QDir().mkpath(program.filePath("Demo"));
-    QFile::copy(sample + "/Demo.dproj", program.filePath("Demo/Demo.dproj"));
-
     TSilentPrompts prompts;
+    const QSize clientArea(1024, 729);
+    const QTemporaryDir emptyFolder;
+    {
+        TMainForm form(emptyFolder.path(), prompts);
+        form.StartUp();
+        form.resize(clientArea);
+        photographer.Take(form, "empty");
+    }
+
+    const QTemporaryDir program;
+    AddSample(program.path(), sample);
     TMainForm form(program.path(), prompts);
     form.StartUp();
-    form.resize(1024, 740);
-    photographer.Take(form, "empty");
-
-    AddSample(form.tblProjects(), sample, program.filePath("Demo/Demo.dproj"));
+    form.resize(clientArea);
     form.Controls().cbProjects->SetValue(form.tblProjects().Current().ID);
+    form.show();
+    photographer.LetIdle();
     QObject::connect(form.Controls().PB, &QProgressBar::valueChanged, &form, [&](int value) {
         if (value == form.Controls().PB->maximum() / 2)
             photographer.TakeNow(form, "running");
     });
-    for (int round = 0; round < 20; ++round)
-        QApplication::processEvents(QEventLoop::AllEvents, 20);
     for (QToolButton* button : form.Controls().dxRibbon1->findChildren<QToolButton*>())
-        if (button->defaultAction() != nullptr && button->defaultAction()->text().contains("enerate"))
+        if (button->defaultAction() != nullptr && button->defaultAction()->text().remove(u'&') == u"Generate")
             button->click();
     photographer.Take(form, "main");
 
