@@ -7,12 +7,14 @@
 #include "app/Theme.h"
 #include "dialogs/AddProjFrm.h"
 #include "dialogs/ImageDlgFrm.h"
+#include "dialogs/ShellListView.h"
 #include "project/ProjectPaths.h"
 #include "tools/SilentPrompts.h"
 
 #include <QApplication>
 #include <QDir>
 #include <QProgressBar>
+#include <QScopeGuard>
 #include <QTemporaryDir>
 #include <QTimer>
 #include <QToolButton>
@@ -56,17 +58,19 @@ private:
 // Puts the sample project, with its two pictures, into the database of the program in `folder`.
 void AddSample(const QString& folder, const QString& sample)
 {
-    const QString project = folder + "/Demo/Demo.dproj";
-    QDir().mkpath(folder + "/Demo");
-    QFile::copy(sample + "/Demo.dproj", project);
+    const QString home = folder + "/Demo";
+    const QString project = home + "/Demo.dproj";
+    QDir().mkpath(home);
+    for (const QString& name : QDir(sample).entryList(QDir::Files))
+        QFile::copy(sample + "/" + name, home + "/" + name);
     TProjectStore store(folder + "/Corvadine.db");
     TProjectsTable table;
     table.Open(store);
     table.Append();
     table.SetField(TField::ProjectFile, project);
     table.SetField(TField::OutputFolder, DeriveOutputFolder(project));
-    table.SetField(TField::IconImageName, QString(sample + "/icon.png"));
-    table.SetField(TField::SplashImageName, QString(sample + "/launch.png"));
+    table.SetField(TField::IconImageName, QString(home + "/icon.png"));
+    table.SetField(TField::SplashImageName, QString(home + "/launch.png"));
     table.SetField(TField::PixelFormat, 2);
     table.SetField(TField::PickColor, 0x8A1E5A);
     table.Post();
@@ -94,9 +98,11 @@ int main(int argc, char** argv)
         photographer.Take(form, "empty");
     }
 
-    const QTemporaryDir program;
-    AddSample(program.path(), sample);
-    TMainForm form(program.path(), prompts);
+    // A folder whose name may stand in a picture.
+    const QString program = QDir::temp().filePath("FMX");
+    const auto removeProgram = qScopeGuard([&program] { QDir(program).removeRecursively(); });
+    AddSample(program, sample);
+    TMainForm form(program, prompts);
     form.StartUp();
     form.resize(clientArea);
     form.Controls().cbProjects->SetValue(form.tblProjects().Current().ID);
@@ -111,9 +117,12 @@ int main(int argc, char** argv)
             button->click();
     photographer.Take(form, "main");
 
-    TAddProjForm addProject(&form, sample);
+    TAddProjForm addProject(&form, program + "/Demo");
     photographer.Take(addProject, "add-project");
-    TImageDlgForm picker(&form, sample);
+    TImageDlgForm picker(&form, program + "/Demo");
+    picker.show();
+    photographer.LetIdle();
+    picker.cxShellListView1->setCurrentIndex(picker.cxShellListView1->model()->index(0, 0));
     photographer.Take(picker, "image-picker");
     return 0;
 }
