@@ -200,24 +200,22 @@ void TMainForm::EnsureBackupFolder()
 
 void TMainForm::ReadSettings()
 {
-    const QString present = OwnFile("CorvadineBase.ini");
-    FState.MyIniFileName = OwnFile("Corvadine.ini");
-    if (FileExists(FState.MyIniFileName)) {
-        ImportOlderSettings(TSettingsFile(FState.MyIniFileName));
-        QFile::remove(FState.MyIniFileName);
-        FState.MyIniFileName = present;
-        SaveSettings();
+    const QString older = OwnFile("Corvadine.ini");
+    FState.MyIniFileName = OwnFile("CorvadineBase.ini");
+    if (FileExists(older)) {
+        ImportOlderSettings(TSettingsFile(older));
+        QFile::remove(older);
+        SaveSettings(); // so that the new file is there from now on
         return;
     }
-    FState.MyIniFileName = present;
-    const TSettingsFile settings(present);
+    const TSettingsFile settings(FState.MyIniFileName);
     if (settings.HasSection()) {
         FRememberedProject = settings.Text("ProjectFile");
         Place(*this, ReadPlacement(settings));
     }
 }
 
-// A row that cannot be saved stays as it is, and so does the file: the next start tries again.
+// A row that cannot be saved stays as it is, and so does the older file: the next start tries again.
 void TMainForm::ImportOlderSettings(const TSettingsFile& settings)
 {
     if (!settings.HasSection())
@@ -364,7 +362,7 @@ QString TMainForm::OwnFile(const char* name) const
 // Every command and handler runs in here: an error that nobody else handles shows its own text.
 void TMainForm::Guarded(const std::function<void()>& action)
 {
-    RunStartUp({ { "", action } }, [this](const QString& text) { FPrompts.ShowError(text); });
+    RunReporting(action, [this](const QString& text) { FPrompts.ShowError(text); });
 }
 
 TCommandState TMainForm::CommandState() const

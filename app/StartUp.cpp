@@ -4,16 +4,24 @@
 
 namespace Corvadine {
 
-void RunStartUp(const std::vector<TStartUpStep>& steps, const std::function<void(const QString&)>& report)
+bool RunReporting(const std::function<void()>& action, const TReport& report)
 {
     try {
-        for (const TStartUpStep& step : steps)
-            step.Run();
+        action();
+        return true;
     } catch (const TError& error) {
         report(error.Text());
     } catch (const std::exception& error) {
         report(QString::fromUtf8(error.what()));
     }
+    return false;
+}
+
+void RunStartUp(const std::vector<TStartUpStep>& steps, const TReport& report)
+{
+    for (const TStartUpStep& step : steps)
+        if (!RunReporting(step.Run, report))
+            return;
 }
 
 } // namespace Corvadine

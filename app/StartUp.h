@@ -7,6 +7,12 @@
 
 namespace Corvadine {
 
+using TReport = std::function<void(const QString&)>;
+
+// Runs `action`; the text of what it throws goes to `report`. Throws nothing itself, so Qt may call it.
+// Returns whether the action came to its end.
+bool RunReporting(const std::function<void()>& action, const TReport& report);
+
 // One step of the window's start-up.
 struct TStartUpStep {
     const char* Name; // what it does, for whoever reads the list
@@ -15,6 +21,6 @@ struct TStartUpStep {
 
 // Runs the steps in order. The first that throws ends the sequence: its text goes to `report`, and the window
 // opens all the same.
-void RunStartUp(const std::vector<TStartUpStep>& steps, const std::function<void(const QString&)>& report);
+void RunStartUp(const std::vector<TStartUpStep>& steps, const TReport& report);
 
 } // namespace Corvadine

@@ -6,8 +6,10 @@
 #include "app/Ribbon.h"
 #include "app/SettingsFile.h"
 #include "dialogs/Prompts.h"
+#include "generate/GenerationRun.h"
 #include "images/ImageView.h"
 #include "images/ThumbnailView.h"
+#include "project/ProjectPaths.h"
 #include "tests/DialogTesting.h"
 
 #include <QApplication>
@@ -364,6 +366,27 @@ TEST_F(MainFormTest, RunKeepsToItsProjectAndClosingEndsIt)
     Click("Generate");
     EXPECT_FALSE(Form->isVisible());
     EXPECT_EQ(QDir(OutputFolder("B")).entryList(QDir::Files).size(), 5);
+}
+
+TEST_F(MainFormTest, RunGivesTheBytesOfTheCommandLine)
+{
+    Start();
+    Add("A");
+    for (const auto& [button, file] :
+        { std::pair("Icon Image", "icon.png"), std::pair("Launch Image", "launch.png") }) {
+        Prompts.Image = Path(file);
+        Click(button);
+    }
+    Click("Save Changes");
+    Click("Generate");
+    TGenJob job = JobOf(Form->tblProjects().Current());
+    job.Settings.OutputFolder = Path("other");
+    const auto list = RunGeneration(job);
+    EXPECT_EQ(list, Form->State().GenList);
+    for (const TGenRec& record : list)
+        EXPECT_EQ(FileBytes(OutputPath(job.Settings, record)),
+            FileBytes(OutputFolder("A") + "/" + ImageFileName(record.ID)))
+            << record.ID.toStdString();
 }
 
 TEST_F(MainFormTest, FailuresShowTheirTextAndRestoreTheWindow)
