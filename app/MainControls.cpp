@@ -135,7 +135,7 @@ private:
         std::vector<TFieldComboBox::TChoice> choices;
         for (const TFilterInfo& info : FilterInfos())
             choices.push_back({ static_cast<int>(info.Filter), QString::fromLatin1(info.Caption) });
-        auto* filter = Reporting(new TFieldComboBox(std::move(choices), FTable, TField::ResampleFilter));
+        auto* filter = Reporting(new TFieldComboBox(choices, FTable, TField::ResampleFilter));
         filter->setAccessibleName(QStringLiteral("Sampling Filter"));
         FControls.layGroupFilter = new TCaptionGroup(QStringLiteral("Sampling Filter"));
         FControls.layGroupFilter->setFixedWidth(200);

@@ -24,12 +24,12 @@ QString Decoded(const QByteArray& bytes)
     if (const auto marked = QStringConverter::encodingForData(bytes))
         return QStringDecoder(*marked).decode(bytes);
     QStringDecoder utf8(QStringConverter::Utf8);
-    const QString text = utf8.decode(bytes);
+    QString text = utf8.decode(bytes);
     if (!utf8.hasError())
         return text;
     // Not Unicode, so it is in the code page of the system that wrote it: here, or the usual one of Windows.
     QStringDecoder local(QStringConverter::System);
-    const QString localText = local.decode(bytes);
+    QString localText = local.decode(bytes);
     if (!local.hasError())
         return localText;
     QStringDecoder western("windows-1252");
