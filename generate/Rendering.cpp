@@ -89,6 +89,7 @@ QByteArray RenderPng(const TRenderSources& sources, const TGenSettings& settings
 QByteArray RenderMainIcon(const TRenderSource& icon, TResampleFilter filter)
 {
     std::vector<TRaster> images;
+    images.reserve(IconSizes.size());
     for (const int side : IconSizes)
         images.push_back(WithAlpha(icon.At(FittedSize(icon.Info().Size, { side, side }), filter)));
     return EncodeIco(images, IconCompression);

@@ -104,6 +104,14 @@ TKernel KernelOf(TResampleFilter filter)
     }
 }
 
+// To the nearest whole number, for values that are not negative; others come out no higher than 0. The
+// library's own rounding is a call, and there are millions of weights to round.
+int Rounded(double value)
+{
+    const double raised = value + 0.5;
+    return static_cast<int>(raised);
+}
+
 // Rounds the running sum instead of each weight: the total is exact, and of the thousands of tiny weights of
 // a strong reduction none is lost for good.
 void Quantise(const std::vector<double>& weights, std::int16_t* out)
@@ -117,7 +125,7 @@ void Quantise(const std::vector<double>& weights, std::int16_t* out)
     int rounded = 0;
     for (const double weight : weights) {
         sum += weight;
-        const int next = static_cast<int>(sum * scale + Above + 0.5) - Above;
+        const int next = Rounded(sum * scale + Above) - Above;
         *out++ = static_cast<std::int16_t>(next - rounded);
         rounded = next;
     }
@@ -146,8 +154,8 @@ TFilterTable KernelTable(const TKernel& kernel, int sourceSize, int targetSize)
     std::vector<double> weights;
     for (int target = 0; target < targetSize; ++target) {
         const double centre = (target + 0.5) * scale;
-        const int first = std::max(static_cast<int>(centre - support + 0.5), 0);
-        const int end = std::min(static_cast<int>(centre + support + 0.5), sourceSize);
+        const int first = std::max(Rounded(centre - support), 0);
+        const int end = std::min(Rounded(centre + support), sourceSize);
         weights.clear();
         for (int source = first; source < end; ++source)
             weights.push_back(kernel.Weight(std::abs(source + 0.5 - centre) / widening));
@@ -188,7 +196,7 @@ TFilterTable PickingTable(double offset, int sourceSize, int targetSize)
 
 const std::vector<TFilterInfo>& FilterInfos()
 {
-    static const std::vector<TFilterInfo> infos {
+    static const std::vector<TFilterInfo> Infos {
         { TResampleFilter::rfNone, "none", "None" },
         { TResampleFilter::rfBell, "bell", "Bell (Quality)" },
         { TResampleFilter::rfBicubic, "bicubic", "Bicubic (Quality)" },
@@ -202,7 +210,7 @@ const std::vector<TFilterInfo>& FilterInfos()
         { TResampleFilter::rfNearest, "nearest", "Nearest (Quality)" },
         { TResampleFilter::rfTriangle, "triangle", "Triangle (Speed)" },
     };
-    return infos;
+    return Infos;
 }
 
 std::optional<TResampleFilter> FilterOfCode(int code)

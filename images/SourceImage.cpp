@@ -308,8 +308,8 @@ QStringList ReadableImageExtensions()
 
 bool HasReadableExtension(const QString& path)
 {
-    static const QStringList extensions = ReadableImageExtensions(); // asks every plugin
-    return extensions.contains(ExtensionOf(path).mid(1), Qt::CaseInsensitive);
+    static const QStringList Extensions = ReadableImageExtensions(); // asks every plugin
+    return Extensions.contains(ExtensionOf(path).mid(1), Qt::CaseInsensitive);
 }
 
 } // namespace Corvadine

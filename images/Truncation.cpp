@@ -41,7 +41,7 @@ public:
 private:
     void Fetch(qint64 at)
     {
-        constexpr qint64 PieceBytes = 64 * 1024;
+        constexpr qint64 PieceBytes = qint64 { 64 } * 1024;
         FPiece = at < FSize && FFile.seek(at) ? FFile.read(PieceBytes) : QByteArray();
         FPieceAt = at;
     }

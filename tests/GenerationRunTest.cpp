@@ -24,19 +24,19 @@ protected:
                 icon.setPixel(x, y, qRgba(x % 256, y % 256, (x * y) % 256, x < 20 ? 0 : 255));
         ASSERT_TRUE(icon.save(Path("icon.png")));
         ASSERT_TRUE(icon.convertToFormat(QImage::Format_RGB32).scaled(200, 400).save(Path("launch.png")));
-        Job.IconFile = Path("icon.png");
-        Job.LaunchFile = Path("launch.png");
-        Job.Settings.Platforms = { true, true, true, true };
-        Job.Settings.Format = TOutputFormat::TrueColor;
-        Job.Settings.TwoxSize = 60;
-        Job.Settings.OutputFolder = Path("new/out");
+        FJob.IconFile = Path("icon.png");
+        FJob.LaunchFile = Path("launch.png");
+        FJob.Settings.Platforms = { true, true, true, true };
+        FJob.Settings.Format = TOutputFormat::TrueColor;
+        FJob.Settings.TwoxSize = 60;
+        FJob.Settings.OutputFolder = Path("new/out");
     }
 
     // Name and content of every file in the output folder.
     QMap<QString, QByteArray> Outputs() const
     {
         QMap<QString, QByteArray> files;
-        const QDir folder(Job.Settings.OutputFolder);
+        const QDir folder(FJob.Settings.OutputFolder);
         for (const QString& name : folder.entryList(QDir::Files | QDir::Hidden))
             files[name] = FileBytes(folder.filePath(name));
         return files;
@@ -45,22 +45,22 @@ protected:
     QString Findings() const
     {
         QStringList texts;
-        for (const TOutputFinding& finding : CheckOutputs(Job))
+        for (const TOutputFinding& finding : CheckOutputs(FJob))
             texts.append(finding.ID + ": " + finding.Text);
         return texts.join("; ");
     }
 
-    TGenJob Job;
+    TGenJob FJob;
 };
 
 TEST_F(GenerationRunTest, WritesTheSameBytesOnAnyNumberOfThreads)
 {
     for (const TOutputFormat format : { TOutputFormat::TrueColor, TOutputFormat::Colors256 }) {
-        Job.Settings.Format = format;
+        FJob.Settings.Format = format;
         int done = 0;
         int total = 0;
         const auto list =
-            RunGeneration(Job, 1, [&](int now, int of) { std::tie(done, total) = std::pair(now, of); });
+            RunGeneration(FJob, 1, [&](int now, int of) { std::tie(done, total) = std::pair(now, of); });
         EXPECT_EQ(list.size(), 38U);
         EXPECT_EQ(list.back().ID, "Icon_MainIcon");
         EXPECT_EQ(done, 38);
@@ -68,14 +68,14 @@ TEST_F(GenerationRunTest, WritesTheSameBytesOnAnyNumberOfThreads)
         const auto first = Outputs();
         EXPECT_EQ(first.size(), 38);
         EXPECT_EQ(Findings(), "");
-        RunGeneration(Job, 5);
+        RunGeneration(FJob, 5);
         EXPECT_EQ(Outputs(), first);
 
         // Output by output, as a window renders them, gives these bytes too.
-        const TRenderSources sources = LoadSources(Job);
+        const TRenderSources sources = LoadSources(FJob);
         const TGenRec splash { 426, 320, "Android_SplashImage426" };
         EXPECT_EQ(
-            RenderPng(sources, Job.Settings, RecipeOf(splash, sources.Icon->Info(), sources.Launch->Info())),
+            RenderPng(sources, FJob.Settings, RecipeOf(splash, sources.Icon->Info(), sources.Launch->Info())),
             first["Android_SplashImage426.png"]);
     }
 }
@@ -83,32 +83,32 @@ TEST_F(GenerationRunTest, WritesTheSameBytesOnAnyNumberOfThreads)
 TEST_F(GenerationRunTest, FailureChangesNothingAndLeavesNoFolder)
 {
     PutFile(Path("launch.png"), FileBytes(Path("launch.png")).chopped(100));
-    EXPECT_THAT(ErrorOf([&] { RunGeneration(Job); }), ::testing::HasSubstr("launch.png: it is damaged"));
+    EXPECT_THAT(ErrorOf([&] { RunGeneration(FJob); }), ::testing::HasSubstr("launch.png: it is damaged"));
     EXPECT_FALSE(QDir(Path("new")).exists());
 
-    Job.LaunchFile.clear();
-    RunGeneration(Job);
+    FJob.LaunchFile.clear();
+    RunGeneration(FJob);
     PutFile(Path("new/out/notes.txt"), "mine");
     const auto before = Outputs();
-    Job.Settings.Background = { 1, 2, 3 };
+    FJob.Settings.Background = { 1, 2, 3 };
     ASSERT_TRUE(QFile::setPermissions(Path("new/out/UWP_DelphiLogo150.png"), QFile::ReadOwner));
-    EXPECT_THAT(ErrorOf([&] { RunGeneration(Job); }),
+    EXPECT_THAT(ErrorOf([&] { RunGeneration(FJob); }),
         ::testing::HasSubstr("UWP_DelphiLogo150.png: the file is read-only"));
     EXPECT_EQ(Outputs(), before) << "files that came first were replaced, or staged ones left";
 
-    Job.Settings.OutputFolder = Path("icon.png");
+    FJob.Settings.OutputFolder = Path("icon.png");
     EXPECT_THAT(
-        ErrorOf([&] { RunGeneration(Job); }), ::testing::HasSubstr("a file of that name is in the way"));
-    Job.Settings.OutputFolder.clear();
-    EXPECT_EQ(ErrorOf([&] { RunGeneration(Job); }), "Cannot generate: the project has no output folder");
+        ErrorOf([&] { RunGeneration(FJob); }), ::testing::HasSubstr("a file of that name is in the way"));
+    FJob.Settings.OutputFolder.clear();
+    EXPECT_EQ(ErrorOf([&] { RunGeneration(FJob); }), "Cannot generate: the project has no output folder");
 }
 
 TEST_F(GenerationRunTest, WithoutSourcesTheOutputsAreWhite)
 {
-    Job.IconFile.clear();
-    Job.LaunchFile.clear();
-    Job.Settings.Background = { 9, 9, 9 };
-    RunGeneration(Job);
+    FJob.IconFile.clear();
+    FJob.LaunchFile.clear();
+    FJob.Settings.Background = { 9, 9, 9 };
+    RunGeneration(FJob);
     const QImage icon(Path("new/out/Android_LauncherIcon36.png"));
     EXPECT_EQ(icon.size(), QSize(36, 36));
     EXPECT_EQ(icon.pixel(0, 0), qRgb(255, 255, 255));
@@ -120,8 +120,8 @@ TEST_F(GenerationRunTest, WithoutSourcesTheOutputsAreWhite)
 
 TEST_F(GenerationRunTest, CheckFindsEachKindOfDamage)
 {
-    RunGeneration(Job);
-    const QDir out(Job.Settings.OutputFolder);
+    RunGeneration(FJob);
+    const QDir out(FJob.Settings.OutputFolder);
     const auto replace = [&out](const char* name, const char* other) {
         QFile::remove(out.filePath(name));
         ASSERT_TRUE(QFile::copy(out.filePath(other), out.filePath(name)));
@@ -147,20 +147,20 @@ TEST_F(GenerationRunTest, CheckFindsEachKindOfDamage)
 
 TEST_F(GenerationRunTest, RefusesOutputsThatAreTooLargeBeforeItDecodes)
 {
-    Job.Settings.TwoxSize = 8192; // 200 x 400 pixels make it 8192 x 4096
-    EXPECT_EQ(PlanOutputs(Job).Outputs.size(), 38U) << "just small enough";
-    Job.Settings.TwoxSize = 8193;
+    FJob.Settings.TwoxSize = 8192; // 200 x 400 pixels make it 8192 x 4096
+    EXPECT_EQ(PlanOutputs(FJob).Outputs.size(), 38U) << "just small enough";
+    FJob.Settings.TwoxSize = 8193;
     const std::string refusal =
         "Cannot render iPhone_Launch3x: it would have 16386 x 8192 pixels, which take 513 MiB, and the limit "
         "is 512 MiB; its height follows from its width and the shape of the launch image, 200 x 400 pixels";
-    EXPECT_EQ(ErrorOf([&] { PlanOutputs(Job); }), refusal);
-    PutFile(Job.IconFile, FileBytes(Job.IconFile).chopped(100)); // shows only once it is decoded
-    EXPECT_EQ(ErrorOf([&] { RunGeneration(Job); }), refusal);
+    EXPECT_EQ(ErrorOf([&] { PlanOutputs(FJob); }), refusal);
+    PutFile(FJob.IconFile, FileBytes(FJob.IconFile).chopped(100)); // shows only once it is decoded
+    EXPECT_EQ(ErrorOf([&] { RunGeneration(FJob); }), refusal);
 }
 
 TEST_F(GenerationRunTest, PlanWarnsOfSourcesThatDoNotFit)
 {
-    const TOutputPlan plan = PlanOutputs(Job);
+    const TOutputPlan plan = PlanOutputs(FJob);
     EXPECT_EQ(plan.Outputs.size(), 38U);
     EXPECT_EQ(plan.Outputs[6].Path, Path("new/out/Android_SplashImage426.png"));
     EXPECT_EQ(plan.Outputs[6].SourceFile, Path("launch.png"));
@@ -172,10 +172,10 @@ TEST_F(GenerationRunTest, PlanWarnsOfSourcesThatDoNotFit)
                 "360 x 720" }));
     EXPECT_FALSE(QDir(Path("new")).exists());
 
-    Job.LaunchFile = Job.IconFile;
-    Job.IconFile = Path("launch.png");
-    Job.Settings.Platforms = { .Windows = true };
-    EXPECT_EQ(PlanOutputs(Job).Warnings,
+    FJob.LaunchFile = FJob.IconFile;
+    FJob.IconFile = Path("launch.png");
+    FJob.Settings.Platforms = { .Windows = true };
+    EXPECT_EQ(PlanOutputs(FJob).Warnings,
         QStringList(
             { "The icon image has 200 x 400 pixels; it is not square, and so its outputs are not either",
                 "The icon image has 200 x 400 pixels; Icon_MainIcon enlarges it 1.28 times, to 256 x 512",

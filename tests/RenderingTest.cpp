@@ -195,6 +195,6 @@ TEST(RenderingTest, WritesLevelTenAsNineAndOnlyUnfilteredRows)
     packed[2] = char(0xFF);
     const QByteArray rows = qUncompress(packed);
     ASSERT_EQ(rows.size(), 80 * (1 + 360));
-    for (int y = 0; y < 80; ++y)
+    for (qsizetype y = 0; y < 80; ++y)
         EXPECT_EQ(rows[y * 361], 0) << "row filter";
 }
