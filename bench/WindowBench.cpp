@@ -68,6 +68,8 @@ public:
 
     void Run()
     {
+        std::printf("| %-48s | %7s | %-4s |\n|%s|%s:|%s|\n", "", "", "", std::string(50, '-').c_str(),
+            std::string(8, '-').c_str(), std::string(6, '-').c_str());
         MeasureStart();
         MeasureRuns();
         MeasureSwitch();
@@ -76,7 +78,7 @@ public:
 private:
     static void Print(const char* what, double value, const char* unit)
     {
-        std::printf("%-52s %8.1f %s\n", what, value, unit);
+        std::printf("| %-48s | %7.1f | %-4s |\n", what, value, unit);
     }
 
     void MeasureStart()
