@@ -73,7 +73,7 @@ void AppendLaunch(std::vector<TGenRec>& list, QSize size, std::initializer_list<
 // Keeps absurd source shapes inside the type; the renderer refuses sizes that big with a text.
 int ToPixels(double value)
 {
-    constexpr double Most = std::numeric_limits<int>::max() / 2;
+    constexpr double Most = std::numeric_limits<int>::max() / 2.0;
     return static_cast<int>(std::clamp(value, 1.0, Most));
 }
 

@@ -52,7 +52,7 @@ QByteArray ColorRow(const std::uint8_t* rgba, int width)
 // One bit a pixel, the leftmost highest, 1 where the pixel is fully transparent; padded to 32 bits.
 QByteArray MaskRow(const std::uint8_t* rgba, int width)
 {
-    QByteArray row((width + 31) / 32 * 4, '\0');
+    QByteArray row((qsizetype { width } + 31) / 32 * 4, '\0');
     for (int x = 0; x < width; ++x)
         if (rgba[x * 4 + 3] == 0)
             row[x / 8] = static_cast<char>(static_cast<unsigned char>(row[x / 8]) | 0x80U >> x % 8);

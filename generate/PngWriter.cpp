@@ -12,7 +12,7 @@ namespace Corvadine {
 namespace {
 
 constexpr int MostCompression = 9;
-constexpr std::size_t IdatBytes = 64 * 1024;
+constexpr std::size_t IdatBytes = std::size_t { 64 } * 1024;
 
 // libpng reports errors by leaving the call; throwing is allowed across its C frames only when they were
 // compiled for it, so the text is kept and the jump ends in Write().

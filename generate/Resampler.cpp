@@ -21,13 +21,14 @@ public:
         FFirst.reserve(static_cast<std::size_t>(table.TargetSize));
         const std::int16_t* from = table.Weights.data();
         std::int16_t* to = FWeights.data();
+        const std::ptrdiff_t weights = std::ptrdiff_t { FPairs } * 2;
         for (const int firstPixel : table.First) {
             const int firstPair = std::min(firstPixel / 2, pairCount - FPairs);
             const int shift = firstPixel - firstPair * 2;
             std::copy_n(from, std::min(table.TapCount, FPairs * 2 - shift), to + shift);
             FFirst.push_back(firstPair);
             from += table.TapCount;
-            to += FPairs * 2;
+            to += weights;
         }
     }
 
