@@ -32,7 +32,6 @@
 #include <QFile>
 #include <QMimeData>
 #include <QProgressBar>
-#include <QScopeGuard>
 #include <QShortcut>
 #include <QToolButton>
 #include <QUrl>
@@ -78,6 +77,7 @@ TMainForm::~TMainForm()
 {
     Guarded([this] { SaveSettings(); });
     FTable.Close();
+    delete takeCentralWidget(); // while the table and the commands that it refers to are still there
 }
 
 void TMainForm::StartUp()
@@ -194,8 +194,9 @@ void TMainForm::OpenStore()
 void TMainForm::EnsureBackupFolder()
 {
     const QString folder = OwnFile("Project Backups");
+    FState.BackupFolder =
+        WithTrailingDelimiter(folder); // also if it cannot be made: no backup may land elsewhere
     CreateFolder(folder);
-    FState.BackupFolder = WithTrailingDelimiter(folder);
 }
 
 void TMainForm::ReadSettings()
@@ -254,11 +255,11 @@ void TMainForm::AddProject(const QString& projectFile)
 
 void TMainForm::aGenerateExecute()
 {
-    const auto closeIfAsked = qScopeGuard([this] {
-        if (FClosesAfterRun)
-            close();
-    });
-    FRun.Execute(FTable.Current().OutputFolder);
+    Guarded([this] {
+        FRun.Execute(FTable.Current().OutputFolder);
+    }); // an error is shown before the window closes
+    if (FClosesAfterRun)
+        close();
 }
 
 void TMainForm::aProjectExecute()
@@ -272,7 +273,7 @@ void TMainForm::aProjectExecute()
     for (const TGenRec& record : FState.GenList)
         images.IDs.append(record.ID);
     QApplication::setOverrideCursor(Qt::WaitCursor);
-    QApplication::processEvents();
+    QApplication::processEvents(QEventLoop::ExcludeUserInputEvents); // a double click must not update twice
     // A project file that cannot be read or written leaves the wait cursor, as users of this command know it.
     const TUpdateResult result = UpdateProject(
         images, { FState.BackupFolder, QDateTime::currentDateTime(), TBackupPolicy::BestEffort });
@@ -405,16 +406,23 @@ void TMainForm::closeEvent(QCloseEvent* event)
     event->setAccepted(!FClosesAfterRun);
 }
 
+// As a copy: a move would let the file manager delete its file.
 void TMainForm::dragEnterEvent(QDragEnterEvent* event)
 {
-    if (MayAddProject(CommandState()) && !DraggedProjectFile(*event->mimeData()).isEmpty())
-        event->acceptProposedAction();
+    if (!MayAddProject(CommandState()) || DraggedProjectFile(*event->mimeData()).isEmpty())
+        return;
+    event->setDropAction(Qt::CopyAction);
+    event->accept();
 }
 
 void TMainForm::dropEvent(QDropEvent* event)
 {
-    event->acceptProposedAction();
-    Guarded([&] { AddProject(DraggedProjectFile(*event->mimeData())); });
+    const QString file = DraggedProjectFile(*event->mimeData());
+    if (file.isEmpty() || !MayAddProject(CommandState()))
+        return;
+    event->setDropAction(Qt::CopyAction);
+    event->accept();
+    Guarded([&] { AddProject(file); });
 }
 
 } // namespace Corvadine

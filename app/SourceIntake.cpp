@@ -53,6 +53,7 @@ void TSourceIntake::Choose(TField field, TImageView& view)
 
 void TSourceIntake::Take(TField field, TImageView& view, const QString& file)
 {
+    FParts.Table.Edit(); // first: without a project it begins one, which clears the views
     view.Load(file, TDecoderChoice::ByExtension);
     FParts.Table.SetField(field, file);
 }
@@ -85,9 +86,11 @@ void TSourceIntake::ShowOutputs(const QString& folder)
         state.FilesGenerated = false;
     } else if (folder != state.LastOutputFolder && FolderExists(folder)) {
         state.LastOutputFolder = folder;
-        state.FilesGenerated = FParts.MView.Fill(folder);
-        if (state.FilesGenerated) {
-            FParts.BuildGenList();
+        const bool hasImages = FParts.MView.Fill(folder);
+        state.FilesGenerated = false;
+        if (hasImages) {
+            FParts.BuildGenList(); // may fail; the list of another project must not count as this one's
+            state.FilesGenerated = true;
             FParts.MView.SelectFirst();
         }
     }

@@ -16,12 +16,13 @@ namespace {
 // be dragged back.
 QRect OnSomeScreen(QRect bounds, QSize smallest)
 {
-    bounds.setSize(bounds.size().expandedTo(smallest).boundedTo(QSize(16384, 16384)));
+    bounds.setSize(bounds.size().expandedTo(smallest));
     constexpr int Grip = 64;
     const QRect titleBar(bounds.topLeft(), QSize(bounds.width(), Grip));
     for (const QScreen* screen : QGuiApplication::screens()) {
         const QRect visible = screen->availableGeometry() & titleBar;
-        if (visible.width() >= Grip && visible.height() >= Grip / 2)
+        if (visible.width() >= Grip && bounds.top() >= screen->availableGeometry().top()
+            && visible.height() >= Grip / 2)
             return bounds;
     }
     const QRect home = QGuiApplication::primaryScreen()->availableGeometry();
@@ -35,9 +36,18 @@ QRect OnSomeScreen(QRect bounds, QSize smallest)
 TWindowPlacement ReadPlacement(const TSettingsFile& settings)
 {
     const int state = settings.Integer("WindowsState", TWindowPlacement::Maximised);
+    // A file may hold anything; a rectangle of numbers beyond these would overflow.
+    constexpr int MostCoordinate = 32767;
+    constexpr int MostSide = 16384;
+    const auto coordinate = [&](const char* key) {
+        return std::clamp(settings.Integer(key, 0), -MostCoordinate, MostCoordinate);
+    };
+    const auto side = [&](const char* key, int missing) {
+        return std::clamp(settings.Integer(key, missing), 1, MostSide);
+    };
     return { state,
-        QRect(settings.Integer("ScreenLeft", 0), settings.Integer("ScreenTop", 0),
-            settings.Integer("ScreenWidth", 1024), settings.Integer("ScreenHeight", 768)) };
+        QRect(coordinate("ScreenLeft"), coordinate("ScreenTop"), side("ScreenWidth", 1024),
+            side("ScreenHeight", 768)) };
 }
 
 void WritePlacement(TSettingsFile& settings, const TWindowPlacement& placement)
@@ -62,7 +72,7 @@ void Place(QWidget& window, const TWindowPlacement& placement)
     if (placement.State == TWindowPlacement::Minimised || placement.State == TWindowPlacement::Maximised)
         window.setWindowState(window.windowState() | Qt::WindowMaximized);
     else
-        window.setGeometry(OnSomeScreen(placement.Bounds, window.minimumSize()));
+        window.setGeometry(OnSomeScreen(placement.Bounds, window.minimumSizeHint()));
 }
 
 } // namespace Corvadine

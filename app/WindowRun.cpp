@@ -52,11 +52,11 @@ void TWindowRun::Execute(const QString& outputFolder)
 
 void TWindowRun::GenerateAll()
 {
+    FParts.MView.Clear();
     // Taken before anything is processed: from here on the user may choose another project.
     TOutputRenderer renderer = FParts.TakeJob();
     FParts.BuildGenList();
     const std::vector<TGenRec> list = FParts.State.GenList;
-    FParts.MView.Clear();
     QApplication::processEvents();
     if (!FLeft)
         FParts.MView.Clear();

@@ -76,17 +76,17 @@ protected:
     // Starts the program, or restarts it.
     TMainForm& Start()
     {
-        Form.reset();
-        Form = std::make_unique<TMainForm>(Path("program"), Prompts);
-        Form->StartUp();
-        Form->show();
+        FForm.reset();
+        FForm = std::make_unique<TMainForm>(Path("program"), FPrompts);
+        FForm->StartUp();
+        FForm->show();
         LetIdle();
-        return *Form;
+        return *FForm;
     }
 
     QToolButton* Button(const QString& caption) const
     {
-        for (QToolButton* button : Form->Controls().dxRibbon1->findChildren<QToolButton*>())
+        for (QToolButton* button : FForm->Controls().dxRibbon1->findChildren<QToolButton*>())
             if (button->defaultAction() != nullptr && button->defaultAction()->text().remove('&') == caption)
                 return button;
         ADD_FAILURE() << "no button " << caption.toStdString();
@@ -108,14 +108,14 @@ protected:
 
     void Add(const QString& name)
     {
-        Prompts.ProjectFile = ProjectFile(name);
+        FPrompts.ProjectFile = ProjectFile(name);
         Click("Add Project");
     }
 
     // Only Windows' two images and the icon, so that a run is short.
     void TickOnlyWindows()
     {
-        TProjectsTable& table = Form->tblProjects();
+        TProjectsTable& table = FForm->tblProjects();
         for (const TField field : { TField::IncAndroid, TField::IncIPhone, TField::IncIPad })
             table.SetField(field, false);
         table.SetField(TField::IconImageName, Path("icon.png"));
@@ -124,8 +124,8 @@ protected:
 
     QString OutputFolder(const QString& name) const { return Path(name + "/" + name + "/Corvadine"); }
 
-    TScriptedPrompts Prompts;
-    std::unique_ptr<TMainForm> Form;
+    TScriptedPrompts FPrompts;
+    std::unique_ptr<TMainForm> FForm;
 };
 
 TEST_F(MainFormTest, FirstStartMakesItsFilesAndRestartReopensTheProject)
@@ -133,26 +133,26 @@ TEST_F(MainFormTest, FirstStartMakesItsFilesAndRestartReopensTheProject)
     Start();
     EXPECT_TRUE(QFile::exists(Path("program/Corvadine.db")));
     EXPECT_TRUE(QDir(Path("program/Project Backups")).exists());
-    EXPECT_TRUE(Form->windowTitle().startsWith("FMX Corvadine ("));
+    EXPECT_TRUE(FForm->windowTitle().startsWith("FMX Corvadine ("));
     EXPECT_TRUE(IsEnabled("Add Project"));
     for (const char* caption :
         { "Save Changes", "Cancel Changes", "Delete Project", "Generate", "Update Project" })
         EXPECT_FALSE(IsEnabled(caption)) << caption;
     Add("A");
     Add("B");
-    EXPECT_EQ(Form->Controls().cbProjects->Text(), ProjectFile("B"));
-    Form.reset();
+    EXPECT_EQ(FForm->Controls().cbProjects->Text(), ProjectFile("B"));
+    FForm.reset();
     EXPECT_EQ(TSettingsFile(Path("program/CorvadineBase.ini")).Text("ProjectFile"), ProjectFile("B"));
 
     PutFile(Path("program/Corvadine.CAB"), "left over");
     Start();
-    EXPECT_EQ(Form->tblProjects().Current().ProjectFile, ProjectFile("B"));
+    EXPECT_EQ(FForm->tblProjects().Current().ProjectFile, ProjectFile("B"));
     EXPECT_FALSE(QFile::exists(Path("program/Corvadine.CAB")));
-    Form.reset();
+    FForm.reset();
     QFile::remove(ProjectFile("B"));
     Start();
-    EXPECT_EQ(Form->tblProjects().Current().ProjectFile, ProjectFile("A")) << "its file is gone";
-    EXPECT_EQ(Prompts.Shown, QStringList());
+    EXPECT_EQ(FForm->tblProjects().Current().ProjectFile, ProjectFile("A")) << "its file is gone";
+    EXPECT_EQ(FPrompts.Shown, QStringList());
 }
 
 TEST_F(MainFormTest, ImportsTheOlderSettingsOnce)
@@ -162,7 +162,7 @@ TEST_F(MainFormTest, ImportsTheOlderSettingsOnce)
         "\xEF\xBB\xBF[Corvadine]\r\nProjectFile= " + ProjectFile("A").toUtf8()
             + " \r\nBaseImage=C:\\new\\table.png\r\nIncIPad=0\r\nWindowsState=0\r\nScreenLeft=-9000\r\n");
     Start();
-    const TProject project = Form->tblProjects().Current();
+    const TProject project = FForm->tblProjects().Current();
     EXPECT_EQ(project.ProjectFile, ProjectFile("A"));
     EXPECT_EQ(project.IconImageName, "C:\\new\\table.png");
     EXPECT_TRUE(project.IncAndroid && !project.IncIPad);
@@ -171,16 +171,16 @@ TEST_F(MainFormTest, ImportsTheOlderSettingsOnce)
     EXPECT_EQ(project.ResampleFilter, 6);
     EXPECT_FALSE(QFile::exists(older));
     EXPECT_TRUE(QFile::exists(Path("program/CorvadineBase.ini")));
-    EXPECT_GE(Form->x(), 0) << "off every screen";
+    EXPECT_GE(FForm->x(), 0) << "off every screen";
 
     PutFile(older, "[Corvadine]\nProjectFile=" + ProjectFile("A").toUtf8());
     Start();
-    EXPECT_EQ(Prompts.TakeShown().size(), 1) << "the same project again is an error";
+    EXPECT_EQ(FPrompts.TakeShown().size(), 1) << "the same project again is an error";
     EXPECT_TRUE(QFile::exists(older)) << "and is tried again";
-    Form.reset();
+    FForm.reset();
     PutFile(older, "[Other]\nProjectFile=x");
     Start();
-    EXPECT_EQ(Form->tblProjects().Count(), 1U);
+    EXPECT_EQ(FForm->tblProjects().Count(), 1U);
     EXPECT_FALSE(QFile::exists(older));
 }
 
@@ -189,45 +189,45 @@ TEST_F(MainFormTest, EditsWaitForSaveAndAMoveDropsThem)
     Start();
     Add("A");
     Add("B");
-    auto* windows = Form->findChildren<TFieldCheckBox*>().last();
+    auto* windows = FForm->findChildren<TFieldCheckBox*>().last();
     QTest::mouseClick(windows, Qt::LeftButton, {}, QPoint(8, windows->height() / 2));
-    EXPECT_FALSE(Form->tblProjects().Current().IncWindows);
+    EXPECT_FALSE(FForm->tblProjects().Current().IncWindows);
     EXPECT_TRUE(IsEnabled("Save Changes"));
     EXPECT_FALSE(IsEnabled("Add Project"));
     EXPECT_FALSE(IsEnabled("Generate"));
     Click("Cancel Changes");
     EXPECT_TRUE(windows->isChecked());
     QTest::mouseClick(windows, Qt::LeftButton, {}, QPoint(8, windows->height() / 2));
-    Form->Controls().cbProjects->SetValue(1);
-    EXPECT_FALSE(Form->tblProjects().IsEditing());
-    Form->Controls().cbProjects->SetValue(2);
+    FForm->Controls().cbProjects->SetValue(1);
+    EXPECT_FALSE(FForm->tblProjects().IsEditing());
+    FForm->Controls().cbProjects->SetValue(2);
     EXPECT_TRUE(windows->isChecked());
 
     Add("A");
     EXPECT_THAT(
-        Prompts.TakeShown().join('\n').toStdString(), ::testing::HasSubstr("UNIQUE constraint failed"));
+        FPrompts.TakeShown().join('\n').toStdString(), ::testing::HasSubstr("UNIQUE constraint failed"));
     EXPECT_TRUE(IsEnabled("Cancel Changes"));
     Click("Cancel Changes");
-    EXPECT_EQ(Form->Controls().cbProjects->Text(), ProjectFile("B"));
+    EXPECT_EQ(FForm->Controls().cbProjects->Text(), ProjectFile("B"));
 }
 
 TEST_F(MainFormTest, DeleteActsOnTheFocusedEditorAfterAQuestion)
 {
     Start();
     Add("A");
-    QApplication::setActiveWindow(Form.get());
-    Form->Controls().PB->setFocus();
+    QApplication::setActiveWindow(FForm.get());
+    FForm->Controls().PB->setFocus();
     EXPECT_FALSE(IsEnabled("Delete Project"));
-    Form->Controls().cb2xWidth->setFocus();
+    FForm->Controls().cb2xWidth->setFocus();
     ASSERT_TRUE(IsEnabled("Delete Project"));
-    Prompts.Yes = false;
+    FPrompts.Yes = false;
     Click("Delete Project");
-    EXPECT_EQ(Form->tblProjects().Count(), 1U);
-    Prompts.Yes = true;
+    EXPECT_EQ(FForm->tblProjects().Count(), 1U);
+    FPrompts.Yes = true;
     Click("Delete Project");
-    EXPECT_EQ(Form->tblProjects().Count(), 0U);
-    EXPECT_EQ(Prompts.Shown, QStringList({ "confirm: Delete Project?", "confirm: Delete Project?" }));
-    EXPECT_EQ(Form->Controls().cbProjects->Text(), ProjectFile("A")) << "the lookup is not bound to the row";
+    EXPECT_EQ(FForm->tblProjects().Count(), 0U);
+    EXPECT_EQ(FPrompts.Shown, QStringList({ "confirm: Delete Project?", "confirm: Delete Project?" }));
+    EXPECT_EQ(FForm->Controls().cbProjects->Text(), ProjectFile("A")) << "the lookup is not bound to the row";
 }
 
 TEST_F(MainFormTest, GeneratesShowsUpdatesAndClears)
@@ -237,16 +237,16 @@ TEST_F(MainFormTest, GeneratesShowsUpdatesAndClears)
     TickOnlyWindows();
     EXPECT_FALSE(IsEnabled("Update Project"));
     Click("Generate");
-    EXPECT_EQ(Form->Controls().MView->FileNames(),
+    EXPECT_EQ(FForm->Controls().MView->FileNames(),
         QStringList({ "UWP_DelphiLogo44.png", "UWP_DelphiLogo150.png", "Icon_MainIcon.ico" }));
-    EXPECT_EQ(Form->Controls().PB->value(), 2);
-    EXPECT_EQ(Form->State().GenList.size(), 3U);
+    EXPECT_EQ(FForm->Controls().PB->value(), 2);
+    EXPECT_EQ(FForm->State().GenList.size(), 3U);
     EXPECT_EQ(QImage(OutputFolder("A") + "/UWP_DelphiLogo44.png").size(),
         QSize(1, 1).scaled(44, 44, Qt::KeepAspectRatio))
         << "the blank image: the chosen path was not loaded by the table alone";
 
     Click("Update Project");
-    EXPECT_EQ(Prompts.TakeShown(),
+    EXPECT_EQ(FPrompts.TakeShown(),
         QStringList("info: 2 Entries updated, the following entries were not found and need to be set "
                     "manually:\r\n\r\n"
                     "A backup of the project file was made first."));
@@ -254,16 +254,16 @@ TEST_F(MainFormTest, GeneratesShowsUpdatesAndClears)
         ::testing::HasSubstr("<UWP_DelphiLogo44>A\\Corvadine\\UWP_DelphiLogo44.png</UWP_DelphiLogo44>"));
 
     Click("Del All Images");
-    EXPECT_EQ(Prompts.TakeShown(),
+    EXPECT_EQ(FPrompts.TakeShown(),
         QStringList({ "confirm: This will delete all images in folder " + OutputFolder("A")
                 + " Do you wish to proceed?",
             "info: 3 Images Deleted" }));
-    EXPECT_EQ(Form->Controls().MView->Count(), 0);
+    EXPECT_EQ(FForm->Controls().MView->Count(), 0);
     EXPECT_TRUE(IsEnabled("Update Project")) << "stays as it was";
 
     QFile::remove(ProjectFile("A"));
     Click("Update Project");
-    EXPECT_EQ(Prompts.TakeShown(), QStringList("error: The Project does not exist!"));
+    EXPECT_EQ(FPrompts.TakeShown(), QStringList("error: The Project does not exist!"));
 }
 
 TEST_F(MainFormTest, SwitchingProjectsFollowsTheirFolders)
@@ -271,8 +271,8 @@ TEST_F(MainFormTest, SwitchingProjectsFollowsTheirFolders)
     Start();
     for (const char* name : { "A", "B", "C" })
         Add(name);
-    TProjectsTable& table = Form->tblProjects();
-    TProjectLookup& lookup = *Form->Controls().cbProjects;
+    TProjectsTable& table = FForm->tblProjects();
+    TProjectLookup& lookup = *FForm->Controls().cbProjects;
     const auto fill = [&](const QString& folder, int count) {
         ASSERT_TRUE(QDir().mkpath(folder));
         for (int i = 0; i < count; ++i)
@@ -281,11 +281,11 @@ TEST_F(MainFormTest, SwitchingProjectsFollowsTheirFolders)
     fill(OutputFolder("A"), 2);
     const auto shown = [&] {
         LetIdle();
-        return std::pair(Form->Controls().MView->Count(), Form->State().FilesGenerated);
+        return std::pair(FForm->Controls().MView->Count(), FForm->State().FilesGenerated);
     };
     lookup.SetValue(1);
     EXPECT_EQ(shown(), std::pair(2, true));
-    EXPECT_EQ(Form->State().GenList.size(), 37U);
+    EXPECT_EQ(FForm->State().GenList.size(), 37U);
     lookup.SetValue(2); // its folder does not exist
     EXPECT_EQ(shown(), std::pair(2, true));
     table.SetField(TField::OutputFolder, QString());
@@ -301,42 +301,43 @@ TEST_F(MainFormTest, ChoosesDropsAndRemovesImages)
 {
     Start();
     Add("A");
-    Prompts.Image = Path("icon.png");
+    FPrompts.Image = Path("icon.png");
     Click("Icon Image");
-    EXPECT_EQ(Prompts.StartFolder, "");
-    EXPECT_EQ(Form->Controls().ImageEnViewIcon->Image().size(), QSize(60, 40));
-    EXPECT_EQ(Form->tblProjects().Current().IconImageName, Path("icon.png"));
-    EXPECT_TRUE(Form->tblProjects().IsEditing());
+    EXPECT_EQ(FPrompts.StartFolder, "");
+    EXPECT_EQ(FForm->Controls().ImageEnViewIcon->Image().size(), QSize(60, 40));
+    EXPECT_EQ(FForm->tblProjects().Current().IconImageName, Path("icon.png"));
+    EXPECT_TRUE(FForm->tblProjects().IsEditing());
     Click("Save Changes");
     Click("Icon Image"); // cancelled
-    EXPECT_EQ(Prompts.StartFolder, Path("") + "/");
-    EXPECT_FALSE(Form->tblProjects().IsEditing());
-    QTest::mouseClick(Form->Controls().btnRemoveIcon, Qt::LeftButton);
-    EXPECT_TRUE(Form->Controls().ImageEnViewIcon->IsEmpty());
+    EXPECT_EQ(FPrompts.StartFolder, Path("") + "/");
+    EXPECT_FALSE(FForm->tblProjects().IsEditing());
+    QTest::mouseClick(FForm->Controls().btnRemoveIcon, Qt::LeftButton);
+    EXPECT_TRUE(FForm->Controls().ImageEnViewIcon->IsEmpty());
     Click("Cancel Changes");
-    EXPECT_EQ(Form->tblProjects().Current().IconImageName, Path("icon.png"));
-    EXPECT_TRUE(Form->Controls().ImageEnViewIcon->IsEmpty()) << "shown again with the next change of project";
+    EXPECT_EQ(FForm->tblProjects().Current().IconImageName, Path("icon.png"));
+    EXPECT_TRUE(FForm->Controls().ImageEnViewIcon->IsEmpty())
+        << "shown again with the next change of project";
 }
 
 TEST_F(MainFormTest, PicksTheIconsColourFromEitherView)
 {
     Start();
     Add("A");
-    Form->Controls().ImageEnViewIcon->Load(Path("icon.png"), TDecoderChoice::ByContent);
-    Form->Controls().ImageEnViewSplash->Load(Path("launch.png"), TDecoderChoice::ByContent);
-    TImageView* launch = Form->Controls().ImageEnViewSplash;
+    FForm->Controls().ImageEnViewIcon->Load(Path("icon.png"), TDecoderChoice::ByContent);
+    FForm->Controls().ImageEnViewSplash->Load(Path("launch.png"), TDecoderChoice::ByContent);
+    TImageView* launch = FForm->Controls().ImageEnViewSplash;
     Click("Pick Color");
     QTest::mouseMove(launch, QPoint(115, 115));
     LetIdle();
-    EXPECT_EQ(Form->Controls().cbBackground->Value(), 0x1E140A);
-    EXPECT_FALSE(Form->tblProjects().IsEditing()) << "previewed, not stored";
+    EXPECT_EQ(FForm->Controls().cbBackground->Value(), 0x1E140A);
+    EXPECT_FALSE(FForm->tblProjects().IsEditing()) << "previewed, not stored";
     QTest::mouseClick(launch, Qt::RightButton, {}, QPoint(115, 115));
-    EXPECT_EQ(Form->tblProjects().Current().PickColor, 0x1E140A);
+    EXPECT_EQ(FForm->tblProjects().Current().PickColor, 0x1E140A);
     EXPECT_FALSE(Button("Pick Color")->isChecked());
     Click("Save Changes");
     Click("Pick Color");
     QTest::mouseClick(launch, Qt::LeftButton, {}, QPoint(115, 2)); // the margin above a wide image
-    EXPECT_EQ(Form->tblProjects().Current().PickColor, -1);
+    EXPECT_EQ(FForm->tblProjects().Current().PickColor, -1);
 }
 
 TEST_F(MainFormTest, RunKeepsToItsProjectAndClosingEndsIt)
@@ -346,25 +347,25 @@ TEST_F(MainFormTest, RunKeepsToItsProjectAndClosingEndsIt)
     Add("A");
     // Does something in the middle of the next run, as a user might.
     const auto during = [this](const std::function<void()>& action) {
-        QObject::connect(Form->Controls().PB, &QProgressBar::valueChanged, Form.get(),
+        QObject::connect(FForm->Controls().PB, &QProgressBar::valueChanged, FForm.get(),
             [action, done = false](int value) mutable {
                 if (value == 5 && !std::exchange(done, true))
                     action();
             });
     };
     during([this] {
-        EXPECT_FALSE(Form->Controls().dxRibbon1->isEnabled());
-        Form->Controls().cbProjects->SetValue(1);
+        EXPECT_FALSE(FForm->Controls().dxRibbon1->isEnabled());
+        FForm->Controls().cbProjects->SetValue(1);
     });
     Click("Generate");
     EXPECT_EQ(QDir(OutputFolder("A")).entryList(QDir::Files).size(), 38);
     EXPECT_FALSE(QDir(OutputFolder("B")).exists());
-    EXPECT_FALSE(Form->State().FilesGenerated) << "the project shown now has no files";
+    EXPECT_FALSE(FForm->State().FilesGenerated) << "the project shown now has no files";
     EXPECT_EQ(QApplication::overrideCursor(), nullptr);
 
-    during([this] { EXPECT_FALSE(Form->close()); });
+    during([this] { EXPECT_FALSE(FForm->close()); });
     Click("Generate");
-    EXPECT_FALSE(Form->isVisible());
+    EXPECT_FALSE(FForm->isVisible());
     EXPECT_EQ(QDir(OutputFolder("B")).entryList(QDir::Files).size(), 5);
 }
 
@@ -374,15 +375,15 @@ TEST_F(MainFormTest, RunGivesTheBytesOfTheCommandLine)
     Add("A");
     for (const auto& [button, file] :
         { std::pair("Icon Image", "icon.png"), std::pair("Launch Image", "launch.png") }) {
-        Prompts.Image = Path(file);
+        FPrompts.Image = Path(file);
         Click(button);
     }
     Click("Save Changes");
     Click("Generate");
-    TGenJob job = JobOf(Form->tblProjects().Current());
+    TGenJob job = JobOf(FForm->tblProjects().Current());
     job.Settings.OutputFolder = Path("other");
     const auto list = RunGeneration(job);
-    EXPECT_EQ(list, Form->State().GenList);
+    EXPECT_EQ(list, FForm->State().GenList);
     for (const TGenRec& record : list)
         EXPECT_EQ(FileBytes(OutputPath(job.Settings, record)),
             FileBytes(OutputFolder("A") + "/" + ImageFileName(record.ID)))
@@ -395,23 +396,23 @@ TEST_F(MainFormTest, FailuresShowTheirTextAndRestoreTheWindow)
     Add("A");
     PutFile(Path("A/A"), "in the way");
     Click("Generate");
-    EXPECT_EQ(Prompts.TakeShown(), QStringList("error: The Output Folder does not exist!"));
+    EXPECT_EQ(FPrompts.TakeShown(), QStringList("error: The Output Folder does not exist!"));
     QFile::remove(Path("A/A"));
     ASSERT_TRUE(QDir().mkpath(OutputFolder("A") + "/Android_LauncherIcon48.png")); // a folder of that name
     Click("Generate");
-    EXPECT_THAT(Prompts.TakeShown().join('\n').toStdString(),
+    EXPECT_THAT(FPrompts.TakeShown().join('\n').toStdString(),
         ::testing::HasSubstr("Android_LauncherIcon48.png: Is a directory"));
-    EXPECT_EQ(Form->Controls().MView->FileNames(), QStringList("Android_LauncherIcon36.png"))
+    EXPECT_EQ(FForm->Controls().MView->FileNames(), QStringList("Android_LauncherIcon36.png"))
         << "what was written stays";
-    EXPECT_TRUE(Form->Controls().dxRibbon1->isEnabled());
+    EXPECT_TRUE(FForm->Controls().dxRibbon1->isEnabled());
     EXPECT_EQ(QApplication::overrideCursor(), nullptr);
     EXPECT_FALSE(IsEnabled("Update Project"));
 
-    Form.reset();
+    FForm.reset();
     PutFile(Path("program/Corvadine.db"), "this is no database, but long enough to look at");
     Start();
-    EXPECT_EQ(Prompts.TakeShown().size(), 1);
-    EXPECT_TRUE(Form->isVisible()) << "the window opens all the same";
+    EXPECT_EQ(FPrompts.TakeShown().size(), 1);
+    EXPECT_TRUE(FForm->isVisible()) << "the window opens all the same";
 }
 
 TEST(SettingsFileTest, ReadsWhatOtherProgramsWriteAndKeepsValuesRaw)

@@ -41,8 +41,8 @@ protected:
         icotool.waitForFinished();
         EXPECT_EQ(icotool.exitCode(), 0) << icotool.readAllStandardError().toStdString();
         QStringList sizes;
-        static const QRegularExpression line("--width=(\\d+) --height=(\\d+) --bit-depth=32");
-        auto matches = line.globalMatch(QString::fromUtf8(icotool.readAllStandardOutput()));
+        static const QRegularExpression SizeLine("--width=(\\d+) --height=(\\d+) --bit-depth=32");
+        auto matches = SizeLine.globalMatch(QString::fromUtf8(icotool.readAllStandardOutput()));
         while (matches.hasNext()) {
             const auto match = matches.next();
             sizes.append(match.captured(1) + "x" + match.captured(2));
