@@ -141,7 +141,7 @@ void PremultiplyRow(const std::uint8_t* HWY_RESTRICT bgra, std::size_t pixels, s
 }
 
 // The sums of a pixel's four channels, which stand in every block of `sums`, into one block.
-template <class TTag, class TVector> HWY_INLINE auto FoldBlocks(TTag d, TVector sums)
+template <class TTag, class TVector> HWY_INLINE auto FoldBlocks(TTag, TVector sums)
 {
     if constexpr (hn::MaxLanes(TTag()) <= 4) {
         return sums;
