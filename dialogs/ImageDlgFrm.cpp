@@ -45,7 +45,7 @@ QImage LoadPreview(const QString& path, QSize box)
     try {
         return LoadThumbnail(path, box).Picture;
     } catch (const std::exception&) { // also for want of memory
-        return {}; // the file can be chosen all the same
+        return {};                    // the file can be chosen all the same
     }
 }
 
