@@ -32,7 +32,6 @@
 #include <QFile>
 #include <QMimeData>
 #include <QProgressBar>
-#include <QShortcut>
 #include <QToolButton>
 #include <QUrl>
 
