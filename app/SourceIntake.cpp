@@ -82,10 +82,12 @@ void TSourceIntake::ShowOutputs(const QString& folder)
 {
     TMainState& state = FParts.State;
     if (folder.isEmpty()) {
+        FParts.ThumbnailsReplaced();
         FParts.MView.Clear();
         state.FilesGenerated = false;
     } else if (folder != state.LastOutputFolder && FolderExists(folder)) {
         state.LastOutputFolder = folder;
+        FParts.ThumbnailsReplaced();
         const bool hasImages = FParts.MView.Fill(folder);
         state.FilesGenerated = false;
         if (hasImages) {

@@ -26,6 +26,7 @@ public:
         TThumbnailView& MView;
         TPrompts& Prompts;
         TMainState& State;
+        std::function<void()> ThumbnailsReplaced; // the thumbnails are about to be another folder's, or none
         std::function<void()> BuildGenList;
     };
 

@@ -24,6 +24,7 @@ public:
     {
         switch (hint) {
         case SH_ComboBox_Popup:
+        case SH_ItemView_ActivateItemOnSingleClick: // a click selects, on every desktop
             return 0;
         case SH_Slider_AbsoluteSetButtons:
             return Qt::LeftButton; // a click on the groove goes there
