@@ -46,8 +46,10 @@ void TSourceIntake::RemoveSplash()
 
 void TSourceIntake::Choose(TField field, TImageView& view)
 {
-    const QString present = FieldValue(FParts.Table.Current(), field).toString();
-    if (const auto file = FParts.Prompts.ChooseImage(FolderOf(present)))
+    const TProject project = FParts.Table.Current();
+    const QString folder = FolderOf(FieldValue(project, field).toString());
+    const QString start = FolderExists(folder) ? folder : FolderOf(project.ProjectFile);
+    if (const auto file = FParts.Prompts.ChooseImage(start))
         Take(field, view, *file);
 }
 

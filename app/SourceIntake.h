@@ -32,8 +32,8 @@ public:
 
     explicit TSourceIntake(TParts parts);
 
-    // Asks for a file, starting in the folder of the present one; a file that does not decode is taken all
-    // the same.
+    // Asks for a file, starting in the folder of the present one, or else beside the project file; a file
+    // that does not decode is taken all the same.
     void ChooseIcon();
     void ChooseSplash();
 

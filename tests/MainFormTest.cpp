@@ -303,7 +303,7 @@ TEST_F(MainFormTest, ChoosesDropsAndRemovesImages)
     Add("A");
     FPrompts.Image = Path("icon.png");
     Click("Icon Image");
-    EXPECT_EQ(FPrompts.StartFolder, "");
+    EXPECT_EQ(FPrompts.StartFolder, Path("A/")) << "nothing chosen yet: beside the project file";
     EXPECT_EQ(FForm->Controls().ImageEnViewIcon->Image().size(), QSize(60, 40));
     EXPECT_EQ(FForm->tblProjects().Current().IconImageName, Path("icon.png"));
     EXPECT_TRUE(FForm->tblProjects().IsEditing());
