@@ -64,7 +64,7 @@ bool TThumbnailModel::Append(const QString& file, const QString& info)
 // Files too large to be one of a generated set have an empty content.
 TThumbnailModel::TContent TThumbnailModel::ContentOf(const QString& path)
 {
-    constexpr qint64 LargestHashed = 4 * 1024 * 1024;
+    constexpr qint64 LargestHashed = qint64 { 4 } * 1024 * 1024;
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly) || file.size() > LargestHashed)
         return {};
@@ -81,7 +81,7 @@ TThumbnail TThumbnailModel::Load(const QString& file)
     if (const auto equal = FContents.constFind(content); equal != FContents.cend())
         if (const QImage* picture = FPictures.object(*equal))
             return { *picture, FRows.at(*equal).Size };
-    const TThumbnail thumbnail = LoadForScreen(file, FPixelRatio);
+    TThumbnail thumbnail = LoadForScreen(file, FPixelRatio);
     if (content.Bytes > 0 && !thumbnail.Picture.isNull())
         FContents.insert(content, rowCount());
     return thumbnail;
