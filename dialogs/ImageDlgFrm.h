@@ -45,6 +45,7 @@ private:
     void aUpLevelExecute();
     void aUpLevelUpdate();
 
+    void SetHelpTopics();
     void MakeCommands();
     void LayOut();
     void Select(const QString& path);
