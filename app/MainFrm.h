@@ -41,6 +41,9 @@ public:
     // option has no value.
     void BuildGenList();
 
+    // Opens the help at a numbered topic; does nothing when there is no help to be had.
+    void HelpContext(int topic);
+
     const TMainState& State() const { return FState; }
     const TMainControls& Controls() const { return FControls; }
     TProjectsTable& tblProjects() { return FTable; }
@@ -63,6 +66,7 @@ private:
     void ReadSettings();
     void ImportOlderSettings(const TSettingsFile& settings);
     void ReopenRememberedProject();
+    void SetUpHelp();
 
     void aAddProjectExecute();
     void AddProject(const QString& projectFile);
@@ -70,6 +74,8 @@ private:
     void aGenerateUpdate();
     void aProjectExecute();
     void aClearExecute();
+    void aF1HelpExecute();
+    void btnHelpClick();
     void btnPickColorClick();
     void tblProjectsAfterScroll();
     void ProjectChosen(qint64 id);
