@@ -11,6 +11,8 @@
 
 namespace Corvadine {
 
+class TUpdateTask;
+
 // Looks for a newer release, and downloads it into a private folder; replaces nothing.
 //
 // The control file counts only once its detached signature was verified, each file only once its size and
@@ -34,9 +36,10 @@ public:
     void Check();
 
     // Downloads those of the last Checked() items whose indices are in `chosen`; mandatory ones come along
-    // whether they are in it or not. Ends in Downloaded, Failed or Cancelled. Holds the TUpdateLock from here
-    // until the engine is destroyed or its next Check() begins, so that the files can be put into place
-    // undisturbed. REQUIRES: the last Check() ended in Checked with items, not IsBusy(), indices in range.
+    // whether they are in it or not. Ends in Downloaded, Failed or Cancelled. Once it has ended in Downloaded
+    // the engine holds the TUpdateLock until it is destroyed or a step begins, so that the files can be put
+    // into place undisturbed. REQUIRES: the last Check() ended in Checked with items, not IsBusy(), indices
+    // in range.
     void Download(const std::vector<std::size_t>& chosen);
 
     // Ends the running step with Cancelled; does nothing when none runs.
@@ -59,11 +62,9 @@ signals:
     void Cancelled();
 
 private:
-    class TRun;
-    class TCheckRun;
-    class TDownloadRun;
-
-    void Start(std::unique_ptr<TRun> run);
+    void Begin(TUpdateTask* task);
+    void End();
+    void Retire();
 
     TUpdateSettings FSettings;
     struct TState;

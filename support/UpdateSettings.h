@@ -12,7 +12,7 @@ namespace Corvadine {
 struct TUpdateLimits {
     std::chrono::milliseconds Stall { 30'000 };            // without a byte from the server
     std::chrono::milliseconds CheckTotal { 60'000 };       // for a whole check
-    std::chrono::milliseconds DownloadTotal { 1'800'000 }; // for a whole download
+    std::chrono::milliseconds DownloadTotal { 7'200'000 }; // for a whole download
     int Redirects = 5;                                     // per transfer
     qint64 ControlFile = 256 * 1024;                       // bytes
     qint64 Package = 512LL * 1024 * 1024;                  // bytes of one download
@@ -24,26 +24,30 @@ struct TUpdateLimits {
 // elsewhere. docs/UPDATES.md describes the server's side.
 struct TUpdateSettings {
     // The product's settings of the update engine, all in one place.
-    static constexpr QStringView ControlFilePath = u"/Corvadine/Corvadine.INF"; // on the host of the build
-    static constexpr QStringView SignatureSuffix = u".sig";                     // to the control file's URL
-    static constexpr QStringView Agent = u"TWebUpdate";          // the user agent of every request
-    static constexpr QStringView Signature = u"WebUpdate";       // [update] signature= of every control file
-    static constexpr QStringView ApplicationName = u"Corvadine"; // [application] appname=
-    static constexpr QStringView LogFileName = u"WUPDATE.LOG";   // in the current folder
-    static constexpr QStringView TempDirectory = u"."; // downloads go below it; the program folder in a check
-    static constexpr QStringView DateFormat = u"dd/mm/yyyy"; // in the control file and the log
+    static constexpr QLatin1String ControlFilePath { "/Corvadine/Corvadine.INF" }; // on the host of the build
+    static constexpr QLatin1String SignatureSuffix { ".sig" }; // to the control file's URL
+    static constexpr QLatin1String Agent { "TWebUpdate" };     // the user agent of every request
+    static constexpr QLatin1String Signature { "WebUpdate" };  // [update] signature= of every control file
+    static constexpr QLatin1String ApplicationName { "Corvadine" }; // [application] appname=
+    static constexpr QLatin1String LogFileName { "WUPDATE.LOG" };   // in the current folder
+    static constexpr QLatin1String TempDirectory {
+        "."
+    }; // downloads go below it; the program folder in a check
+    static constexpr QLatin1String DateFormat { "dd/mm/yyyy" }; // in the control file and the log
     static constexpr QChar DateSeparator = u'/';
-    static constexpr QStringView TimeFormat = u"hh:nn"; // nn are minutes; 24 hours
+    static constexpr QLatin1String TimeFormat { "hh:nn" }; // nn are minutes; 24 hours
     static constexpr QChar TimeSeparator = u':';
-    static constexpr QStringView QtDateFormat = u"dd/MM/yyyy"; // the same two as Qt spells them
-    static constexpr QStringView QtTimeFormat = u"hh:mm";
+    static constexpr QLatin1String QtDateFormat { "dd/MM/yyyy" }; // the same two as Qt spells them
+    static constexpr QLatin1String QtTimeFormat { "hh:mm" };
     static constexpr bool PostUpdateInfo = false; // nothing is reported back to the server
 
     // Names in the program folder that belong to updates.
-    static constexpr QStringView OverrideFileName = u"CorvadineUpdate.ini"; // an administrator's URL and key
-    static constexpr QStringView AcceptedFileName = u"CorvadineUpdate.accepted"; // see AcceptedVersion.h
-    static constexpr QStringView LockFileName = u"CorvadineUpdate.lock";         // see StagedUpdate.h
-    static constexpr QStringView StagingFolderName = u"CorvadineUpdate.staging"; // see StagedUpdate.h
+    static constexpr QLatin1String OverrideFileName {
+        "CorvadineUpdate.ini"
+    }; // an administrator's URL and key
+    static constexpr QLatin1String AcceptedFileName { "CorvadineUpdate.accepted" }; // see AcceptedVersion.h
+    static constexpr QLatin1String LockFileName { "CorvadineUpdate.lock" };         // see StagedUpdate.h
+    static constexpr QLatin1String StagingFolderName { "CorvadineUpdate.staging" }; // see StagedUpdate.h
 
     QUrl Url;                       // of the control file; https, or the check fails
     QByteArray PublicKey;           // 32 bytes of Ed25519; empty switches updates off: every check fails
