@@ -49,12 +49,12 @@ struct TUpdateSettings {
     static constexpr QLatin1String LockFileName { "CorvadineUpdate.lock" };         // see StagedUpdate.h
     static constexpr QLatin1String StagingFolderName { "CorvadineUpdate.staging" }; // see StagedUpdate.h
 
-    QUrl Url;                       // of the control file; https, or the check fails
-    QByteArray PublicKey;           // 32 bytes of Ed25519; empty switches updates off: every check fails
-    QByteArray ExtraCaCertificates; // PEM, trusted beside the system's own; for tests on loopback
-    QString ProgramFolder;          // absolute; holds the files that are compared and replaced
-    QString InstalledVersion;       // of this program: "1.0.0"
-    QString Platform;               // whose files of a release are ours: "linux-x86_64"
+    QUrl Url;                  // of the control file; https, or the check fails
+    QByteArray PublicKey;      // 32 bytes of Ed25519; empty switches updates off: every check fails
+    QByteArray CaCertificates; // PEM, trusted in place of the system's own; empty: the system's are
+    QString ProgramFolder;     // absolute; holds the files that are compared and replaced
+    QString InstalledVersion;  // of this program: "1.0.0"
+    QString Platform;          // whose files of a release are ours: "linux-x86_64"
     TUpdateLimits Limits;
 };
 

@@ -15,15 +15,13 @@ namespace {
 
 constexpr qint64 ReadBufferBytes = 64 * 1024;
 
-// TLS as the system's certificates allow it, with the settings' own certificates beside them.
 QSslConfiguration TlsConfiguration(const TUpdateSettings& settings)
 {
     QSslConfiguration tls = QSslConfiguration::defaultConfiguration();
     tls.setProtocol(QSsl::TlsV1_2OrLater);
     tls.setPeerVerifyMode(QSslSocket::VerifyPeer);
-    if (!settings.ExtraCaCertificates.isEmpty())
-        tls.setCaCertificates(QSslConfiguration::systemCaCertificates()
-            + QSslCertificate::fromData(settings.ExtraCaCertificates, QSsl::Pem));
+    if (!settings.CaCertificates.isEmpty())
+        tls.setCaCertificates(QSslCertificate::fromData(settings.CaCertificates, QSsl::Pem));
     return tls;
 }
 
@@ -123,6 +121,11 @@ void TUpdateTransfer::HeadersArrived()
         return;
     }
     constexpr int Ok = 200;
+    constexpr int NotFound = 404;
+    if (status == NotFound) {
+        Fail(QStringLiteral("the server %1 does not have it").arg(FUrl.host()));
+        return;
+    }
     if (status != Ok && status != 0) {
         Fail(QStringLiteral("the server %1 answered with the status %2").arg(FUrl.host()).arg(status));
         return;
