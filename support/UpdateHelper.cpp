@@ -8,6 +8,7 @@
 
 #include <QCommandLineParser>
 #include <QProcess>
+#include <QScopeGuard>
 
 namespace Corvadine {
 
@@ -27,6 +28,7 @@ bool Install(const THelperJob& job, const TUpdateLog& log)
     QString step = QStringLiteral("Take over the update");
     try {
         const TUpdateLock lock(job.ProgramFolder, LockMilliseconds);
+        const auto dropStaging = qScopeGuard([&job] { DropStaging(job.ProgramFolder); });
         TUpdateInstaller installer(job.ProgramFolder, log);
         installer.Recover();
         const TStagedUpdate update = ReadStagedUpdate(LoadUpdateSettings(job.ProgramFolder));

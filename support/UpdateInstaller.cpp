@@ -292,13 +292,7 @@ TUpdateInstaller::TUpdateInstaller(QString programFolder, const TUpdateLog& log)
 void TUpdateInstaller::Install(const TStagedUpdate& update, const QString& executable)
 {
     const QString step = QStringLiteral("Install version %1").arg(update.Version);
-    const auto removeStaging = qScopeGuard([this] {
-        try {
-            RemoveStaging(FProgramFolder);
-        } catch (const TError&) {
-            // The next check removes it.
-        }
-    });
+    const auto dropStaging = qScopeGuard([this] { DropStaging(FProgramFolder); });
     try {
         Replace(update, executable);
         FLog.Write(step, QStringLiteral("done"));
@@ -356,6 +350,15 @@ TRecovery TUpdateInstaller::Recover()
     FLog.Write(QStringLiteral("Find an update that was cut off"),
         completes ? QStringLiteral("completed it") : QStringLiteral("put the old files back"));
     return completes ? TRecovery::Completed : TRecovery::Undone;
+}
+
+void DropStaging(const QString& programFolder)
+{
+    try {
+        RemoveStaging(programFolder);
+    } catch (const TError&) {
+        // The next check removes it.
+    }
 }
 
 TRecovery RecoverUpdate(const QString& programFolder)

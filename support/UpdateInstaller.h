@@ -60,4 +60,8 @@ private:
 // Throws TError as Recover() does, and TError(Conflict) when that process does not come to its end.
 TRecovery RecoverUpdate(const QString& programFolder);
 
+// RemoveStaging() for when an update is over, one way or the other: what cannot be removed now is removed by
+// the next check. REQUIRES: the caller has the TUpdateLock.
+void DropStaging(const QString& programFolder);
+
 } // namespace Corvadine

@@ -1,7 +1,6 @@
 #include "support/UpdateWizard.h"
 
 #include "base/Error.h"
-#include "support/StagedUpdate.h"
 #include "support/UpdateEngine.h"
 #include "support/UpdateHandOver.h"
 #include "support/UpdateInstaller.h"
@@ -324,13 +323,8 @@ void TUpdateWizard::reject()
 
 void TUpdateWizard::DropStaged()
 {
-    if (!std::exchange(FHasStaged, false))
-        return;
-    try {
-        RemoveStaging(FParts.WebUpdate.Settings().ProgramFolder);
-    } catch (const TError&) {
-        // The next check removes it.
-    }
+    if (std::exchange(FHasStaged, false))
+        DropStaging(FParts.WebUpdate.Settings().ProgramFolder);
 }
 
 // ---- The pages
