@@ -124,7 +124,7 @@ void TMainForm::MakeCommands()
         { "General", "&Pick Color", "pick-color", [this] { btnPickColorClick(); }, MayStart,
             Qt::CTRL | Qt::Key_P },
         { "General", "Del All I&mages", "delete-all", [this] { aClearExecute(); }, MayClear, {} },
-        { "General", "Check &for Update", "check-update", [] {}, MayStart, {} },
+        { "General", "Check &for Update", "check-update", [this] { btnCheckUpdatesClick(); }, MayStart, {} },
         { "Output", "&Generate", "generate", [this] { aGenerateExecute(); }, MayGenerate,
             Qt::CTRL | Qt::Key_G },
         { "Output", "&Update Project", "update-project", [this] { aProjectExecute(); }, MayUpdateProject,
@@ -296,6 +296,14 @@ void TMainForm::aClearExecute()
 void TMainForm::btnPickColorClick()
 {
     FPicker.SetPickMode(btnPickColor->IsChecked());
+}
+
+// The update's log and downloads go to the current folder, which stays the program's own afterwards.
+void TMainForm::btnCheckUpdatesClick()
+{
+    QDir::setCurrent(FState.ProgramFolder);
+    if (FPrompts.RunUpdateWizard(QDir::cleanPath(FState.ProgramFolder)))
+        QApplication::closeAllWindows(); // as a user would: the settings are saved
 }
 
 void TMainForm::Picked(int color)

@@ -69,6 +69,7 @@ private:
     void aProjectExecute();
     void aClearExecute();
     void btnPickColorClick();
+    void btnCheckUpdatesClick();
     void tblProjectsAfterScroll();
     void ProjectChosen(qint64 id);
     void Picked(int color);

@@ -3,6 +3,11 @@
 #include "base/PathRules.h"
 #include "dialogs/AddProjFrm.h"
 #include "dialogs/ImageDlgFrm.h"
+#include "support/ExecutableResource.h"
+#include "support/InstallPlatform.h"
+#include "support/UpdateEngine.h"
+#include "support/UpdateHandOver.h"
+#include "support/UpdateWizard.h"
 
 #include <QMessageBox>
 
@@ -54,6 +59,19 @@ std::optional<QString> TWidgetPrompts::ChooseImage(const QString& startFolder)
     if (form.exec() != QDialog::Accepted)
         return std::nullopt;
     return form.SelectedFile;
+}
+
+// Both exist only while the wizard is shown.
+bool TWidgetPrompts::RunUpdateWizard(const QString& programFolder)
+{
+    TUpdateEngine WebUpdate1(LoadUpdateSettings(programFolder));
+    const QString executable = RunningExecutable();
+    TUpdateWizard WebUpdateWizard1(
+        { WebUpdate1, executable,
+            [&] { StartHelper(ExecutableResource("UPD"), programFolder, executable); } },
+        FWindow);
+    WebUpdateWizard1.exec();
+    return WebUpdateWizard1.EndsProgram();
 }
 
 } // namespace Corvadine

@@ -42,12 +42,19 @@ public:
         return std::exchange(Image, std::nullopt);
     }
 
+    bool RunUpdateWizard(const QString& programFolder) override
+    {
+        UpdatedFolder = programFolder;
+        return Yes;
+    }
+
     QStringList TakeShown() { return std::exchange(Shown, {}); }
 
     bool Yes = true;
     std::optional<QString> ProjectFile;
     std::optional<QString> Image;
     QString StartFolder;
+    QString UpdatedFolder;
     QStringList Shown;
 };
 
@@ -338,6 +345,21 @@ TEST_F(MainFormTest, PicksTheIconsColourFromEitherView)
     Click("Pick Color");
     QTest::mouseClick(launch, Qt::LeftButton, {}, QPoint(115, 2)); // the margin above a wide image
     EXPECT_EQ(FForm->tblProjects().Current().PickColor, -1);
+}
+
+TEST_F(MainFormTest, UpdateCheckRunsInTheProgramFolderAndMayEndTheProgram)
+{
+    const QString before = QDir::currentPath();
+    Start();
+    FPrompts.Yes = false;
+    Click("Check for Update");
+    EXPECT_EQ(FPrompts.UpdatedFolder, Path("program"));
+    EXPECT_EQ(QDir::currentPath(), QDir(Path("program")).canonicalPath());
+    EXPECT_TRUE(FForm->isVisible());
+    FPrompts.Yes = true;
+    Click("Check for Update");
+    EXPECT_FALSE(FForm->isVisible());
+    QDir::setCurrent(before);
 }
 
 TEST_F(MainFormTest, RunKeepsToItsProjectAndClosingEndsIt)

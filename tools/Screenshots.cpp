@@ -16,11 +16,11 @@
 #include <QApplication>
 #include <QDir>
 #include <QProgressBar>
+#include <QPushButton>
 #include <QScopeGuard>
 #include <QTemporaryDir>
 #include <QTimer>
 #include <QToolButton>
-#include <QTreeWidget>
 
 using namespace Corvadine;
 
