@@ -89,8 +89,7 @@ void TUpdateTransfer::Stop()
         return;
     QNetworkReply* const reply = std::exchange(FReply, nullptr);
     reply->disconnect(this);
-    reply->abort();
-    reply->deleteLater();
+    reply->deleteLater(); // ends it, too; Qt warns of errors that still are on their way after abort()
 }
 
 void TUpdateTransfer::Fetch(const QUrl& url)
