@@ -32,6 +32,7 @@ QNetworkRequest RequestFor(const QUrl& url, const TUpdateSettings& settings)
     request.setHeader(QNetworkRequest::UserAgentHeader, TUpdateSettings::Agent.toString());
     // Asked for by hand, so that Qt does not unpack: what is counted and hashed is what the server sends.
     request.setRawHeader("Accept-Encoding", "identity");
+    request.setRawHeader("Accept-Language", "*"); // otherwise the user's language is told
     request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::ManualRedirectPolicy);
     request.setAttribute(QNetworkRequest::CacheLoadControlAttribute, QNetworkRequest::AlwaysNetwork);
     request.setAttribute(QNetworkRequest::CacheSaveControlAttribute, false);
