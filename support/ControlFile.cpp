@@ -1,7 +1,6 @@
 #include "support/ControlFile.h"
 
 #include "base/Error.h"
-#include "support/AcceptedVersion.h"
 #include "support/FileHash.h"
 #include "support/IniText.h"
 #include "support/UpdateNames.h"
@@ -60,7 +59,7 @@ public:
 
     QString Version(const char* key) const
     {
-        const QString text = Text(key);
+        QString text = Text(key);
         if (!ParseVersion(text))
             throw Bad(key);
         return text;
@@ -70,7 +69,7 @@ public:
     {
         constexpr qsizetype HashBytes = 32;
         const QByteArray text = Text(key).toLatin1().toLower();
-        const QByteArray hash = QByteArray::fromHex(text);
+        QByteArray hash = QByteArray::fromHex(text);
         if (hash.size() != HashBytes || hash.toHex() != text) // fromHex() passes over what is no digit
             throw Bad(key);
         return hash;
@@ -233,14 +232,14 @@ bool IsNewRelease(const TControlFile& control, const TUpdateSettings& settings)
         throw TError(TErrorKind::BadInput,
             QStringLiteral("The update server's answer was valid until %1 only, and was not used")
                 .arg(control.ValidUntil.toString(TUpdateSettings::QtDateFormat)));
-    const QVersionNumber offered = ParseVersion(control.Version).value();
-    const QVersionNumber accepted = NewestAcceptedVersion(settings);
+    const TVersion offered = ParseVersion(control.Version).value();
+    const TVersion accepted = NewestAcceptedVersion(settings);
     if (offered < accepted)
         throw TError(TErrorKind::BadInput,
             QStringLiteral(
                 "The update server offers version %1, which is older than version %2 that is installed; "
                 "it was not used")
-                .arg(offered.toString(), accepted.toString()));
+                .arg(offered.Text(), accepted.Text()));
     if (offered == accepted || !control.Offered)
         return false;
     if (ParseVersion(settings.InstalledVersion) < control.OldestProgram)
@@ -259,7 +258,7 @@ bool IsForPlatform(const TControlEntry& entry, const TUpdateSettings& settings)
 
 namespace {
 
-bool IsNewer(const TControlEntry& entry, const QString& path, const QVersionNumber& accepted)
+bool IsNewer(const TControlEntry& entry, const QString& path, const TVersion& accepted)
 {
     const QFileInfo info(path);
     if (!info.exists())
@@ -279,7 +278,7 @@ bool IsNewer(const TControlEntry& entry, const QString& path, const QVersionNumb
 
 std::vector<std::size_t> NewerFiles(const TControlFile& control, const TUpdateSettings& settings)
 {
-    const QVersionNumber accepted = NewestAcceptedVersion(settings);
+    const TVersion accepted = NewestAcceptedVersion(settings);
     std::vector<std::size_t> newer;
     for (std::size_t i = 0; i < control.Files.size(); ++i) {
         const TControlEntry& entry = control.Files[i];

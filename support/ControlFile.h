@@ -1,12 +1,12 @@
 #pragma once
 
+#include "support/AcceptedVersion.h"
 #include "support/UpdateSettings.h"
 
 #include <QByteArray>
 #include <QDate>
 #include <QDateTime>
 #include <QString>
-#include <QVersionNumber>
 
 #include <cstddef>
 #include <vector>
@@ -46,11 +46,11 @@ struct TControlEntry {
 };
 
 struct TControlFile {
-    QString Version;              // of the release
-    QDateTime Date;               // UTC
-    QDate ValidUntil;             // the last day on which this file may be used, UTC
-    bool Offered = true;          // false: the publisher has withdrawn the release
-    QVersionNumber OldestProgram; // older programs cannot be updated to this release; may be null
+    QString Version;        // of the release
+    QDateTime Date;         // UTC
+    QDate ValidUntil;       // the last day on which this file may be used, UTC
+    bool Offered = true;    // false: the publisher has withdrawn the release
+    TVersion OldestProgram; // older ones cannot be updated to this release
     std::vector<TControlPackage> Packages;
     std::vector<TControlEntry> Files;
 };

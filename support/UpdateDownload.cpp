@@ -28,11 +28,12 @@ QString DownloadsFolder(const TUpdateSettings& settings)
 
 void RequireSpace(const QString& folder, qint64 bytes)
 {
+    constexpr qint64 BytesPerMegabyte = 1'000'000;
     const QStorageInfo storage(folder);
     if (storage.isValid() && storage.bytesAvailable() < bytes)
         throw TError(TErrorKind::Io,
             QStringLiteral("Cannot update: the update needs %1 MB of free space in %2")
-                .arg(bytes / (1024 * 1024) + 1)
+                .arg(bytes / BytesPerMegabyte + 1)
                 .arg(QDir::toNativeSeparators(folder)));
 }
 

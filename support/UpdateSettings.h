@@ -14,7 +14,7 @@ struct TUpdateLimits {
     std::chrono::milliseconds CheckTotal { 60'000 };       // for a whole check
     std::chrono::milliseconds DownloadTotal { 7'200'000 }; // for a whole download
     int Redirects = 5;                                     // per transfer
-    qint64 ControlFile = 256 * 1024;                       // bytes
+    qint64 ControlFile = 256LL * 1024;                     // bytes
     qint64 Package = 512LL * 1024 * 1024;                  // bytes of one download
     qint64 Installed = 1024LL * 1024 * 1024;               // bytes of all files of a release together
     int Files = 500;                                       // in a control file

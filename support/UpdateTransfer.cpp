@@ -32,6 +32,7 @@ QNetworkRequest RequestFor(const QUrl& url, const TUpdateSettings& settings)
     request.setHeader(QNetworkRequest::UserAgentHeader, TUpdateSettings::Agent.toString());
     // Asked for by hand, so that Qt does not unpack: what is counted and hashed is what the server sends.
     request.setRawHeader("Accept-Encoding", "identity");
+    request.setRawHeader("Accept-Language", "*"); // otherwise the user's language is told
     request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::ManualRedirectPolicy);
     request.setAttribute(QNetworkRequest::CacheLoadControlAttribute, QNetworkRequest::AlwaysNetwork);
     request.setAttribute(QNetworkRequest::CacheSaveControlAttribute, false);
@@ -89,8 +90,7 @@ void TUpdateTransfer::Stop()
         return;
     QNetworkReply* const reply = std::exchange(FReply, nullptr);
     reply->disconnect(this);
-    reply->abort();
-    reply->deleteLater();
+    reply->deleteLater(); // ends it, too; Qt warns of errors that still are on their way after abort()
 }
 
 void TUpdateTransfer::Fetch(const QUrl& url)

@@ -12,9 +12,9 @@ namespace Corvadine {
 struct TUpdateItem {
     QString Name; // relative to the program folder, with '/'
     QString Version;
-    QDateTime Date;  // UTC
-    qint64 Size = 0; // bytes once installed
-    QString Description;
+    QDateTime Date;         // UTC
+    qint64 Size = 0;        // bytes once installed
+    QString Description;    // plain text, never to be taken for markup
     bool Mandatory = false; // the user cannot leave it out
 };
 

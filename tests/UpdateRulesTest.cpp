@@ -64,18 +64,18 @@ TEST_F(UpdateRulesTest, TheNewestVersionEverAcceptedIsRemembered)
     TUpdateSettings settings;
     settings.ProgramFolder = Path({});
     settings.InstalledVersion = QStringLiteral("1.2.0");
-    const auto newest = [&] { return NewestAcceptedVersion(settings).toString().toStdString(); };
+    const auto newest = [&] { return NewestAcceptedVersion(settings).Text().toStdString(); };
     const QString record = Path(QStringLiteral("CorvadineUpdate.accepted"));
-    EXPECT_EQ(newest(), "1.2");
+    EXPECT_EQ(newest(), "1.2.0");
     RecordAcceptedVersion(settings.ProgramFolder, QStringLiteral("1.4.1"));
     RecordAcceptedVersion(settings.ProgramFolder, QStringLiteral("1.3"));
     EXPECT_EQ(newest(), "1.4.1");
     PutFile(record, "0.1\n");
-    EXPECT_EQ(newest(), "1.2") << "what is installed still counts";
+    EXPECT_EQ(newest(), "1.2.0") << "what is installed still counts";
     PutFile(record, QByteArray(100'000, '\0'));
-    EXPECT_EQ(newest(), "1.2");
+    EXPECT_EQ(newest(), "1.2.0");
     RecordAcceptedVersion(settings.ProgramFolder, QStringLiteral("1.3"));
-    EXPECT_EQ(newest(), "1.3");
+    EXPECT_EQ(newest(), "1.3.0");
 }
 
 TEST_F(UpdateRulesTest, AnAdministratorCanPointTheCheckElsewhere)
