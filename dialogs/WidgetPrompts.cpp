@@ -61,17 +61,17 @@ std::optional<QString> TWidgetPrompts::ChooseImage(const QString& startFolder)
     return form.SelectedFile;
 }
 
-// Both exist only while the wizard is shown.
+// Engine and wizard exist only while the wizard is shown.
 bool TWidgetPrompts::RunUpdateWizard(const QString& programFolder)
 {
-    TUpdateEngine WebUpdate1(LoadUpdateSettings(programFolder));
+    TUpdateEngine webUpdate(LoadUpdateSettings(programFolder));
+    webUpdate.setObjectName(QStringLiteral("WebUpdate1"));
     const QString executable = RunningExecutable();
-    TUpdateWizard WebUpdateWizard1(
-        { WebUpdate1, executable,
-            [&] { StartHelper(ExecutableResource("UPD"), programFolder, executable); } },
-        FWindow);
-    WebUpdateWizard1.exec();
-    return WebUpdateWizard1.EndsProgram();
+    const auto startHelper = [&] { StartHelper(ExecutableResource("UPD"), programFolder, executable); };
+    TUpdateWizard wizard({ webUpdate, executable, startHelper }, FWindow);
+    wizard.setObjectName(QStringLiteral("WebUpdateWizard1"));
+    wizard.exec();
+    return wizard.EndsProgram();
 }
 
 } // namespace Corvadine

@@ -64,7 +64,7 @@ THelperJob ParseHelperArguments(const QStringList& arguments)
     if (!parser.parse(QStringList(QString()) + arguments))
         throw TError(TErrorKind::Usage, parser.errorText());
     bool isNumber = false;
-    const THelperJob job { parser.value(ProgramOption), parser.value(StartOption),
+    THelperJob job { parser.value(ProgramOption), parser.value(StartOption),
         parser.value(WaitOption).toLongLong(&isNumber) };
     if (job.ProgramFolder.isEmpty() || job.Executable.isEmpty() || !isNumber || job.WaitFor <= 0)
         throw TError(TErrorKind::Usage,

@@ -154,13 +154,13 @@ TUpdateInstaller::TReplacement::TReplacement(const TUpdateInstaller& owner, cons
 {
     const QJsonObject object = QJsonDocument::fromJson(journal).object();
     FVersion = object.value(u"version").toString();
-    for (const QJsonValue& value : object.value(u"files").toArray()) {
+    for (const QJsonValue value : object.value(u"files").toArray()) {
         const QString target = CheckedTarget(value[u"target"].toString());
         CheckTargetOnDisk(owner.FProgramFolder, target);
         FEntries.push_back({ {}, target, value[u"size"].toInteger(),
             QByteArray::fromHex(value[u"sha256"].toString().toLatin1()), value[u"replaces"].toBool() });
     }
-    for (const QJsonValue& value : object.value(u"newFolders").toArray())
+    for (const QJsonValue value : object.value(u"newFolders").toArray())
         FNewFolders.append(CheckedTarget(value.toString()));
     if (FEntries.empty())
         throw TError(TErrorKind::BadInput, QStringLiteral("read"), Journal(),
@@ -284,7 +284,7 @@ void TUpdateInstaller::TReplacement::SyncFolders() const
             SyncToDisk(folder);
 }
 
-TUpdateInstaller::TUpdateInstaller(QString programFolder, const TUpdateLog& log)
+TUpdateInstaller::TUpdateInstaller(const QString& programFolder, const TUpdateLog& log)
     : FProgramFolder(QDir::cleanPath(programFolder)), FLog(log)
 {
 }

@@ -30,7 +30,7 @@ enum class TRecovery {
 class TUpdateInstaller {
 public:
     // Reports what it does to `log`, which must live longer.
-    TUpdateInstaller(QString programFolder, const TUpdateLog& log);
+    TUpdateInstaller(const QString& programFolder, const TUpdateLog& log);
 
     // Recovers first if need be, verifies size and SHA-256 of every staged file once more, replaces, records
     // the accepted version, and removes the staging folder. A replaced file's permissions are kept.

@@ -17,7 +17,7 @@ public:
 
     const QString& Path() const { return FPath; }
 
-    static constexpr qint64 LargestSize = 256 * 1024; // bytes
+    static constexpr qint64 LargestSize = 256LL * 1024; // bytes
 
 private:
     void DropOlderHalf() const;
