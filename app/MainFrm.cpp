@@ -302,7 +302,7 @@ void TMainForm::btnPickColorClick()
 void TMainForm::btnCheckUpdatesClick()
 {
     QDir::setCurrent(FState.ProgramFolder);
-    if (FPrompts.RunUpdateWizard(QDir::cleanPath(FState.ProgramFolder)))
+    if (FCheckForUpdates(this, QDir::cleanPath(FState.ProgramFolder)))
         QApplication::closeAllWindows(); // as a user would: the settings are saved
 }
 

@@ -6,14 +6,17 @@
 #include "app/MainState.h"
 #include "app/SourceIntake.h"
 #include "app/WindowRun.h"
+#include "app/WindowUpdate.h"
 #include "images/ColorPicker.h"
 #include "store/ProjectStore.h"
 #include "store/ProjectsTable.h"
 
 #include <QMainWindow>
 
+#include <functional>
 #include <memory>
 #include <optional>
+#include <utility>
 
 namespace Corvadine {
 
@@ -40,6 +43,12 @@ public:
     // Rebuilds the generation list from what the editors and the launch view show. Throws TError when an
     // option has no value.
     void BuildGenList();
+
+    // For tests, in place of CheckForUpdates().
+    void SetUpdateCheck(std::function<bool(QWidget*, const QString&)> check)
+    {
+        FCheckForUpdates = std::move(check);
+    }
 
     const TMainState& State() const { return FState; }
     const TMainControls& Controls() const { return FControls; }
@@ -86,6 +95,7 @@ private:
     TMainState FState;
     QString FRememberedProject;
     bool FClosesAfterRun = false;
+    std::function<bool(QWidget*, const QString&)> FCheckForUpdates = CheckForUpdates;
     std::unique_ptr<TProjectStore> FStore;
     TProjectsTable FTable;
     TMainControls FControls;

@@ -28,9 +28,6 @@ public:
     // The image picker, starting in `startFolder` if that is an existing folder: the chosen file's full path;
     // nothing if cancelled.
     virtual std::optional<QString> ChooseImage(const QString& startFolder) = 0;
-
-    // The update wizard, for the program in `programFolder`. True when an update waits for the program to end.
-    virtual bool RunUpdateWizard(const QString& programFolder) = 0;
 };
 
 } // namespace Corvadine

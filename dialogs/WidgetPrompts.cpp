@@ -3,11 +3,6 @@
 #include "base/PathRules.h"
 #include "dialogs/AddProjFrm.h"
 #include "dialogs/ImageDlgFrm.h"
-#include "support/ExecutableResource.h"
-#include "support/InstallPlatform.h"
-#include "support/UpdateEngine.h"
-#include "support/UpdateHandOver.h"
-#include "support/UpdateWizard.h"
 
 #include <QMessageBox>
 
@@ -59,19 +54,6 @@ std::optional<QString> TWidgetPrompts::ChooseImage(const QString& startFolder)
     if (form.exec() != QDialog::Accepted)
         return std::nullopt;
     return form.SelectedFile;
-}
-
-// Engine and wizard exist only while the wizard is shown.
-bool TWidgetPrompts::RunUpdateWizard(const QString& programFolder)
-{
-    TUpdateEngine webUpdate(LoadUpdateSettings(programFolder));
-    webUpdate.setObjectName(QStringLiteral("WebUpdate1"));
-    const QString executable = RunningExecutable();
-    const auto startHelper = [&] { StartHelper(ExecutableResource("UPD"), programFolder, executable); };
-    TUpdateWizard wizard({ webUpdate, executable, startHelper }, FWindow);
-    wizard.setObjectName(QStringLiteral("WebUpdateWizard1"));
-    wizard.exec();
-    return wizard.EndsProgram();
 }
 
 } // namespace Corvadine

@@ -20,7 +20,6 @@ public:
     bool Confirm(const QString& text) override;
     std::optional<QString> ChooseProjectFile() override;
     std::optional<QString> ChooseImage(const QString& startFolder) override;
-    bool RunUpdateWizard(const QString& programFolder) override;
 
 private:
     QWidget* FWindow = nullptr;

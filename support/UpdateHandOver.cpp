@@ -80,10 +80,13 @@ void StartHelper(const QByteArray& cabinet, const QString& programFolder, const 
     WriteFileAtomically(helper, Unpack(cabinetFile, name));
     QFile::remove(cabinetFile);
     QFile::setPermissions(helper, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-    const THelperJob job { programFolder, executable, QCoreApplication::applicationPid() };
-    if (!QProcess::startDetached(helper, HelperArguments(job), folder.path()))
-        throw TError(TErrorKind::Io, QStringLiteral("start the update helper"), helper,
-            QStringLiteral("the system refused"));
+    QProcess process;
+    process.setProgram(helper);
+    process.setArguments(HelperArguments({ programFolder, executable, QCoreApplication::applicationPid() }));
+    process.setWorkingDirectory(programFolder);
+    if (!process.startDetached())
+        throw TError(
+            TErrorKind::Io, QStringLiteral("start the update helper"), helper, process.errorString());
     folder.setAutoRemove(false); // the helper removes it
 }
 

@@ -331,9 +331,9 @@ void TUpdateInstaller::Replace(const TStagedUpdate& update, const QString& execu
 
 TRecovery TUpdateInstaller::Recover()
 {
-    const QString oldFolder = OldFolderOf(FProgramFolder);
-    if (!FolderExists(oldFolder))
+    if (!IsRecoveryDue(FProgramFolder))
         return TRecovery::NotNeeded;
+    const QString oldFolder = OldFolderOf(FProgramFolder);
     const QString journal = oldFolder + u'/' + JournalName;
     if (!FileExists(journal)) { // killed before it began, or after it had ended
         QDir(oldFolder).removeRecursively();
@@ -361,9 +361,14 @@ void DropStaging(const QString& programFolder)
     }
 }
 
+bool IsRecoveryDue(const QString& programFolder)
+{
+    return FolderExists(OldFolderOf(programFolder));
+}
+
 TRecovery RecoverUpdate(const QString& programFolder)
 {
-    if (!FolderExists(OldFolderOf(programFolder)))
+    if (!IsRecoveryDue(programFolder))
         return TRecovery::NotNeeded;
     constexpr int PatienceMilliseconds = 20'000;
     const TUpdateLock lock(programFolder, PatienceMilliseconds);

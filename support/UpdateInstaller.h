@@ -55,6 +55,9 @@ private:
     const TUpdateLog& FLog;
 };
 
+// Whether an Install() was cut off, or could not put everything back, so that a recovery has something to do.
+bool IsRecoveryDue(const QString& programFolder);
+
 // Recovery for the start of the program, before it loads anything that an update may have replaced: one test
 // of existence when there is nothing to do. Waits a while for another process that is about to install.
 // Throws TError as Recover() does, and TError(Conflict) when that process does not come to its end.

@@ -297,9 +297,12 @@ void TUpdateWizard::Fail(const QString& step, const QString& text)
 {
     if (!step.isEmpty())
         FLog.Write(step, QStringLiteral("failed. %1").arg(text));
+    const QString state = IsRecoveryDue(FParts.WebUpdate.Settings().ProgramFolder)
+        ? QStringLiteral("Please close Corvadine and start it again.")
+        : QStringLiteral("Nothing of Corvadine was changed.");
     ShowNote(QStringLiteral("The update did not work"),
-        QStringLiteral("%1\n\nNothing of Corvadine was changed. What was done so far is in\n%2")
-            .arg(AsSentence(text), QDir::toNativeSeparators(FLog.Path())));
+        QStringLiteral("%1\n\n%2 What was done so far is in\n%3")
+            .arg(AsSentence(text), state, QDir::toNativeSeparators(FLog.Path())));
 }
 
 void TUpdateWizard::Cancelled()

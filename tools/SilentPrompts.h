@@ -15,7 +15,6 @@ public:
     bool Confirm(const QString&) override { return true; }
     std::optional<QString> ChooseProjectFile() override { return {}; }
     std::optional<QString> ChooseImage(const QString&) override { return {}; }
-    bool RunUpdateWizard(const QString&) override { return false; }
 };
 
 } // namespace Corvadine
