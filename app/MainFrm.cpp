@@ -55,9 +55,10 @@ TMainForm::TMainForm(const QString& programFolder, TPrompts& prompts)
     : FPrompts(prompts)
     , FControls(MakeMainControls(*this, FTable, [this](const QString& text) { FPrompts.ShowError(text); }))
     , FIntake({ FTable, *FControls.ImageEnViewIcon, *FControls.ImageEnViewSplash, *FControls.MView, prompts,
-          FState, [this] { BuildGenList(); } })
+          FState, [this] { FRun.Leave(); }, [this] { BuildGenList(); } })
     , FRun({ *FControls.MView, *FControls.PB, *FControls.dxRibbon1, prompts, FState,
-          [this] { BuildGenList(); }, [this] { return TakeJob(); } })
+          [this] { return FTable.Current().OutputFolder; }, [this] { BuildGenList(); },
+          [this] { return TakeJob(); } })
     , FPicker(FControls.ImageEnViewIcon, FControls.ImageEnViewSplash, this)
 {
     FState.ProgramFolder = WithTrailingDelimiter(programFolder);
@@ -148,7 +149,6 @@ void TMainForm::Connect()
         return [this, method](auto&&... arguments) { Guarded([&] { (this->*method)(arguments...); }); };
     };
     FTable.SetDeleteConfirmation([this] { return FPrompts.Confirm(QStringLiteral("Delete Project?")); });
-    connect(&FTable, &TProjectsTable::CurrentChanged, this, guarded(&TMainForm::tblProjectsAfterScroll));
     connect(FControls.cbProjects, &TProjectLookup::ValueChosen, this, guarded(&TMainForm::ProjectChosen));
     connect(FControls.btnRemoveIcon, &QToolButton::clicked, this,
         [this] { Guarded([this] { FIntake.RemoveIcon(); }); });
@@ -176,18 +176,27 @@ void TMainForm::ShowVersion()
 
 void TMainForm::ApplyContentColor()
 {
-    const QColor color = ContentColor(palette());
-    FControls.ImageEnViewIcon->SetContentColor(color);
-    FControls.ImageEnViewSplash->SetContentColor(color);
-    FControls.MView->SetContentColor(color);
+    TakeContentColor();
     FControls.ImageEnViewIcon->Clear();
     FControls.ImageEnViewSplash->Clear();
 }
 
+void TMainForm::TakeContentColor()
+{
+    const QColor color = ContentColor(palette());
+    FControls.ImageEnViewIcon->SetContentColor(color);
+    FControls.ImageEnViewSplash->SetContentColor(color);
+    FControls.MView->SetContentColor(color);
+}
+
 void TMainForm::OpenStore()
 {
-    FStore = std::make_unique<TProjectStore>(OwnFile(ProjectDatabaseName));
+    constexpr std::chrono::seconds Patience { 1 }; // the window stands still while the database is locked
+    FStore = std::make_unique<TProjectStore>(OwnFile(ProjectDatabaseName), Patience);
     FTable.Open(*FStore);
+    connect(&FTable, &TProjectsTable::CurrentChanged, this,
+        [this] { Guarded([this] { tblProjectsAfterScroll(); }); });
+    tblProjectsAfterScroll(); // here, where an error ends the start-up, which it could not out of a signal
 }
 
 void TMainForm::EnsureBackupFolder()
@@ -254,9 +263,7 @@ void TMainForm::AddProject(const QString& projectFile)
 
 void TMainForm::aGenerateExecute()
 {
-    Guarded([this] {
-        FRun.Execute(FTable.Current().OutputFolder);
-    }); // an error is shown before the window closes
+    Guarded([this] { FRun.Execute(); }); // an error is shown before the window closes
     if (FClosesAfterRun)
         close();
 }
@@ -319,9 +326,10 @@ void TMainForm::ProjectChosen(qint64 id)
 
 void TMainForm::BuildGenList()
 {
-    const TGenSettings settings = JobOf(ProjectAsShown()).Settings;
-    const QImage& launch = FControls.ImageEnViewSplash->Image();
-    FState.GenList = Corvadine::BuildGenList(settings.Platforms, settings.TwoxSize, launch.size());
+    const TProject project = ProjectAsShown();
+    FState.GenList.clear(); // also if there can be no new one
+    FState.GenList = Corvadine::BuildGenList(
+        PlatformsOf(project), TwoxSizeOf(project), FControls.ImageEnViewSplash->Image().size());
 }
 
 TOutputRenderer TMainForm::TakeJob() const
@@ -348,8 +356,7 @@ TProject TMainForm::ProjectAsShown() const
 
 void TMainForm::tblProjectsAfterScroll()
 {
-    FRun.Leave();
-    Guarded([this] { FIntake.ShowCurrentProject(); });
+    FIntake.ShowCurrentProject();
 }
 
 void TMainForm::SaveSettings()
@@ -411,6 +418,14 @@ void TMainForm::closeEvent(QCloseEvent* event)
     if (FClosesAfterRun)
         FRun.Stop(); // after the image it is at
     event->setAccepted(!FClosesAfterRun);
+}
+
+// The user may change between light and dark while the program runs.
+void TMainForm::changeEvent(QEvent* event)
+{
+    QMainWindow::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange)
+        TakeContentColor();
 }
 
 // As a copy: a move would let the file manager delete its file.

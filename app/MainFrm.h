@@ -55,6 +55,7 @@ public:
     TProjectsTable& tblProjects() { return FTable; }
 
 protected:
+    void changeEvent(QEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
     void dragEnterEvent(QDragEnterEvent* event) override;
     void dropEvent(QDropEvent* event) override;
@@ -65,6 +66,7 @@ private:
 
     void ShowVersion();
     void ApplyContentColor();
+    void TakeContentColor();
     void OpenStore();
     void EnsureBackupFolder();
     void ReadSettings();

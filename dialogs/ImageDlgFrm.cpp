@@ -18,6 +18,7 @@
 #include <QTimer>
 #include <QToolButton>
 #include <QVBoxLayout>
+#include <QtConcurrent>
 
 #include <utility>
 
@@ -74,6 +75,7 @@ TImageDlgForm::TImageDlgForm(QWidget* owner, const QString& startFolder)
         cxShellListView1, &TShellListView::ItemSelected, this, &TImageDlgForm::cxShellListView1SelectItem);
     connect(
         cxShellListView1, &TShellListView::ItemExecuted, this, &TImageDlgForm::cxShellListView1ExecuteItem);
+    connect(&FPreview, &QFutureWatcher<QImage>::finished, this, &TImageDlgForm::PreviewDecoded);
     ShellBreadCrumb->SetPath(ExistingFolder(startFolder).value_or(QDir::homePath()));
     cxShellListView1->setFocus();
     new TIdleUpdate(this, [this] {
@@ -202,14 +204,21 @@ void TImageDlgForm::SchedulePreview()
 {
     if (std::exchange(FPreviewIsDue, true))
         return;
-    QTimer::singleShot(0, this, &TImageDlgForm::ShowPreview);
+    QTimer::singleShot(0, this, &TImageDlgForm::StartPreview);
 }
 
-void TImageDlgForm::ShowPreview()
+// In the background, since a large picture takes a second; one at a time, since it may also take the memory.
+void TImageDlgForm::StartPreview()
 {
-    FPreviewIsDue = false;
-    if (FSelectedIsImage)
-        cxImage1->SetImage(LoadPreview(SelectedFile, cxImage1->size() * devicePixelRatio()));
+    if (FPreview.isRunning() || !std::exchange(FPreviewIsDue, false) || !FSelectedIsImage)
+        return;
+    FPreview.setFuture(QtConcurrent::run(LoadPreview, SelectedFile, cxImage1->size() * devicePixelRatio()));
+}
+
+void TImageDlgForm::PreviewDecoded()
+{
+    cxImage1->SetImage(FPreview.result());
+    StartPreview(); // of the file that was selected meanwhile, if any
 }
 
 } // namespace Corvadine
