@@ -39,7 +39,7 @@ public:
     // whether they are in it or not. Ends in Downloaded, Failed or Cancelled. Once it has ended in Downloaded
     // the engine holds the TUpdateLock until it is destroyed or a step begins, so that the files can be put
     // into place undisturbed. REQUIRES: the last Check() ended in Checked with items, not IsBusy(), indices
-    // in range.
+    // in range, and something to download.
     void Download(const std::vector<std::size_t>& chosen);
 
     // Ends the running step with Cancelled; does nothing when none runs.
