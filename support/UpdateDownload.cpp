@@ -3,6 +3,7 @@
 #include "base/Files.h"
 
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QStorageInfo>
 
@@ -78,7 +79,9 @@ void TUpdateDownload::PrepareFolders()
     RequireSpace(FSettings.ProgramFolder, needed);
 
     const QString staging = StagingFolderOf(FSettings.ProgramFolder);
-    if (!QDir().mkdir(staging, OwnerOnly))
+    // In two steps, since mkdir() with permissions would make a folder on Windows whose files stay closed to
+    // others also after they were moved out of it.
+    if (!QDir().mkdir(staging) || !QFile::setPermissions(staging, OwnerOnly))
         throw TError(TErrorKind::Io, QStringLiteral("update the program in"),
             QDir::toNativeSeparators(FSettings.ProgramFolder),
             QStringLiteral("the folder cannot be written"));

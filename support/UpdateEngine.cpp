@@ -72,6 +72,7 @@ void TUpdateEngine::Download(const std::vector<std::size_t>& chosen)
         if (offer.Control.Files[offer.Newer[i]].Mandatory
             || std::find(chosen.begin(), chosen.end(), i) != chosen.end())
             files.push_back(offer.Newer[i]);
+    assert(!files.empty());
     auto* const download = new TUpdateDownload(FSettings, FState->Manager, offer, std::move(files));
     Begin(download);
     connect(download, &TUpdateTask::Progress, this, &TUpdateEngine::Progress);

@@ -21,8 +21,7 @@ class TUpdateTask;
 //
 // Asynchronous on its own thread, which needs an event loop. A call returns at once, and exactly one of its
 // final signals follows from the event loop, never from within the call. All texts are one sentence for
-// people. A slot must not delete the engine (deleteLater() is fine); it may start the next step. What is
-// virtual is so for those who stand in for the network.
+// people. A slot must not delete the engine (deleteLater() is fine); it may start the next step.
 class TUpdateEngine : public QObject {
     Q_OBJECT
 
@@ -33,21 +32,21 @@ public:
 
     // Fetches and verifies the control file and compares it with the program folder. Ends in Checked, Failed
     // or Cancelled. Also removes what an earlier run that was killed has left in the staging folder, unless
-    // somebody holds the TUpdateLock. REQUIRES: not IsBusy().
+    // somebody holds the TUpdateLock. REQUIRES: not IsBusy(). Virtual for who stands in for the network.
     virtual void Check();
 
     // Downloads those of the last Checked() items whose indices are in `chosen`; mandatory ones come along
     // whether they are in it or not. Ends in Downloaded, Failed or Cancelled. Once it has ended in Downloaded
     // the engine holds the TUpdateLock until it is destroyed or a step begins, so that the files can be put
     // into place undisturbed. REQUIRES: the last Check() ended in Checked with items, not IsBusy(), indices
-    // in range.
-    virtual void Download(const std::vector<std::size_t>& chosen);
+    // in range, and something to download.
+    void Download(const std::vector<std::size_t>& chosen);
 
     // Ends the running step with Cancelled; does nothing when none runs.
-    virtual void Cancel();
+    void Cancel();
 
     // Whether a step runs: its final signal has not been emitted.
-    virtual bool IsBusy() const;
+    bool IsBusy() const;
 
     const TUpdateSettings& Settings() const;
 

@@ -32,7 +32,7 @@ TEST(UpdateNamesTest, OnlyNamesInsideTheProgramFolderAreAccepted)
         EXPECT_THAT(ErrorOf([&] { CheckedTarget(QString::fromLatin1(name)); }), HasSubstr("Cannot accept"))
             << name;
     EXPECT_THAT(ErrorOf([] { CheckedTarget(QString(201, u'a')); }), HasSubstr("too long"));
-    EXPECT_THAT(ErrorOf([] { CheckedTarget(QStringLiteral("a\u202Efdp.exe")); }), HasSubstr("\"a?fdp.exe\""));
+    EXPECT_THAT(ErrorOf([] { CheckedTarget("a\u202Efdp.exe"); }), HasSubstr("\"a?fdp.exe\""));
     EXPECT_THAT(ErrorOf([] { CheckedTarget(QString(QChar(u'\0')) + u'a'); }), HasSubstr("not allowed"));
 }
 
@@ -40,17 +40,16 @@ TEST(IniTextTest, IsReadStrictly)
 {
     const TIniText text(
         "\xef\xbb\xbf; remark\r\n[Update]\r\n Key = a=b \r\nempty=\n\n[other]\nkey=\xc3\xbc", "x");
-    EXPECT_EQ(text.Value("update", "key"), QStringLiteral("a=b"));
+    EXPECT_EQ(text.Value("update", "key"), "a=b");
     EXPECT_EQ(text.Value("update", "empty"), QString());
-    EXPECT_EQ(text.Value("other", "key"), QStringLiteral("ü"));
+    EXPECT_EQ(text.Value("other", "key"), "ü");
     EXPECT_FALSE(text.Value("other", "empty") || text.Value("third", "key"));
 
     for (const QByteArray& bytes : { QByteArray("key=1"), QByteArray("[a]\nkey"), QByteArray("[a]\n=1"),
              QByteArray("[a]\nkey=1\nKEY=2"), QByteArray("[a]\n[A]"), QByteArray("[a]\nkey=\x01"),
              QByteArray("[a]\nkey=\xff"), QByteArray("[a]\nkey=1\rkey=2"), QByteArray("[a]\nk\0=1", 8),
              QByteArray("[a"), "[a]\nkey=" + QByteArray(5000, 'x'), QByteArray(30'000, '\n') })
-        EXPECT_THAT(
-            ErrorOf([&] { TIniText(bytes, QStringLiteral("the list")); }), HasSubstr("Cannot read the list"));
+        EXPECT_THAT(ErrorOf([&] { TIniText(bytes, "the list"); }), HasSubstr("Cannot read the list"));
 }
 
 TEST_F(UpdateRulesTest, TheNewestVersionEverAcceptedIsRemembered)
@@ -58,30 +57,30 @@ TEST_F(UpdateRulesTest, TheNewestVersionEverAcceptedIsRemembered)
     for (const char* text :
         { "", "1", "1.", "1..2", "1.2.3.4.5", "1.2-beta", "-1.2", "123456.1", " 1.2", "1.2\n" })
         EXPECT_FALSE(ParseVersion(QString::fromLatin1(text))) << text;
-    EXPECT_EQ(ParseVersion(QStringLiteral("1.2")), ParseVersion(QStringLiteral("01.2.0.0")));
-    EXPECT_LT(ParseVersion(QStringLiteral("1.9.9")), ParseVersion(QStringLiteral("1.10")));
+    EXPECT_EQ(ParseVersion("1.2"), ParseVersion("01.2.0.0"));
+    EXPECT_LT(ParseVersion("1.9.9"), ParseVersion("1.10"));
 
     TUpdateSettings settings;
     settings.ProgramFolder = Path({});
-    settings.InstalledVersion = QStringLiteral("1.2.0");
+    settings.InstalledVersion = "1.2.0";
     const auto newest = [&] { return NewestAcceptedVersion(settings).Text().toStdString(); };
-    const QString record = Path(QStringLiteral("CorvadineUpdate.accepted"));
+    const QString record = Path("CorvadineUpdate.accepted");
     EXPECT_EQ(newest(), "1.2.0");
-    RecordAcceptedVersion(settings.ProgramFolder, QStringLiteral("1.4.1"));
-    RecordAcceptedVersion(settings.ProgramFolder, QStringLiteral("1.3"));
+    RecordAcceptedVersion(settings.ProgramFolder, "1.4.1");
+    RecordAcceptedVersion(settings.ProgramFolder, "1.3");
     EXPECT_EQ(newest(), "1.4.1");
     PutFile(record, "0.1\n");
     EXPECT_EQ(newest(), "1.2.0") << "what is installed still counts";
     PutFile(record, QByteArray(100'000, '\0'));
     EXPECT_EQ(newest(), "1.2.0");
-    RecordAcceptedVersion(settings.ProgramFolder, QStringLiteral("1.3"));
+    RecordAcceptedVersion(settings.ProgramFolder, "1.3");
     EXPECT_EQ(newest(), "1.3.0");
 }
 
 TEST_F(UpdateRulesTest, AnAdministratorCanPointTheCheckElsewhere)
 {
     const QString folder = Path({});
-    const QString file = Path(QStringLiteral("CorvadineUpdate.ini"));
+    const QString file = Path("CorvadineUpdate.ini");
     const QByteArray key(32, 'k');
     const TUpdateSettings built = LoadUpdateSettings(folder);
     EXPECT_EQ(built.Url.scheme(), u"https");

@@ -7,6 +7,7 @@
 #include <QDirIterator>
 #include <QEventLoop>
 #include <QProcess>
+#include <QRandomGenerator>
 #include <QSslConfiguration>
 #include <QSslKey>
 #include <QSslSocket>
@@ -20,16 +21,21 @@ namespace {
 
 const QString TlsFolder = QStringLiteral(CORVADINE_TEST_DATA "/tls/");
 
+// What make-update prints.
+QByteArray Run(const QStringList& arguments)
+{
+    QProcess tool;
+    tool.start(QStringLiteral(CORVADINE_MAKE_UPDATE), arguments);
+    EXPECT_TRUE(tool.waitForFinished() && tool.exitCode() == 0) << tool.readAllStandardError().toStdString();
+    return tool.readAllStandardOutput();
+}
+
 // One for all tests of a process, in a folder that goes with it.
 struct TKeyPair {
     TKeyPair()
     {
-        QProcess tool;
-        tool.start(QStringLiteral(CORVADINE_MAKE_UPDATE), { QStringLiteral("key"), Path });
-        EXPECT_TRUE(tool.waitForFinished() && tool.exitCode() == 0)
-            << tool.readAllStandardError().toStdString();
-        Public = QByteArray::fromBase64(tool.readAllStandardOutput().trimmed());
-        const QByteArray seed = QByteArray::fromBase64(FileBytes(Path).trimmed());
+        Public = QByteArray::fromBase64(Run({ "key", Path }));
+        const QByteArray seed = QByteArray::fromBase64(FileBytes(Path));
         QByteArray ignored(crypto_sign_PUBLICKEYBYTES, '\0');
         Secret.resize(crypto_sign_SECRETKEYBYTES);
         crypto_sign_seed_keypair(Unsigned(ignored), Unsigned(Secret), Unsigned(seed));
@@ -45,7 +51,7 @@ struct TKeyPair {
     }
 
     QTemporaryDir Folder;
-    QString Path = Folder.filePath(QStringLiteral("secret.key"));
+    QString Path = Folder.filePath("secret.key");
     QByteArray Public;
     QByteArray Secret;
 };
@@ -73,8 +79,8 @@ TAnswer RedirectTo(const QString& url)
 TUpdateServer::TUpdateServer(const QString& certificate)
 {
     QSslConfiguration tls = QSslConfiguration::defaultConfiguration();
-    tls.setLocalCertificate(QSslCertificate(FileBytes(TlsFolder + certificate + QStringLiteral(".pem"))));
-    tls.setPrivateKey(QSslKey(FileBytes(TlsFolder + certificate + QStringLiteral(".key")), QSsl::Ec));
+    tls.setLocalCertificate(QSslCertificate(FileBytes(TlsFolder + certificate + ".pem")));
+    tls.setPrivateKey(QSslKey(FileBytes(TlsFolder + certificate + ".key"), QSsl::Ec));
     FServer.setSslConfiguration(tls);
     EXPECT_TRUE(FServer.listen(QHostAddress::LocalHost));
     connect(&FServer, &QTcpServer::pendingConnectionAvailable, this, [this] {
@@ -101,6 +107,10 @@ void TUpdateServer::Answer(QSslSocket& socket)
         socket.disconnectFromHost();
         return;
     }
+    if (answer->DripMilliseconds > 0) {
+        Drip(socket, *answer);
+        return;
+    }
     socket.write(answer->Bytes);
     if (answer->Then == TThen::Close)
         socket.disconnectFromHost();
@@ -114,17 +124,39 @@ void TUpdateServer::Answer(QSslSocket& socket)
     }
 }
 
+void TUpdateServer::Drip(QSslSocket& socket, const TAnswer& answer)
+{
+    auto* const timer = new QTimer(&socket);
+    const qsizetype piece = answer.Bytes.size() / 10 + 1;
+    connect(timer, &QTimer::timeout, &socket, [&socket, piece, left = answer.Bytes]() mutable {
+        socket.write(left.left(piece));
+        left.remove(0, piece);
+        if (left.isEmpty())
+            socket.disconnectFromHost();
+    });
+    timer->start(answer.DripMilliseconds);
+}
+
+void RunMakeUpdate(const QStringList& arguments)
+{
+    Run(arguments + QStringList { "--key", Keys().Path });
+}
+
 TUpdateRelease::TUpdateRelease(const QString& folder, const QString& version, const QStringList& arguments)
 {
     const QTemporaryDir output;
-    QProcess tool;
-    tool.start(QStringLiteral(CORVADINE_MAKE_UPDATE),
-        QStringList { QStringLiteral("release"), QStringLiteral("--key"), Keys().Path,
-            QStringLiteral("--output"), output.path(), QStringLiteral("--date"),
-            QStringLiteral("22/11/2020 14:30"), QStringLiteral("--days"), QStringLiteral("36500"),
-            QStringLiteral("--version"), version, QStringLiteral("--files"), folder }
-            + arguments);
-    EXPECT_TRUE(tool.waitForFinished() && tool.exitCode() == 0) << tool.readAllStandardError().toStdString();
+    RunMakeUpdate(QStringList { "release", "--output", output.path(), "--date", "22/11/2020 14:30", "--days",
+                      "36500", "--version", version, "--files", folder }
+        + arguments);
+    Files = FolderContent(output.path());
+}
+
+void TUpdateRelease::Renew(const QStringList& arguments)
+{
+    const QTemporaryDir output;
+    for (auto file = Files.cbegin(); file != Files.cend(); ++file)
+        PutFile(output.filePath(file.key()), file.value());
+    RunMakeUpdate(QStringList { "renew", "--output", output.path() } + arguments);
     Files = FolderContent(output.path());
 }
 
@@ -155,7 +187,7 @@ void TUpdateRelease::ReplacePackage(const QByteArray& bytes)
 void TUpdateRelease::PutOn(TUpdateServer& server) const
 {
     for (auto file = Files.cbegin(); file != Files.cend(); ++file)
-        server.Put(QStringLiteral("/Corvadine/") + file.key(), Ok(file.value()));
+        server.Put("/Corvadine/" + file.key(), Ok(file.value()));
 }
 
 QByteArray TUpdateRelease::PublicKey()
@@ -163,15 +195,55 @@ QByteArray TUpdateRelease::PublicKey()
     return Keys().Public;
 }
 
+const QByteArray& NewProgram()
+{
+    static const QByteArray Bytes = [] {
+        QByteArray bytes(200 * 1024, '\0');
+        QRandomGenerator random(1);
+        for (char& byte : bytes)
+            byte = static_cast<char>(random.generate());
+        return bytes;
+    }();
+    return Bytes;
+}
+
+TUpdateRelease MakeRelease(const QString& version, const QStringList& arguments)
+{
+    const QTemporaryDir folder;
+    const QString program = folder.filePath("corvadine");
+    QDir(folder.path()).mkdir("presets");
+    PutFile(program, NewProgram());
+    QFile::setPermissions(program, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    PutFile(folder.filePath("Corvadine.chm"), NewHelp);
+    PutFile(folder.filePath("presets/colours.txt"), NewPresets);
+    return { folder.path(), version, arguments };
+}
+
+TUpdateRelease Release()
+{
+    static const TUpdateRelease Made =
+        MakeRelease("1.1.0", { "--by-version", "corvadine", "--optional", "*.chm" });
+    return Made;
+}
+
+void PutOldFiles(const QString& programFolder)
+{
+    QDir().mkpath(programFolder + "/presets");
+    PutFile(programFolder + "/corvadine", "old program");
+    PutFile(programFolder + "/Corvadine.chm", "old help");
+    PutFile(programFolder + "/presets/colours.txt", "old presets");
+    PutFile(programFolder + "/Corvadine.db", "database");
+}
+
 TUpdateSettings TestUpdateSettings(const TUpdateServer& server, const QString& programFolder)
 {
     TUpdateSettings settings;
     settings.Url = server.Url();
     settings.PublicKey = TUpdateRelease::PublicKey();
-    settings.CaCertificates = FileBytes(TlsFolder + QStringLiteral("authority.pem"));
+    settings.CaCertificates = FileBytes(TlsFolder + "authority.pem");
     settings.ProgramFolder = programFolder;
-    settings.InstalledVersion = QStringLiteral("1.0.0");
-    settings.Platform = QStringLiteral("linux-x86_64");
+    settings.InstalledVersion = "1.0.0";
+    settings.Platform = "linux-x86_64";
     settings.Limits.Stall = std::chrono::milliseconds(1000);
     settings.Limits.CheckTotal = std::chrono::seconds(10);
     settings.Limits.DownloadTotal = std::chrono::seconds(10);

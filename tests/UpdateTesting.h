@@ -24,6 +24,7 @@ enum class TThen { Close, Stall, SendForEver };
 struct TAnswer {
     QByteArray Bytes; // headers and body as they go over the line
     TThen Then = TThen::Close;
+    int DripMilliseconds = 0; // other than 0: between every tenth of the bytes
 };
 
 TAnswer Ok(const QByteArray& body);
@@ -33,7 +34,7 @@ TAnswer RedirectTo(const QString& url);
 class TUpdateServer : public QObject {
 public:
     // With the certificate tests/data/tls/CERTIFICATE.pem.
-    explicit TUpdateServer(const QString& certificate = QStringLiteral("localhost"));
+    explicit TUpdateServer(const QString& certificate = "localhost");
 
     void Put(const QString& path, const TAnswer& answer) { FAnswers[path] = answer; }
     // `https://localhost:PORT` and the path.
@@ -43,11 +44,15 @@ public:
 
 private:
     void Answer(QSslSocket& socket);
+    void Drip(QSslSocket& socket, const TAnswer& answer);
 
     QSslServer FServer;
     QHash<QString, TAnswer> FAnswers;
     QStringList FRequests;
 };
+
+// Runs tools/make-update with the tests' key for `--key`.
+void RunMakeUpdate(const QStringList& arguments);
 
 // What tools/make-update puts on a server, by file name, with a key pair made for the tests. It can be
 // tampered with and signed again.
@@ -58,9 +63,9 @@ public:
 
     QMap<QString, QByteArray> Files;
 
-    QByteArray& Control() { return Files[QStringLiteral("Corvadine.INF")]; }
-    QByteArray& Signature() { return Files[QStringLiteral("Corvadine.INF.sig")]; }
-    QByteArray& Package() { return Files[QStringLiteral("Corvadine.CAB")]; }
+    QByteArray& Control() { return Files["Corvadine.INF"]; }
+    QByteArray& Signature() { return Files["Corvadine.INF.sig"]; }
+    QByteArray& Package() { return Files["Corvadine.CAB"]; }
 
     // Replaces all of `from`, which must be there, in the control file.
     void Replace(const QByteArray& from, const QByteArray& to);
@@ -68,9 +73,26 @@ public:
     // Another package, with its true size and hash in the control file, signed again.
     void ReplacePackage(const QByteArray& bytes);
     void PutOn(TUpdateServer& server) const;
+    // What `make-update renew` makes of it.
+    void Renew(const QStringList& arguments);
 
     static QByteArray PublicKey();
 };
+
+// A new program that hardly packs, a help file that packs well, and a file in a folder.
+const QByteArray& NewProgram();
+inline const QByteArray NewHelp(400 * 1024, 'h');
+inline const QByteArray NewPresets = "new presets";
+
+// A release of these three: "corvadine", "Corvadine.chm", "presets/colours.txt".
+TUpdateRelease MakeRelease(const QString& version, const QStringList& arguments = {});
+// Version 1.1.0, made once: the program by version, the others by checksum, the help optional.
+TUpdateRelease Release();
+inline const QString PackageUrlPath = "/Corvadine/Corvadine.CAB";
+inline const QByteArray OkHeaders = "HTTP/1.1 200 OK\r\n\r\n";
+
+// A program folder with old files of these names and a database.
+void PutOldFiles(const QString& programFolder);
 
 // Settings for a program of version 1.0.0 on "linux-x86_64" in `programFolder`, with limits that make a test
 // fast.

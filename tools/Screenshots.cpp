@@ -91,7 +91,6 @@ public:
                 { "Corvadine.chm", "1.1.0", date, 1'240'000, {}, true },
                 { "samples/Demo/launch.png", "1.1.0", date, 310'000, {}, false } });
     }
-    bool IsBusy() const override { return false; }
 };
 
 void TakeUpdateWizard(const TPhotographer& photographer, QWidget& form, const QString& programFolder)
