@@ -141,8 +141,7 @@ void TUpdateWizard::LayOut()
 QWidget* TUpdateWizard::MakeNotePage()
 {
     auto* page = new QWidget(this);
-    Note->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
-    Note->setFocusPolicy(Qt::NoFocus);
+    Note->setTextInteractionFlags(Qt::TextSelectableByMouse); // of an error, to be passed on
     Note->setAlignment(Qt::AlignTop | Qt::AlignLeft);
     ProgressBar->setAccessibleName(QStringLiteral("Progress"));
     ProgressBar->setTextVisible(false);

@@ -59,12 +59,12 @@ protected:
             .PutOn(FServer);
     }
 
-    TUpdateWizard& Open()
+    TUpdateWizard& Open(QWidget* owner = nullptr)
     {
         FWizard.reset();
         FEngine = std::make_unique<TUpdateEngine>(TestUpdateSettings(FServer, FProgram));
         FWizard = std::make_unique<TUpdateWizard>(
-            TUpdateWizard::TParts { *FEngine, Program("corvadine"), [this] { FStartHelper(); } }, nullptr);
+            TUpdateWizard::TParts { *FEngine, Program("corvadine"), [this] { FStartHelper(); } }, owner);
         FWizard->show();
         return *FWizard;
     }
@@ -135,8 +135,12 @@ protected:
 TEST_F(UpdateWizardTest, OffersWhatIsNewerAndReplacesDataInPlace)
 {
     Publish(false);
-    TUpdateWizard& wizard = Open();
+    QWidget window;
+    window.setGeometry(60, 40, 700, 500);
+    window.show();
+    TUpdateWizard& wizard = Open(&window);
     EXPECT_EQ(wizard.windowTitle(), "Corvadine Update");
+    EXPECT_LT((wizard.geometry().center() - window.geometry().center()).manhattanLength(), 40);
     EXPECT_EQ(wizard.Heading->text(), "Looking for a newer version") << "without a click";
     ASSERT_TRUE(Shows("A newer version is available"));
     ASSERT_EQ(wizard.News->topLevelItemCount(), 2);
@@ -159,6 +163,7 @@ TEST_F(UpdateWizardTest, OffersWhatIsNewerAndReplacesDataInPlace)
     EXPECT_THAT(Log(), HasSubstr("Replace Corvadine.chm: done"));
     Click(wizard.btnCancel);
     EXPECT_FALSE(wizard.isVisible());
+    FWizard.reset(); // before its window
 
     Open();
     EXPECT_TRUE(Shows("Corvadine is up to date"));
