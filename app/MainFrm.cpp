@@ -128,7 +128,7 @@ void TMainForm::MakeCommands()
         { "General", "&Pick Color", "pick-color", [this] { btnPickColorClick(); }, MayStart,
             Qt::CTRL | Qt::Key_P },
         { "General", "Del All I&mages", "delete-all", [this] { aClearExecute(); }, MayClear, {} },
-        { "General", "Check &for Update", "check-update", [] {}, MayStart, {} },
+        { "General", "Check &for Update", "check-update", [this] { btnCheckUpdatesClick(); }, MayStart, {} },
         { "Output", "&Generate", "generate", [this] { aGenerateExecute(); }, MayGenerate,
             Qt::CTRL | Qt::Key_G },
         { "Output", "&Update Project", "update-project", [this] { aProjectExecute(); }, MayUpdateProject,
@@ -337,6 +337,14 @@ void TMainForm::btnHelpClick()
 {
     if (FState.HelpRouter != nullptr)
         FState.HelpRouter->HelpCommand(THelpRouter::ContentsCommand, 0);
+}
+
+// The update's log and downloads go to the current folder, which stays the program's own afterwards.
+void TMainForm::btnCheckUpdatesClick()
+{
+    QDir::setCurrent(FState.ProgramFolder);
+    if (FCheckForUpdates(this, QDir::cleanPath(FState.ProgramFolder)))
+        QApplication::closeAllWindows(); // as a user would: the settings are saved
 }
 
 void TMainForm::Picked(int color)

@@ -6,14 +6,17 @@
 #include "app/MainState.h"
 #include "app/SourceIntake.h"
 #include "app/WindowRun.h"
+#include "app/WindowUpdate.h"
 #include "images/ColorPicker.h"
 #include "store/ProjectStore.h"
 #include "store/ProjectsTable.h"
 
 #include <QMainWindow>
 
+#include <functional>
 #include <memory>
 #include <optional>
+#include <utility>
 
 namespace Corvadine {
 
@@ -43,6 +46,12 @@ public:
 
     // Opens the help at a numbered topic; does nothing when there is no help to be had.
     void HelpContext(int topic);
+
+    // For tests, in place of CheckForUpdates().
+    void SetUpdateCheck(std::function<bool(QWidget*, const QString&)> check)
+    {
+        FCheckForUpdates = std::move(check);
+    }
 
     const TMainState& State() const { return FState; }
     const TMainControls& Controls() const { return FControls; }
@@ -77,6 +86,7 @@ private:
     void aF1HelpExecute();
     void btnHelpClick();
     void btnPickColorClick();
+    void btnCheckUpdatesClick();
     void tblProjectsAfterScroll();
     void ProjectChosen(qint64 id);
     void Picked(int color);
@@ -93,6 +103,7 @@ private:
     TMainState FState;
     QString FRememberedProject;
     bool FClosesAfterRun = false;
+    std::function<bool(QWidget*, const QString&)> FCheckForUpdates = CheckForUpdates;
     std::unique_ptr<TProjectStore> FStore;
     TProjectsTable FTable;
     TMainControls FControls;

@@ -340,6 +340,24 @@ TEST_F(MainFormTest, PicksTheIconsColourFromEitherView)
     EXPECT_EQ(FForm->tblProjects().Current().PickColor, -1);
 }
 
+TEST_F(MainFormTest, UpdateCheckRunsInTheProgramFolderAndMayEndTheProgram)
+{
+    const QString before = QDir::currentPath();
+    Start();
+    QStringList folders;
+    FForm->SetUpdateCheck([&](const QWidget*, const QString& programFolder) {
+        folders.append(programFolder);
+        return folders.size() == 2;
+    });
+    Click("Check for Update");
+    EXPECT_EQ(QDir::currentPath(), QDir(Path("program")).canonicalPath());
+    EXPECT_TRUE(FForm->isVisible());
+    Click("Check for Update");
+    EXPECT_FALSE(FForm->isVisible()) << "the helper waits";
+    EXPECT_EQ(folders, QStringList({ Path("program"), Path("program") }));
+    QDir::setCurrent(before);
+}
+
 TEST_F(MainFormTest, RunKeepsToItsProjectAndClosingEndsIt)
 {
     Start();
