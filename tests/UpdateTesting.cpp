@@ -62,6 +62,12 @@ const TKeyPair& Keys()
     return Pair;
 }
 
+// With the tests' key for `--key`.
+void RunMakeUpdate(const QStringList& arguments)
+{
+    Run(arguments + QStringList { "--key", Keys().Path });
+}
+
 } // namespace
 
 TAnswer Ok(const QByteArray& body)
@@ -135,11 +141,6 @@ void TUpdateServer::Drip(QSslSocket& socket, const TAnswer& answer)
             socket.disconnectFromHost();
     });
     timer->start(answer.DripMilliseconds);
-}
-
-void RunMakeUpdate(const QStringList& arguments)
-{
-    Run(arguments + QStringList { "--key", Keys().Path });
 }
 
 TUpdateRelease::TUpdateRelease(const QString& folder, const QString& version, const QStringList& arguments)
