@@ -245,9 +245,9 @@ TUpdateSettings TestUpdateSettings(const TUpdateServer& server, const QString& p
     settings.ProgramFolder = programFolder;
     settings.InstalledVersion = "1.0.0";
     settings.Platform = "linux-x86_64";
-    settings.Limits.Stall = std::chrono::milliseconds(1000);
-    settings.Limits.CheckTotal = std::chrono::seconds(10);
-    settings.Limits.DownloadTotal = std::chrono::seconds(10);
+    settings.Limits.Stall = std::chrono::seconds(8);
+    settings.Limits.CheckTotal = std::chrono::seconds(20);
+    settings.Limits.DownloadTotal = std::chrono::seconds(20);
     return settings;
 }
 
