@@ -33,10 +33,10 @@ std::optional<TVersion> Recorded(const QString& programFolder)
 
 } // namespace
 
-QString TVersion::Text() const
+QString VersionText(const TVersion& version)
 {
-    const QString text = QStringLiteral("%1.%2.%3").arg(Numbers[0]).arg(Numbers[1]).arg(Numbers[2]);
-    return Numbers[3] == 0 ? text : QStringLiteral("%1.%2").arg(text).arg(Numbers[3]);
+    const QString text = QStringLiteral("%1.%2.%3").arg(version[0]).arg(version[1]).arg(version[2]);
+    return version[3] == 0 ? text : QStringLiteral("%1.%2").arg(text).arg(version[3]);
 }
 
 std::optional<TVersion> ParseVersion(const QString& text)
@@ -44,8 +44,8 @@ std::optional<TVersion> ParseVersion(const QString& text)
     static const QRegularExpression Form(QStringLiteral("\\A[0-9]{1,5}(\\.[0-9]{1,5}){1,3}\\z"));
     if (!Form.match(text).hasMatch())
         return {};
-    TVersion version;
-    auto number = version.Numbers.begin();
+    TVersion version {};
+    auto number = version.begin();
     for (const QStringView digits : QStringView(text).split(u'.'))
         *number++ = digits.toInt();
     return version;
@@ -57,7 +57,7 @@ TVersion NewestAcceptedVersion(const TUpdateSettings& settings)
     if (!installed)
         throw TError(TErrorKind::BadInput,
             QStringLiteral("Cannot check for updates: \"%1\" is no version").arg(settings.InstalledVersion));
-    return std::max(*installed, Recorded(settings.ProgramFolder).value_or(TVersion()));
+    return std::max(*installed, Recorded(settings.ProgramFolder).value_or(TVersion {}));
 }
 
 void RecordAcceptedVersion(const QString& programFolder, const QString& version)

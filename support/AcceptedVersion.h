@@ -3,7 +3,6 @@
 #include <QString>
 
 #include <array>
-#include <compare>
 #include <optional>
 
 namespace Corvadine {
@@ -11,14 +10,10 @@ namespace Corvadine {
 struct TUpdateSettings;
 
 // "1.2.3.4"; numbers that are not there are zero, so 1.2 is 1.2.0.
-struct TVersion {
-    std::array<int, 4> Numbers {};
+using TVersion = std::array<int, 4>;
 
-    // With three numbers, or four if the last one is not zero.
-    QString Text() const;
-
-    friend auto operator<=>(const TVersion&, const TVersion&) = default;
-};
+// With three numbers, or four if the last one is not zero.
+QString VersionText(const TVersion& version);
 
 // Reads two to four numbers below 100000. Empty for every other text.
 std::optional<TVersion> ParseVersion(const QString& text);

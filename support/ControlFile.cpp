@@ -239,7 +239,7 @@ bool IsNewRelease(const TControlFile& control, const TUpdateSettings& settings)
             QStringLiteral(
                 "The update server offers version %1, which is older than version %2 that is installed; "
                 "it was not used")
-                .arg(offered.Text(), accepted.Text()));
+                .arg(VersionText(offered), VersionText(accepted)));
     if (offered == accepted || !control.Offered)
         return false;
     if (ParseVersion(settings.InstalledVersion) < control.OldestProgram)

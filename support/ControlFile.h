@@ -46,11 +46,11 @@ struct TControlEntry {
 };
 
 struct TControlFile {
-    QString Version;        // of the release
-    QDateTime Date;         // UTC
-    QDate ValidUntil;       // the last day on which this file may be used, UTC
-    bool Offered = true;    // false: the publisher has withdrawn the release
-    TVersion OldestProgram; // older ones cannot be updated to this release
+    QString Version;           // of the release
+    QDateTime Date;            // UTC
+    QDate ValidUntil;          // the last day on which this file may be used, UTC
+    bool Offered = true;       // false: the publisher has withdrawn the release
+    TVersion OldestProgram {}; // older ones cannot be updated to this release
     std::vector<TControlPackage> Packages;
     std::vector<TControlEntry> Files;
 };

@@ -66,12 +66,6 @@ void Keep(const QString& file, const QString& kept)
     SyncToDisk(kept);
 }
 
-bool IsSameFile(const QString& left, const QString& right)
-{
-    std::error_code error;
-    return std::filesystem::equivalent(SystemPath(left), SystemPath(right), error) && !error;
-}
-
 // Those folders on the way to `target` that are still missing, the outermost first.
 QStringList MissingFolders(const QString& programFolder, const QString& target)
 {
@@ -144,9 +138,10 @@ TUpdateInstaller::TReplacement::TReplacement(
             if (!FNewFolders.contains(folder))
                 FNewFolders.append(folder);
     }
-    // A process that was started in the middle is the old program then, and undoing suits it.
+    const QFileInfo program(executable);
+    // The program last: one that is started in the middle is the old one then, and undoing suits it.
     std::stable_partition(FEntries.begin(), FEntries.end(),
-        [&](const TEntry& entry) { return !IsSameFile(InProgram(entry.Target), executable); });
+        [&](const TEntry& entry) { return QFileInfo(InProgram(entry.Target)) != program; });
 }
 
 TUpdateInstaller::TReplacement::TReplacement(const TUpdateInstaller& owner, const QByteArray& journal)

@@ -12,10 +12,16 @@
 
 namespace Corvadine {
 
+namespace {
+
+constexpr std::size_t BlockBytes = 65'536;
+
+} // namespace
+
 // The archive's bytes, read through QFile, which opens every path on every system.
 struct TPackageExtractor::TInput {
     QFile File;
-    std::array<char, 64 * 1024> Block {};
+    std::array<char, BlockBytes> Block {};
 
     static la_ssize_t Read(::archive* archive, void* self, const void** block)
     {
@@ -76,7 +82,7 @@ TPackageExtractor::~TPackageExtractor()
 
 bool TPackageExtractor::Step()
 {
-    constexpr qint64 BytesPerStep = 1024 * 1024;
+    constexpr qint64 BytesPerStep = 1'048'576;
     if (!FOutput.isOpen())
         return NextEntry();
     for (const qint64 limit = FWritten + BytesPerStep; FWritten < limit;)
@@ -103,8 +109,7 @@ bool TPackageExtractor::NextEntry()
         throw Damaged(path, FArchive);
     const char* name = archive_entry_pathname(entry);
     FEntry = CheckedTarget(QString::fromLatin1(name ? name : ""));
-    if (archive_entry_filetype(entry) != AE_IFREG || archive_entry_hardlink(entry)
-        || archive_entry_symlink(entry))
+    if (archive_entry_filetype(entry) != AE_IFREG || archive_entry_hardlink(entry))
         throw Unexpected(path, QStringLiteral("%1 is not a regular file").arg(FEntry));
     if (!FPlan.Known.contains(FEntry))
         throw Unexpected(path, QStringLiteral("the publisher's list does not name %1").arg(FEntry));
@@ -125,7 +130,7 @@ bool TPackageExtractor::NextEntry()
 // Copies some bytes of the entry; false at its end.
 bool TPackageExtractor::CopyBlock()
 {
-    std::array<char, 64 * 1024> block; // NOLINT(cppcoreguidelines-pro-type-member-init): filled by the read
+    std::array<char, BlockBytes> block; // NOLINT(cppcoreguidelines-pro-type-member-init): filled by the read
     const la_ssize_t count = archive_read_data(FArchive, block.data(), block.size());
     if (count < 0)
         throw Damaged(FInput->File.fileName(), FArchive);

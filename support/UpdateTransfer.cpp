@@ -13,7 +13,7 @@ namespace Corvadine {
 
 namespace {
 
-constexpr qint64 ReadBufferBytes = 64 * 1024;
+constexpr qint64 ReadBufferBytes = 65'536;
 
 QSslConfiguration TlsConfiguration(const TUpdateSettings& settings)
 {

@@ -14,6 +14,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <functional>
 #include <optional>
 
@@ -145,6 +146,16 @@ std::function<void(TScene&)> Answered(const QString& path, const TAnswer& answer
     return [=](TScene& scene) { scene.Instead[path] = answer; };
 }
 
+constexpr std::chrono::milliseconds ShortTime { 700 };
+
+std::function<void(TScene&)> Stalled(const QString& path, const QByteArray& bytes)
+{
+    return [=](TScene& scene) {
+        scene.Instead[path] = { bytes, TThen::Stall };
+        scene.Settings.Limits.Stall = ShortTime;
+    };
+}
+
 const std::string NotSigned = "is not signed by Corvadine's publisher";
 const std::string BadName = "Cannot accept the file name";
 const QString ControlPath = TUpdateSettings::ControlFilePath;
@@ -201,13 +212,12 @@ std::vector<TAttack> AttacksOnTheLine()
         { "an endless redirect", "is not secure",
             Answered(ControlPath,
                 { "HTTP/1.1 301 Gone\r\nLocation: http://localhost/\r\n\r\n", TThen::SendForEver }) },
-        { "silence", "does not answer any more", Answered(ControlPath, { {}, TThen::Stall }) },
-        { "a package that stalls", "does not answer any more",
-            Answered(PackageUrlPath, { OkHeaders + "MSCF", TThen::Stall }) },
+        { "silence", "does not answer any more", Stalled(ControlPath, {}) },
+        { "a package that stalls", "does not answer any more", Stalled(PackageUrlPath, OkHeaders + "MSCF") },
         { "an answer that takes too long", "takes too long",
             [](TScene& s) {
                 s.Instead[ControlPath] = { OkHeaders, TThen::Stall };
-                s.Settings.Limits.CheckTotal = s.Settings.Limits.Stall / 2;
+                s.Settings.Limits.CheckTotal = ShortTime;
             } },
         { "another length announced", "which is not its size", Answered(PackageUrlPath, Ok("MSCF")) },
         { "less than was announced", "the connection too early",

@@ -80,10 +80,10 @@ TEST_F(UpdateEngineTest, ASlowDownloadIsNotAStalledOne)
 {
     TUpdateServer server;
     TUpdateSettings settings = TestUpdateSettings(server, Program());
-    settings.Limits.Stall = std::chrono::milliseconds(400);
+    settings.Limits.Stall = std::chrono::milliseconds(900);
     Release().PutOn(server);
     TAnswer slow = Ok(Release().Package());
-    slow.DripMilliseconds = 60; // ten times
+    slow.DripMilliseconds = 120; // ten times
     server.Put(PackageUrlPath, slow);
     TUpdateEngine engine(settings);
     ASSERT_EQ(RunCheck(engine).Items.size(), 3);

@@ -10,7 +10,7 @@ using ::testing::HasSubstr;
 
 namespace {
 
-using UpdateRulesTest = TFolderTest;
+class UpdateRulesTest : public TFolderTest { };
 
 } // namespace
 
@@ -63,7 +63,7 @@ TEST_F(UpdateRulesTest, TheNewestVersionEverAcceptedIsRemembered)
     TUpdateSettings settings;
     settings.ProgramFolder = Path({});
     settings.InstalledVersion = "1.2.0";
-    const auto newest = [&] { return NewestAcceptedVersion(settings).Text().toStdString(); };
+    const auto newest = [&] { return VersionText(NewestAcceptedVersion(settings)).toStdString(); };
     const QString record = Path("CorvadineUpdate.accepted");
     EXPECT_EQ(newest(), "1.2.0");
     RecordAcceptedVersion(settings.ProgramFolder, "1.4.1");

@@ -62,6 +62,12 @@ const TKeyPair& Keys()
     return Pair;
 }
 
+// With the tests' key for `--key`.
+void RunMakeUpdate(const QStringList& arguments)
+{
+    Run(arguments + QStringList { "--key", Keys().Path });
+}
+
 } // namespace
 
 TAnswer Ok(const QByteArray& body)
@@ -135,11 +141,6 @@ void TUpdateServer::Drip(QSslSocket& socket, const TAnswer& answer)
             socket.disconnectFromHost();
     });
     timer->start(answer.DripMilliseconds);
-}
-
-void RunMakeUpdate(const QStringList& arguments)
-{
-    Run(arguments + QStringList { "--key", Keys().Path });
 }
 
 TUpdateRelease::TUpdateRelease(const QString& folder, const QString& version, const QStringList& arguments)
@@ -244,9 +245,9 @@ TUpdateSettings TestUpdateSettings(const TUpdateServer& server, const QString& p
     settings.ProgramFolder = programFolder;
     settings.InstalledVersion = "1.0.0";
     settings.Platform = "linux-x86_64";
-    settings.Limits.Stall = std::chrono::milliseconds(1000);
-    settings.Limits.CheckTotal = std::chrono::seconds(10);
-    settings.Limits.DownloadTotal = std::chrono::seconds(10);
+    settings.Limits.Stall = std::chrono::seconds(8);
+    settings.Limits.CheckTotal = std::chrono::seconds(20);
+    settings.Limits.DownloadTotal = std::chrono::seconds(20);
     return settings;
 }
 

@@ -51,9 +51,6 @@ private:
     QStringList FRequests;
 };
 
-// Runs tools/make-update with the tests' key for `--key`.
-void RunMakeUpdate(const QStringList& arguments);
-
 // What tools/make-update puts on a server, by file name, with a key pair made for the tests. It can be
 // tampered with and signed again.
 class TUpdateRelease {
