@@ -3,6 +3,13 @@
 option(CORVADINE_WARNINGS_AS_ERRORS "Treat compiler warnings as errors" OFF)
 set(CORVADINE_SANITIZE "" CACHE STRING "Sanitizers for every target, as -fsanitize= takes them")
 
+# Code for one operating system stands in twin files behind one header; this is how their names end.
+if(WIN32)
+    set(CORVADINE_SYSTEM Windows)
+else()
+    set(CORVADINE_SYSTEM Posix)
+endif()
+
 function(corvadine_set_flags target)
     target_compile_features(${target} PUBLIC cxx_std_20)
     set_target_properties(${target} PROPERTIES CXX_EXTENSIONS OFF)
