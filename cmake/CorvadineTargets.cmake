@@ -37,12 +37,24 @@ function(corvadine_add_library name)
     corvadine_set_flags(${name})
 endfunction()
 
+# corvadine_add_program(NAME DESCRIPTION file...): an executable; on Windows with icon, version and manifest.
+function(corvadine_add_program target description)
+    add_executable(${target} ${ARGN})
+    corvadine_set_flags(${target})
+    if(WIN32)
+        set(resources ${CMAKE_CURRENT_BINARY_DIR}/${target}.rc)
+        configure_file(${PROJECT_SOURCE_DIR}/cmake/corvadine.rc.in ${resources} @ONLY)
+        target_sources(${target} PRIVATE ${resources})
+        set_source_files_properties(${resources} PROPERTIES OBJECT_DEPENDS
+            "${PROJECT_SOURCE_DIR}/app/corvadine.ico;${PROJECT_SOURCE_DIR}/cmake/corvadine.manifest")
+    endif()
+endfunction()
+
 # corvadine_add_test(NAME library...): the test tests/NAME.cpp, linked with just the libraries it tests.
 function(corvadine_add_test name)
-    add_executable(${name} ${name}.cpp)
+    corvadine_add_program(${name} "Test" ${name}.cpp)
     target_link_libraries(${name} PRIVATE ${ARGN} corvadine_testing)
     set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/tests)
-    corvadine_set_flags(${name})
     add_test(NAME ${name} COMMAND ${name})
     set_tests_properties(${name} PROPERTIES TIMEOUT 300)
 endfunction()
