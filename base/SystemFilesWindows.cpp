@@ -43,7 +43,7 @@ std::error_code MakeFolders(const QString& path)
         return {};
     DWORD error = ::GetLastError();
     const QString parent = QFileInfo(path).absolutePath();
-    if (error == ERROR_PATH_NOT_FOUND && !QFileInfo::exists(parent)) {
+    if (!QFileInfo::exists(parent) && !QDir(parent).isRoot()) {
         if (const std::error_code parentError = MakeFolders(parent))
             return parentError;
         error = ::CreateDirectoryW(SystemPath(path).c_str(), nullptr) ? ERROR_SUCCESS : ::GetLastError();

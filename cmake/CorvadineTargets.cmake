@@ -62,4 +62,7 @@ endfunction()
 # corvadine_add_widget_test(NAME library...): the same for a test of widgets, on the offscreen platform.
 function(corvadine_add_widget_test name)
     corvadine_add_test(${name} corvadine_widget_testing ${ARGN})
+    if(TARGET Qt6::QOffscreenIntegrationPlugin) # a static Qt, which only brings the system's own along
+        qt_import_plugins(${name} INCLUDE Qt6::QOffscreenIntegrationPlugin)
+    endif()
 endfunction()

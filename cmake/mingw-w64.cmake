@@ -32,5 +32,9 @@ set(QT_HOST_PATH /usr CACHE PATH "Where Qt for this machine is installed")
 set(QT_HOST_PATH_CMAKE_DIR /usr/lib/${CMAKE_HOST_SYSTEM_PROCESSOR}-linux-gnu/cmake CACHE PATH
     "Where its CMake packages are")
 
+# GCC takes for granted here that an inline function clobbers just the registers that this file's own copy of it does.
+# But the linker keeps one of all copies, perhaps that of a library compiled with other options.
+set(CMAKE_CXX_FLAGS_INIT "-fno-ipa-ra")
+
 # One file that needs nothing beside it; compiler runtime included.
 set(CMAKE_EXE_LINKER_FLAGS_INIT "-static")

@@ -3,6 +3,7 @@
 #include "base/Error.h"
 
 #include <QByteArray>
+#include <QDir>
 #include <QString>
 #include <QTemporaryDir>
 
@@ -24,8 +25,8 @@ namespace Corvadine::Testing {
 // A test in an empty folder that is removed afterwards.
 class TFolderTest : public ::testing::Test {
 protected:
-    // Absolute path of `name` in the test's folder.
-    QString Path(const QString& name) const { return FFolder.filePath(name); }
+    // Absolute path of `name` in the test's folder, as the system spells it.
+    QString Path(const QString& name) const { return QDir::toNativeSeparators(FFolder.filePath(name)); }
 
 private:
     QTemporaryDir FFolder;
