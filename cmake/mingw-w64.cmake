@@ -36,5 +36,5 @@ set(QT_HOST_PATH_CMAKE_DIR /usr/lib/${CMAKE_HOST_SYSTEM_PROCESSOR}-linux-gnu/cma
 # But the linker keeps one of all copies, perhaps that of a library compiled with other options.
 set(CMAKE_CXX_FLAGS_INIT "-fno-ipa-ra")
 
-# One file that needs nothing beside it; compiler runtime included.
-set(CMAKE_EXE_LINKER_FLAGS_INIT "-static")
+# One file that needs nothing beside it, compiler runtime included, and that is the same each time it is built.
+set(CMAKE_EXE_LINKER_FLAGS_INIT "-static -Wl,--no-insert-timestamp")

@@ -4,6 +4,7 @@
 
 #include <QByteArray>
 #include <QDir>
+#include <QRegularExpression>
 #include <QString>
 #include <QTemporaryDir>
 
@@ -31,6 +32,15 @@ protected:
 private:
     QTemporaryDir FFolder;
 };
+
+// Whether the whole text matches a regular expression, in which a full stop stands for a line break as well.
+// GoogleTest's own matcher understands no more than a few signs on some systems.
+MATCHER_P(Matches, pattern, "matches " + ::testing::PrintToString(pattern)) // NOLINT(*-naming)
+{
+    const QRegularExpression expression(QRegularExpression::anchoredPattern(QString::fromUtf8(pattern)),
+        QRegularExpression::DotMatchesEverythingOption);
+    return expression.match(QString::fromStdString(arg)).hasMatch();
+}
 
 // Writes or reads a whole file, failing the test when the system refuses.
 void PutFile(const QString& path, const QByteArray& bytes);
