@@ -13,6 +13,7 @@
 #include "app/Theme.h"
 #include "app/WindowPlacement.h"
 #include "base/Error.h"
+#include "base/FileVersion.h"
 #include "base/Files.h"
 #include "base/PathRules.h"
 #include "dialogs/CommandIcons.h"
@@ -179,7 +180,7 @@ void TMainForm::Connect()
 void TMainForm::ShowVersion()
 {
     // The file version has four parts; users know three of them.
-    QString version = QStringLiteral(CORVADINE_FILE_VERSION);
+    QString version = FileVersion();
     version.chop(2);
     setWindowTitle(QStringLiteral("%1 (%2)").arg(DesignedCaption, version));
 }

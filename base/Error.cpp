@@ -1,7 +1,5 @@
 #include "base/Error.h"
 
-#include <system_error>
-
 namespace Corvadine {
 
 TError::TError(TErrorKind kind, const QString& text)
@@ -15,9 +13,15 @@ TError::TError(TErrorKind kind, const QString& attempt, const QString& file, con
     FReason = reason;
 }
 
-QString SystemErrorText(int errorNumber)
+QString SystemErrorText(const std::error_code& error)
 {
-    return QString::fromStdString(std::generic_category().message(errorNumber));
+    // Qt knows the text as Unicode; the standard library has it in whatever code page is the system's.
+    const bool isSystems = error.category() == std::system_category();
+    QString text =
+        (isSystems ? qt_error_string(error.value()) : QString::fromStdString(error.message())).trimmed();
+    if (text.endsWith(u'.'))
+        text.chop(1);
+    return text;
 }
 
 } // namespace Corvadine

@@ -3,6 +3,7 @@
 #include <QString>
 
 #include <stdexcept>
+#include <system_error>
 
 namespace Corvadine {
 
@@ -36,7 +37,9 @@ private:
     QString FReason;
 };
 
-// The text of the operating system for `errorNumber` (a value of errno), without a final full stop.
-QString SystemErrorText(int errorNumber);
+// The operating system's text for `error`, without a final full stop. Of std::system_category() are the
+// numbers that its own calls give (errno, or Windows' GetLastError()), of std::generic_category() those of
+// the C library.
+QString SystemErrorText(const std::error_code& error);
 
 } // namespace Corvadine

@@ -2,12 +2,11 @@
 
 #include "base/Error.h"
 #include "base/StagedFile.h"
+#include "base/SystemFiles.h"
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-
-#include <filesystem>
 
 namespace Corvadine {
 
@@ -58,10 +57,9 @@ void CreateFolder(const QString& path)
         return;
     if (FileExists(path))
         throw TError(TErrorKind::Io, attempt, path, QStringLiteral("a file of that name is in the way"));
-    std::error_code error; // QDir::mkpath() keeps the reason to itself
-    std::filesystem::create_directories(QFileInfo(path).filesystemAbsoluteFilePath(), error);
+    const std::error_code error = MakeFolders(path);
     if (!FolderExists(path))
-        throw TError(TErrorKind::Io, attempt, path, SystemErrorText(error.value()));
+        throw TError(TErrorKind::Io, attempt, path, SystemErrorText(error));
 }
 
 TNewFolder::TNewFolder(const QString& path)

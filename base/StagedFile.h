@@ -3,6 +3,8 @@
 #include <QByteArray>
 #include <QString>
 
+#include <memory>
+
 namespace Corvadine {
 
 // The new content of one file, written beside it and synced, but not yet under its name.
@@ -10,6 +12,10 @@ namespace Corvadine {
 // after a crash or a kill. Without Commit() nothing ever changes: the destructor drops the staged content.
 // A symbolic link is followed, not replaced; permissions (and, where allowed, the owner) of an existing file
 // are kept. Several files can be staged first and committed together. Movable, not copyable; no thread rule.
+//
+// Windows replaces a file by renaming twice. Should the power fail in between, the old content is complete
+// beside the new under the file's name with ".XXXXXXXX.old" at its end. A file that another program holds
+// open there is waited for, up to a second, and then refused.
 class TStagedFile {
 public:
     // Throws TError(Io) when the folder or file is not writable, also when the file is marked read-only.
@@ -22,14 +28,8 @@ public:
     void Commit();
 
 private:
-    explicit TStagedFile(const QString& path);
-    void WriteAndSync(const QByteArray& bytes);
-    void CopyAttributesOfTarget();
-
-    QString FPath;         // as the caller named it, for messages
-    QByteArray FTarget;    // the file to replace, links followed, in the file system's encoding
-    QByteArray FTemporary; // name of the staged file; empty while it has none
-    int FDescriptor = -1;
+    class TSystemFile; // one for each operating system
+    std::unique_ptr<TSystemFile> FFile;
 };
 
 } // namespace Corvadine

@@ -12,7 +12,6 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
-#include <utility>
 
 namespace Corvadine {
 
@@ -20,7 +19,8 @@ namespace {
 
 TError WriteError(const QString& path, int errorNumber)
 {
-    return { TErrorKind::Io, QStringLiteral("write"), path, SystemErrorText(errorNumber) };
+    return { TErrorKind::Io, QStringLiteral("write"), path,
+        SystemErrorText({ errorNumber, std::system_category() }) };
 }
 
 QByteArray FollowLinks(const QString& path)
@@ -57,33 +57,27 @@ constexpr mode_t NewFileMode = 0666; // narrowed by the umask
 
 } // namespace
 
-TStagedFile::TStagedFile(const QString& path) : FPath(path), FTarget(FollowLinks(path)) { }
+class TStagedFile::TSystemFile {
+public:
+    explicit TSystemFile(const QString& path) : FPath(path), FTarget(FollowLinks(path)) { }
+    ~TSystemFile();
+    Q_DISABLE_COPY_MOVE(TSystemFile)
 
-// Delegates, so that a throw from here on runs the destructor.
-TStagedFile::TStagedFile(const QString& path, const QByteArray& bytes) : TStagedFile(path)
-{
-    RefuseUnwritableTarget(path, FTarget);
-#ifdef O_TMPFILE
-    // A file without a name: killed now, we leave nothing behind.
-    FDescriptor = ::open(FolderPart(FTarget).constData(), O_TMPFILE | O_WRONLY | O_CLOEXEC, NewFileMode);
-#endif
-    if (FDescriptor
-        < 0) { // the file system cannot do that, or the folder is at fault and the next call says so
-        FTemporary = FTarget + ".XXXXXX";
-        FDescriptor = ::mkostemp(FTemporary.data(), O_CLOEXEC);
-        if (FDescriptor < 0) {
-            FTemporary.clear();
-            throw WriteError(path, errno);
-        }
-        const mode_t mask = ::umask(0);
-        ::umask(mask);
-        ::fchmod(FDescriptor, NewFileMode & ~mask);
-    }
-    CopyAttributesOfTarget();
-    WriteAndSync(bytes);
-}
+    void Stage(const QByteArray& bytes);
+    void Commit();
 
-TStagedFile::~TStagedFile()
+private:
+    void Create();
+    void CopyAttributesOfTarget();
+    void WriteAndSync(const QByteArray& bytes);
+
+    QString FPath;         // as the caller named it, for messages
+    QByteArray FTarget;    // the file to replace, links followed, in the file system's encoding
+    QByteArray FTemporary; // name of the staged file; empty while it has none
+    int FDescriptor = -1;
+};
+
+TStagedFile::TSystemFile::~TSystemFile()
 {
     if (FDescriptor >= 0)
         ::close(FDescriptor);
@@ -91,15 +85,35 @@ TStagedFile::~TStagedFile()
         ::unlink(FTemporary.constData());
 }
 
-TStagedFile::TStagedFile(TStagedFile&& other) noexcept
-    : FPath(std::move(other.FPath))
-    , FTarget(std::move(other.FTarget))
-    , FTemporary(std::exchange(other.FTemporary, {}))
-    , FDescriptor(std::exchange(other.FDescriptor, -1))
+void TStagedFile::TSystemFile::Stage(const QByteArray& bytes)
 {
+    RefuseUnwritableTarget(FPath, FTarget);
+    Create();
+    CopyAttributesOfTarget();
+    WriteAndSync(bytes);
 }
 
-void TStagedFile::Commit()
+void TStagedFile::TSystemFile::Create()
+{
+#ifdef O_TMPFILE
+    // A file without a name: killed now, we leave nothing behind.
+    FDescriptor = ::open(FolderPart(FTarget).constData(), O_TMPFILE | O_WRONLY | O_CLOEXEC, NewFileMode);
+    if (FDescriptor >= 0)
+        return;
+#endif
+    // The file system cannot do that, or the folder is at fault and the next call says so.
+    FTemporary = FTarget + ".XXXXXX";
+    FDescriptor = ::mkostemp(FTemporary.data(), O_CLOEXEC);
+    if (FDescriptor < 0) {
+        FTemporary.clear();
+        throw WriteError(FPath, errno);
+    }
+    const mode_t mask = ::umask(0);
+    ::umask(mask);
+    ::fchmod(FDescriptor, NewFileMode & ~mask);
+}
+
+void TStagedFile::TSystemFile::Commit()
 {
     if (FTemporary.isEmpty()) {
         const QByteArray byDescriptor = "/proc/self/fd/" + QByteArray::number(FDescriptor);
@@ -116,7 +130,7 @@ void TStagedFile::Commit()
     FTemporary.clear();
 }
 
-void TStagedFile::WriteAndSync(const QByteArray& bytes)
+void TStagedFile::TSystemFile::WriteAndSync(const QByteArray& bytes)
 {
     const char* next = bytes.constData();
     auto left = static_cast<std::size_t>(bytes.size());
@@ -133,7 +147,7 @@ void TStagedFile::WriteAndSync(const QByteArray& bytes)
         throw WriteError(FPath, errno);
 }
 
-void TStagedFile::CopyAttributesOfTarget()
+void TStagedFile::TSystemFile::CopyAttributesOfTarget()
 {
     struct stat status { };
     if (::stat(FTarget.constData(), &status) != 0)
@@ -141,6 +155,20 @@ void TStagedFile::CopyAttributesOfTarget()
     // Only the superuser may give files away; anybody else writes files of his own anyway.
     [[maybe_unused]] const int ignored = ::fchown(FDescriptor, status.st_uid, status.st_gid);
     ::fchmod(FDescriptor, status.st_mode & 07777);
+}
+
+TStagedFile::TStagedFile(const QString& path, const QByteArray& bytes)
+    : FFile(std::make_unique<TSystemFile>(path))
+{
+    FFile->Stage(bytes);
+}
+
+TStagedFile::~TStagedFile() = default;
+TStagedFile::TStagedFile(TStagedFile&& other) noexcept = default;
+
+void TStagedFile::Commit()
+{
+    FFile->Commit();
 }
 
 } // namespace Corvadine

@@ -74,7 +74,7 @@ int main(int argc, char** argv)
         { out, err, QCoreApplication::applicationDirPath(), showsProgress });
     if (out.flush())
         return status;
-    err << "Cannot write the standard output: " << SystemErrorText(outBuffer.ErrorNumber()).toStdString()
-        << std::endl;
+    err << "Cannot write the standard output: "
+        << SystemErrorText({ outBuffer.ErrorNumber(), std::generic_category() }).toStdString() << std::endl;
     return status == 0 ? 1 : status;
 }

@@ -3,6 +3,13 @@
 option(CORVADINE_WARNINGS_AS_ERRORS "Treat compiler warnings as errors" OFF)
 set(CORVADINE_SANITIZE "" CACHE STRING "Sanitizers for every target, as -fsanitize= takes them")
 
+# Code for one operating system stands in twin files behind one header; this is how their names end.
+if(WIN32)
+    set(CORVADINE_SYSTEM Windows)
+else()
+    set(CORVADINE_SYSTEM Posix)
+endif()
+
 function(corvadine_set_flags target)
     target_compile_features(${target} PUBLIC cxx_std_20)
     set_target_properties(${target} PROPERTIES CXX_EXTENSIONS OFF)
@@ -30,12 +37,24 @@ function(corvadine_add_library name)
     corvadine_set_flags(${name})
 endfunction()
 
+# corvadine_add_program(NAME DESCRIPTION file...): an executable; on Windows with icon, version and manifest.
+function(corvadine_add_program target description)
+    add_executable(${target} ${ARGN})
+    corvadine_set_flags(${target})
+    if(WIN32)
+        set(resources ${CMAKE_CURRENT_BINARY_DIR}/${target}.rc)
+        configure_file(${PROJECT_SOURCE_DIR}/cmake/corvadine.rc.in ${resources} @ONLY)
+        target_sources(${target} PRIVATE ${resources})
+        set_source_files_properties(${resources} PROPERTIES OBJECT_DEPENDS
+            "${PROJECT_SOURCE_DIR}/app/corvadine.ico;${PROJECT_SOURCE_DIR}/cmake/corvadine.manifest")
+    endif()
+endfunction()
+
 # corvadine_add_test(NAME library...): the test tests/NAME.cpp, linked with just the libraries it tests.
 function(corvadine_add_test name)
-    add_executable(${name} ${name}.cpp)
+    corvadine_add_program(${name} "Test" ${name}.cpp)
     target_link_libraries(${name} PRIVATE ${ARGN} corvadine_testing)
     set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/tests)
-    corvadine_set_flags(${name})
     add_test(NAME ${name} COMMAND ${name})
     set_tests_properties(${name} PROPERTIES TIMEOUT 300)
 endfunction()
@@ -43,4 +62,7 @@ endfunction()
 # corvadine_add_widget_test(NAME library...): the same for a test of widgets, on the offscreen platform.
 function(corvadine_add_widget_test name)
     corvadine_add_test(${name} corvadine_widget_testing ${ARGN})
+    if(TARGET Qt6::QOffscreenIntegrationPlugin) # a static Qt, which only brings the system's own along
+        qt_import_plugins(${name} INCLUDE Qt6::QOffscreenIntegrationPlugin)
+    endif()
 endfunction()

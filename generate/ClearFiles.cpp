@@ -1,7 +1,8 @@
 #include "generate/ClearFiles.h"
 
+#include "base/SystemFiles.h"
+
 #include <QDir>
-#include <QFile>
 
 #include <algorithm>
 
@@ -22,7 +23,7 @@ int DeleteFilesByMask(const QString& folder, const QString& mask)
     const QDir dir(folder);
     const QStringList names = FilesByMask(folder, mask);
     for (const QString& name : names)
-        QFile::remove(dir.filePath(name));
+        DeleteWritableFile(dir.filePath(name));
     return std::max(static_cast<int>(names.size()), 1);
 }
 

@@ -43,6 +43,29 @@ std::array<std::uint8_t, 4> BytesOf(std::uint32_t pixel)
     return rgba;
 }
 
+// By alpha first: transparency then needs the shortest tRNS chunk.
+bool ComesBefore(const std::array<std::uint8_t, 4>& a, const std::array<std::uint8_t, 4>& b)
+{
+    return std::tie(a[3], a[0], a[1], a[2]) < std::tie(b[3], b[0], b[1], b[2]);
+}
+
+// The quantiser orders its palette by popularity, and colours of the same popularity as the C library's
+// qsort() happens to leave them, which is not the same on every system.
+void SortPalette(TPaletteRaster& raster)
+{
+    auto sorted = raster.Palette;
+    std::sort(sorted.begin(), sorted.end(), ComesBefore);
+    sorted.erase(std::unique(sorted.begin(), sorted.end()), sorted.end());
+    std::array<std::uint8_t, MostColors> placeOf {};
+    for (std::size_t i = 0; i < raster.Palette.size(); ++i) {
+        const auto place = std::lower_bound(sorted.begin(), sorted.end(), raster.Palette[i], ComesBefore);
+        placeOf[i] = static_cast<std::uint8_t>(place - sorted.begin());
+    }
+    for (std::uint8_t& index : raster.Indices)
+        index = placeOf[index];
+    raster.Palette = std::move(sorted);
+}
+
 // Nothing when the picture has more than 256 colours.
 std::optional<TPaletteRaster> ExactPalette(const TRaster& raster, const std::vector<std::uint32_t>& pixels)
 {
@@ -56,10 +79,7 @@ std::optional<TPaletteRaster> ExactPalette(const TRaster& raster, const std::vec
     TPaletteRaster result { raster.Size, {}, {} };
     for (const auto& entry : indexOf)
         result.Palette.push_back(BytesOf(entry.first));
-    // By alpha first: transparency then needs the shortest tRNS chunk.
-    std::sort(result.Palette.begin(), result.Palette.end(), [](const auto& a, const auto& b) {
-        return std::tie(a[3], a[0], a[1], a[2]) < std::tie(b[3], b[0], b[1], b[2]);
-    });
+    std::sort(result.Palette.begin(), result.Palette.end(), ComesBefore);
     for (std::size_t i = 0; i < result.Palette.size(); ++i) {
         std::uint32_t pixel = 0;
         std::memcpy(&pixel, result.Palette[i].data(), sizeof(pixel));
@@ -113,6 +133,7 @@ TPaletteRaster Quantised(
         reduced.Palette.push_back(
             { color.r, color.g, color.b, raster.Channels == 4 ? color.a : std::uint8_t { 255 } });
     }
+    SortPalette(reduced);
     return reduced;
 }
 

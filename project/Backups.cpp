@@ -3,6 +3,7 @@
 #include "base/Error.h"
 #include "base/Files.h"
 #include "base/PathRules.h"
+#include "base/SystemFiles.h"
 #include "project/ProjectDocument.h"
 
 #include <QDir>
@@ -15,12 +16,6 @@ namespace Corvadine {
 namespace {
 
 constexpr qsizetype StampLength = 14; // YYYYMMDDHHNNSS
-
-#ifdef Q_OS_WIN
-constexpr Qt::CaseSensitivity FileNameCase = Qt::CaseInsensitive;
-#else
-constexpr Qt::CaseSensitivity FileNameCase = Qt::CaseSensitive;
-#endif
 
 // What stands before the time. Five characters and not the six of ".dproj" are cut off, which leaves a full
 // stop before the time.
@@ -88,7 +83,7 @@ std::vector<TBackup> BackupsNamedAfter(const QString& projectFile, const QString
     for (const QString& name : QDir(backupFolder).entryList(QDir::Files | QDir::Hidden)) {
         const QString stamp = name.mid(stampStart, StampLength);
         const QDateTime time = TimeOf(stamp);
-        if (time.isNull() || name.compare(BackupName(projectFile, stamp), FileNameCase) != 0)
+        if (time.isNull() || name.compare(BackupName(projectFile, stamp), FileNameCase()) != 0)
             continue;
         const auto [guid, fault] = InfoOf(folder + name);
         backups.push_back({ name, folder + name, time, guid, fault });
@@ -111,7 +106,7 @@ TBackup FindByName(const QString& projectFile, const QString& backupFolder, cons
             QStringLiteral("%1 is a path, not the name of a backup").arg(name));
     const auto backups = BackupsNamedAfter(projectFile, backupFolder);
     const auto found = std::find_if(backups.cbegin(), backups.cend(),
-        [&](const TBackup& backup) { return backup.Name.compare(name, FileNameCase) == 0; });
+        [&](const TBackup& backup) { return backup.Name.compare(name, FileNameCase()) == 0; });
     if (found == backups.cend())
         throw RestoreRefusal(
             TErrorKind::NotFound, projectFile, QStringLiteral("it has no backup %1").arg(name));
@@ -169,7 +164,7 @@ QString WriteBackup(const QString& projectFile, const QByteArray& bytes, const Q
     const QString guid = InfoIn(bytes, projectFile).ProjectGuid;
     QString path = BackupPath(projectFile, backupFolder, time);
     for (qint64 later = 1;
-         kept.contains(path, FileNameCase) || AreDifferentProjects(guid, InfoOf(path).ProjectGuid); ++later)
+         kept.contains(path, FileNameCase()) || AreDifferentProjects(guid, InfoOf(path).ProjectGuid); ++later)
         path = BackupPath(projectFile, backupFolder, time.addSecs(later));
     WriteFileAtomically(path, bytes);
     // A project may hold passwords, so its copy is not left open to more people. It stays writable, as a

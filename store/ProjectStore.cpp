@@ -2,6 +2,7 @@
 
 #include "base/Error.h"
 #include "base/Files.h"
+#include "base/SystemFiles.h"
 
 #include <SQLiteCpp/SQLiteCpp.h>
 
@@ -223,7 +224,7 @@ void TProjectStore::Delete(const TProject& project)
 void TProjectStore::Open(std::chrono::milliseconds busyTimeout)
 {
     FDatabase = std::make_unique<SQLite::Database>(
-        FPath.toStdString(), OpenFlags(FPath), static_cast<int>(busyTimeout.count()));
+        PathForLibrary(FPath).toStdString(), OpenFlags(FPath), static_cast<int>(busyTimeout.count()));
     // The first has an effect only where SQLite shares one cache between connections: readers need not
     // wait for a writer then, and nothing here needs them to.
     FDatabase->exec("PRAGMA read_uncommitted=1; PRAGMA synchronous=FULL");

@@ -55,7 +55,8 @@ void SyncToDisk(const QString& path)
     if (descriptor >= 0)
         ::close(descriptor);
     if (!synced)
-        throw TError(TErrorKind::Io, QStringLiteral("write"), path, SystemErrorText(errorNumber));
+        throw TError(TErrorKind::Io, QStringLiteral("write"), path,
+            SystemErrorText({ errorNumber, std::system_category() }));
 }
 
 bool WaitForProcessEnd(qint64 processId, std::chrono::milliseconds limit)

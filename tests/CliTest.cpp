@@ -1,6 +1,7 @@
 #include "cli/Cli.h"
 
 #include "tests/Testing.h"
+#include "tests/TestingSystem.h"
 
 #include <SQLiteCpp/SQLiteCpp.h>
 
@@ -12,8 +13,6 @@
 #include <QJsonObject>
 #include <QProcess>
 
-#include <sys/resource.h>
-
 #include <map>
 #include <sstream>
 
@@ -21,7 +20,6 @@ namespace Corvadine::Testing {
 namespace {
 
 using ::testing::HasSubstr;
-using ::testing::MatchesRegex;
 
 struct TOutcome {
     int Status;
@@ -49,6 +47,8 @@ protected:
         icon.save(FIcon);
     }
 
+    QString Home(const char* name) const { return Path(HardName() + u'/' + QLatin1String(name)); }
+
     // Runs in this process, on the test's data folder.
     TOutcome Run(const QStringList& arguments)
     {
@@ -61,19 +61,21 @@ protected:
         return { status, out.str(), err.str() };
     }
 
-    // Runs the program itself; `fileSizeLimit` makes it believe that the disk is full.
-    TOutcome RunProgram(const QStringList& arguments, rlim_t fileSizeLimit = RLIM_INFINITY)
+    // Runs the program itself.
+    TOutcome RunProgram(const QStringList& arguments)
     {
         QProcess process;
-        process.setChildProcessModifier([fileSizeLimit] {
-            const rlimit limit { fileSizeLimit, fileSizeLimit };
-            ::setrlimit(RLIMIT_FSIZE, &limit);
-        });
         process.start(QStringLiteral(CORVADINE_CLI), QStringList { "--data", FData } + arguments);
         EXPECT_TRUE(process.waitForFinished(-1));
         EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
         return { process.exitCode(), process.readAllStandardOutput().toStdString(),
             process.readAllStandardError().toStdString() };
+    }
+
+    TOutcome RunProgramOnFullDisk(const QStringList& arguments)
+    {
+        const TFileSizeLimit limit(1000);
+        return RunProgram(arguments);
     }
 
     void AddProject(const QString& platforms = "windows")
@@ -110,11 +112,11 @@ protected:
     }
 
     const QString FSample = QStringLiteral(CORVADINE_SAMPLE);
-    const QString FHome = Path(QStringLiteral("It's a \"M\u00e4rchen\" \U0001F600"));
-    const QString FData = FHome + "/data";
-    const QString FProject = FHome + "/Demo.dproj";
-    const QString FIcon = FHome + "/icon.png";
-    const QString FOutput = FHome + "/Demo/Corvadine";
+    const QString FHome = Path(HardName());
+    const QString FData = Home("data");
+    const QString FProject = Home("Demo.dproj");
+    const QString FIcon = Home("icon.png");
+    const QString FOutput = Home("Demo/Corvadine");
     QDateTime FNow { { 2024, 3, 5 }, { 14, 7, 9 } };
 };
 
@@ -223,9 +225,9 @@ TEST_F(TCliTest, KeepsAndShowsSettingsInItsOwnWords)
         0);
     const TOutcome shown = Run({ "show", "1" });
     EXPECT_THAT(shown.Out,
-        MatchesRegex("id +1\nproject +.*/Demo.dproj\nicon +\"\"\nlaunch +\"\"\nplatforms +android,ipad\n"
-                     "background +#FF8000\nformat +true\ncompression +10\ntwox +1\nfilter +bspline\n"
-                     "output +.*/out\n"));
+        Matches("id +1\nproject +.*Demo.dproj\nicon +\"\"\nlaunch +\"\"\nplatforms +android,ipad\n"
+                "background +#FF8000\nformat +true\ncompression +10\ntwox +1\nfilter +bspline\n"
+                "output +.*out\n"));
     EXPECT_EQ(Run({ "set", "1", "--platforms", "all", "--background", "#FFFFFF", "--format", "256",
                       "--compression", "6", "--twox", "400", "--filter", "mitchell", "--icon", FIcon,
                       "--output", FOutput, "--platforms=windows" })
@@ -257,7 +259,7 @@ TEST_F(TCliTest, RefusesBadFilesAndChangesNothing)
         for (const char* command : { "plan", "generate", "check" })
             ExpectRefusal({ command, "1" }, 1, "icon.png: ");
         // The decoders below us print their own lines past every hook.
-        EXPECT_THAT(RunProgram({ "generate", "1" }).Err, MatchesRegex("Cannot load the image .*\n"));
+        EXPECT_THAT(RunProgram({ "generate", "1" }).Err, Matches("Cannot load the image .*\n"));
     }
     QFile::remove(FIcon);
     ExpectRefusal({ "generate", "1" }, 1, "icon.png: ");
@@ -308,7 +310,7 @@ TEST_F(TCliTest, GoesOnWithTheNextProjectAfterAFailure)
 {
     EXPECT_EQ(Run({ "add", FProject }).Status, 0);
     EXPECT_THAT(Run({ "generate", "1" }).Err, HasSubstr("warning: No icon image is chosen"));
-    const QString second = FHome + "/B.dproj";
+    const QString second = Home("B.dproj");
     PutFile(second, FileBytes(FProject));
     ASSERT_EQ(Run({ "add", second, "--platforms", "none" }).Status, 0);
     QFile::remove(FProject);
@@ -326,7 +328,7 @@ TEST_F(TCliTest, GoesOnWithTheNextProjectAfterAFailure)
 TEST_F(TCliTest, UpdatesCopiesOfOneTemplateInOneGoWithABackupOfEach)
 {
     AddProject();
-    const QString second = FHome + "/copy/Demo.dproj";
+    const QString second = Home("copy/Demo.dproj");
     QDir().mkpath(FHome + "/copy");
     PutFile(second, FileBytes(FProject) + "\n");
     ASSERT_EQ(Run({ "add", second, "--platforms", "windows" }).Status, 0);
@@ -338,7 +340,7 @@ TEST_F(TCliTest, UpdatesCopiesOfOneTemplateInOneGoWithABackupOfEach)
     EXPECT_EQ(FileBytes(backups + "20240305140710.dproj"), originals[1]);
     const QJsonObject again = JsonIn(Run({ "update", "1", "--json" })); // a run of its own in that second
     EXPECT_THAT(again["projects"].toArray()[0].toObject()["message"].toString().toStdString(),
-        MatchesRegex("[0-9]+ Entries updated.\r\nA backup of the project file was made first."));
+        Matches("[0-9]+ Entries updated.\r\nA backup of the project file was made first."));
     EXPECT_NE(FileBytes(backups + "20240305140709.dproj"), originals[0]);
 }
 
@@ -351,11 +353,11 @@ TEST_F(TCliTest, CheckNamesFilesAndLinesAndFails)
     PutFile(FProject, FileBytes(FProject).replace("\\Icon_MainIcon.ico", "\\other.ico"));
     const TOutcome outcome = Run({ "check", "1" });
     EXPECT_EQ(outcome.Status, 1);
-    EXPECT_THAT(
-        outcome.Out, HasSubstr(FOutput.toStdString() + "/Icon_MainIcon.ico: the file does not exist\n"));
     EXPECT_THAT(outcome.Out,
-        MatchesRegex(".*\n[^\n]*/Demo.dproj:[0-9]+: Icon_MainIcon is '.*other.ico' instead of '.*"
-                     "Icon_MainIcon.ico'\n[0-9]+ findings\n"));
+        HasSubstr(Home("Demo/Corvadine/Icon_MainIcon.ico").toStdString() + ": the file does not exist\n"));
+    EXPECT_THAT(outcome.Out,
+        Matches(".*\n[^\n]*Demo.dproj:[0-9]+: Icon_MainIcon is '.*other.ico' instead of '.*"
+                "Icon_MainIcon.ico'\n[0-9]+ findings\n"));
 }
 
 TEST_F(TCliTest, ClearDeletesTheFilesOfTheOutputFolderOnly)
@@ -378,21 +380,23 @@ TEST_F(TCliTest, ClearDeletesTheFilesOfTheOutputFolderOnly)
 
 TEST_F(TCliTest, AFullDiskChangesNothing)
 {
+    if (!CanLimitFileSize())
+        GTEST_SKIP();
     const auto untouched = Files();
-    EXPECT_EQ(RunProgram({ "add", FProject }, 1000).Status, 1);
+    EXPECT_EQ(RunProgramOnFullDisk({ "add", FProject }).Status, 1);
     EXPECT_EQ(Files(), untouched) << "an empty database or new folders are left";
     AddProject();
     ASSERT_EQ(Run({ "generate", "1" }).Status, 0);
     ASSERT_EQ(Run({ "set", "1", "--filter", "none", "--platforms", "android" }).Status, 0);
-    const QString second = FHome + "/B.dproj";
+    const QString second = Home("B.dproj");
     PutFile(second, FileBytes(FProject));
     const auto before = Files();
     const QList<QStringList> commands { { "generate", "1" }, { "update", "1" },
         { "set", "1", "--twox", "500" }, { "add", second } };
     for (const QStringList& arguments : commands) {
-        const TOutcome outcome = RunProgram(arguments, 1000);
+        const TOutcome outcome = RunProgramOnFullDisk(arguments);
         EXPECT_EQ(outcome.Status, 1) << outcome.Out;
-        EXPECT_THAT(outcome.Err, MatchesRegex("Cannot .*\n"));
+        EXPECT_THAT(outcome.Err, Matches("Cannot .*\n"));
         EXPECT_EQ(Files(), before) << outcome.Err;
     }
     QProcess list;

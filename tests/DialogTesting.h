@@ -2,6 +2,7 @@
 
 #include "tests/WidgetTesting.h"
 
+#include <QAbstractEventDispatcher>
 #include <QAbstractItemView>
 #include <QApplication>
 #include <QEventLoop>
@@ -15,7 +16,10 @@ namespace Corvadine::Testing {
 inline void LetIdle()
 {
     QEventLoop loop;
-    QTimer::singleShot(10, &loop, &QEventLoop::quit);
+    // The time starts once there is nothing else to do, however slow the machine is.
+    const auto* dispatcher = QAbstractEventDispatcher::instance();
+    QObject::connect(dispatcher, &QAbstractEventDispatcher::aboutToBlock, &loop,
+        [&loop] { QTimer::singleShot(10, &loop, &QEventLoop::quit); });
     loop.exec();
 }
 

@@ -136,13 +136,12 @@ TEST_F(GenerationRunTest, CheckFindsEachKindOfDamage)
     icon[4] = 9;
     PutFile(out.filePath("Icon_MainIcon.ico"), icon);
     EXPECT_THAT(Findings().toStdString(),
-        ::testing::MatchesRegex(
-            "Android_LauncherIcon36: the file does not exist; "
-            "Android_LauncherIcon48: it has 96 x 96 pixels instead of 48 x 48; "
-            "Android_LauncherIcon72: it is damaged or truncated .*; "
-            "UWP_DelphiLogo150: it is not a PNG file; "
-            "iOS_AppStore1024: it has colour type 6 with 8 bits instead of colour type 2 with 8 bits; "
-            "Icon_MainIcon: it holds 9 images instead of 10"));
+        Matches("Android_LauncherIcon36: the file does not exist; "
+                "Android_LauncherIcon48: it has 96 x 96 pixels instead of 48 x 48; "
+                "Android_LauncherIcon72: it is damaged or truncated .*; "
+                "UWP_DelphiLogo150: it is not a PNG file; "
+                "iOS_AppStore1024: it has colour type 6 with 8 bits instead of colour type 2 with 8 bits; "
+                "Icon_MainIcon: it holds 9 images instead of 10"));
 }
 
 TEST_F(GenerationRunTest, RefusesOutputsThatAreTooLargeBeforeItDecodes)

@@ -309,7 +309,7 @@ TEST_F(MainFormTest, ChoosesDropsAndRemovesImages)
     EXPECT_TRUE(FForm->tblProjects().IsEditing());
     Click("Save Changes");
     Click("Icon Image"); // cancelled
-    EXPECT_EQ(FPrompts.StartFolder, Path("") + "/");
+    EXPECT_EQ(FPrompts.StartFolder, Path("") + QDir::separator());
     EXPECT_FALSE(FForm->tblProjects().IsEditing());
     QTest::mouseClick(FForm->Controls().btnRemoveIcon, Qt::LeftButton);
     EXPECT_TRUE(FForm->Controls().ImageEnViewIcon->IsEmpty());

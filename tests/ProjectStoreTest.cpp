@@ -1,18 +1,14 @@
 #include "store/ProjectStore.h"
 
 #include "tests/Testing.h"
+#include "tests/TestingSystem.h"
 
 #include <QDir>
 #include <QFile>
 
 #include <SQLiteCpp/SQLiteCpp.h>
 
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <csignal>
 #include <random>
-#include <thread>
 
 using namespace Corvadine;
 using namespace Corvadine::Testing;
@@ -195,9 +191,8 @@ TProject Uniform(int number)
     };
 }
 
-// Upgrades the database, then writes until it is killed. An exception must end the process, not return to
-// gtest.
-[[noreturn]] void WriteForever(const QString& path) noexcept
+// Upgrades the database, then writes until it is killed.
+[[noreturn]] void WriteForever(const QString& path)
 {
     const TFieldSet fields { TField::IconImageName, TField::TwoxSize, TField::Compression };
     TProjectStore store(path);
@@ -214,6 +209,8 @@ TProject Uniform(int number)
 
 TEST_F(ProjectStoreTest, IsWholeWhereverTheWriterIsKilled)
 {
+    if (!CanRunAndKill())
+        GTEST_SKIP();
     std::mt19937 random(20);
     std::uniform_real_distribution<double> fraction;
     std::chrono::duration<double> longest = 10ms;
@@ -221,13 +218,8 @@ TEST_F(ProjectStoreTest, IsWholeWhereverTheWriterIsKilled)
     for (int round = 0; round < 30; ++round) {
         QFile::remove(Database());
         Raw().exec(OlderDatabase);
-        const pid_t writer = ::fork();
-        ASSERT_GE(writer, 0);
-        if (writer == 0)
-            WriteForever(Database());
-        std::this_thread::sleep_for(longest * fraction(random));
-        ::kill(writer, SIGKILL);
-        ::waitpid(writer, nullptr, 0);
+        RunAndKill([this] { WriteForever(Database()); },
+            std::chrono::duration_cast<std::chrono::microseconds>(longest * fraction(random)));
 
         const auto projects = TProjectStore(Database()).ReadProjects();
         EXPECT_EQ(Raw().execAndGet("PRAGMA integrity_check").getString(), "ok");

@@ -2,14 +2,11 @@
 
 #include "base/Files.h"
 #include "tests/Testing.h"
+#include "tests/TestingSystem.h"
 
 #include <QDir>
 #include <QFile>
 
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <csignal>
 #include <random>
 
 using namespace Corvadine;
@@ -113,21 +110,20 @@ TEST_F(ProjectUpdaterTest, FailuresLeaveTheProjectFileAsItWas)
 
 TEST_F(ProjectUpdaterTest, KilledAtAnyMomentLeavesOneOfTheTwoWholes)
 {
+    if (!CanRunAndKill())
+        GTEST_SKIP();
     std::mt19937 random(20240305);
-    std::uniform_int_distribution<useconds_t> pause(500, 20'000);
+    std::uniform_int_distribution pause(500, 20'000);
     int changed = 0;
     for (int round = 0; round < 40; ++round) {
         PutFile(FImages.ProjectFile, Red);
-        const pid_t child = ::fork();
-        ASSERT_GE(child, 0);
-        if (child == 0)
+        const auto updateForever = [this] {
             for (int run = 0;; ++run) {
                 FImages.OutputFolder = Path(run % 2 == 0 ? "Blue" : "Red");
                 UpdateProject(FImages, FBackup);
             }
-        ::usleep(pause(random));
-        ::kill(child, SIGKILL);
-        ASSERT_EQ(::waitpid(child, nullptr, 0), child);
+        };
+        RunAndKill(updateForever, std::chrono::microseconds(pause(random)));
         const QByteArray found = FileBytes(FImages.ProjectFile);
         ASSERT_TRUE(found == Red || found == Blue) << found.toStdString();
         changed += found == Blue ? 1 : 0;

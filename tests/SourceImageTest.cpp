@@ -4,6 +4,7 @@
 
 #include <QBuffer>
 #include <QColorSpace>
+#include <QImageReader>
 #include <QImageWriter>
 #include <QtEndian>
 
@@ -31,6 +32,12 @@ bool IsNear(QRgb a, QRgb b, int tolerance)
 {
     return std::abs(qRed(a) - qRed(b)) <= tolerance && std::abs(qGreen(a) - qGreen(b)) <= tolerance
         && std::abs(qBlue(a) - qBlue(b)) <= tolerance && qAlpha(a) == qAlpha(b);
+}
+
+// Some formats come with plugins that not every build has.
+bool IsRead(const char* format)
+{
+    return QImageReader::supportedImageFormats().contains(format);
 }
 
 } // namespace
@@ -112,6 +119,8 @@ TEST_F(SourceImageTest, ChoosesTheDecoderByContentWhenTheExtensionLies)
     EXPECT_EQ(LoadSourceImage(Path("a.jpg"), TDecoderChoice::ByExtension).pixel(1, 1), qRgb(200, 30, 30));
     EXPECT_EQ(Loaded(Path("a.jpg")).pixel(1, 1), qRgb(200, 30, 30));
 
+    if (!IsRead("tga"))
+        return;
     // Red throughout; the start of a TGA is also that of a Windows cursor.
     QByteArray tga(18, '\0');
     for (const auto& [at, value] : { std::pair(2, 2), { 12, 4 }, { 14, 4 }, { 16, 24 } })
@@ -147,6 +156,8 @@ TEST_F(SourceImageTest, LoadsTheLargestImageOfAWindowsIcon)
 
 TEST_F(SourceImageTest, LoadsTheLargestImageOfAnAppleIconThoughItTellsNoSize)
 {
+    if (!IsRead("icns"))
+        GTEST_SKIP();
     const auto chunk = [](const char* type, const QByteArray& data) {
         QByteArray size(4, '\0');
         qToBigEndian(static_cast<quint32>(data.size() + 8), size.data());

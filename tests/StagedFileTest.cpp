@@ -5,9 +5,6 @@
 
 #include <QDir>
 #include <QFile>
-#include <QFileInfo>
-
-#include <sys/resource.h>
 
 using namespace Corvadine;
 using namespace Corvadine::Testing;
@@ -28,24 +25,6 @@ TEST_F(StagedFileTest, ChangesNothingUntilCommitted)
     EXPECT_EQ(QDir(Path(".")).entryList(QDir::Files | QDir::Hidden), QStringList("a"));
 }
 
-TEST_F(StagedFileTest, KeepsPermissionsAndFollowsLinks)
-{
-    PutFile(Path("real"), "old");
-    const auto permissions = QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup | QFile::ExeGroup;
-    ASSERT_TRUE(QFile::setPermissions(Path("real"), permissions));
-    ASSERT_TRUE(QFile::link("real", Path("link"))); // relative, as people make them
-
-    WriteFileAtomically(Path("link"), "new");
-    EXPECT_TRUE(QFileInfo(Path("link")).isSymLink());
-    EXPECT_EQ(FileBytes(Path("real")), "new");
-    EXPECT_EQ(QFile::permissions(Path("real")) & ~(QFile::ReadUser | QFile::WriteUser | QFile::ExeUser),
-        permissions);
-
-    ASSERT_TRUE(QFile::link("missing", Path("dangling")));
-    WriteFileAtomically(Path("dangling"), "made");
-    EXPECT_EQ(FileBytes(Path("missing")), "made");
-}
-
 TEST_F(StagedFileTest, RefusesWhatCannotBeWrittenAndNamesFileAndReason)
 {
     PutFile(Path("a"), "old");
@@ -54,22 +33,7 @@ TEST_F(StagedFileTest, RefusesWhatCannotBeWrittenAndNamesFileAndReason)
         "Cannot write " + Path("a").toStdString() + ": the file is read-only");
     EXPECT_EQ(ErrorOf([&] { WriteFileAtomically(Path("."), "new"); }),
         "Cannot write " + Path(".").toStdString() + ": Is a directory");
-    EXPECT_EQ(ErrorOf([&] { WriteFileAtomically(Path("no/a"), "new"); }),
-        "Cannot write " + Path("no/a").toStdString() + ": No such file or directory");
+    EXPECT_THAT(ErrorOf([&] { WriteFileAtomically(Path("no/a"), "new"); }), // the reason is the system's
+        Matches(R"(Cannot write .*no.a: .*[a-z])"));
     EXPECT_EQ(FileBytes(Path("a")), "old");
-}
-
-TEST_F(StagedFileTest, FullDiskLeavesTheOldFileAndNoLitter)
-{
-    PutFile(Path("a"), "old");
-    const rlimit tight { 1000, RLIM_INFINITY };
-    rlimit before {};
-    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &before), 0);
-    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &tight), 0);
-    const std::string text = ErrorOf([&] { WriteFileAtomically(Path("a"), QByteArray(5000, 'x')); });
-    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &before), 0);
-
-    EXPECT_EQ(text, "Cannot write " + Path("a").toStdString() + ": File too large");
-    EXPECT_EQ(FileBytes(Path("a")), "old");
-    EXPECT_EQ(QDir(Path(".")).entryList(QDir::Files | QDir::Hidden), QStringList("a"));
 }

@@ -3,6 +3,8 @@
 #include "base/Error.h"
 
 #include <QByteArray>
+#include <QDir>
+#include <QRegularExpression>
 #include <QString>
 #include <QTemporaryDir>
 
@@ -24,12 +26,21 @@ namespace Corvadine::Testing {
 // A test in an empty folder that is removed afterwards.
 class TFolderTest : public ::testing::Test {
 protected:
-    // Absolute path of `name` in the test's folder.
-    QString Path(const QString& name) const { return FFolder.filePath(name); }
+    // Absolute path of `name` in the test's folder, as the system spells it.
+    QString Path(const QString& name) const { return QDir::toNativeSeparators(FFolder.filePath(name)); }
 
 private:
     QTemporaryDir FFolder;
 };
+
+// Whether the whole text matches a regular expression, in which a full stop stands for a line break as well.
+// GoogleTest's own matcher understands no more than a few signs on some systems.
+MATCHER_P(Matches, pattern, "matches " + ::testing::PrintToString(pattern)) // NOLINT(*-naming)
+{
+    const QRegularExpression expression(QRegularExpression::anchoredPattern(QString::fromUtf8(pattern)),
+        QRegularExpression::DotMatchesEverythingOption);
+    return expression.match(QString::fromStdString(arg)).hasMatch();
+}
 
 // Writes or reads a whole file, failing the test when the system refuses.
 void PutFile(const QString& path, const QByteArray& bytes);

@@ -1,7 +1,7 @@
 #!/usr/bin/python3
 """Draws the window's icons into app/icons: NAME.png (32 pixels) and NAME@2x.png (64) for every command, and the
-application's own icon in four sizes, which is the gem of samples/draw.py; and the update wizard's side picture, that gem
-in its night sky, into support/pictures.
+application's own icon in four sizes, which is the gem of samples/draw.py, and as app/corvadine.ico for Windows; and the
+update wizard's side picture, that gem in its night sky, into support/pictures.
 
 One style: lines two units wide on a grid of 32, round at their ends, in a grey that can be told from a light ground as
 well as from a dark one, and one accent colour for what the command is about. Nothing is random, so the same Pillow and
@@ -26,6 +26,7 @@ SUPERSAMPLING = 16  # of the 32-pixel size
 SIZES = (("", 32), ("@2x", 64))
 APPLICATION_SIZES = (16, 32, 48, 256)
 BILLBOARD_SIZE = (164, 314)
+WINDOWS_SIZES = (16, 20, 24, 32, 40, 48, 64, 256)  # of lists, task bar and large views at 100 to 200 %
 
 LINE_WIDTH = 2
 LINE = (122, 128, 140, 255)
@@ -270,10 +271,16 @@ def application_icon():
     side = max(right - left, bottom - top)
     square = Image.new("RGBA", (side, side))
     square.paste(large.crop((left, top, right, bottom)), ((side - right + left) // 2, (side - bottom + top) // 2))
+
+    def drawn(size):
+        return square.resize((size, size), Image.Resampling.LANCZOS, reducing_gap=3)
+
     for size in APPLICATION_SIZES:
-        icon = square.resize((size, size), Image.Resampling.LANCZOS, reducing_gap=3)
         suffix = "" if size == max(APPLICATION_SIZES) else f"-{size}"
-        icon.save(ROOT / "app" / "icons" / f"corvadine{suffix}.png", optimize=True)
+        drawn(size).save(ROOT / "app" / "icons" / f"corvadine{suffix}.png", optimize=True)
+    smaller = [drawn(size) for size in WINDOWS_SIZES[:-1]]
+    sizes = [(size, size) for size in WINDOWS_SIZES]
+    drawn(WINDOWS_SIZES[-1]).save(ROOT / "app" / "corvadine.ico", sizes=sizes, append_images=smaller)
 
 
 def billboard():

@@ -1,0 +1,241 @@
+#include "base/StagedFile.h"
+
+#include "base/Error.h"
+#include "base/WindowsPath.h"
+
+#include <QFileInfo>
+#include <QRandomGenerator>
+
+#include <qt_windows.h>
+
+#include <algorithm>
+#include <string>
+
+namespace Corvadine {
+
+namespace {
+
+using TErrorNumber = DWORD; // of GetLastError()
+
+TError WriteError(const QString& path, TErrorNumber error)
+{
+    const std::error_code code(static_cast<int>(error), std::system_category());
+    return { TErrorKind::Io, QStringLiteral("write"), path, SystemErrorText(code) };
+}
+
+// Shell links (.lnk) are files of their own here, whatever Qt says.
+QString FollowLinks(const QString& path)
+{
+    const QFileInfo info(path);
+    if (!info.isSymbolicLink())
+        return path;
+    return info.exists() ? info.canonicalFilePath() : info.symLinkTarget();
+}
+
+// What virus scanners, indexers and backup programs cause while they look at a file for a moment.
+bool MayPass(TErrorNumber error)
+{
+    switch (error) {
+    case ERROR_SHARING_VIOLATION:
+    case ERROR_LOCK_VIOLATION:
+    case ERROR_ACCESS_DENIED:  // also what a file is answered with that somebody has deleted but still holds
+    case ERROR_FILE_NOT_FOUND: // deleted between two of our calls
+    case ERROR_USER_MAPPED_FILE:
+    case ERROR_UNABLE_TO_REMOVE_REPLACED:
+    case ERROR_UNABLE_TO_MOVE_REPLACEMENT:
+    case ERROR_UNABLE_TO_MOVE_REPLACEMENT_2:
+        return true;
+    default:
+        return false;
+    }
+}
+
+// Runs `action`, which returns the number of its error, until it succeeds, for up to a second.
+template <typename TAction> TErrorNumber Persistently(TAction action)
+{
+    constexpr DWORD FirstPause = 5; // ms; each is twice as long as the one before
+    constexpr DWORD LongestPause = 500;
+    TErrorNumber error = action();
+    for (DWORD pause = FirstPause; MayPass(error) && pause <= LongestPause; pause *= 2) {
+        ::Sleep(pause);
+        error = action();
+    }
+    return error;
+}
+
+TErrorNumber ErrorUnless(BOOL succeeded)
+{
+    return succeeded ? ERROR_SUCCESS : ::GetLastError();
+}
+
+constexpr DWORD ShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+
+// Opens the file as its replacement will, which tells whether that can succeed.
+TErrorNumber TryToOpen(const std::wstring& target)
+{
+    const HANDLE handle = ::CreateFileW(target.c_str(), GENERIC_READ | DELETE, ShareAll, nullptr,
+        OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (handle == INVALID_HANDLE_VALUE)
+        return ::GetLastError();
+    ::CloseHandle(handle);
+    return ERROR_SUCCESS;
+}
+
+} // namespace
+
+class TStagedFile::TSystemFile {
+public:
+    explicit TSystemFile(const QString& path) : FPath(path), FTarget(SystemPath(FollowLinks(path))) { }
+    ~TSystemFile();
+    Q_DISABLE_COPY_MOVE(TSystemFile)
+
+    void Stage(const QByteArray& bytes);
+    void Commit();
+
+private:
+    void RefuseUnwritableTarget() const;
+    void Create();
+    void MarkForDeletion(bool isMarked);
+    void CopyAttributesOfTarget();
+    void WriteAndSync(const QByteArray& bytes);
+    void Close();
+    TErrorNumber PutInPlace();
+
+    QString FPath;           // as the caller named it, for messages
+    std::wstring FTarget;    // the file to replace, links followed
+    std::wstring FTemporary; // name of the staged file; empty while there is none
+    HANDLE FHandle = INVALID_HANDLE_VALUE;
+};
+
+TStagedFile::TSystemFile::~TSystemFile()
+{
+    Close();
+    if (!FTemporary.empty())
+        ::DeleteFileW(FTemporary.c_str()); // fails where closing has deleted it
+}
+
+void TStagedFile::TSystemFile::Stage(const QByteArray& bytes)
+{
+    RefuseUnwritableTarget();
+    Create();
+    MarkForDeletion(true); // killed now, we leave nothing behind
+    WriteAndSync(bytes);
+    CopyAttributesOfTarget();
+}
+
+void TStagedFile::TSystemFile::RefuseUnwritableTarget() const
+{
+    const DWORD attributes = ::GetFileAttributesW(FTarget.c_str());
+    if (attributes == INVALID_FILE_ATTRIBUTES)
+        return;
+    if (attributes & FILE_ATTRIBUTE_DIRECTORY)
+        throw TError(TErrorKind::Io, QStringLiteral("write"), FPath,
+            SystemErrorText(std::make_error_code(std::errc::is_a_directory)));
+    if (attributes & FILE_ATTRIBUTE_READONLY)
+        throw TError(TErrorKind::Io, QStringLiteral("write"), FPath, QStringLiteral("the file is read-only"));
+    const TErrorNumber error = Persistently([this] { return TryToOpen(FTarget); });
+    if (error != ERROR_SUCCESS && error != ERROR_FILE_NOT_FOUND)
+        throw WriteError(FPath, error);
+}
+
+void TStagedFile::TSystemFile::Create()
+{
+    do {
+        const QString suffix =
+            QStringLiteral(".%1").arg(QRandomGenerator::global()->generate(), 8, 16, QLatin1Char('0'));
+        FTemporary = FTarget + suffix.toStdWString();
+        FHandle = ::CreateFileW(FTemporary.c_str(), GENERIC_WRITE | DELETE,
+            FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
+    } while (FHandle == INVALID_HANDLE_VALUE && ::GetLastError() == ERROR_FILE_EXISTS);
+    if (FHandle != INVALID_HANDLE_VALUE)
+        return;
+    const TErrorNumber error = ::GetLastError();
+    FTemporary.clear();
+    throw WriteError(FPath, error);
+}
+
+// Where the file system knows no such mark, the destructor is enough for all but a kill.
+void TStagedFile::TSystemFile::MarkForDeletion(bool isMarked)
+{
+    FILE_DISPOSITION_INFO disposition { isMarked };
+    ::SetFileInformationByHandle(FHandle, FileDispositionInfo, &disposition, sizeof(disposition));
+}
+
+void TStagedFile::TSystemFile::WriteAndSync(const QByteArray& bytes)
+{
+    constexpr qsizetype MostAtOnce = 1 << 30; // fits into a DWORD
+    for (qsizetype done = 0; done < bytes.size();) {
+        const auto size = static_cast<DWORD>(std::min(bytes.size() - done, MostAtOnce));
+        DWORD written = 0;
+        if (!::WriteFile(FHandle, bytes.constData() + done, size, &written, nullptr))
+            throw WriteError(FPath, ::GetLastError());
+        done += written;
+    }
+    if (!::FlushFileBuffers(FHandle))
+        throw WriteError(FPath, ::GetLastError());
+}
+
+// The system's replacement takes over the access rights; whether it does the same for attributes is left
+// open.
+void TStagedFile::TSystemFile::CopyAttributesOfTarget()
+{
+    constexpr DWORD Copied =
+        FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM | FILE_ATTRIBUTE_NOT_CONTENT_INDEXED;
+    const DWORD attributes = ::GetFileAttributesW(FTarget.c_str());
+    if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & Copied) == 0)
+        return;
+    FILE_BASIC_INFO info {};
+    info.FileAttributes = FILE_ATTRIBUTE_ARCHIVE | (attributes & Copied);
+    ::SetFileInformationByHandle(FHandle, FileBasicInfo, &info, sizeof(info));
+}
+
+void TStagedFile::TSystemFile::Close()
+{
+    if (FHandle != INVALID_HANDLE_VALUE)
+        ::CloseHandle(FHandle);
+    FHandle = INVALID_HANDLE_VALUE;
+}
+
+void TStagedFile::TSystemFile::Commit()
+{
+    MarkForDeletion(false);
+    Close(); // nobody can rename a file that is open for writing
+    const TErrorNumber error = Persistently([this] { return PutInPlace(); });
+    if (error != ERROR_SUCCESS)
+        throw WriteError(FPath, error);
+    FTemporary.clear();
+}
+
+TErrorNumber TStagedFile::TSystemFile::PutInPlace()
+{
+    if (::GetFileAttributesW(FTarget.c_str()) == INVALID_FILE_ATTRIBUTES)
+        return ErrorUnless(::MoveFileExW(
+            FTemporary.c_str(), FTarget.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH));
+
+    const std::wstring backup = FTemporary + L".old";
+    // A disk without access rights, or ones that we may not change, is no reason to fail.
+    constexpr DWORD Lenient = REPLACEFILE_IGNORE_MERGE_ERRORS | REPLACEFILE_IGNORE_ACL_ERRORS;
+    const TErrorNumber error = ErrorUnless(
+        ::ReplaceFileW(FTarget.c_str(), FTemporary.c_str(), backup.c_str(), Lenient, nullptr, nullptr));
+    if (error == ERROR_UNABLE_TO_MOVE_REPLACEMENT_2) // the old file has moved away, the new one not come in
+        ::MoveFileExW(backup.c_str(), FTarget.c_str(), MOVEFILE_WRITE_THROUGH);
+    else if (error == ERROR_SUCCESS)
+        Persistently([&] { return ErrorUnless(::DeleteFileW(backup.c_str())); });
+    return error;
+}
+
+TStagedFile::TStagedFile(const QString& path, const QByteArray& bytes)
+    : FFile(std::make_unique<TSystemFile>(path))
+{
+    FFile->Stage(bytes);
+}
+
+TStagedFile::~TStagedFile() = default;
+TStagedFile::TStagedFile(TStagedFile&& other) noexcept = default;
+
+void TStagedFile::Commit()
+{
+    FFile->Commit();
+}
+
+} // namespace Corvadine

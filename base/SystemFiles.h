@@ -1,0 +1,24 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+#include <system_error>
+
+// What the operating systems do differently with files; Files.h is for everybody, this is what it stands on.
+namespace Corvadine {
+
+// Whether names that differ in nothing but case are one file: Windows' rule, or the usual one elsewhere.
+Qt::CaseSensitivity FileNameCase();
+
+// Creates `path` with every missing parent, of whatever length. No error if it is there.
+std::error_code MakeFolders(const QString& path);
+
+// Deletes the file, a hidden one too, for good. One that is marked read-only stays, on systems as well where
+// the folder alone decides that. False if it is still there.
+bool DeleteWritableFile(const QString& path);
+
+// `path` as a library takes it that opens files itself by a name in UTF-8; of whatever length.
+QByteArray PathForLibrary(const QString& path);
+
+} // namespace Corvadine

@@ -1,0 +1,36 @@
+#include "base/SystemFiles.h"
+
+#include <QFile>
+#include <QFileInfo>
+
+#include <filesystem>
+
+namespace Corvadine {
+
+Qt::CaseSensitivity FileNameCase()
+{
+    return Qt::CaseSensitive;
+}
+
+std::error_code MakeFolders(const QString& path)
+{
+    std::error_code error; // QDir::mkpath() keeps the reason to itself
+    std::filesystem::create_directories(QFileInfo(path).filesystemAbsoluteFilePath(), error);
+    return error;
+}
+
+bool DeleteWritableFile(const QString& path)
+{
+    constexpr auto AnyoneMayWrite = QFile::WriteOwner | QFile::WriteGroup | QFile::WriteOther;
+    const QFileInfo info(path);
+    // A link has no mark of its own, and where it leads is not what is deleted.
+    const bool isReadOnly = !info.isSymLink() && info.exists() && !(info.permissions() & AnyoneMayWrite);
+    return !isReadOnly && QFile::remove(path);
+}
+
+QByteArray PathForLibrary(const QString& path)
+{
+    return QFile::encodeName(path);
+}
+
+} // namespace Corvadine

@@ -1,0 +1,40 @@
+# Toolchain for 64-bit Windows programs made on Linux: MinGW-w64 (GCC with posix threads) and a prefix that holds every
+# library built statically. The prefix is CORVADINE_WINDOWS_PREFIX, as a cache entry or an environment variable.
+
+set(CMAKE_SYSTEM_NAME Windows)
+set(CMAKE_SYSTEM_PROCESSOR x86_64)
+
+set(CMAKE_C_COMPILER x86_64-w64-mingw32-gcc-posix)
+set(CMAKE_CXX_COMPILER x86_64-w64-mingw32-g++-posix)
+set(CMAKE_RC_COMPILER x86_64-w64-mingw32-windres)
+
+# CMake runs this file again for each of its trial builds, which do not see the cache.
+list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES CORVADINE_WINDOWS_PREFIX)
+if(NOT CORVADINE_WINDOWS_PREFIX)
+    set(CORVADINE_WINDOWS_PREFIX $ENV{CORVADINE_WINDOWS_PREFIX})
+endif()
+if(NOT IS_DIRECTORY "${CORVADINE_WINDOWS_PREFIX}/lib/cmake/Qt6")
+    message(FATAL_ERROR "CORVADINE_WINDOWS_PREFIX must name a folder with the libraries for Windows "
+        "(./dev windows unpacks one); it is '${CORVADINE_WINDOWS_PREFIX}'")
+endif()
+
+set(CMAKE_PREFIX_PATH ${CORVADINE_WINDOWS_PREFIX})
+set(CMAKE_FIND_ROOT_PATH /usr/x86_64-w64-mingw32 ${CORVADINE_WINDOWS_PREFIX})
+set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
+set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
+# pkg-config would offer the libraries of the machine that builds.
+set(ENV{PKG_CONFIG_LIBDIR} ${CORVADINE_WINDOWS_PREFIX}/lib/pkgconfig)
+
+# Qt's tools (moc, rcc) run on the machine that builds.
+set(QT_HOST_PATH /usr CACHE PATH "Where Qt for this machine is installed")
+set(QT_HOST_PATH_CMAKE_DIR /usr/lib/${CMAKE_HOST_SYSTEM_PROCESSOR}-linux-gnu/cmake CACHE PATH
+    "Where its CMake packages are")
+
+# GCC takes for granted here that an inline function clobbers just the registers that this file's own copy of it does.
+# But the linker keeps one of all copies, perhaps that of a library compiled with other options.
+set(CMAKE_CXX_FLAGS_INIT "-fno-ipa-ra")
+
+# One file that needs nothing beside it, compiler runtime included, and that is the same each time it is built.
+set(CMAKE_EXE_LINKER_FLAGS_INIT "-static -Wl,--no-insert-timestamp")

@@ -1,0 +1,96 @@
+#include "base/StagedFile.h"
+
+#include "base/Files.h"
+#include "base/WindowsPath.h"
+#include "tests/Testing.h"
+
+#include <QDir>
+
+#include <qt_windows.h>
+
+#include <thread>
+
+using namespace Corvadine;
+using namespace Corvadine::Testing;
+
+namespace {
+
+// A file that another program has open, for reading and alone unless told otherwise.
+class TOpenFile {
+public:
+    explicit TOpenFile(const QString& path, DWORD share = 0)
+        : FHandle(
+            ::CreateFileW(SystemPath(path).c_str(), GENERIC_READ, share, nullptr, OPEN_EXISTING, 0, nullptr))
+    {
+        EXPECT_NE(FHandle, INVALID_HANDLE_VALUE);
+    }
+    ~TOpenFile() { ::CloseHandle(FHandle); }
+    Q_DISABLE_COPY_MOVE(TOpenFile)
+
+private:
+    HANDLE FHandle;
+};
+
+class StagedFileWindowsTest : public TFolderTest {
+protected:
+    QStringList Names() const { return QDir(Path(".")).entryList(QDir::Files | QDir::Hidden | QDir::System); }
+};
+
+} // namespace
+
+TEST_F(StagedFileWindowsTest, KeepsAttributes)
+{
+    PutFile(Path("a"), "old");
+    ASSERT_TRUE(::SetFileAttributesW(SystemPath(Path("a")).c_str(),
+        FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM | FILE_ATTRIBUTE_ARCHIVE));
+    WriteFileAtomically(Path("a"), "new");
+    EXPECT_EQ(FileBytes(Path("a")), "new");
+    EXPECT_EQ(::GetFileAttributesW(SystemPath(Path("a")).c_str()),
+        DWORD { FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM | FILE_ATTRIBUTE_ARCHIVE });
+    EXPECT_EQ(Names(), QStringList("a"));
+}
+
+TEST_F(StagedFileWindowsTest, RefusesAFileInUseBeforeAndAfterStaging)
+{
+    PutFile(Path("a"), "old");
+    TStagedFile staged(Path("a"), "new");
+    {
+        const TOpenFile open(Path("a"), FILE_SHARE_READ | FILE_SHARE_WRITE);
+        for (const std::string& text :
+            { ErrorOf([&] { WriteFileAtomically(Path("a"), "other"); }), ErrorOf([&] { staged.Commit(); }) })
+            EXPECT_THAT(text,
+                ::testing::AllOf(::testing::StartsWith("Cannot write " + Path("a").toStdString() + ": "),
+                    ::testing::Not(::testing::EndsWith(": ")), ::testing::Not(::testing::EndsWith("."))));
+        EXPECT_EQ(FileBytes(Path("a")), "old");
+    }
+    staged.Commit(); // it is still there
+    EXPECT_EQ(FileBytes(Path("a")), "new");
+    EXPECT_EQ(Names(), QStringList("a"));
+}
+
+TEST_F(StagedFileWindowsTest, WaitsForAFileThatIsInUseForAMoment)
+{
+    PutFile(Path("a"), "old");
+    auto open = std::make_unique<TOpenFile>(Path("a"));
+    std::thread scanner([&open] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+        open.reset();
+    });
+    WriteFileAtomically(Path("a"), "new");
+    scanner.join();
+    EXPECT_EQ(FileBytes(Path("a")), "new");
+    EXPECT_EQ(Names(), QStringList("a"));
+}
+
+TEST_F(StagedFileWindowsTest, TakesPathsOfAnyLengthAndOtherSpellings)
+{
+    const QString folder = Path(QStringLiteral("Größe/%1/%1/%1").arg(QString(120, u'ö')));
+    CreateFolder(folder);
+    CreateFolder(folder); // there already
+    const QString file = folder + QStringLiteral("/.\\..\\%1/datei").arg(QString(120, u'ö'));
+    WriteFileAtomically(file, "new");
+    WriteFileAtomically(file, "newer");
+    EXPECT_EQ(FileBytes(folder + "/datei"), "newer");
+    EXPECT_GT(AbsolutePath(folder).size(), 300);
+    EXPECT_EQ(SystemPath(folder).substr(0, 7), L"\\\\?\\" + AbsolutePath(folder).left(3).toStdWString());
+}

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <QString>
+
+#include <chrono>
+#include <functional>
+
+// What tests find different between operating systems. A test asks first and skips what its system cannot do.
+namespace Corvadine::Testing {
+
+// A file name as hard on quoting and encoding as the system allows.
+QString HardName();
+
+// Whether a process can go on as two.
+bool CanRunAndKill();
+
+// Runs `work`, which must not end, in a copy of this process and kills it `after` a while.
+void RunAndKill(const std::function<void()>& work, std::chrono::microseconds after);
+
+// Whether TFileSizeLimit has an effect.
+bool CanLimitFileSize();
+
+// Lets this process and those it starts fail to write past the first `bytes` of a file, as on a full disk.
+class TFileSizeLimit {
+public:
+    explicit TFileSizeLimit(quint64 bytes);
+    ~TFileSizeLimit();
+    Q_DISABLE_COPY_MOVE(TFileSizeLimit)
+
+private:
+    quint64 FBefore = 0;
+};
+
+} // namespace Corvadine::Testing

@@ -1,0 +1,60 @@
+#include "tests/TestingSystem.h"
+
+#include <gtest/gtest.h>
+
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <thread>
+
+namespace Corvadine::Testing {
+
+QString HardName()
+{
+    return QStringLiteral("It's a \"M\u00e4rchen\" \U0001F600");
+}
+
+bool CanRunAndKill()
+{
+    return true;
+}
+
+void RunAndKill(const std::function<void()>& work, std::chrono::microseconds after)
+{
+    const pid_t child = ::fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        // An exception must end the process, not return to gtest.
+        [&]() noexcept { work(); }();
+        ::_exit(1);
+    }
+    std::this_thread::sleep_for(after);
+    ::kill(child, SIGKILL);
+    ASSERT_EQ(::waitpid(child, nullptr, 0), child);
+}
+
+bool CanLimitFileSize()
+{
+    return true;
+}
+
+TFileSizeLimit::TFileSizeLimit(quint64 bytes)
+{
+    rlimit limit {};
+    EXPECT_EQ(::getrlimit(RLIMIT_FSIZE, &limit), 0);
+    FBefore = limit.rlim_cur;
+    limit.rlim_cur = bytes;
+    EXPECT_EQ(::setrlimit(RLIMIT_FSIZE, &limit), 0);
+}
+
+TFileSizeLimit::~TFileSizeLimit()
+{
+    rlimit limit {};
+    EXPECT_EQ(::getrlimit(RLIMIT_FSIZE, &limit), 0);
+    limit.rlim_cur = FBefore;
+    EXPECT_EQ(::setrlimit(RLIMIT_FSIZE, &limit), 0);
+}
+
+} // namespace Corvadine::Testing

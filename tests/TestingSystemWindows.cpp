@@ -1,0 +1,26 @@
+#include "tests/TestingSystem.h"
+
+namespace Corvadine::Testing {
+
+QString HardName()
+{
+    return QStringLiteral("It's a 'M\u00e4rchen' & 100%TEMP% \U0001F600");
+}
+
+bool CanRunAndKill()
+{
+    return false;
+}
+
+void RunAndKill(const std::function<void()>& /*work*/, std::chrono::microseconds /*after*/) { }
+
+bool CanLimitFileSize()
+{
+    return false;
+}
+
+TFileSizeLimit::TFileSizeLimit(quint64 /*bytes*/) { }
+
+TFileSizeLimit::~TFileSizeLimit() = default;
+
+} // namespace Corvadine::Testing

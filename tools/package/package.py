@@ -1,0 +1,196 @@
+#!/usr/bin/python3
+"""Packs what ./dev windows or ./dev package has built: one folder with the programs, README, LICENSE and the licences of
+everything in them, as build/Corvadine-VERSION-win64.zip or build/Corvadine-VERSION-debian12-amd64.tar.gz.
+
+Usage: tools/package/package.py BUILD_FOLDER      (build/windows or build/release)
+
+The same build gives the same bytes: files are sorted, and all have the time of the last commit. A library without an
+entry in LIBRARIES ends the script, so that none is shipped without its licence. Needs Python 3, ninja and, for the
+licences, the Debian packages that hold the libraries.
+"""
+
+import gzip
+import io
+import os
+import re
+import subprocess
+import sys
+import tarfile
+import time
+import zipfile
+from pathlib import Path
+
+ROOT = Path(__file__).resolve().parent.parent.parent
+TEMPLATES = Path(__file__).resolve().parent
+COMMON_LICENCES = Path("/usr/share/common-licenses")
+
+PROGRAMS = {
+    "corvadine": "the window",
+    "corvadine-cli": "the same work on the command line; corvadine-cli --help lists its commands",
+}
+HELP_FILE = "Corvadine.chm"
+
+# By the first pattern that fits a static library's file name: what it is called, and the Debian package (or packages) whose
+# copyright file holds its licence. Qt's tells of all that is bundled with it, too.
+LIBRARIES = (
+    (r"libQt6.*|libq(gif|ico|jpeg|windows|windowsvistastyle)", "Qt", ("qt6-base-dev",)),
+    (r"libSQLiteCpp", "SQLiteCpp", ("libsqlitecpp-dev",)),
+    (r"libsqlite3", "SQLite", ("libsqlite3-dev",)),
+    (r"libhwy", "Highway", ("libhwy-dev",)),
+    (r"libimagequant", "libimagequant", ("libimagequant-dev",)),
+    (r"libpng", "libpng", ("libpng-dev",)),
+    (r"libpugixml", "pugixml", ("libpugixml-dev",)),
+    (r"libz", "zlib", ("zlib1g-dev",)),
+    (r"libsodium", "libsodium", ("libsodium-dev",)),
+    (r"libarchive", "libarchive", ("libarchive-dev",)),
+)
+HEADER_LIBRARIES = (("CLI11", ("libcli11-dev",)), ("SimpleIni", ("libsimpleini-dev",)))
+WINDOWS_RUNTIME = (("MinGW-w64 runtime", ("mingw-w64-common",)), ("GCC runtime", ("gcc-mingw-w64-base",)))
+
+
+def fail(message):
+    sys.exit(f"package.py: {message}")
+
+
+def output_of(*command):
+    return subprocess.run(command, check=True, capture_output=True, text=True).stdout
+
+
+class Build:
+    """What there is to know of a build folder."""
+
+    def __init__(self, folder):
+        self.folder = folder
+        cache = (folder / "CMakeCache.txt").read_text(encoding="utf-8")
+        self.version = re.search(r"^CMAKE_PROJECT_VERSION:STATIC=(.*)$", cache, re.M).group(1)
+        self.for_windows = (folder / "bin" / "corvadine.exe").exists()
+
+    def program(self, name):
+        return self.folder / "bin" / (name + (".exe" if self.for_windows else ""))
+
+    def static_libraries(self):
+        """File names, without extension, of the libraries from outside that are linked into the programs."""
+        found = set()
+        for name in PROGRAMS:
+            target = self.program(name).relative_to(self.folder)
+            link = output_of("ninja", "-C", str(self.folder), "-t", "commands", "-s", str(target))
+            found |= {Path(word).stem for word in link.split() if re.match(r"/.*\.a$", word)}
+        return sorted(found)
+
+    def library_packages(self):
+        """The Debian packages with the shared libraries that the programs load."""
+        files = set()
+        for name in PROGRAMS:
+            needed = re.findall(r"NEEDED +(\S+)", output_of("objdump", "-p", str(self.program(name))))
+            places = dict(re.findall(r"(\S+) => (\S+)", output_of("ldd", str(self.program(name)))))
+            files |= {os.path.realpath(places[library]) for library in needed if library in places}
+        owners = (output_of("dpkg-query", "-S", file).split(":")[0] for file in sorted(files))
+        return sorted(set(owners) | {"qt6-image-formats-plugins"})
+
+
+def licences_needed(build):
+    needed = dict(HEADER_LIBRARIES + (WINDOWS_RUNTIME if build.for_windows else ()))
+    for library in build.static_libraries():
+        for pattern, name, packages in LIBRARIES:
+            if re.fullmatch(pattern, library):
+                needed[name] = packages
+                break
+        else:
+            fail(f"no licence is known for {library}; add it to LIBRARIES")
+    return needed
+
+
+def licence_files(build):
+    """The text of each library's licence and of the common ones that these refer to."""
+    files = {}
+    for name, packages in licences_needed(build).items():
+        copyrights = (Path("/usr/share/doc") / package / "copyright" for package in packages)
+        files[f"licences/{name}.txt"] = "\n".join(file.read_text(encoding="utf-8") for file in copyrights)
+    mentioned = re.findall(str(COMMON_LICENCES) + r"/([A-Za-z]+(?:-[0-9]+(?:\.[0-9]+)?)?)", "\n".join(files.values()))
+    for name in set(mentioned):
+        text = (COMMON_LICENCES / name).read_text(encoding="utf-8")
+        files[f"licences/common/{name}.txt"] = text
+    return files
+
+
+def contents(build):
+    """What the README lists: (file name, description)."""
+    suffix = ".exe" if build.for_windows else ""
+    rows = [(name + suffix, description) for name, description in PROGRAMS.items()]
+    if (build.folder / "bin" / HELP_FILE).exists():
+        rows.append((HELP_FILE, "the help, which the window's Help button opens"))
+    rows.append(("LICENSE.txt", "the licence of Corvadine"))
+    rows.append(("licences", "those of the libraries that are part of the programs"))
+    width = max(len(name) for name, _ in rows) + 3
+    return "\n".join(f"    {name:<{width}}{description}" for name, description in rows)
+
+
+def readme(build):
+    template = TEMPLATES / ("README-windows.txt" if build.for_windows else "README-linux.txt")
+    text = template.read_text(encoding="utf-8")
+    text = text.replace("@VERSION@", build.version).replace("@CONTENTS@", contents(build))
+    if "@PACKAGES@" in text:
+        text = text.replace("@PACKAGES@", " \\\n        ".join(build.library_packages()))
+    return text
+
+
+def package_files(build):
+    """Path in the package to bytes."""
+    texts = {"README.txt": readme(build), "LICENSE.txt": (ROOT / "LICENSE").read_text(encoding="utf-8")}
+    texts |= licence_files(build)
+    line_end = "\r\n" if build.for_windows else "\n"
+    files = {path: text.replace("\n", line_end).encode() for path, text in texts.items()}
+    for name in PROGRAMS:
+        program = build.program(name)
+        files[program.name] = program.read_bytes()
+    help_file = build.folder / "bin" / HELP_FILE
+    if help_file.exists():
+        files[HELP_FILE] = help_file.read_bytes()
+    return files
+
+
+def time_stamp():
+    """Of the last commit; outside of a repository the first one that a zip file can hold."""
+    try:
+        return int(output_of("git", "-C", str(ROOT), "log", "-1", "--format=%ct"))
+    except (OSError, subprocess.CalledProcessError):
+        return 315532800  # 1980-01-01
+
+
+def write_zip(path, folder, files, stamp):
+    with zipfile.ZipFile(path, "w", zipfile.ZIP_DEFLATED, compresslevel=9) as archive:
+        for name in sorted(files):
+            entry = zipfile.ZipInfo(f"{folder}/{name}", time.gmtime(stamp)[:6])
+            entry.compress_type = zipfile.ZIP_DEFLATED
+            entry.external_attr = 0o644 << 16
+            archive.writestr(entry, files[name])
+
+
+def write_tar(path, folder, files, stamp, programs):
+    with path.open("wb") as raw, gzip.GzipFile("", "wb", 9, raw, stamp) as packed, tarfile.open(
+        fileobj=packed, mode="w", format=tarfile.USTAR_FORMAT
+    ) as archive:
+        for name in sorted(files):
+            entry = tarfile.TarInfo(f"{folder}/{name}")
+            entry.size, entry.mtime, entry.mode = len(files[name]), stamp, 0o755 if name in programs else 0o644
+            archive.addfile(entry, io.BytesIO(files[name]))
+
+
+def main():
+    if len(sys.argv) != 2:
+        fail("usage: package.py BUILD_FOLDER")
+    build = Build(Path(sys.argv[1]).resolve())
+    files = package_files(build)
+    if build.for_windows:
+        folder = f"Corvadine-{build.version}"
+        path = ROOT / "build" / f"Corvadine-{build.version}-win64.zip"
+        write_zip(path, folder, files, time_stamp())
+    else:
+        folder = f"Corvadine-{build.version}"
+        path = ROOT / "build" / f"Corvadine-{build.version}-debian12-amd64.tar.gz"
+        write_tar(path, folder, files, time_stamp(), PROGRAMS)
+    print(f"{path.relative_to(ROOT)}  ({path.stat().st_size} bytes, {len(files)} files)")
+
+
+if __name__ == "__main__":
+    main()
