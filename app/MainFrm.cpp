@@ -24,6 +24,7 @@
 #include "images/ThumbnailView.h"
 #include "project/ProjectPaths.h"
 #include "project/ProjectUpdater.h"
+#include "support/HelpRouter.h"
 
 #include <QApplication>
 #include <QCloseEvent>
@@ -40,6 +41,7 @@ namespace Corvadine {
 namespace {
 
 const QString DesignedCaption = QStringLiteral("FMX Corvadine");
+constexpr int MainWindowTopic = 90; // see help/Corvadine.hhp
 
 // The one project file that is being dragged, as a local path; empty for anything else.
 QString DraggedProjectFile(const QMimeData& data)
@@ -93,6 +95,7 @@ void TMainForm::StartUp()
             { "read the settings", [this] { ReadSettings(); } },
             { "reopen the remembered project", [this] { ReopenRememberedProject(); } },
             { "focus no editor", [this] { FControls.PB->setFocus(); } },
+            { "set up the help", [this] { SetUpHelp(); } },
         },
         [this](const QString& text) { FPrompts.ShowError(text); });
 }
@@ -121,7 +124,7 @@ void TMainForm::MakeCommands()
             Qt::CTRL | Qt::Key_I },
         { "Load Images", "&Launch Image", "launch-image", [this] { FIntake.ChooseSplash(); }, MayStart,
             Qt::CTRL | Qt::Key_L },
-        { "General", "&Help", "help", [] {}, MayStart, Qt::Key_F1 },
+        { "General", "&Help", "help", [this] { btnHelpClick(); }, MayStart, {} },
         { "General", "&Pick Color", "pick-color", [this] { btnPickColorClick(); }, MayStart,
             Qt::CTRL | Qt::Key_P },
         { "General", "Del All I&mages", "delete-all", [this] { aClearExecute(); }, MayClear, {} },
@@ -141,6 +144,13 @@ void TMainForm::MakeCommands()
             btnPickColor = &action;
     }
     btnPickColor->SetCheckable(true);
+
+    // F1 tells about the window; the button of the same caption opens the contents.
+    TFormAction& aF1Help = FActions.Add(
+        QStringLiteral("Help"), {}, [this] { aF1HelpExecute(); },
+        [this] { return MayStart(CommandState()); });
+    aF1Help.Action()->setShortcut(Qt::Key_F1);
+    addAction(aF1Help.Action());
 }
 
 void TMainForm::Connect()
@@ -243,6 +253,13 @@ void TMainForm::ReopenRememberedProject()
         FControls.cbProjects->SetValue(*id);
 }
 
+void TMainForm::SetUpHelp()
+{
+    FState.HelpRouter = new THelpRouter(this);
+    FState.HelpRouter->SetHelpFile(OwnFile("Corvadine.chm"));
+    FState.HelpRouter->SetHelpType(THelpType::htHTMLhelp);
+}
+
 // ---- Commands
 // ----------------------------------------------------------------------------------------------
 
@@ -303,6 +320,23 @@ void TMainForm::aClearExecute()
 void TMainForm::btnPickColorClick()
 {
     FPicker.SetPickMode(btnPickColor->IsChecked());
+}
+
+void TMainForm::HelpContext(int topic)
+{
+    if (FState.HelpRouter != nullptr) // not after a start-up that failed before it
+        FState.HelpRouter->HelpContext(topic);
+}
+
+void TMainForm::aF1HelpExecute()
+{
+    HelpContext(MainWindowTopic);
+}
+
+void TMainForm::btnHelpClick()
+{
+    if (FState.HelpRouter != nullptr)
+        FState.HelpRouter->HelpCommand(THelpRouter::ContentsCommand, 0);
 }
 
 // The update's log and downloads go to the current folder, which stays the program's own afterwards.

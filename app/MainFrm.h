@@ -44,6 +44,9 @@ public:
     // option has no value.
     void BuildGenList();
 
+    // Opens the help at a numbered topic; does nothing when there is no help to be had.
+    void HelpContext(int topic);
+
     // For tests, in place of CheckForUpdates().
     void SetUpdateCheck(std::function<bool(QWidget*, const QString&)> check)
     {
@@ -72,6 +75,7 @@ private:
     void ReadSettings();
     void ImportOlderSettings(const TSettingsFile& settings);
     void ReopenRememberedProject();
+    void SetUpHelp();
 
     void aAddProjectExecute();
     void AddProject(const QString& projectFile);
@@ -79,6 +83,8 @@ private:
     void aGenerateUpdate();
     void aProjectExecute();
     void aClearExecute();
+    void aF1HelpExecute();
+    void btnHelpClick();
     void btnPickColorClick();
     void btnCheckUpdatesClick();
     void tblProjectsAfterScroll();

@@ -1,3 +1,4 @@
+#include "app/Icons.h"
 #include "app/MainFrm.h"
 #include "app/Theme.h"
 #include "base/Error.h"
@@ -34,9 +35,11 @@ int main(int argc, char** argv)
     QApplication::setApplicationName(QStringLiteral("FMX Corvadine"));
     QApplication::setApplicationDisplayName(QString());
     Corvadine::ApplyTheme(application);
+    QApplication::setWindowIcon(Corvadine::ApplicationIcon());
     Corvadine::TWidgetPrompts prompts;
     Corvadine::TMainForm form(QApplication::applicationDirPath(), prompts);
     prompts.SetWindow(&form);
+    prompts.SetHelp([&form](int topic) { form.HelpContext(topic); });
     form.StartUp();
     form.show();
     return QApplication::exec();

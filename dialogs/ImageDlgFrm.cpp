@@ -2,6 +2,7 @@
 
 #include "base/Error.h"
 #include "dialogs/CommandIcons.h"
+#include "dialogs/HelpKey.h"
 #include "dialogs/IdleUpdate.h"
 #include "dialogs/PicturePreview.h"
 #include "dialogs/RecognisedImage.h"
@@ -66,6 +67,7 @@ TImageDlgForm::TImageDlgForm(QWidget* owner, const QString& startFolder)
 {
     setWindowTitle(QStringLiteral("Select Image"));
     resize(ClientSize);
+    SetHelpTopics();
     MakeCommands();
     LayOut();
 
@@ -87,6 +89,15 @@ TImageDlgForm::TImageDlgForm(QWidget* owner, const QString& startFolder)
 void TImageDlgForm::Beep()
 {
     QApplication::beep();
+}
+
+// The numbers of help/Corvadine.hhp.
+void TImageDlgForm::SetHelpTopics()
+{
+    SetHelpTopic(*this, 2007);
+    SetHelpTopic(*btnAddImage, 2008);
+    SetHelpTopic(*cxShellListView1, 2010);
+    SetHelpTopic(*cxImage1, 2011);
 }
 
 void TImageDlgForm::MakeCommands()

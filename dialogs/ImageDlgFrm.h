@@ -47,6 +47,7 @@ private:
     void aUpLevelExecute();
     void aUpLevelUpdate();
 
+    void SetHelpTopics();
     void MakeCommands();
     void LayOut();
     void Select(const QString& path);

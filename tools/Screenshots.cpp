@@ -146,7 +146,7 @@ int main(int argc, char** argv)
     TImageDlgForm picker(&form, program + "/Demo");
     picker.show();
     photographer.LetIdle();
-    picker.cxShellListView1->setCurrentIndex(picker.cxShellListView1->model()->index(0, 0));
+    picker.cxShellListView1->setCurrentIndex(picker.cxShellListView1->model()->index(1, 0)); // icon.png
     photographer.Take(picker, "image-picker");
     picker.hide();
     TakeUpdateWizard(photographer, form, program);
