@@ -25,6 +25,7 @@
 #include "images/ThumbnailView.h"
 #include "project/ProjectPaths.h"
 #include "project/ProjectUpdater.h"
+#include "support/HelpRouter.h"
 
 #include <QApplication>
 #include <QCloseEvent>
@@ -41,6 +42,7 @@ namespace Corvadine {
 namespace {
 
 const QString DesignedCaption = QStringLiteral("FMX Corvadine");
+constexpr int MainWindowTopic = 90; // see help/Corvadine.hhp
 
 // The one project file that is being dragged, as a local path; empty for anything else.
 QString DraggedProjectFile(const QMimeData& data)
@@ -56,9 +58,10 @@ TMainForm::TMainForm(const QString& programFolder, TPrompts& prompts)
     : FPrompts(prompts)
     , FControls(MakeMainControls(*this, FTable, [this](const QString& text) { FPrompts.ShowError(text); }))
     , FIntake({ FTable, *FControls.ImageEnViewIcon, *FControls.ImageEnViewSplash, *FControls.MView, prompts,
-          FState, [this] { BuildGenList(); } })
+          FState, [this] { FRun.Leave(); }, [this] { BuildGenList(); } })
     , FRun({ *FControls.MView, *FControls.PB, *FControls.dxRibbon1, prompts, FState,
-          [this] { BuildGenList(); }, [this] { return TakeJob(); } })
+          [this] { return FTable.Current().OutputFolder; }, [this] { BuildGenList(); },
+          [this] { return TakeJob(); } })
     , FPicker(FControls.ImageEnViewIcon, FControls.ImageEnViewSplash, this)
 {
     FState.ProgramFolder = WithTrailingDelimiter(programFolder);
@@ -93,6 +96,7 @@ void TMainForm::StartUp()
             { "read the settings", [this] { ReadSettings(); } },
             { "reopen the remembered project", [this] { ReopenRememberedProject(); } },
             { "focus no editor", [this] { FControls.PB->setFocus(); } },
+            { "set up the help", [this] { SetUpHelp(); } },
         },
         [this](const QString& text) { FPrompts.ShowError(text); });
 }
@@ -121,11 +125,11 @@ void TMainForm::MakeCommands()
             Qt::CTRL | Qt::Key_I },
         { "Load Images", "&Launch Image", "launch-image", [this] { FIntake.ChooseSplash(); }, MayStart,
             Qt::CTRL | Qt::Key_L },
-        { "General", "&Help", "help", [] {}, MayStart, Qt::Key_F1 },
+        { "General", "&Help", "help", [this] { btnHelpClick(); }, MayStart, {} },
         { "General", "&Pick Color", "pick-color", [this] { btnPickColorClick(); }, MayStart,
             Qt::CTRL | Qt::Key_P },
         { "General", "Del All I&mages", "delete-all", [this] { aClearExecute(); }, MayClear, {} },
-        { "General", "Check &for Update", "check-update", [] {}, MayStart, {} },
+        { "General", "Check &for Update", "check-update", [this] { btnCheckUpdatesClick(); }, MayStart, {} },
         { "Output", "&Generate", "generate", [this] { aGenerateExecute(); }, MayGenerate,
             Qt::CTRL | Qt::Key_G },
         { "Output", "&Update Project", "update-project", [this] { aProjectExecute(); }, MayUpdateProject,
@@ -141,6 +145,13 @@ void TMainForm::MakeCommands()
             btnPickColor = &action;
     }
     btnPickColor->SetCheckable(true);
+
+    // F1 tells about the window; the button of the same caption opens the contents.
+    TFormAction& aF1Help = FActions.Add(
+        QStringLiteral("Help"), {}, [this] { aF1HelpExecute(); },
+        [this] { return MayStart(CommandState()); });
+    aF1Help.Action()->setShortcut(Qt::Key_F1);
+    addAction(aF1Help.Action());
 }
 
 void TMainForm::Connect()
@@ -149,7 +160,6 @@ void TMainForm::Connect()
         return [this, method](auto&&... arguments) { Guarded([&] { (this->*method)(arguments...); }); };
     };
     FTable.SetDeleteConfirmation([this] { return FPrompts.Confirm(QStringLiteral("Delete Project?")); });
-    connect(&FTable, &TProjectsTable::CurrentChanged, this, guarded(&TMainForm::tblProjectsAfterScroll));
     connect(FControls.cbProjects, &TProjectLookup::ValueChosen, this, guarded(&TMainForm::ProjectChosen));
     connect(FControls.btnRemoveIcon, &QToolButton::clicked, this,
         [this] { Guarded([this] { FIntake.RemoveIcon(); }); });
@@ -177,18 +187,27 @@ void TMainForm::ShowVersion()
 
 void TMainForm::ApplyContentColor()
 {
-    const QColor color = ContentColor(palette());
-    FControls.ImageEnViewIcon->SetContentColor(color);
-    FControls.ImageEnViewSplash->SetContentColor(color);
-    FControls.MView->SetContentColor(color);
+    TakeContentColor();
     FControls.ImageEnViewIcon->Clear();
     FControls.ImageEnViewSplash->Clear();
 }
 
+void TMainForm::TakeContentColor()
+{
+    const QColor color = ContentColor(palette());
+    FControls.ImageEnViewIcon->SetContentColor(color);
+    FControls.ImageEnViewSplash->SetContentColor(color);
+    FControls.MView->SetContentColor(color);
+}
+
 void TMainForm::OpenStore()
 {
-    FStore = std::make_unique<TProjectStore>(OwnFile(ProjectDatabaseName));
+    constexpr std::chrono::seconds Patience { 1 }; // the window stands still while the database is locked
+    FStore = std::make_unique<TProjectStore>(OwnFile(ProjectDatabaseName), Patience);
     FTable.Open(*FStore);
+    connect(&FTable, &TProjectsTable::CurrentChanged, this,
+        [this] { Guarded([this] { tblProjectsAfterScroll(); }); });
+    tblProjectsAfterScroll(); // here, where an error ends the start-up, which it could not out of a signal
 }
 
 void TMainForm::EnsureBackupFolder()
@@ -235,6 +254,13 @@ void TMainForm::ReopenRememberedProject()
         FControls.cbProjects->SetValue(*id);
 }
 
+void TMainForm::SetUpHelp()
+{
+    FState.HelpRouter = new THelpRouter(this);
+    FState.HelpRouter->SetHelpFile(OwnFile("Corvadine.chm"));
+    FState.HelpRouter->SetHelpType(THelpType::htHTMLhelp);
+}
+
 // ---- Commands
 // ----------------------------------------------------------------------------------------------
 
@@ -255,9 +281,7 @@ void TMainForm::AddProject(const QString& projectFile)
 
 void TMainForm::aGenerateExecute()
 {
-    Guarded([this] {
-        FRun.Execute(FTable.Current().OutputFolder);
-    }); // an error is shown before the window closes
+    Guarded([this] { FRun.Execute(); }); // an error is shown before the window closes
     if (FClosesAfterRun)
         close();
 }
@@ -299,6 +323,31 @@ void TMainForm::btnPickColorClick()
     FPicker.SetPickMode(btnPickColor->IsChecked());
 }
 
+void TMainForm::HelpContext(int topic)
+{
+    if (FState.HelpRouter != nullptr) // not after a start-up that failed before it
+        FState.HelpRouter->HelpContext(topic);
+}
+
+void TMainForm::aF1HelpExecute()
+{
+    HelpContext(MainWindowTopic);
+}
+
+void TMainForm::btnHelpClick()
+{
+    if (FState.HelpRouter != nullptr)
+        FState.HelpRouter->HelpCommand(THelpRouter::ContentsCommand, 0);
+}
+
+// The update's log and downloads go to the current folder, which stays the program's own afterwards.
+void TMainForm::btnCheckUpdatesClick()
+{
+    QDir::setCurrent(FState.ProgramFolder);
+    if (FCheckForUpdates(this, QDir::cleanPath(FState.ProgramFolder)))
+        QApplication::closeAllWindows(); // as a user would: the settings are saved
+}
+
 void TMainForm::Picked(int color)
 {
     FTable.SetField(TField::PickColor, color);
@@ -312,9 +361,10 @@ void TMainForm::ProjectChosen(qint64 id)
 
 void TMainForm::BuildGenList()
 {
-    const TGenSettings settings = JobOf(ProjectAsShown()).Settings;
-    const QImage& launch = FControls.ImageEnViewSplash->Image();
-    FState.GenList = Corvadine::BuildGenList(settings.Platforms, settings.TwoxSize, launch.size());
+    const TProject project = ProjectAsShown();
+    FState.GenList.clear(); // also if there can be no new one
+    FState.GenList = Corvadine::BuildGenList(
+        PlatformsOf(project), TwoxSizeOf(project), FControls.ImageEnViewSplash->Image().size());
 }
 
 TOutputRenderer TMainForm::TakeJob() const
@@ -341,8 +391,7 @@ TProject TMainForm::ProjectAsShown() const
 
 void TMainForm::tblProjectsAfterScroll()
 {
-    FRun.Leave();
-    Guarded([this] { FIntake.ShowCurrentProject(); });
+    FIntake.ShowCurrentProject();
 }
 
 void TMainForm::SaveSettings()
@@ -404,6 +453,14 @@ void TMainForm::closeEvent(QCloseEvent* event)
     if (FClosesAfterRun)
         FRun.Stop(); // after the image it is at
     event->setAccepted(!FClosesAfterRun);
+}
+
+// The user may change between light and dark while the program runs.
+void TMainForm::changeEvent(QEvent* event)
+{
+    QMainWindow::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange)
+        TakeContentColor();
 }
 
 // As a copy: a move would let the file manager delete its file.

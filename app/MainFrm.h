@@ -6,14 +6,17 @@
 #include "app/MainState.h"
 #include "app/SourceIntake.h"
 #include "app/WindowRun.h"
+#include "app/WindowUpdate.h"
 #include "images/ColorPicker.h"
 #include "store/ProjectStore.h"
 #include "store/ProjectsTable.h"
 
 #include <QMainWindow>
 
+#include <functional>
 #include <memory>
 #include <optional>
+#include <utility>
 
 namespace Corvadine {
 
@@ -41,11 +44,21 @@ public:
     // option has no value.
     void BuildGenList();
 
+    // Opens the help at a numbered topic; does nothing when there is no help to be had.
+    void HelpContext(int topic);
+
+    // For tests, in place of CheckForUpdates().
+    void SetUpdateCheck(std::function<bool(QWidget*, const QString&)> check)
+    {
+        FCheckForUpdates = std::move(check);
+    }
+
     const TMainState& State() const { return FState; }
     const TMainControls& Controls() const { return FControls; }
     TProjectsTable& tblProjects() { return FTable; }
 
 protected:
+    void changeEvent(QEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
     void dragEnterEvent(QDragEnterEvent* event) override;
     void dropEvent(QDropEvent* event) override;
@@ -56,11 +69,13 @@ private:
 
     void ShowVersion();
     void ApplyContentColor();
+    void TakeContentColor();
     void OpenStore();
     void EnsureBackupFolder();
     void ReadSettings();
     void ImportOlderSettings(const TSettingsFile& settings);
     void ReopenRememberedProject();
+    void SetUpHelp();
 
     void aAddProjectExecute();
     void AddProject(const QString& projectFile);
@@ -68,7 +83,10 @@ private:
     void aGenerateUpdate();
     void aProjectExecute();
     void aClearExecute();
+    void aF1HelpExecute();
+    void btnHelpClick();
     void btnPickColorClick();
+    void btnCheckUpdatesClick();
     void tblProjectsAfterScroll();
     void ProjectChosen(qint64 id);
     void Picked(int color);
@@ -85,6 +103,7 @@ private:
     TMainState FState;
     QString FRememberedProject;
     bool FClosesAfterRun = false;
+    std::function<bool(QWidget*, const QString&)> FCheckForUpdates = CheckForUpdates;
     std::unique_ptr<TProjectStore> FStore;
     TProjectsTable FTable;
     TMainControls FControls;

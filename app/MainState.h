@@ -8,6 +8,8 @@
 
 namespace Corvadine {
 
+class THelpRouter;
+
 // What the window's commands share beside the table and the controls.
 struct TMainState {
     QString ProgramFolder;        // with a trailing delimiter; all of the program's own files lie in it
@@ -17,6 +19,7 @@ struct TMainState {
     bool FilesGenerated = false;  // the thumbnails are of the current project's folder or of the last run
     std::vector<TGenRec> GenList; // as last built; not changed by ticking a platform
     bool Running = false;         // a generation run is under way
+    THelpRouter* HelpRouter = nullptr; // the window's child; null until the start-up comes to it
 };
 
 } // namespace Corvadine

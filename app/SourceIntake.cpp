@@ -46,8 +46,10 @@ void TSourceIntake::RemoveSplash()
 
 void TSourceIntake::Choose(TField field, TImageView& view)
 {
-    const QString present = FieldValue(FParts.Table.Current(), field).toString();
-    if (const auto file = FParts.Prompts.ChooseImage(FolderOf(present)))
+    const TProject project = FParts.Table.Current();
+    const QString folder = FolderOf(FieldValue(project, field).toString());
+    const QString start = FolderExists(folder) ? folder : FolderOf(project.ProjectFile);
+    if (const auto file = FParts.Prompts.ChooseImage(start))
         Take(field, view, *file);
 }
 
@@ -82,10 +84,12 @@ void TSourceIntake::ShowOutputs(const QString& folder)
 {
     TMainState& state = FParts.State;
     if (folder.isEmpty()) {
+        FParts.ThumbnailsReplaced();
         FParts.MView.Clear();
         state.FilesGenerated = false;
     } else if (folder != state.LastOutputFolder && FolderExists(folder)) {
         state.LastOutputFolder = folder;
+        FParts.ThumbnailsReplaced();
         const bool hasImages = FParts.MView.Fill(folder);
         state.FilesGenerated = false;
         if (hasImages) {

@@ -26,13 +26,14 @@ public:
         TThumbnailView& MView;
         TPrompts& Prompts;
         TMainState& State;
+        std::function<void()> ThumbnailsReplaced; // the thumbnails are about to be another folder's, or none
         std::function<void()> BuildGenList;
     };
 
     explicit TSourceIntake(TParts parts);
 
-    // Asks for a file, starting in the folder of the present one; a file that does not decode is taken all
-    // the same.
+    // Asks for a file, starting in the folder of the present one, or else beside the project file; a file
+    // that does not decode is taken all the same.
     void ChooseIcon();
     void ChooseSplash();
 

@@ -1,5 +1,6 @@
 #include "app/Theme.h"
 
+#include "app/DesktopScheme.h"
 #include "app/Icons.h"
 
 #include <QApplication>
@@ -24,6 +25,7 @@ public:
     {
         switch (hint) {
         case SH_ComboBox_Popup:
+        case SH_ItemView_ActivateItemOnSingleClick: // a click selects, on every desktop
             return 0;
         case SH_Slider_AbsoluteSetButtons:
             return Qt::LeftButton; // a click on the groove goes there
@@ -109,6 +111,8 @@ TTheme ThemeOfEnvironment()
         return TTheme::Dark;
     if (wish == "light")
         return TTheme::Light;
+    if (DesktopPrefersDark().value_or(false))
+        return TTheme::Dark;
     const QByteArray gtkTheme = qgetenv("GTK_THEME").toLower();
     return gtkTheme.endsWith(":dark") || gtkTheme.endsWith("-dark") ? TTheme::Dark : TTheme::Auto;
 }

@@ -14,7 +14,7 @@ enum class TTheme {
 };
 
 // What the environment variable CORVADINE_THEME asks for: "light", "dark" or, as without it, "auto". On auto
-// a GTK_THEME that names a dark variant asks for dark where the desktop itself tells Qt nothing.
+// dark is asked for by the desktop's setting (DesktopScheme.h), or by a GTK_THEME that names a dark variant.
 TTheme ThemeOfEnvironment();
 
 // Gives all windows one style and font, light or dark colours and the icons of app/icons. With TTheme::Auto

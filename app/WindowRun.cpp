@@ -31,9 +31,9 @@ bool EnsureFolder(const QString& folder)
 
 TWindowRun::TWindowRun(TParts parts) : FParts(std::move(parts)) { }
 
-void TWindowRun::Execute(const QString& outputFolder)
+void TWindowRun::Execute()
 {
-    if (!EnsureFolder(outputFolder)) {
+    if (!EnsureFolder(FParts.OutputFolder())) {
         FParts.Prompts.ShowError(QStringLiteral("The Output Folder does not exist!"));
         return;
     }
@@ -73,9 +73,26 @@ void TWindowRun::GenerateAll()
     if (renderer.Settings().Platforms.Windows)
         GenerateMainIcon(renderer);
     if (FLeft)
-        return;
+        ShowAfterReturn(renderer.Settings().OutputFolder);
+    else
+        FinishView();
+}
+
+void TWindowRun::FinishView()
+{
     FParts.MView.SelectFirst();
     FParts.State.FilesGenerated = true;
+}
+
+// Who looked at another project and came back before the end saw only what there was by then.
+void TWindowRun::ShowAfterReturn(const QString& outputFolder)
+{
+    if (FParts.OutputFolder() != outputFolder)
+        return;
+    FParts.BuildGenList();
+    FParts.State.LastOutputFolder = outputFolder;
+    FParts.MView.Fill(outputFolder);
+    FinishView();
 }
 
 void TWindowRun::GenerateImage(TOutputRenderer& renderer, const TGenRec& record)

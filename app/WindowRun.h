@@ -26,6 +26,7 @@ public:
         QWidget& Ribbon;
         TPrompts& Prompts;
         TMainState& State;
+        std::function<QString()> OutputFolder; // the current project's
         std::function<void()> BuildGenList;
         // Settings and sources of the current project as the window shows them. May throw TError.
         std::function<TOutputRenderer()> TakeJob;
@@ -33,18 +34,20 @@ public:
 
     explicit TWindowRun(TParts parts);
 
-    // Throws TError for whatever fails once the output folder is there; cursor and ribbon are restored then
-    // too.
-    void Execute(const QString& outputFolder);
+    // Generates into the current project's output folder. Throws TError for whatever fails once that is
+    // there; cursor and ribbon are restored then too.
+    void Execute();
 
     // Ends the run under way after the output it is at.
     void Stop() { FStopped = true; }
 
-    // Another project is shown: the run goes on, but no longer touches what the window shows.
+    // The thumbnails become another project's: the run goes on, but adds no more to them.
     void Leave() { FLeft = true; }
 
 private:
     void GenerateAll();
+    void FinishView();
+    void ShowAfterReturn(const QString& outputFolder);
     void GenerateImage(TOutputRenderer& renderer, const TGenRec& record);
     void GenerateMainIcon(TOutputRenderer& renderer);
     void Write(TOutputRenderer& renderer, const TGenRec& record, const QString& info);

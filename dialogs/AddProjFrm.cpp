@@ -1,6 +1,7 @@
 #include "dialogs/AddProjFrm.h"
 
 #include "dialogs/CommandIcons.h"
+#include "dialogs/HelpKey.h"
 #include "dialogs/IdleUpdate.h"
 #include "dialogs/NoteLabel.h"
 #include "dialogs/ShellDropDown.h"
@@ -15,6 +16,7 @@ namespace Corvadine {
 namespace {
 
 constexpr QSize ClientSize(459, 303);
+constexpr int HelpTopic = 2006; // see help/Corvadine.hhp
 constexpr int Margin = 10;
 constexpr int TreeWidth = 371;
 constexpr double NoteFontScale = 1.3;
@@ -55,6 +57,7 @@ TAddProjForm::TAddProjForm(QWidget* owner, const QString& startFolder)
     setWindowTitle(QStringLiteral("Add Project"));
     setWindowFlag(Qt::MSWindowsFixedSizeDialogHint);
     setFixedSize(ClientSize);
+    SetHelpTopic(*this, HelpTopic);
     cbWizProjectFile->setObjectName(QStringLiteral("cbWizProjectFile"));
     cbWizProjectFile->setAccessibleName(QStringLiteral("Project file"));
     cbWizProjectFile->SetPopupWidth(TreeWidth);

@@ -2,6 +2,7 @@
 
 #include "base/Error.h"
 #include "dialogs/CommandIcons.h"
+#include "dialogs/HelpKey.h"
 #include "dialogs/IdleUpdate.h"
 #include "dialogs/PicturePreview.h"
 #include "dialogs/RecognisedImage.h"
@@ -18,6 +19,7 @@
 #include <QTimer>
 #include <QToolButton>
 #include <QVBoxLayout>
+#include <QtConcurrent>
 
 #include <utility>
 
@@ -65,6 +67,7 @@ TImageDlgForm::TImageDlgForm(QWidget* owner, const QString& startFolder)
 {
     setWindowTitle(QStringLiteral("Select Image"));
     resize(ClientSize);
+    SetHelpTopics();
     MakeCommands();
     LayOut();
 
@@ -74,6 +77,7 @@ TImageDlgForm::TImageDlgForm(QWidget* owner, const QString& startFolder)
         cxShellListView1, &TShellListView::ItemSelected, this, &TImageDlgForm::cxShellListView1SelectItem);
     connect(
         cxShellListView1, &TShellListView::ItemExecuted, this, &TImageDlgForm::cxShellListView1ExecuteItem);
+    connect(&FPreview, &QFutureWatcher<QImage>::finished, this, &TImageDlgForm::PreviewDecoded);
     ShellBreadCrumb->SetPath(ExistingFolder(startFolder).value_or(QDir::homePath()));
     cxShellListView1->setFocus();
     new TIdleUpdate(this, [this] {
@@ -85,6 +89,15 @@ TImageDlgForm::TImageDlgForm(QWidget* owner, const QString& startFolder)
 void TImageDlgForm::Beep()
 {
     QApplication::beep();
+}
+
+// The numbers of help/Corvadine.hhp.
+void TImageDlgForm::SetHelpTopics()
+{
+    SetHelpTopic(*this, 2007);
+    SetHelpTopic(*btnAddImage, 2008);
+    SetHelpTopic(*cxShellListView1, 2010);
+    SetHelpTopic(*cxImage1, 2011);
 }
 
 void TImageDlgForm::MakeCommands()
@@ -202,14 +215,21 @@ void TImageDlgForm::SchedulePreview()
 {
     if (std::exchange(FPreviewIsDue, true))
         return;
-    QTimer::singleShot(0, this, &TImageDlgForm::ShowPreview);
+    QTimer::singleShot(0, this, &TImageDlgForm::StartPreview);
 }
 
-void TImageDlgForm::ShowPreview()
+// In the background, since a large picture takes a second; one at a time, since it may also take the memory.
+void TImageDlgForm::StartPreview()
 {
-    FPreviewIsDue = false;
-    if (FSelectedIsImage)
-        cxImage1->SetImage(LoadPreview(SelectedFile, cxImage1->size() * devicePixelRatio()));
+    if (FPreview.isRunning() || !std::exchange(FPreviewIsDue, false) || !FSelectedIsImage)
+        return;
+    FPreview.setFuture(QtConcurrent::run(LoadPreview, SelectedFile, cxImage1->size() * devicePixelRatio()));
+}
+
+void TImageDlgForm::PreviewDecoded()
+{
+    cxImage1->SetImage(FPreview.result());
+    StartPreview(); // of the file that was selected meanwhile, if any
 }
 
 } // namespace Corvadine

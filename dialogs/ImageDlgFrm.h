@@ -1,6 +1,8 @@
 #pragma once
 
 #include <QDialog>
+#include <QFutureWatcher>
+#include <QImage>
 
 class QAction;
 class QLineEdit;
@@ -45,14 +47,17 @@ private:
     void aUpLevelExecute();
     void aUpLevelUpdate();
 
+    void SetHelpTopics();
     void MakeCommands();
     void LayOut();
     void Select(const QString& path);
     void SchedulePreview();
-    void ShowPreview();
+    void StartPreview();
+    void PreviewDecoded();
 
     bool FSelectedIsImage = false; // SelectedFile is a recognised image file
-    bool FPreviewIsDue = false;
+    bool FPreviewIsDue = false;    // for the file selected by then
+    QFutureWatcher<QImage> FPreview;
 };
 
 } // namespace Corvadine

@@ -42,7 +42,7 @@ bool TWidgetPrompts::Confirm(const QString& text)
 std::optional<QString> TWidgetPrompts::ChooseProjectFile()
 {
     TAddProjForm form(FWindow, FProjectFolder);
-    if (form.exec() != QDialog::Accepted)
+    if (Run(form) != QDialog::Accepted)
         return std::nullopt;
     FProjectFolder = FolderOf(form.ProjectFile());
     return form.ProjectFile();
@@ -51,9 +51,17 @@ std::optional<QString> TWidgetPrompts::ChooseProjectFile()
 std::optional<QString> TWidgetPrompts::ChooseImage(const QString& startFolder)
 {
     TImageDlgForm form(FWindow, startFolder);
-    if (form.exec() != QDialog::Accepted)
+    if (Run(form) != QDialog::Accepted)
         return std::nullopt;
     return form.SelectedFile;
+}
+
+// Blocks the window, but not the help that the dialog may open.
+int TWidgetPrompts::Run(QDialog& form) const
+{
+    AnswerHelpKey(form, FHelp);
+    form.setWindowModality(Qt::WindowModal);
+    return form.exec();
 }
 
 } // namespace Corvadine

@@ -1,9 +1,11 @@
 #pragma once
 
+#include "dialogs/HelpKey.h"
 #include "dialogs/Prompts.h"
 
 #include <QString>
 
+class QDialog;
 class QWidget;
 
 namespace Corvadine {
@@ -15,6 +17,9 @@ public:
     // The window to centre on and to block; null, as at first, is none. REQUIRES: it lives longer.
     void SetWindow(QWidget* window) { FWindow = window; }
 
+    // Who is asked for help when F1 is pressed in a dialog; nobody at first.
+    void SetHelp(THelpRequest help) { FHelp = std::move(help); }
+
     void ShowError(const QString& text) override;
     void Inform(const QString& text) override;
     bool Confirm(const QString& text) override;
@@ -22,7 +27,10 @@ public:
     std::optional<QString> ChooseImage(const QString& startFolder) override;
 
 private:
+    int Run(QDialog& form) const;
+
     QWidget* FWindow = nullptr;
+    THelpRequest FHelp;
     QString FProjectFolder; // of the project file chosen last
 };
 

@@ -34,12 +34,22 @@ TResampleFilter RequireFilter(const TProject& project)
 
 } // namespace
 
+TPlatforms PlatformsOf(const TProject& project)
+{
+    return { project.IncAndroid, project.IncIPhone, project.IncIPad, project.IncWindows };
+}
+
+int TwoxSizeOf(const TProject& project)
+{
+    return Require(project, project.TwoxSize, "2x Width");
+}
+
 TGenJob JobOf(const TProject& project)
 {
     TGenJob job;
     TGenSettings& settings = job.Settings;
-    settings.Platforms = { project.IncAndroid, project.IncIPhone, project.IncIPad, project.IncWindows };
-    settings.TwoxSize = Require(project, project.TwoxSize, "2x Width");
+    settings.Platforms = PlatformsOf(project);
+    settings.TwoxSize = TwoxSizeOf(project);
     settings.Background = TColor::FromStored(Require(project, project.PickColor, "Background"));
     settings.Format =
         Require(project, project.PixelFormat, "Output Format") == static_cast<int>(TOutputFormat::Colors256)

@@ -15,6 +15,12 @@ struct TGenJob {
     QString LaunchFile; // full path; empty when none is chosen: its outputs are rendered from the icon source
 };
 
+// Which platforms `project` ticks.
+TPlatforms PlatformsOf(const TProject& project);
+
+// The project's "2x Width" in pixels. Throws TError(BadInput), naming the project file, if it has no value.
+int TwoxSizeOf(const TProject& project);
+
 // The job that `project` asks for. An unknown output format means true colour. Throws TError(BadInput),
 // naming the project file, for an option that has no value or names no filter.
 TGenJob JobOf(const TProject& project);

@@ -3,6 +3,8 @@
 #include "base/PathRules.h"
 #include "images/SourceImage.h"
 
+#include <QFile>
+
 #include <cmath>
 #include <exception>
 
@@ -42,20 +44,47 @@ void TThumbnailModel::Clear()
     beginResetModel();
     FRows.clear();
     FPictures.clear();
+    FContents.clear();
     endResetModel();
 }
 
 bool TThumbnailModel::Append(const QString& file, const QString& info)
 {
-    const TThumbnail thumbnail = LoadForScreen(file, FPixelRatio);
+    const TThumbnail thumbnail = Load(file);
     if (thumbnail.Picture.isNull())
         return false;
     const int row = rowCount();
     beginInsertRows({}, row, row);
-    FRows.append({ file, info.isEmpty() ? SizeText(thumbnail.Size) : info });
+    FRows.append({ file, info.isEmpty() ? SizeText(thumbnail.Size) : info, thumbnail.Size });
     Keep(row, thumbnail.Picture);
     endInsertRows();
     return true;
+}
+
+// Files too large to be one of a generated set have an empty content.
+TThumbnailModel::TContent TThumbnailModel::ContentOf(const QString& path)
+{
+    constexpr qint64 LargestHashed = qint64 { 4 } * 1024 * 1024;
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly) || file.size() > LargestHashed)
+        return {};
+    const QByteArray bytes = file.readAll();
+    return { bytes.size(), qHashBits(bytes.constData(), static_cast<std::size_t>(bytes.size())),
+        ExtensionOf(path) };
+}
+
+// A generated set holds the same bytes under several names, the largest four times: a light and a dark launch
+// image for two devices. Decoding them costs more than everything else about a thumbnail.
+TThumbnail TThumbnailModel::Load(const QString& file)
+{
+    const TContent content = ContentOf(file);
+    if (const auto equal = FContents.constFind(content); equal != FContents.cend())
+        if (const QImage* picture = FPictures.object(*equal))
+            return { *picture, FRows.at(*equal).Size };
+    TThumbnail thumbnail = LoadForScreen(file, FPixelRatio);
+    if (content.Bytes > 0 && !thumbnail.Picture.isNull())
+        FContents.insert(content, rowCount());
+    return thumbnail;
 }
 
 void TThumbnailModel::SetPixelRatio(double ratio)

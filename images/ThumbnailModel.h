@@ -2,11 +2,14 @@
 
 #include <QAbstractListModel>
 #include <QCache>
+#include <QHash>
 #include <QImage>
 #include <QList>
 #include <QString>
 
 namespace Corvadine {
+
+struct TThumbnail;
 
 // The thumbnails of image files, one a row, in the order in which they were appended. The display text is the
 // file's name, the decoration its picture (a QImage whose pixel ratio makes it fit ThumbnailSide).
@@ -42,12 +45,23 @@ private:
     struct TRow {
         QString File;
         QString Info;
+        QSize Size; // pixels of the file's picture
     };
+    struct TContent {
+        qint64 Bytes = 0;
+        std::size_t Hash = 0;
+        QString Extension; // part of it, since it chooses the decoder
+        bool operator==(const TContent&) const = default;
+        friend std::size_t qHash(const TContent& content, std::size_t) { return content.Hash; }
+    };
+    static TContent ContentOf(const QString& file);
+    TThumbnail Load(const QString& file);
     QImage Picture(int row) const;
     void Keep(int row, const QImage& picture) const;
 
     QList<TRow> FRows;
     mutable QCache<int, QImage> FPictures; // by row, cost in KiB
+    QHash<TContent, int> FContents;        // the first row of each
     double FPixelRatio = 1;
 };
 

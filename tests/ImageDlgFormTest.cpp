@@ -11,6 +11,7 @@
 #include <QDir>
 #include <QImage>
 #include <QLineEdit>
+#include <QThreadPool>
 #include <QToolButton>
 
 namespace Corvadine {
@@ -65,6 +66,14 @@ protected:
         ASSERT_TRUE(image.save(Art(QLatin1String(name))));
     }
 
+    // Until the preview of what is selected is shown.
+    static void LetDecode()
+    {
+        LetIdle();
+        QThreadPool::globalInstance()->waitForDone();
+        LetIdle();
+    }
+
     QAbstractItemView* List() { return FForm->cxShellListView1; }
     QModelIndex Item(const char* name) { return Find(List(), QLatin1String(name)); }
     QColor PreviewColor() { return FForm->cxImage1->Image().pixelColor(0, 0); }
@@ -93,6 +102,7 @@ TEST_F(ImageDlgFormTest, SelectionDecidesWhatCanBeAdded)
     Click(List(), Item("red.png"));
     EXPECT_EQ(FForm->SelectedFile, Art(QStringLiteral("red.png")));
     EXPECT_TRUE(FForm->btnAddImage->isEnabled());
+    LetDecode();
     EXPECT_EQ(PreviewColor(), QColor(Qt::red));
 
     for (const char* folder : { "Sub", "folder.png" }) {
@@ -102,6 +112,7 @@ TEST_F(ImageDlgFormTest, SelectionDecidesWhatCanBeAdded)
         EXPECT_EQ(PreviewColor(), QColor(Qt::red)) << "the preview keeps the last image";
     }
     Click(List(), Item("broken.bmp"));
+    LetDecode();
     EXPECT_TRUE(FForm->cxImage1->Image().isNull());
     EXPECT_TRUE(FForm->btnAddImage->isEnabled()) << "it can be chosen all the same";
 
@@ -221,7 +232,7 @@ TEST_F(ImageDlgFormTest, OneDecodingHoweverFastTheCursorRuns)
     QTest::keyClick(List(), Qt::Key_End);
     EXPECT_TRUE(FForm->SelectedFile.endsWith(last));
     EXPECT_TRUE(FForm->cxImage1->Image().isNull()) << "decoded while the user was moving";
-    LetIdle();
+    LetDecode();
     EXPECT_EQ(PreviewColor(), QColor(Qt::red));
 }
 

@@ -303,7 +303,7 @@ TEST_F(MainFormTest, ChoosesDropsAndRemovesImages)
     Add("A");
     FPrompts.Image = Path("icon.png");
     Click("Icon Image");
-    EXPECT_EQ(FPrompts.StartFolder, "");
+    EXPECT_EQ(FPrompts.StartFolder, Path("A/")) << "nothing chosen yet: beside the project file";
     EXPECT_EQ(FForm->Controls().ImageEnViewIcon->Image().size(), QSize(60, 40));
     EXPECT_EQ(FForm->tblProjects().Current().IconImageName, Path("icon.png"));
     EXPECT_TRUE(FForm->tblProjects().IsEditing());
@@ -340,6 +340,24 @@ TEST_F(MainFormTest, PicksTheIconsColourFromEitherView)
     EXPECT_EQ(FForm->tblProjects().Current().PickColor, -1);
 }
 
+TEST_F(MainFormTest, UpdateCheckRunsInTheProgramFolderAndMayEndTheProgram)
+{
+    const QString before = QDir::currentPath();
+    Start();
+    QStringList folders;
+    FForm->SetUpdateCheck([&](const QWidget*, const QString& programFolder) {
+        folders.append(programFolder);
+        return folders.size() == 2;
+    });
+    Click("Check for Update");
+    EXPECT_EQ(QDir::currentPath(), QDir(Path("program")).canonicalPath());
+    EXPECT_TRUE(FForm->isVisible());
+    Click("Check for Update");
+    EXPECT_FALSE(FForm->isVisible()) << "the helper waits";
+    EXPECT_EQ(folders, QStringList({ Path("program"), Path("program") }));
+    QDir::setCurrent(before);
+}
+
 TEST_F(MainFormTest, RunKeepsToItsProjectAndClosingEndsIt)
 {
     Start();
@@ -353,14 +371,32 @@ TEST_F(MainFormTest, RunKeepsToItsProjectAndClosingEndsIt)
                     action();
             });
     };
-    during([this] {
+    const auto show = [this](qint64 id) { FForm->Controls().cbProjects->SetValue(id); };
+    QDir().mkpath(OutputFolder("B"));
+    during([&] {
         EXPECT_FALSE(FForm->Controls().dxRibbon1->isEnabled());
-        FForm->Controls().cbProjects->SetValue(1);
+        show(1);
     });
     Click("Generate");
     EXPECT_EQ(QDir(OutputFolder("A")).entryList(QDir::Files).size(), 38);
-    EXPECT_FALSE(QDir(OutputFolder("B")).exists());
+    EXPECT_TRUE(QDir(OutputFolder("B")).isEmpty());
+    EXPECT_EQ(FForm->Controls().MView->Count(), 0);
     EXPECT_FALSE(FForm->State().FilesGenerated) << "the project shown now has no files";
+
+    show(2);
+    during([&] {
+        show(1);
+        show(2);
+    });
+    Click("Generate");
+    EXPECT_TRUE(QTest::qWaitFor([this] { return FForm->Controls().MView->Count() == 38; }))
+        << "back before the end";
+    EXPECT_TRUE(FForm->State().FilesGenerated);
+
+    QDir().rmdir(OutputFolder("B"));
+    during([&] { show(1); });
+    Click("Generate");
+    EXPECT_EQ(FForm->Controls().MView->Count(), 38) << "a missing folder leaves the thumbnails";
     EXPECT_EQ(QApplication::overrideCursor(), nullptr);
 
     during([this] { EXPECT_FALSE(FForm->close()); });
@@ -388,6 +424,36 @@ TEST_F(MainFormTest, RunGivesTheBytesOfTheCommandLine)
         EXPECT_EQ(FileBytes(OutputPath(job.Settings, record)),
             FileBytes(OutputFolder("A") + "/" + ImageFileName(record.ID)))
             << record.ID.toStdString();
+}
+
+// Rows of older databases may lack a value.
+TEST_F(MainFormTest, RowsWithoutSomeOptionAreShownAsFarAsTheyGo)
+{
+    QDir().mkpath(Path("out"));
+    QFile::copy(Path("icon.png"), Path("out/icon.png"));
+    const auto put = [this](const TFieldSet& fields) {
+        QFile::remove(Path("program/Corvadine.db"));
+        TProject project;
+        project.ProjectFile = ProjectFile("A");
+        project.OutputFolder = Path("out");
+        project.IncWindows = true;
+        project.TwoxSize = 400;
+        TProjectStore(Path("program/Corvadine.db")).Insert(project, fields);
+    };
+    put({ TField::ProjectFile, TField::OutputFolder, TField::IncWindows, TField::TwoxSize });
+    Start();
+    EXPECT_EQ(FPrompts.TakeShown(), QStringList());
+    EXPECT_TRUE(FForm->State().FilesGenerated);
+    EXPECT_EQ(FForm->State().GenList.size(), 2U);
+    EXPECT_FALSE(IsEnabled("Generate")) << "no background colour";
+
+    put({ TField::ProjectFile, TField::OutputFolder });
+    Start();
+    EXPECT_EQ(FPrompts.TakeShown(),
+        QStringList("error: Cannot use the settings of " + ProjectFile("A")
+            + ": the option \"2x Width\" has no value"));
+    EXPECT_TRUE(FForm->isVisible());
+    EXPECT_EQ(FForm->State().MyIniFileName, QString()) << "the start-up has ended there";
 }
 
 TEST_F(MainFormTest, FailuresShowTheirTextAndRestoreTheWindow)

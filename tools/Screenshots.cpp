@@ -9,6 +9,8 @@
 #include "dialogs/ImageDlgFrm.h"
 #include "dialogs/ShellListView.h"
 #include "project/ProjectPaths.h"
+#include "support/UpdateEngine.h"
+#include "support/UpdateWizard.h"
 #include "tools/SilentPrompts.h"
 
 #include <QApplication>
@@ -76,6 +78,28 @@ void AddSample(const QString& folder, const QString& sample)
     table.Post();
 }
 
+// Says what an engine would say that has found an update.
+class TFoundUpdate : public TUpdateEngine {
+public:
+    explicit TFoundUpdate(const QString& programFolder) : TUpdateEngine(LoadUpdateSettings(programFolder)) { }
+
+    void Check() override
+    {
+        const QDateTime date(QDate(2026, 11, 22), QTime(14, 30), Qt::UTC);
+        emit Checked(
+            { { "corvadine", "1.1.0", date, 2'950'000, "The newest catalogue of Android icons.", true },
+                { "Corvadine.chm", "1.1.0", date, 1'240'000, {}, true },
+                { "samples/Demo/launch.png", "1.1.0", date, 310'000, {}, false } });
+    }
+};
+
+void TakeUpdateWizard(const TPhotographer& photographer, QWidget& form, const QString& programFolder)
+{
+    TFoundUpdate update(programFolder);
+    TUpdateWizard wizard({ update, {}, [] {} }, &form);
+    photographer.Take(wizard, "update");
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -122,7 +146,9 @@ int main(int argc, char** argv)
     TImageDlgForm picker(&form, program + "/Demo");
     picker.show();
     photographer.LetIdle();
-    picker.cxShellListView1->setCurrentIndex(picker.cxShellListView1->model()->index(0, 0));
+    picker.cxShellListView1->setCurrentIndex(picker.cxShellListView1->model()->index(1, 0)); // icon.png
     photographer.Take(picker, "image-picker");
+    picker.hide();
+    TakeUpdateWizard(photographer, form, program);
     return 0;
 }

@@ -1,6 +1,7 @@
 #!/usr/bin/python3
 """Draws the window's icons into app/icons: NAME.png (32 pixels) and NAME@2x.png (64) for every command, and the
-application's own icon in four sizes, which is the gem of samples/draw.py, and as app/corvadine.ico for Windows.
+application's own icon in four sizes, which is the gem of samples/draw.py, and as app/corvadine.ico for Windows; and the
+update wizard's side picture, that gem in its night sky, into support/pictures.
 
 One style: lines two units wide on a grid of 32, round at their ends, in a grey that can be told from a light ground as
 well as from a dark one, and one accent colour for what the command is about. Nothing is random, so the same Pillow and
@@ -24,6 +25,7 @@ GRID = 32
 SUPERSAMPLING = 16  # of the 32-pixel size
 SIZES = (("", 32), ("@2x", 64))
 APPLICATION_SIZES = (16, 32, 48, 256)
+BILLBOARD_SIZE = (164, 314)
 WINDOWS_SIZES = (16, 20, 24, 32, 40, 48, 64, 256)  # of lists, task bar and large views at 100 to 200 %
 
 LINE_WIDTH = 2
@@ -32,6 +34,7 @@ ACCENT = (139, 92, 246, 255)
 TINT = (139, 92, 246, 64)  # inside of an outline
 ON_ACCENT = (255, 255, 255, 255)
 NOTHING = (0, 0, 0, 0)
+RING = (236, 220, 255, 150)
 
 
 class Sheet:
@@ -280,12 +283,34 @@ def application_icon():
     drawn(WINDOWS_SIZES[-1]).save(ROOT / "app" / "corvadine.ico", sizes=sizes, append_images=smaller)
 
 
+def billboard():
+    """The side picture in two sizes; arrows go round the gem, as on the command's icon."""
+    width, height = (side * 2 for side in BILLBOARD_SIZE)
+    large = samples.launch((width, height), samples.gem(200))
+    rings = Image.new("RGBA", (width * SUPERSAMPLING // 4, height * SUPERSAMPLING // 4))
+    sheet = Sheet()
+    sheet.picture, sheet.pen = rings, ImageDraw.Draw(rings)
+    # In the grid units of a sheet; the ring is centred on the gem.
+    scale = 1 / 4
+    x, y, radius = width / 2 * scale, height * 0.43 * scale, 138 * scale
+    for turn in (0, 180):
+        points = arc(x, y, radius, turn + 200, turn + 325)
+        sheet.line(points, RING, 2.2)
+        sheet.line(arrow_head(points[-1], turn + 325 + 98, 7), RING, 2.2)
+    picture = large.convert("RGBA")
+    picture.alpha_composite(rings.resize((width, height), Image.Resampling.BOX))
+    for suffix, size in (("", BILLBOARD_SIZE), ("@2x", (width, height))):
+        small = picture.resize(size, Image.Resampling.BOX) if size != picture.size else picture
+        small.save(ROOT / "support" / "pictures" / f"billboard{suffix}.png", optimize=True)
+
+
 def main():
     for name, draw_icon in ICONS.items():
         sheet = Sheet()
         draw_icon(sheet)
         sheet.save(name)
     application_icon()
+    billboard()
 
 
 if __name__ == "__main__":

@@ -1,0 +1,12 @@
+#pragma once
+
+#include <optional>
+
+namespace Corvadine {
+
+// Whether the user has asked the desktop for dark windows, for desktops that this version of Qt does not ask
+// itself: Windows' setting for apps, and the appearance portal of Linux desktops (XDG Desktop Portal,
+// org.freedesktop.appearance color-scheme). Nothing if the desktop does not say, or not within a moment.
+std::optional<bool> DesktopPrefersDark();
+
+} // namespace Corvadine

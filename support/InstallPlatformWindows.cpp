@@ -1,0 +1,49 @@
+#include "support/InstallPlatform.h"
+
+#include "base/Error.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+#include <windows.h>
+
+namespace Corvadine {
+
+void SyncToDisk(const QString& path)
+{
+    if (QFileInfo(path).isDir())
+        return; // NTFS journals names
+    const std::wstring name = QDir::toNativeSeparators(path).toStdWString();
+    const HANDLE file = ::CreateFileW(
+        name.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    const bool synced = file != INVALID_HANDLE_VALUE && ::FlushFileBuffers(file);
+    const DWORD errorNumber = ::GetLastError();
+    if (file != INVALID_HANDLE_VALUE)
+        ::CloseHandle(file);
+    if (!synced)
+        throw TError(TErrorKind::Io, QStringLiteral("write"), path,
+            qt_error_string(static_cast<int>(errorNumber)).trimmed());
+}
+
+bool WaitForProcessEnd(qint64 processId, std::chrono::milliseconds limit)
+{
+    const HANDLE process = ::OpenProcess(SYNCHRONIZE, FALSE, static_cast<DWORD>(processId));
+    if (!process) // an ended process has no number; one that is not ours to wait for must not be replaced
+        return ::GetLastError() == ERROR_INVALID_PARAMETER;
+    const DWORD result = ::WaitForSingleObject(process, static_cast<DWORD>(limit.count()));
+    ::CloseHandle(process);
+    return result == WAIT_OBJECT_0;
+}
+
+QString RunningExecutable()
+{
+    std::wstring path(MAX_PATH, L'\0');
+    for (;;) {
+        const DWORD length = ::GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
+        if (length < path.size())
+            return QDir::fromNativeSeparators(QString::fromWCharArray(path.data(), static_cast<int>(length)));
+        path.resize(path.size() * 2);
+    }
+}
+
+} // namespace Corvadine

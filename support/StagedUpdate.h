@@ -1,0 +1,53 @@
+#pragma once
+
+#include "support/FileHash.h"
+#include "support/UpdateSettings.h"
+#include "support/UpdateTypes.h"
+
+#include <QLockFile>
+#include <QString>
+
+namespace Corvadine {
+
+// The staging folder is CorvadineUpdate.staging in the program folder, so that renaming moves files out of
+// it, and readable to its owner alone. It holds
+//     Corvadine.INF, Corvadine.INF.sig   the control file as it was verified
+//     files/TARGET                       each file of the update under its relative name
+//     downloads/                         while a download runs
+// Whoever installs a staged update may add names of its own to the folder, and syncs what it relies on: the
+// engine leaves that to the system, since a download that is lost can be repeated.
+
+// The right to stage or install an update in a program folder: one process at a time has it. It ends with
+// the object or with the process. Not movable; no thread rule.
+class TUpdateLock {
+public:
+    // Throws TError: Conflict when another process has it (and `waitMilliseconds` have passed), Io when the
+    // folder cannot be written.
+    explicit TUpdateLock(const QString& programFolder, int waitMilliseconds = 0);
+
+private:
+    QLockFile FLock;
+};
+
+// Absolute path of the staging folder of a program folder, whether it exists or not.
+QString StagingFolderOf(const QString& programFolder);
+
+// Absolute path of the folder inside it that holds the files of the update.
+QString StagedFilesFolderOf(const QString& programFolder);
+
+// Writes the verified control file and its signature into the staging folder, which exists. Throws
+// TError(Io).
+void StageControlFile(const QString& programFolder, const QByteArray& bytes, const QByteArray& signature);
+
+// Removes the staging folder and all that is in it, links not followed; does nothing if there is none.
+// Throws TError(Io) when something of it stays. REQUIRES: the caller has the TUpdateLock.
+void RemoveStaging(const QString& programFolder);
+
+// The update that waits in the staging folder of `settings.ProgramFolder`, trusting nothing of it: the
+// signature of its control file is verified again, its version must still be newer than everything accepted
+// (see NewestAcceptedVersion), every file must be one that the control file names for this platform, with the
+// size and hash stated there, and none may be a link. For the helper, which takes over from a process that
+// has ended. Throws TError; the folder is left as it is.
+TStagedUpdate ReadStagedUpdate(const TUpdateSettings& settings);
+
+} // namespace Corvadine

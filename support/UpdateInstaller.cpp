@@ -1,0 +1,374 @@
+#include "support/UpdateInstaller.h"
+
+#include "base/Error.h"
+#include "base/Files.h"
+#include "support/AcceptedVersion.h"
+#include "support/InstallPlatform.h"
+#include "support/StagedUpdate.h"
+#include "support/UpdateLog.h"
+#include "support/UpdateNames.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QScopeGuard>
+
+#include <algorithm>
+#include <filesystem>
+#include <system_error>
+#include <utility>
+
+namespace Corvadine {
+
+namespace {
+
+const QString OldFolderName = QStringLiteral("CorvadineUpdate.old");
+const QString JournalName = QStringLiteral("journal");
+
+QString OldFolderOf(const QString& programFolder)
+{
+    return programFolder + u'/' + OldFolderName;
+}
+
+std::filesystem::path SystemPath(const QString& path)
+{
+    return QFileInfo(path).filesystemAbsoluteFilePath();
+}
+
+QString Reason(const std::error_code& error)
+{
+    return QString::fromLocal8Bit(error.message());
+}
+
+// In one step also when `to` exists. QFile::rename() would refuse that, or copy.
+void Rename(const QString& from, const QString& to)
+{
+    std::error_code error;
+    std::filesystem::rename(SystemPath(from), SystemPath(to), error);
+    if (error)
+        throw TError(TErrorKind::Io, QStringLiteral("replace"), to, Reason(error));
+}
+
+// A second name for the old file costs neither time nor space; where the file system has no such names it is
+// copied.
+void Keep(const QString& file, const QString& kept)
+{
+    std::error_code error;
+    std::filesystem::create_hard_link(SystemPath(file), SystemPath(kept), error);
+    if (!error)
+        return;
+    std::filesystem::copy_file(SystemPath(file), SystemPath(kept), error);
+    if (error)
+        throw TError(TErrorKind::Io, QStringLiteral("keep a copy of"), file, Reason(error));
+    SyncToDisk(kept);
+}
+
+// Those folders on the way to `target` that are still missing, the outermost first.
+QStringList MissingFolders(const QString& programFolder, const QString& target)
+{
+    QStringList missing;
+    for (qsizetype slash = target.indexOf(u'/'); slash >= 0; slash = target.indexOf(u'/', slash + 1))
+        if (!FolderExists(programFolder + u'/' + target.left(slash)))
+            missing.append(target.left(slash));
+    return missing;
+}
+
+} // namespace
+
+// One replacement, about to be made or read back from its journal.
+class TUpdateInstaller::TReplacement {
+public:
+    TReplacement(const TUpdateInstaller& owner, const TStagedUpdate& update, const QString& executable);
+    // Throws TError(BadInput) for a journal that this class did not write.
+    TReplacement(const TUpdateInstaller& owner, const QByteArray& journal);
+
+    // The steps of a replacement, in their order.
+    void Verify();
+    void KeepOld();
+    void WriteJournal();
+    void MoveIn();
+    void Record();
+    void Finish(); // from here on there is no way back
+
+    void Undo();
+
+    // Whether every target is the new file.
+    bool IsAllIn() const;
+
+private:
+    struct TEntry {
+        QString StagedPath; // not in the journal: it takes no staged file to undo or to complete
+        QString Target;
+        qint64 Size = 0;
+        QByteArray Sha256;
+        bool Replaces = false; // there is an old file
+    };
+
+    QString InProgram(const QString& name) const { return FOwner.FProgramFolder + u'/' + name; }
+    QString Kept(std::size_t index) const { return FOldFolder + u'/' + QString::number(index); }
+    QString Journal() const { return FOldFolder + u'/' + JournalName; }
+    bool IsIn(const TEntry& entry) const;
+    void SyncFolders() const;
+    void Step(const QString& text) const
+    {
+        if (FOwner.BeforeStep)
+            FOwner.BeforeStep(text);
+    }
+
+    const TUpdateInstaller& FOwner;
+    QString FOldFolder;
+    QString FVersion;
+    std::vector<TEntry> FEntries;
+    QStringList FNewFolders; // relative; an outer one before those in it
+};
+
+TUpdateInstaller::TReplacement::TReplacement(
+    const TUpdateInstaller& owner, const TStagedUpdate& update, const QString& executable)
+    : FOwner(owner), FOldFolder(OldFolderOf(owner.FProgramFolder)), FVersion(update.Version)
+{
+    for (const TStagedUpdateFile& file : update.Files) {
+        const QString target = CheckedTarget(file.Target);
+        CheckTargetOnDisk(owner.FProgramFolder, target);
+        FEntries.push_back(
+            { file.StagedPath, target, file.Size, file.Sha256, FileExists(InProgram(target)) });
+        for (const QString& folder : MissingFolders(owner.FProgramFolder, target))
+            if (!FNewFolders.contains(folder))
+                FNewFolders.append(folder);
+    }
+    const QFileInfo program(executable);
+    // The program last: one that is started in the middle is the old one then, and undoing suits it.
+    std::stable_partition(FEntries.begin(), FEntries.end(),
+        [&](const TEntry& entry) { return QFileInfo(InProgram(entry.Target)) != program; });
+}
+
+TUpdateInstaller::TReplacement::TReplacement(const TUpdateInstaller& owner, const QByteArray& journal)
+    : FOwner(owner), FOldFolder(OldFolderOf(owner.FProgramFolder))
+{
+    const QJsonObject object = QJsonDocument::fromJson(journal).object();
+    FVersion = object.value(u"version").toString();
+    for (const QJsonValue value : object.value(u"files").toArray()) {
+        const QString target = CheckedTarget(value[u"target"].toString());
+        CheckTargetOnDisk(owner.FProgramFolder, target);
+        FEntries.push_back({ {}, target, value[u"size"].toInteger(),
+            QByteArray::fromHex(value[u"sha256"].toString().toLatin1()), value[u"replaces"].toBool() });
+    }
+    for (const QJsonValue value : object.value(u"newFolders").toArray())
+        FNewFolders.append(CheckedTarget(value.toString()));
+    if (FEntries.empty())
+        throw TError(TErrorKind::BadInput, QStringLiteral("read"), Journal(),
+            QStringLiteral("it is no journal of an update"));
+}
+
+void TUpdateInstaller::TReplacement::Verify()
+{
+    for (const TEntry& entry : FEntries) {
+        Step(QStringLiteral("verify ") + entry.Target);
+        VerifyFile(entry.StagedPath, entry.Target, entry.Size, entry.Sha256);
+    }
+}
+
+// Ends with both the old and the new files safely on disk.
+void TUpdateInstaller::TReplacement::KeepOld()
+{
+    Step(QStringLiteral("make the folder for the old files"));
+    CreateFolder(FOldFolder);
+    for (std::size_t i = 0; i < FEntries.size(); ++i) {
+        const TEntry& entry = FEntries[i];
+        Step(QStringLiteral("keep the old ") + entry.Target);
+        if (entry.Replaces) {
+            Keep(InProgram(entry.Target), Kept(i));
+            QFile::setPermissions(entry.StagedPath, QFile::permissions(InProgram(entry.Target)));
+        }
+        SyncToDisk(entry.StagedPath);
+    }
+}
+
+void TUpdateInstaller::TReplacement::WriteJournal()
+{
+    QJsonArray files;
+    for (const TEntry& entry : FEntries)
+        files.append(
+            QJsonObject { { QStringLiteral("target"), entry.Target }, { QStringLiteral("size"), entry.Size },
+                { QStringLiteral("sha256"), QString::fromLatin1(entry.Sha256.toHex()) },
+                { QStringLiteral("replaces"), entry.Replaces } });
+    const QJsonObject journal { { QStringLiteral("version"), FVersion }, { QStringLiteral("files"), files },
+        { QStringLiteral("newFolders"), QJsonArray::fromStringList(FNewFolders) } };
+    Step(QStringLiteral("write the journal"));
+    WriteFileAtomically(Journal(), QJsonDocument(journal).toJson());
+    SyncToDisk(FOldFolder);
+    SyncToDisk(FOwner.FProgramFolder);
+}
+
+void TUpdateInstaller::TReplacement::MoveIn()
+{
+    for (const QString& folder : FNewFolders) {
+        Step(QStringLiteral("make the folder ") + folder);
+        CreateFolder(InProgram(folder));
+    }
+    for (const TEntry& entry : FEntries) {
+        Step(QStringLiteral("move in ") + entry.Target);
+        Rename(entry.StagedPath, InProgram(entry.Target));
+    }
+    Step(QStringLiteral("sync the folders"));
+    SyncFolders();
+}
+
+void TUpdateInstaller::TReplacement::Record()
+{
+    Step(QStringLiteral("record the version"));
+    RecordAcceptedVersion(FOwner.FProgramFolder, FVersion);
+}
+
+// A journal that stays is completed at the next start, old files without a journal are removed then.
+void TUpdateInstaller::TReplacement::Finish()
+{
+    Step(QStringLiteral("remove the journal"));
+    if (!QFile::remove(Journal()))
+        return;
+    Step(QStringLiteral("remove the old files"));
+    QDir(FOldFolder).removeRecursively();
+}
+
+// Can be cut off anywhere and begun again. Before the journal was written there is nothing to put back.
+void TUpdateInstaller::TReplacement::Undo()
+{
+    if (FileExists(Journal())) {
+        for (std::size_t i = 0; i < FEntries.size(); ++i) {
+            const TEntry& entry = FEntries[i];
+            Step(QStringLiteral("put back ") + entry.Target);
+            if (FileExists(Kept(i)))
+                Rename(Kept(i), InProgram(entry.Target));
+            else if (!entry.Replaces && IsIn(entry))
+                QFile::remove(InProgram(entry.Target));
+        }
+        for (auto folder = FNewFolders.crbegin(); folder != FNewFolders.crend(); ++folder)
+            QDir().rmdir(InProgram(*folder)); // refuses one that somebody uses meanwhile
+        SyncFolders();
+        Step(QStringLiteral("remove the journal of what was put back"));
+        QFile::remove(Journal());
+    }
+    QDir(FOldFolder).removeRecursively();
+}
+
+bool TUpdateInstaller::TReplacement::IsAllIn() const
+{
+    return std::all_of(FEntries.begin(), FEntries.end(), [this](const TEntry& entry) { return IsIn(entry); });
+}
+
+bool TUpdateInstaller::TReplacement::IsIn(const TEntry& entry) const
+{
+    try {
+        VerifyFile(InProgram(entry.Target), entry.Target, entry.Size, entry.Sha256);
+        return true;
+    } catch (const TError&) {
+        return false;
+    }
+}
+
+void TUpdateInstaller::TReplacement::SyncFolders() const
+{
+    QStringList folders;
+    for (const TEntry& entry : FEntries)
+        folders.append(QFileInfo(InProgram(entry.Target)).path());
+    folders.removeDuplicates();
+    for (const QString& folder : std::as_const(folders))
+        if (FolderExists(folder)) // Undo() has removed the new ones
+            SyncToDisk(folder);
+}
+
+TUpdateInstaller::TUpdateInstaller(const QString& programFolder, const TUpdateLog& log)
+    : FProgramFolder(QDir::cleanPath(programFolder)), FLog(log)
+{
+}
+
+void TUpdateInstaller::Install(const TStagedUpdate& update, const QString& executable)
+{
+    const QString step = QStringLiteral("Install version %1").arg(update.Version);
+    const auto dropStaging = qScopeGuard([this] { DropStaging(FProgramFolder); });
+    try {
+        Replace(update, executable);
+        FLog.Write(step, QStringLiteral("done"));
+    } catch (const TError& error) {
+        FLog.Write(step, QStringLiteral("failed. ") + error.Text());
+        throw;
+    }
+}
+
+void TUpdateInstaller::Replace(const TStagedUpdate& update, const QString& executable)
+{
+    Recover();
+    TReplacement replacement(*this, update, executable);
+    replacement.Verify();
+    FLog.Write(QStringLiteral("Verify the new files"), QStringLiteral("they are as published"));
+    try {
+        replacement.KeepOld();
+        replacement.WriteJournal();
+        replacement.MoveIn();
+        replacement.Record();
+    } catch (const TError& error) {
+        try {
+            replacement.Undo();
+        } catch (const TError& second) {
+            throw TError(error.Kind(),
+                QStringLiteral("%1. The old files could not be put back either (%2); the next start tries it "
+                               "again")
+                    .arg(error.Text(), second.Text()));
+        }
+        throw;
+    }
+    replacement.Finish();
+    for (const TStagedUpdateFile& file : update.Files)
+        FLog.Write(QStringLiteral("Replace ") + file.Target, QStringLiteral("done"));
+}
+
+TRecovery TUpdateInstaller::Recover()
+{
+    if (!IsRecoveryDue(FProgramFolder))
+        return TRecovery::NotNeeded;
+    const QString oldFolder = OldFolderOf(FProgramFolder);
+    const QString journal = oldFolder + u'/' + JournalName;
+    if (!FileExists(journal)) { // killed before it began, or after it had ended
+        QDir(oldFolder).removeRecursively();
+        return TRecovery::NotNeeded;
+    }
+    TReplacement replacement(*this, ReadFile(journal, QStringLiteral("read the journal")));
+    const bool completes = replacement.IsAllIn();
+    if (completes) {
+        replacement.Record();
+        replacement.Finish();
+    } else {
+        replacement.Undo();
+    }
+    FLog.Write(QStringLiteral("Find an update that was cut off"),
+        completes ? QStringLiteral("completed it") : QStringLiteral("put the old files back"));
+    return completes ? TRecovery::Completed : TRecovery::Undone;
+}
+
+void DropStaging(const QString& programFolder)
+{
+    try {
+        RemoveStaging(programFolder);
+    } catch (const TError&) {
+        // The next check removes it.
+    }
+}
+
+bool IsRecoveryDue(const QString& programFolder)
+{
+    return FolderExists(OldFolderOf(programFolder));
+}
+
+TRecovery RecoverUpdate(const QString& programFolder)
+{
+    if (!IsRecoveryDue(programFolder))
+        return TRecovery::NotNeeded;
+    constexpr int PatienceMilliseconds = 20'000;
+    const TUpdateLock lock(programFolder, PatienceMilliseconds);
+    const TUpdateLog log(programFolder);
+    return TUpdateInstaller(programFolder, log).Recover();
+}
+
+} // namespace Corvadine

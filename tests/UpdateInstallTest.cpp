@@ -1,0 +1,262 @@
+#include "support/InstallPlatform.h"
+#include "support/StagedUpdate.h"
+#include "support/UpdateInstaller.h"
+#include "support/UpdateLog.h"
+#include "tests/Testing.h"
+
+#include <QCryptographicHash>
+#include <QDir>
+#include <QDirIterator>
+#include <QFileInfo>
+
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <map>
+
+using namespace Corvadine;
+using namespace Corvadine::Testing;
+
+namespace {
+
+using TFiles = std::map<QString, QByteArray>;
+
+const TFiles OldFiles { { "corvadine", "old program" }, { "docs/guide.txt", "old guide" },
+    { "Corvadine.db", "projects" }, { "CorvadineBase.ini", "settings" } };
+const TFiles NewFiles { { "corvadine", "new program, longer" }, { "docs/guide.txt", "new guide" },
+    { "extra/deep/list.txt", "a file that is new" } };
+
+} // namespace
+
+class UpdateInstallTest : public TFolderTest {
+protected:
+    // The program folder as if never updated, and an update staged in it.
+    TStagedUpdate Stage()
+    {
+        QDir(FProgram).removeRecursively();
+        for (const auto& [name, bytes] : OldFiles)
+            Put(FProgram + '/' + name, bytes);
+        EXPECT_TRUE(QFile::setPermissions(Program(), FPermissions));
+        TStagedUpdate update { StagingFolderOf(FProgram), "1.1.0", {} };
+        for (const auto& [name, bytes] : NewFiles) {
+            const QString staged = update.StagingFolder + "/files/" + name;
+            Put(staged, bytes);
+            update.Files.push_back(
+                { name, staged, bytes.size(), QCryptographicHash::hash(bytes, QCryptographicHash::Sha256) });
+        }
+        return update;
+    }
+
+    static void Put(const QString& path, const QByteArray& bytes)
+    {
+        ASSERT_TRUE(QDir().mkpath(QFileInfo(path).path()));
+        PutFile(path, bytes);
+    }
+
+    // What lies in the program folder but for the log and what outlasts an update.
+    TFiles Files() const
+    {
+        TFiles files;
+        const QDir program(FProgram);
+        QDirIterator walk(
+            FProgram, QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot, QDirIterator::Subdirectories);
+        while (walk.hasNext()) {
+            const QString name = program.relativeFilePath(walk.next());
+            if (walk.fileInfo().isDir())
+                EXPECT_FALSE(QDir(walk.filePath()).isEmpty()) << name.toStdString();
+            else if (name != "WUPDATE.LOG" && name != "CorvadineUpdate.accepted")
+                files.emplace(name, FileBytes(walk.filePath()));
+        }
+        return files;
+    }
+
+    static TFiles Updated()
+    {
+        TFiles files = OldFiles;
+        for (const auto& [name, bytes] : NewFiles)
+            files[name] = bytes;
+        return files;
+    }
+
+    QString Program() const { return FProgram + "/corvadine"; }
+
+    // Runs `action`, which gets an installer, in a process of its own that ends like a killed one before the
+    // step number `deadly`. Returns whether it came to its end.
+    template <typename TAction> bool SurvivesUntil(int deadly, const TAction& action) const
+    {
+        const pid_t child = ::fork();
+        if (child == 0) {
+            const TUpdateLog log(FProgram);
+            TUpdateInstaller installer(FProgram, log);
+            installer.BeforeStep = [&deadly](const QString&) {
+                if (deadly-- == 0)
+                    ::_exit(9);
+            };
+            action(installer);
+            ::_exit(0);
+        }
+        int status = 0;
+        ::waitpid(child, &status, 0);
+        return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+    }
+
+    const QString FProgram = Path("program");
+    const QFile::Permissions FPermissions = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner
+        | QFile::ReadUser | QFile::WriteUser | QFile::ExeUser | QFile::ExeGroup;
+};
+
+TEST_F(UpdateInstallTest, ReplacesAllFilesAndLeavesNothingBehind)
+{
+    const TStagedUpdate update = Stage();
+    const TUpdateLog log(FProgram);
+    TUpdateInstaller(FProgram, log).Install(update, Program());
+    EXPECT_EQ(Files(), Updated());
+    EXPECT_EQ(QFile::permissions(Program()), FPermissions);
+    EXPECT_EQ(FileBytes(FProgram + "/CorvadineUpdate.accepted"), "1.1.0\n");
+    EXPECT_THAT(FileBytes(log.Path()).toStdString(),
+        ::testing::MatchesRegex("([0-9]{2}/[0-9]{2}/[0-9]{4} [0-9]{2}:[0-9]{2} [^\n]+: [^\n]+\n){5}"));
+}
+
+TEST_F(UpdateInstallTest, KilledAtAnyStepItIsTheOldOrTheNewProgram)
+{
+    for (int step = 0;; ++step) {
+        const TStagedUpdate update = Stage();
+        const bool survived =
+            SurvivesUntil(step, [&](TUpdateInstaller& installer) { installer.Install(update, Program()); });
+        EXPECT_TRUE(QFile::exists(Program())) << "nothing could be started after step " << step;
+        if (survived)
+            break;
+        // The recovery is killed as well, each time one step later.
+        const bool newProgramRuns = FileBytes(Program()) == NewFiles.at("corvadine");
+        for (int second = 0; !SurvivesUntil(second, [](TUpdateInstaller& installer) { installer.Recover(); });
+             ++second)
+            ASSERT_EQ(FileBytes(Program()) == NewFiles.at("corvadine"), newProgramRuns)
+                << "exchanged while it runs: step " << step << ", " << second;
+        EXPECT_EQ(RecoverUpdate(FProgram), TRecovery::NotNeeded);
+        QDir(update.StagingFolder).removeRecursively(); // as the next check does
+        EXPECT_EQ(Files(), newProgramRuns ? Updated() : OldFiles) << "after step " << step;
+    }
+    EXPECT_EQ(Files(), Updated());
+}
+
+TEST_F(UpdateInstallTest, StartCompletesOrUndoesWhatWasCutOff)
+{
+    const auto cutOffBefore = [&](const QString& deadly) {
+        const TStagedUpdate update = Stage();
+        SurvivesUntil(-1, [&](TUpdateInstaller& installer) {
+            installer.BeforeStep = [&](const QString& step) {
+                if (step == deadly)
+                    ::_exit(9);
+            };
+            installer.Install(update, Program());
+        });
+        return RecoverUpdate(FProgram);
+    };
+    EXPECT_EQ(cutOffBefore("write the journal"), TRecovery::NotNeeded);
+    EXPECT_EQ(cutOffBefore("move in corvadine"), TRecovery::Undone);
+    EXPECT_EQ(cutOffBefore("record the version"), TRecovery::Completed);
+    EXPECT_EQ(FileBytes(FProgram + "/CorvadineUpdate.accepted"), "1.1.0\n");
+    EXPECT_THAT(FileBytes(FProgram + "/WUPDATE.LOG").toStdString(), ::testing::HasSubstr("completed it"));
+}
+
+TEST_F(UpdateInstallTest, FailureAtAnyStepPutsAllBack)
+{
+    for (int failing = 0;; ++failing) {
+        const TStagedUpdate update = Stage();
+        const TUpdateLog log(FProgram);
+        TUpdateInstaller installer(FProgram, log);
+        int count = 0;
+        QString last;
+        installer.BeforeStep = [&](const QString& step) {
+            last = step;
+            if (count++ == failing)
+                throw TError(TErrorKind::Io, "the disk is on fire");
+        };
+        try {
+            installer.Install(update, Program());
+            break;
+        } catch (const TError& error) {
+            EXPECT_EQ(error.Text(), "the disk is on fire");
+        }
+        if (last == "remove the journal")
+            break; // from there on it is installed
+        EXPECT_EQ(Files(), OldFiles) << last.toStdString();
+        EXPECT_EQ(QFile::permissions(Program()), FPermissions);
+    }
+}
+
+TEST_F(UpdateInstallTest, RefusesWhatIsNotAsItWasDownloaded)
+{
+    using TSpoil = std::function<void(TStagedUpdate&)>;
+    rlimit before {};
+    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &before), 0);
+    const std::tuple<const char*, TSpoil, const char*> cases[] {
+        { "other bytes", [](auto& update) { PutFile(update.Files[1].StagedPath, "bad guide"); }, "guide" },
+        { "longer", [](auto& update) { PutFile(update.Files[1].StagedPath, "new guide..."); }, "guide" },
+        { "gone", [](auto& update) { QFile::remove(update.Files[0].StagedPath); }, "corvadine" },
+        { "database", [](auto& update) { update.Files[0].Target = "Corvadine.db"; }, "Corvadine.db" },
+        { "outside", [](auto& update) { update.Files[0].Target = "../corvadine"; }, "corvadine" },
+        { "target is a link",
+            [this](auto&) {
+                QFile::rename(Program(), FProgram + "/real");
+                QFile::link("real", Program());
+            },
+            "link" },
+        { "folder in the way",
+            [this](auto&) {
+                QFile::remove(Program());
+                QDir().mkpath(Program() + "/x");
+                PutFile(Program() + "/x/y", "kept");
+            },
+            "corvadine" },
+        { "full disk",
+            [&](auto&) {
+                const rlimit tight { 40, before.rlim_max }; // less than the journal
+                ::setrlimit(RLIMIT_FSIZE, &tight);
+            },
+            "journal" },
+    };
+    for (const auto& [name, spoil, text] : cases) {
+        TStagedUpdate update = Stage();
+        spoil(update);
+        QDir staging(update.StagingFolder);
+        const QString log = FProgram + "/WUPDATE.LOG";
+        const TUpdateLog updateLog(FProgram);
+        TFiles files = Files();
+        std::erase_if(files, [](const auto& file) { return file.first.startsWith("CorvadineUpdate."); });
+        const std::string message =
+            ErrorOf([&] { TUpdateInstaller(FProgram, updateLog).Install(update, Program()); });
+        ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &before), 0);
+        EXPECT_THAT(message, ::testing::HasSubstr(text)) << name;
+        EXPECT_EQ(Files(), files) << name;
+    }
+}
+
+TEST_F(UpdateInstallTest, LogStaysSmallAndItsLinesHonest)
+{
+    ASSERT_TRUE(QDir().mkpath(FProgram));
+    const TUpdateLog log(FProgram);
+    log.Write("Look for a newer version", "failed.\n01/01/2030 00:00 Install: done\r");
+    EXPECT_EQ(FileBytes(log.Path()).count('\n'), 1);
+    while (QFileInfo(log.Path()).size() <= TUpdateLog::LargestSize)
+        log.Write("Replace a file", QString(900, 'x'));
+    log.Write("Replace another file", "done");
+    const QByteArray lines = FileBytes(log.Path());
+    EXPECT_LT(lines.size(), TUpdateLog::LargestSize * 3 / 4);
+    EXPECT_THAT(lines.toStdString(), ::testing::MatchesRegex("[0-9]{2}/[^z]*Replace another file: done\n"));
+}
+
+TEST_F(UpdateInstallTest, WaitsForAProcessToEnd)
+{
+    using namespace std::chrono_literals;
+    const pid_t child = ::fork();
+    if (child == 0) {
+        ::usleep(100'000);
+        ::_exit(0);
+    }
+    EXPECT_FALSE(WaitForProcessEnd(child, 1ms));
+    EXPECT_TRUE(WaitForProcessEnd(child, 20s));
+    ::waitpid(child, nullptr, 0);
+    EXPECT_TRUE(WaitForProcessEnd(child, 0ms)) << "it is gone";
+}
