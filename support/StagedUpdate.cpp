@@ -66,8 +66,7 @@ void RemoveStaging(const QString& programFolder)
     std::error_code error; // unlike QDir::removeRecursively(), this also removes a link or file in the way
     std::filesystem::remove_all(QFileInfo(folder).filesystemAbsoluteFilePath(), error);
     if (error)
-        throw TError(
-            TErrorKind::Io, QStringLiteral("remove"), folder, QString::fromStdString(error.message()));
+        throw TError(TErrorKind::Io, QStringLiteral("remove"), folder, SystemErrorText(error));
 }
 
 namespace {
