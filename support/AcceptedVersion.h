@@ -18,7 +18,7 @@ QString VersionText(const TVersion& version);
 // Reads two to four numbers below 100000. Empty for every other text.
 std::optional<TVersion> ParseVersion(const QString& text);
 
-// What an update must exceed: the newest of the program's own version and the one last recorded in the
+// What no update may be older than: the newest of the program's own version and the one last recorded in the
 // program folder. A record that is missing, unreadable or rubbish counts as none; the program's own version
 // holds all the same. Throws TError(BadInput) when the settings' InstalledVersion is no version.
 TVersion NewestAcceptedVersion(const TUpdateSettings& settings);

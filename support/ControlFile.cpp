@@ -226,7 +226,7 @@ TControlFile ParseControlFile(const QByteArray& bytes, const TUpdateLimits& limi
     return control;
 }
 
-bool IsNewRelease(const TControlFile& control, const TUpdateSettings& settings)
+bool IsOffered(const TControlFile& control, const TUpdateSettings& settings)
 {
     if (QDateTime::currentDateTimeUtc().date() > control.ValidUntil)
         throw TError(TErrorKind::BadInput,
@@ -240,7 +240,7 @@ bool IsNewRelease(const TControlFile& control, const TUpdateSettings& settings)
                 "The update server offers version %1, which is older than version %2 that is installed; "
                 "it was not used")
                 .arg(VersionText(offered), VersionText(accepted)));
-    if (offered == accepted || !control.Offered)
+    if (!control.Offered)
         return false;
     if (ParseVersion(settings.InstalledVersion) < control.OldestProgram)
         throw TError(TErrorKind::BadInput,

@@ -62,11 +62,13 @@ struct TControlFile {
 TControlFile ParseControlFile(const QByteArray& bytes, const TUpdateLimits& limits);
 
 // Throws TError unless `control` may be used now: not past its last day, and its version not older than what
-// NewestAcceptedVersion(settings) says. True if it is newer and offered, false if there is nothing to do.
-bool IsNewRelease(const TControlFile& control, const TUpdateSettings& settings);
+// NewestAcceptedVersion(settings) says. The same version may be: its files are the ones that were signed for
+// it, so that what is missing or damaged can be had again. False if the publisher has withdrawn the release.
+bool IsOffered(const TControlFile& control, const TUpdateSettings& settings);
 
-// The indices of those files of this platform that are newer than what is in the program folder. Throws
-// TError when a file could not be put into place (see CheckTargetOnDisk) or not be read.
+// The indices of those files of this platform that are newer than what is in the program folder, each by its
+// own comparison, and of those that are missing there. Throws TError when a file could not be put into place
+// (see CheckTargetOnDisk) or not be read.
 std::vector<std::size_t> NewerFiles(const TControlFile& control, const TUpdateSettings& settings);
 
 // Whether a file of the release is for `settings.Platform`.

@@ -54,7 +54,7 @@ void TUpdateCheck::Judge()
     FOffer.Signature = FSignature.data();
     VerifySignature(FOffer.Bytes, FOffer.Signature, FSettings.PublicKey);
     FOffer.Control = ParseControlFile(FOffer.Bytes, FSettings.Limits);
-    if (IsNewRelease(FOffer.Control, FSettings))
+    if (IsOffered(FOffer.Control, FSettings))
         FOffer.Newer = NewerFiles(FOffer.Control, FSettings);
     Finish();
 }

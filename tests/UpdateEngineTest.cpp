@@ -112,10 +112,6 @@ TEST_F(UpdateEngineTest, FindsNothingNewer)
     };
     EXPECT_EQ(newer(settings), 3);
 
-    TUpdateSettings current = settings;
-    current.InstalledVersion = "1.1";
-    EXPECT_EQ(newer(current), 0) << "the same version";
-
     TUpdateRelease withdrawn = release;
     withdrawn.Renew({ "--date", "23/11/2020 14:30", "--days", "36500", "--withdraw" });
     withdrawn.PutOn(server);
@@ -137,7 +133,11 @@ TEST_F(UpdateEngineTest, FindsNothingNewer)
 
     release.PutOn(server);
     RecordAcceptedVersion(Program(), "1.1.0");
-    EXPECT_EQ(newer(settings), 0) << "accepted before";
+    PutFile(Program("presets/colours.txt"), NewPresets);
+    EXPECT_EQ(newer(settings), 0) << "installed before";
+    PutFile(Program("Corvadine.chm"), "damaged");
+    QFile::remove(Program("corvadine"));
+    EXPECT_EQ(newer(settings), 2) << "to be repaired";
     PutFile(Program("CorvadineUpdate.accepted"), QByteArray(1000, '9'));
     EXPECT_EQ(newer(settings), 2) << "a record that is rubbish locks nobody out";
 }
@@ -232,7 +232,9 @@ TEST_F(UpdateEngineTest, AStagedUpdateIsTrustedForWhatItIs)
     QFile::remove(help + u'x');
 
     settings.InstalledVersion = "1.1.0";
-    EXPECT_THAT(error(), HasSubstr("already installed"));
+    EXPECT_EQ(ReadStagedUpdate(settings).Files.size(), 2) << "a repair";
+    settings.InstalledVersion = "1.1.1";
+    EXPECT_THAT(error(), HasSubstr("older than version 1.1.1"));
     settings.InstalledVersion = "1.0.0";
     const QString control = Staging() + "/Corvadine.INF";
     PutFile(control, FileBytes(control) + ";\r\n");
