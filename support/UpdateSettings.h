@@ -10,6 +10,7 @@ namespace Corvadine {
 
 // The bounds that keep a hostile or broken server from taking time, memory or disk at will.
 struct TUpdateLimits {
+    std::chrono::milliseconds Headers { 5'000 };           // from a request to the end of the headers
     std::chrono::milliseconds Stall { 30'000 };            // without a byte from the server
     std::chrono::milliseconds CheckTotal { 60'000 };       // for a whole check
     std::chrono::milliseconds DownloadTotal { 7'200'000 }; // for a whole download
