@@ -47,6 +47,7 @@ struct TUpdateSettings {
         "CorvadineUpdate.ini"
     }; // an administrator's URL and key
     static constexpr QLatin1String AcceptedFileName { "CorvadineUpdate.accepted" }; // see AcceptedVersion.h
+    static constexpr QLatin1String KnownFileName { "CorvadineUpdate.known" };       // see AcceptedVersion.h
     static constexpr QLatin1String LockFileName { "CorvadineUpdate.lock" };         // see StagedUpdate.h
     static constexpr QLatin1String StagingFolderName { "CorvadineUpdate.staging" }; // see StagedUpdate.h
 

@@ -177,6 +177,8 @@ std::vector<TAttack> AttacksOnTheAnswer()
             [](TScene& s) { s.Settings.InstalledVersion = "1.2.0"; } },
         { "a control file older than the accepted one", "older than version 1.1.1",
             [](TScene& s) { PutFile(s.Program + "/CorvadineUpdate.accepted", "1.1.1\n"); } },
+        { "a control file older than one seen", "older than version 1.2",
+            [](TScene& s) { PutFile(s.Program + "/CorvadineUpdate.known", "1.2.0\n"); } },
         { "an expired control file", "was valid until 22/11/2020",
             [](TScene& s) {
                 const auto at = s.Release.Control().indexOf("validuntil=") + 11;

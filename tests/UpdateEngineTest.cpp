@@ -112,11 +112,6 @@ TEST_F(UpdateEngineTest, FindsNothingNewer)
     };
     EXPECT_EQ(newer(settings), 3);
 
-    TUpdateRelease withdrawn = release;
-    withdrawn.Renew({ "--date", "23/11/2020 14:30", "--days", "36500", "--withdraw" });
-    withdrawn.PutOn(server);
-    EXPECT_EQ(newer(settings), 0) << "a withdrawn release";
-
     TUpdateRelease foreign = release;
     foreign.Replace("compare=", "platform=windows-x86_64\r\ncompare=");
     foreign.Sign();
@@ -140,6 +135,14 @@ TEST_F(UpdateEngineTest, FindsNothingNewer)
     EXPECT_EQ(newer(settings), 2) << "to be repaired";
     PutFile(Program("CorvadineUpdate.accepted"), QByteArray(1000, '9'));
     EXPECT_EQ(newer(settings), 2) << "a record that is rubbish locks nobody out";
+
+    TUpdateRelease withdrawn = release;
+    withdrawn.Renew({ "--date", "23/11/2020 14:30", "--days", "36500", "--withdraw" });
+    withdrawn.PutOn(server);
+    EXPECT_EQ(newer(settings), 0) << "a withdrawn release";
+    release.PutOn(server);
+    TUpdateEngine engine(settings);
+    EXPECT_THAT(RunCheck(engine).Text.toStdString(), HasSubstr("has withdrawn")) << "not for long";
 }
 
 TEST_F(UpdateEngineTest, CanBeCancelledAtEveryStep)

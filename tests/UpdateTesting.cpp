@@ -307,6 +307,8 @@ QMap<QString, QByteArray> FolderContent(const QString& folder)
     while (entries.hasNext()) {
         const QFileInfo info = entries.nextFileInfo();
         const QString name = info.filePath().mid(folder.size() + 1);
+        if (info.fileName() == TUpdateSettings::KnownFileName)
+            continue;
         if (info.isSymLink())
             content[name] = "link to " + info.symLinkTarget().toUtf8();
         else if (info.isFile())

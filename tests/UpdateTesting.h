@@ -110,7 +110,7 @@ TUpdateOutcome RunDownload(TUpdateEngine& engine, const std::vector<std::size_t>
 // Runs the event loop until the engine's next final signal; fails the test when none comes.
 TUpdateOutcome AwaitOutcome(TUpdateEngine& engine);
 
-// Every file and link below a folder with its content or target.
+// Every file and link below a folder with its content or target, but not what a check remembers.
 QMap<QString, QByteArray> FolderContent(const QString& folder);
 
 } // namespace Corvadine::Testing
