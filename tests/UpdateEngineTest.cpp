@@ -98,6 +98,30 @@ TEST_F(UpdateEngineTest, AReleaseIsTheSameBytesWheneverItIsMade)
             == MakeRelease("1.1.0", { "--archive", archive }).Files);
 }
 
+TEST_F(UpdateEngineTest, NothingIsPublishedThatEveryCopyWouldRefuse)
+{
+    const auto refusal = [](const QStringList& emptyFiles, const QStringList& arguments = {}) {
+        const QTemporaryDir folder;
+        for (const QString& name : emptyFiles) {
+            QDir().mkpath(QFileInfo(folder.filePath(name)).path());
+            PutFile(folder.filePath(name), {});
+        }
+        QByteArray error;
+        const TUpdateRelease release(folder.path(), "1.1.0", arguments, &error);
+        return error.toStdString();
+    };
+    for (const char* name : { "nul.txt", "sub/COM1", "a.", "a /b", "a:b", "PROJEC~1", "a/b/c/d/e/f/g/h/i" })
+        EXPECT_THAT(refusal({ name }), HasSubstr("could not be installed everywhere")) << name;
+    EXPECT_THAT(refusal({ "Corvadine.DB-wal" }), HasSubstr("belongs to the user"));
+    EXPECT_THAT(refusal({ "sub/a", "Sub/A" }), HasSubstr("case does not matter"));
+    EXPECT_THAT(refusal({ "sub/a", "Sub" }), HasSubstr("case does not matter"));
+    EXPECT_THAT(refusal({ "a" }, { "--archive", "none" }), HasSubstr("0 bytes in Corvadine-a"));
+    EXPECT_THAT(refusal({ "a" }, { "--describe", "a=" + QString(501, u'x') }), HasSubstr("500 characters"));
+    EXPECT_THAT(refusal({ "a" }, { "--files", "linux=." }), HasSubstr("no platform 'linux'"));
+    for (const char* days : { "0", "-1", "99999999999" })
+        EXPECT_THAT(refusal({ "a" }, { "--days", days }), HasSubstr("days")) << days;
+}
+
 TEST_F(UpdateEngineTest, FindsNothingNewer)
 {
     TUpdateServer server;

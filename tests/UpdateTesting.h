@@ -56,7 +56,9 @@ private:
 class TUpdateRelease {
 public:
     // Runs `make-update release` on `folder` with further arguments. The date is 22/11/2020 14:30 UTC.
-    TUpdateRelease(const QString& folder, const QString& version, const QStringList& arguments = {});
+    // With `error` it must fail, and that is what it says.
+    TUpdateRelease(const QString& folder, const QString& version, const QStringList& arguments = {},
+        QByteArray* error = nullptr);
 
     QMap<QString, QByteArray> Files;
 
