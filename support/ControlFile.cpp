@@ -77,7 +77,7 @@ public:
 
     QDate Date(const char* key) const
     {
-        const QDate date = QDate::fromString(Text(key), TUpdateSettings::QtDateFormat);
+        const QDate date = QDate::fromString(Text(key), TUpdateSettings::QtDateFormat());
         if (!date.isValid())
             throw Bad(key);
         return date;
@@ -85,7 +85,7 @@ public:
 
     QDateTime DateAndTime() const
     {
-        const QTime time = QTime::fromString(Text("time"), TUpdateSettings::QtTimeFormat.toString());
+        const QTime time = QTime::fromString(Text("time"), TUpdateSettings::QtTimeFormat());
         if (!time.isValid())
             throw Bad("time");
         return { Date("date"), time, Qt::UTC };
@@ -236,7 +236,7 @@ bool IsOffered(const TControlFile& control, const TUpdateSettings& settings)
     if (QDateTime::currentDateTimeUtc().date() > control.ValidUntil)
         throw TError(TErrorKind::BadInput,
             QStringLiteral("The update server's answer was valid until %1 only, and was not used")
-                .arg(control.ValidUntil.toString(TUpdateSettings::QtDateFormat)));
+                .arg(control.ValidUntil.toString(TUpdateSettings::QtDateFormat())));
     const TKnownRelease offered = KnownReleaseOf(control);
     const TKnownRelease known = NewestKnownRelease(settings.ProgramFolder);
     const TVersion newest = std::max(NewestAcceptedVersion(settings), known.Version);

@@ -45,7 +45,8 @@ TUpdateLock::TUpdateLock(const QString& programFolder, int waitMilliseconds)
 
 QString StagingFolderOf(const QString& programFolder)
 {
-    return InProgramFolder(programFolder, TUpdateSettings::StagingFolderName);
+    return QDir::cleanPath(InProgramFolder(programFolder, TUpdateSettings::TempDirectory) + u'/'
+        + TUpdateSettings::StagingFolderName);
 }
 
 QString StagedFilesFolderOf(const QString& programFolder)

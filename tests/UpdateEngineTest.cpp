@@ -75,12 +75,14 @@ TEST_F(UpdateEngineTest, DownloadsWhatIsNewer)
     }
 }
 
-// The limit is on silence: a slow line may take as long as it needs.
+// The limits are on silence, and on a line too slow for the size.
 TEST_F(UpdateEngineTest, ASlowDownloadIsNotAStalledOne)
 {
     TUpdateServer server;
     TUpdateSettings settings = TestUpdateSettings(server, Program());
     settings.Limits.Stall = std::chrono::milliseconds(900);
+    settings.Limits.DownloadTotal = std::chrono::milliseconds(100);
+    settings.Limits.LeastRate = Release().Package().size() / 10;
     Release().PutOn(server);
     TAnswer slow = Ok(Release().Package());
     slow.DripMilliseconds = 120; // ten times
