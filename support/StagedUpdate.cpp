@@ -45,7 +45,8 @@ TUpdateLock::TUpdateLock(const QString& programFolder, int waitMilliseconds)
 
 QString StagingFolderOf(const QString& programFolder)
 {
-    return InProgramFolder(programFolder, TUpdateSettings::StagingFolderName);
+    return QDir::cleanPath(InProgramFolder(programFolder, TUpdateSettings::TempDirectory) + u'/'
+        + TUpdateSettings::StagingFolderName);
 }
 
 QString StagedFilesFolderOf(const QString& programFolder)
@@ -105,9 +106,8 @@ TStagedUpdate ReadStagedUpdate(const TUpdateSettings& settings)
     VerifySignature(bytes, ReadStaged(controlPath + TUpdateSettings::SignatureSuffix, SignatureBytes),
         settings.PublicKey);
     const TControlFile control = ParseControlFile(bytes, settings.Limits);
-    if (!IsNewRelease(control, settings))
-        throw TError(
-            TErrorKind::BadInput, QStringLiteral("Version %1 is already installed").arg(control.Version));
+    if (!IsOffered(control, settings))
+        throw TError(TErrorKind::BadInput, QStringLiteral("Version %1 was withdrawn").arg(control.Version));
 
     QHash<QString, const TControlEntry*> entries;
     for (const TControlEntry& entry : control.Files)

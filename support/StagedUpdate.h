@@ -44,7 +44,7 @@ void StageControlFile(const QString& programFolder, const QByteArray& bytes, con
 void RemoveStaging(const QString& programFolder);
 
 // The update that waits in the staging folder of `settings.ProgramFolder`, trusting nothing of it: the
-// signature of its control file is verified again, its version must still be newer than everything accepted
+// signature of its control file is verified again, its version must not be older than anything accepted
 // (see NewestAcceptedVersion), every file must be one that the control file names for this platform, with the
 // size and hash stated there, and none may be a link. For the helper, which takes over from a process that
 // has ended. Throws TError; the folder is left as it is.

@@ -23,6 +23,16 @@ void RemoveLeftovers(const QString& programFolder)
     }
 }
 
+// Against a server that goes back to what it offered before. Where nothing can be written, nothing is
+// installed.
+void Remember(const TControlFile& control, const QString& programFolder)
+{
+    try {
+        RecordKnownRelease(programFolder, KnownReleaseOf(control));
+    } catch (const TError&) { // NOLINT(bugprone-empty-catch)
+    }
+}
+
 } // namespace
 
 TUpdateCheck::TUpdateCheck(const TUpdateSettings& settings, QNetworkAccessManager& manager)
@@ -54,7 +64,9 @@ void TUpdateCheck::Judge()
     FOffer.Signature = FSignature.data();
     VerifySignature(FOffer.Bytes, FOffer.Signature, FSettings.PublicKey);
     FOffer.Control = ParseControlFile(FOffer.Bytes, FSettings.Limits);
-    if (IsNewRelease(FOffer.Control, FSettings))
+    const bool isOffered = IsOffered(FOffer.Control, FSettings);
+    Remember(FOffer.Control, FSettings.ProgramFolder);
+    if (isOffered)
         FOffer.Newer = NewerFiles(FOffer.Control, FSettings);
     Finish();
 }

@@ -48,18 +48,45 @@ void SetAttributes(const QString& path, const TControlEntry& entry)
         throw TError(TErrorKind::Io, QStringLiteral("write"), path, file.errorString());
 }
 
+// What is to be received for the chosen files, by index.
+std::set<std::size_t> PackagesFor(const TControlFile& control, const std::vector<std::size_t>& chosen)
+{
+    std::set<std::size_t> packages;
+    for (const std::size_t index : chosen)
+        packages.insert(control.Files[index].Package);
+    return packages;
+}
+
+qint64 BytesOf(const TControlFile& control, const std::set<std::size_t>& packages)
+{
+    qint64 bytes = 0;
+    for (const std::size_t package : packages)
+        bytes += control.Packages[package].Size;
+    return bytes;
+}
+
+// More for a large download on a slow line, and no two hours for a server that lets a small one drip.
+std::chrono::milliseconds TimeFor(qint64 bytes, const TUpdateLimits& limits)
+{
+    return limits.DownloadTotal + std::chrono::seconds(bytes / limits.LeastRate);
+}
+
 } // namespace
 
 TUpdateDownload::TUpdateDownload(const TUpdateSettings& settings, QNetworkAccessManager& manager,
     const TUpdateOffer& offer, std::vector<std::size_t> chosen)
-    : TUpdateTask(settings, manager, settings.Limits.DownloadTotal), FOffer(offer), FChosen(std::move(chosen))
+    : TUpdateDownload(settings, manager, offer, PackagesFor(offer.Control, chosen))
 {
-    std::set<std::size_t> packages;
-    for (const std::size_t index : FChosen)
-        packages.insert(offer.Control.Files[index].Package);
-    FPackages.assign(packages.rbegin(), packages.rend());
-    for (const std::size_t package : packages)
-        FTotal += offer.Control.Packages[package].Size;
+    FChosen = std::move(chosen);
+}
+
+TUpdateDownload::TUpdateDownload(const TUpdateSettings& settings, QNetworkAccessManager& manager,
+    const TUpdateOffer& offer, const std::set<std::size_t>& packages)
+    : TUpdateTask(settings, manager, TimeFor(BytesOf(offer.Control, packages), settings.Limits))
+    , FOffer(offer)
+    , FPackages(packages.rbegin(), packages.rend())
+    , FTotal(BytesOf(offer.Control, packages))
+{
     connect(&FExtraction, &QTimer::timeout, this, [this] { Guarded([this] { ExtractSome(); }); });
 }
 

@@ -9,6 +9,7 @@
 #include <QTimer>
 
 #include <memory>
+#include <set>
 #include <vector>
 
 namespace Corvadine {
@@ -33,6 +34,9 @@ protected:
     void TransferProgress(qint64 bytes) override;
 
 private:
+    TUpdateDownload(const TUpdateSettings& settings, QNetworkAccessManager& manager,
+        const TUpdateOffer& offer, const std::set<std::size_t>& packages);
+
     void PrepareFolders();
     void FetchNext();
     void PackageArrived();
