@@ -10,6 +10,7 @@
 #include <QFileInfo>
 #include <QHash>
 
+#include <algorithm>
 #include <filesystem>
 
 namespace Corvadine {
@@ -24,6 +25,11 @@ QString InProgramFolder(const QString& programFolder, QLatin1String name)
 QString StagedControlFile(const QString& programFolder)
 {
     return StagingFolderOf(programFolder) + QStringLiteral("/Corvadine.INF");
+}
+
+QString ChosenList(const QString& programFolder)
+{
+    return StagingFolderOf(programFolder) + QStringLiteral("/chosen");
 }
 
 } // namespace
@@ -53,11 +59,13 @@ QString StagedFilesFolderOf(const QString& programFolder)
     return StagingFolderOf(programFolder) + QStringLiteral("/files");
 }
 
-void StageControlFile(const QString& programFolder, const QByteArray& bytes, const QByteArray& signature)
+void StageControlFile(const QString& programFolder, const QByteArray& bytes, const QByteArray& signature,
+    const QStringList& chosen)
 {
     const QString path = StagedControlFile(programFolder);
     WriteFileAtomically(path, bytes);
     WriteFileAtomically(path + TUpdateSettings::SignatureSuffix, signature);
+    WriteFileAtomically(ChosenList(programFolder), chosen.join(u'\n').toUtf8());
 }
 
 void RemoveStaging(const QString& programFolder)
@@ -97,6 +105,32 @@ QStringList FilesBelow(const QString& folder)
     return names;
 }
 
+TError Incomplete(const QString& name)
+{
+    return { TErrorKind::BadInput, QStringLiteral("use the downloaded update"), name,
+        QStringLiteral("it is not complete") };
+}
+
+// The targets that the download was made for, sorted, once they are known to make a whole release.
+QStringList ChosenTargets(const TControlFile& control, const TUpdateSettings& settings)
+{
+    const QString list = ChosenList(settings.ProgramFolder);
+    constexpr qint64 MostBytes = 256LL * 1024; // more than the names of a control file can take
+    QStringList chosen = QString::fromUtf8(ReadStaged(list, MostBytes)).split(u'\n', Qt::SkipEmptyParts);
+    chosen.sort();
+    if (chosen.isEmpty())
+        throw Incomplete(list);
+    const auto isLeftOut = [&](const TControlEntry& entry) {
+        return entry.Mandatory && IsForPlatform(entry, settings) && !chosen.contains(entry.Target);
+    };
+    // Comparing with what is installed reads every file, so only for those that need it.
+    if (std::any_of(control.Files.begin(), control.Files.end(), isLeftOut))
+        for (const std::size_t index : NewerFiles(control, settings))
+            if (isLeftOut(control.Files[index]))
+                throw Incomplete(control.Files[index].Target);
+    return chosen;
+}
+
 } // namespace
 
 TStagedUpdate ReadStagedUpdate(const TUpdateSettings& settings)
@@ -117,7 +151,8 @@ TStagedUpdate ReadStagedUpdate(const TUpdateSettings& settings)
 
     const QString folder = StagedFilesFolderOf(settings.ProgramFolder);
     TStagedUpdate update { StagingFolderOf(settings.ProgramFolder), control.Version, {} };
-    for (const QString& name : FilesBelow(folder)) {
+    const QStringList staged = FilesBelow(folder);
+    for (const QString& name : staged) {
         const TControlEntry* entry = entries.value(name);
         const QString path = folder + u'/' + name;
         if (!entry)
@@ -126,6 +161,8 @@ TStagedUpdate ReadStagedUpdate(const TUpdateSettings& settings)
         VerifyFile(path, name, entry->Size, entry->Sha256);
         update.Files.push_back({ name, path, entry->Size, entry->Sha256 });
     }
+    if (staged != ChosenTargets(control, settings))
+        throw Incomplete(folder);
     return update;
 }
 

@@ -6,12 +6,14 @@
 
 #include <QLockFile>
 #include <QString>
+#include <QStringList>
 
 namespace Corvadine {
 
 // The staging folder is CorvadineUpdate.staging in the program folder, so that renaming moves files out of
 // it, and readable to its owner alone. It holds
 //     Corvadine.INF, Corvadine.INF.sig   the control file as it was verified
+//     chosen                             the targets to be installed, one a line
 //     files/TARGET                       each file of the update under its relative name
 //     downloads/                         while a download runs
 // Whoever installs a staged update may add names of its own to the folder, and syncs what it relies on: the
@@ -35,9 +37,10 @@ QString StagingFolderOf(const QString& programFolder);
 // Absolute path of the folder inside it that holds the files of the update.
 QString StagedFilesFolderOf(const QString& programFolder);
 
-// Writes the verified control file and its signature into the staging folder, which exists. Throws
-// TError(Io).
-void StageControlFile(const QString& programFolder, const QByteArray& bytes, const QByteArray& signature);
+// Writes the verified control file, its signature and the chosen targets into the staging folder, which
+// exists. Throws TError(Io).
+void StageControlFile(const QString& programFolder, const QByteArray& bytes, const QByteArray& signature,
+    const QStringList& chosen);
 
 // Removes the staging folder and all that is in it, links not followed; does nothing if there is none.
 // Throws TError(Io) when something of it stays. REQUIRES: the caller has the TUpdateLock.
@@ -46,8 +49,9 @@ void RemoveStaging(const QString& programFolder);
 // The update that waits in the staging folder of `settings.ProgramFolder`, trusting nothing of it: the
 // signature of its control file is verified again, its version must still be newer than everything accepted
 // (see NewestAcceptedVersion), every file must be one that the control file names for this platform, with the
-// size and hash stated there, and none may be a link. For the helper, which takes over from a process that
-// has ended. Throws TError; the folder is left as it is.
+// size and hash stated there, and none may be a link. All chosen files must be there and no others, and among
+// them every mandatory one that is newer: half a release would be recorded as a whole one. For the helper,
+// which takes over from a process that has ended. Throws TError; the folder is left as it is.
 TStagedUpdate ReadStagedUpdate(const TUpdateSettings& settings);
 
 } // namespace Corvadine
