@@ -27,6 +27,7 @@ namespace {
 
 const QString OldFolderName = QStringLiteral("CorvadineUpdate.old");
 const QString JournalName = QStringLiteral("journal");
+const QString SettledName = QStringLiteral("journal.done"); // the journal once all files are in place
 
 QString OldFolderOf(const QString& programFolder)
 {
@@ -90,8 +91,8 @@ public:
     void KeepOld();
     void WriteJournal();
     void MoveIn();
-    void Record();
-    void Finish(); // from here on there is no way back
+    void Settle(); // from here on there is no way back
+    void Finish();
 
     void Undo();
 
@@ -110,6 +111,7 @@ private:
     QString InProgram(const QString& name) const { return FOwner.FProgramFolder + u'/' + name; }
     QString Kept(std::size_t index) const { return FOldFolder + u'/' + QString::number(index); }
     QString Journal() const { return FOldFolder + u'/' + JournalName; }
+    QString Settled() const { return FOldFolder + u'/' + SettledName; }
     bool IsIn(const TEntry& entry) const;
     void SyncFolders() const;
     void Step(const QString& text) const
@@ -216,17 +218,23 @@ void TUpdateInstaller::TReplacement::MoveIn()
     SyncFolders();
 }
 
-void TUpdateInstaller::TReplacement::Record()
+// A name, since that is one step. The recorded version would not do: it stays the same when files of the
+// installed release are repaired.
+void TUpdateInstaller::TReplacement::Settle()
 {
-    Step(QStringLiteral("record the version"));
-    RecordAcceptedVersion(FOwner.FProgramFolder, FVersion);
+    Step(QStringLiteral("settle the update"));
+    Rename(Journal(), Settled());
 }
 
-// A journal that stays is completed at the next start, old files without a journal are removed then.
+// Can be cut off anywhere and begun again; old files without a journal are removed at the next start.
 void TUpdateInstaller::TReplacement::Finish()
 {
+    Step(QStringLiteral("record the version"));
+    SyncToDisk(FOldFolder); // not earlier: what fails once it is settled must not be undone
+    RecordAcceptedVersion(FOwner.FProgramFolder, FVersion);
+    SyncToDisk(FOwner.FProgramFolder);
     Step(QStringLiteral("remove the journal"));
-    if (!QFile::remove(Journal()))
+    if (!QFile::remove(Settled()))
         return;
     Step(QStringLiteral("remove the old files"));
     QDir(FOldFolder).removeRecursively();
@@ -307,7 +315,7 @@ void TUpdateInstaller::Replace(const TStagedUpdate& update, const QString& execu
         replacement.KeepOld();
         replacement.WriteJournal();
         replacement.MoveIn();
-        replacement.Record();
+        replacement.Settle();
     } catch (const TError& error) {
         try {
             replacement.Undo();
@@ -319,7 +327,12 @@ void TUpdateInstaller::Replace(const TStagedUpdate& update, const QString& execu
         }
         throw;
     }
-    replacement.Finish();
+    try {
+        replacement.Finish();
+    } catch (const TError& error) {
+        FLog.Write(QStringLiteral("Record the version"),
+            error.Text() + QStringLiteral(". The next start tries it again"));
+    }
     for (const TStagedUpdateFile& file : update.Files)
         FLog.Write(QStringLiteral("Replace ") + file.Target, QStringLiteral("done"));
 }
@@ -329,19 +342,20 @@ TRecovery TUpdateInstaller::Recover()
     if (!IsRecoveryDue(FProgramFolder))
         return TRecovery::NotNeeded;
     const QString oldFolder = OldFolderOf(FProgramFolder);
-    const QString journal = oldFolder + u'/' + JournalName;
+    const bool isSettled = FileExists(oldFolder + u'/' + SettledName);
+    const QString journal = oldFolder + u'/' + (isSettled ? SettledName : JournalName);
     if (!FileExists(journal)) { // killed before it began, or after it had ended
         QDir(oldFolder).removeRecursively();
         return TRecovery::NotNeeded;
     }
     TReplacement replacement(*this, ReadFile(journal, QStringLiteral("read the journal")));
-    const bool completes = replacement.IsAllIn();
-    if (completes) {
-        replacement.Record();
-        replacement.Finish();
-    } else {
+    const bool completes = isSettled || replacement.IsAllIn();
+    if (!completes)
         replacement.Undo();
-    }
+    else if (!isSettled)
+        replacement.Settle();
+    if (completes)
+        replacement.Finish();
     FLog.Write(QStringLiteral("Find an update that was cut off"),
         completes ? QStringLiteral("completed it") : QStringLiteral("put the old files back"));
     return completes ? TRecovery::Completed : TRecovery::Undone;

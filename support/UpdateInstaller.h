@@ -21,10 +21,11 @@ enum class TRecovery {
 //
 // The files to be replaced are first kept in the folder CorvadineUpdate.old of the program folder, with a
 // journal that says what is going to happen. Only then the new files are renamed over them, one after the
-// other, so that there is no moment without a file under its name; the executable comes last. Removing the
-// journal makes it final. A process that is killed on the way leaves the journal, and Recover() then undoes
-// the replacement, or completes it if only the end was missing. Everything is synced before the next step
-// relies on it. The program's data are never touched: CheckedTarget() refuses their names.
+// other, so that there is no moment without a file under its name; the executable comes last. Giving the
+// journal its final name then settles it: from there on nothing is undone, whatever becomes of the files. A
+// process that is killed on the way leaves the journal, and Recover() then undoes the replacement, or
+// completes it if only the end was missing. Everything is synced before the next step relies on it. The
+// program's data are never touched: CheckedTarget() refuses their names.
 //
 // REQUIRES: the caller has the TUpdateLock of the program folder. No thread rule.
 class TUpdateInstaller {
@@ -33,7 +34,8 @@ public:
     TUpdateInstaller(const QString& programFolder, const TUpdateLog& log);
 
     // Recovers first if need be, verifies size and SHA-256 of every staged file once more, replaces, records
-    // the accepted version, and removes the staging folder. A replaced file's permissions are kept.
+    // the accepted version (or leaves that to the next Recover(), should it fail), and removes the staging
+    // folder. A replaced file's permissions are kept.
     // `executable` is the absolute path of the program itself, whether it is among the files or not.
     // Throws TError; the old files are then back in place, or, where even that failed, the text says so and
     // the next Recover() tries again. The staging folder is removed in any case.

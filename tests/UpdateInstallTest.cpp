@@ -142,7 +142,7 @@ TEST_F(UpdateInstallTest, KilledAtAnyStepItIsTheOldOrTheNewProgram)
 
 TEST_F(UpdateInstallTest, StartCompletesOrUndoesWhatWasCutOff)
 {
-    const auto cutOffBefore = [&](const QString& deadly) {
+    const auto cutOffBefore = [&](const QString& deadly, const QByteArray& laterGuide = {}) {
         const TStagedUpdate update = Stage();
         SurvivesUntil(-1, [&](TUpdateInstaller& installer) {
             installer.BeforeStep = [&](const QString& step) {
@@ -151,11 +151,16 @@ TEST_F(UpdateInstallTest, StartCompletesOrUndoesWhatWasCutOff)
             };
             installer.Install(update, Program());
         });
+        if (!laterGuide.isEmpty())
+            PutFile(FProgram + "/docs/guide.txt", laterGuide);
         return RecoverUpdate(FProgram);
     };
     EXPECT_EQ(cutOffBefore("write the journal"), TRecovery::NotNeeded);
     EXPECT_EQ(cutOffBefore("move in corvadine"), TRecovery::Undone);
-    EXPECT_EQ(cutOffBefore("record the version"), TRecovery::Completed);
+    EXPECT_EQ(cutOffBefore("settle the update"), TRecovery::Completed);
+    EXPECT_EQ(cutOffBefore("remove the journal", "my guide"), TRecovery::Completed);
+    EXPECT_EQ(FileBytes(FProgram + "/docs/guide.txt"), "my guide");
+    EXPECT_EQ(FileBytes(Program()), NewFiles.at("corvadine"));
     EXPECT_EQ(FileBytes(FProgram + "/CorvadineUpdate.accepted"), "1.1.0\n");
     EXPECT_THAT(FileBytes(FProgram + "/WUPDATE.LOG").toStdString(), ::testing::HasSubstr("completed it"));
 }
@@ -179,7 +184,7 @@ TEST_F(UpdateInstallTest, FailureAtAnyStepPutsAllBack)
         } catch (const TError& error) {
             EXPECT_EQ(error.Text(), "the disk is on fire");
         }
-        if (last == "remove the journal")
+        if (last == "record the version")
             break; // from there on it is installed
         EXPECT_EQ(Files(), OldFiles) << last.toStdString();
         EXPECT_EQ(QFile::permissions(Program()), FPermissions);
