@@ -16,12 +16,13 @@ namespace {
 
 // Before anything else is loaded, since it may be of the update that was cut off. The program starts all the
 // same when it fails: what it needs may well be whole.
-void RecoverInterruptedUpdate()
+Corvadine::TRecovery RecoverInterruptedUpdate()
 {
     try {
-        Corvadine::RecoverUpdate(QFileInfo(Corvadine::RunningExecutable()).path());
+        return Corvadine::RecoverUpdate(QFileInfo(Corvadine::RunningExecutable()).path());
     } catch (const Corvadine::TError& error) {
         std::fprintf(stderr, "%s\n", error.what());
+        return Corvadine::TRecovery::NotNeeded;
     }
 }
 
@@ -30,13 +31,19 @@ void RecoverInterruptedUpdate()
 int main(int argc, char** argv)
 {
     Corvadine::PrepareProcess();
-    RecoverInterruptedUpdate();
+    const Corvadine::TRecovery recovery = RecoverInterruptedUpdate();
     QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("FMX Corvadine"));
     QApplication::setApplicationDisplayName(QString());
     Corvadine::ApplyTheme(application);
     QApplication::setWindowIcon(Corvadine::ApplicationIcon());
     Corvadine::TWidgetPrompts prompts;
+    if (recovery == Corvadine::TRecovery::BeingInstalled) {
+        prompts.Inform(
+            QStringLiteral("An update of Corvadine is being installed. If Corvadine does not start by "
+                           "itself, please start it again in a minute."));
+        return 0;
+    }
     Corvadine::TMainForm form(QApplication::applicationDirPath(), prompts);
     prompts.SetWindow(&form);
     prompts.SetHelp([&form](int topic) { form.HelpContext(topic); });

@@ -5,6 +5,7 @@
 #include "support/ControlFile.h"
 #include "support/UpdateSignature.h"
 
+#include <QDateTime>
 #include <QDir>
 #include <QDirIterator>
 #include <QFileInfo>
@@ -12,6 +13,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <thread>
 
 namespace Corvadine {
 
@@ -32,21 +34,75 @@ QString ChosenList(const QString& programFolder)
     return StagingFolderOf(programFolder) + QStringLiteral("/chosen");
 }
 
+QString HandOverNote(const QString& programFolder)
+{
+    return StagingFolderOf(programFolder) + QStringLiteral("/handed-over");
+}
+
+bool IsBeingHandedOver(const QString& programFolder)
+{
+    constexpr qint64 MostSeconds = 60; // from the start of the helper until it has the lock
+    const QFileInfo note(HandOverNote(programFolder));
+    return note.exists() && qAbs(note.lastModified().secsTo(QDateTime::currentDateTime())) < MostSeconds;
+}
+
+TError InUse(const QString& programFolder)
+{
+    return { TErrorKind::Conflict,
+        QStringLiteral("Another copy of Corvadine is being updated in %1; please wait until it has finished "
+                       "(it has locked %2)")
+            .arg(QDir::toNativeSeparators(programFolder), TUpdateSettings::LockFileName) };
+}
+
+// Whether it is locked now; false while somebody else has it.
+bool TryLock(TFileLock& lock, const QString& programFolder)
+{
+    const std::error_code error = lock.TryLock();
+    if (error == std::errc::device_or_resource_busy)
+        return false;
+    if (!error)
+        return true;
+    const bool isForbidden =
+        error == std::errc::permission_denied || error == std::errc::read_only_file_system;
+    throw TError(TErrorKind::Io, QStringLiteral("update the program in"),
+        QDir::toNativeSeparators(programFolder),
+        isForbidden ? QStringLiteral("the folder cannot be written") : SystemErrorText(error));
+}
+
 } // namespace
 
-TUpdateLock::TUpdateLock(const QString& programFolder, int waitMilliseconds)
+TUpdateLock::TUpdateLock(const QString& programFolder)
     : FLock(InProgramFolder(programFolder, TUpdateSettings::LockFileName))
 {
-    FLock.setStaleLockTime(0); // an update may take long; only the end of its process ends its lock
-    if (FLock.tryLock(waitMilliseconds))
-        return;
-    if (FLock.error() == QLockFile::LockFailedError)
-        throw TError(TErrorKind::Conflict,
-            QStringLiteral(
-                "Another copy of Corvadine is being updated in %1; please wait until it has finished")
-                .arg(QDir::toNativeSeparators(programFolder)));
-    throw TError(TErrorKind::Io, QStringLiteral("update the program in"),
-        QDir::toNativeSeparators(programFolder), QStringLiteral("the folder cannot be written"));
+    if (!TryLock(FLock, programFolder) || IsBeingHandedOver(programFolder))
+        throw InUse(programFolder);
+}
+
+TUpdateLock::TUpdateLock(const QString& programFolder, std::chrono::milliseconds patience)
+    : FLock(InProgramFolder(programFolder, TUpdateSettings::LockFileName))
+{
+    constexpr std::chrono::milliseconds Pause(20);
+    const auto deadline = std::chrono::steady_clock::now() + patience;
+    while (!TryLock(FLock, programFolder)) {
+        if (std::chrono::steady_clock::now() >= deadline)
+            throw InUse(programFolder);
+        std::this_thread::sleep_for(Pause);
+    }
+}
+
+void MarkHandedOver(const QString& programFolder)
+{
+    WriteFileAtomically(HandOverNote(programFolder), {});
+}
+
+bool IsHandedOver(const QString& programFolder)
+{
+    return FileExists(HandOverNote(programFolder));
+}
+
+void UnmarkHandedOver(const QString& programFolder)
+{
+    QFile::remove(HandOverNote(programFolder));
 }
 
 QString StagingFolderOf(const QString& programFolder)
@@ -70,6 +126,7 @@ void StageControlFile(const QString& programFolder, const QByteArray& bytes, con
 
 void RemoveStaging(const QString& programFolder)
 {
+    UnmarkHandedOver(programFolder); // first: should something else stay, it is nobody's
     const QString folder = StagingFolderOf(programFolder);
     std::error_code error; // unlike QDir::removeRecursively(), this also removes a link or file in the way
     std::filesystem::remove_all(QFileInfo(folder).filesystemAbsoluteFilePath(), error);

@@ -1,12 +1,14 @@
 #pragma once
 
 #include "support/FileHash.h"
+#include "support/InstallPlatform.h"
 #include "support/UpdateSettings.h"
 #include "support/UpdateTypes.h"
 
-#include <QLockFile>
 #include <QString>
 #include <QStringList>
+
+#include <chrono>
 
 namespace Corvadine {
 
@@ -16,6 +18,7 @@ namespace Corvadine {
 //     chosen                             the targets to be installed, one a line
 //     files/TARGET                       each file of the update under its relative name
 //     downloads/                         while a download runs
+//     handed-over                        once the helper is going to install it
 // Whoever installs a staged update may add names of its own to the folder, and syncs what it relies on: the
 // engine leaves that to the system, since a download that is lost can be repeated.
 
@@ -23,13 +26,27 @@ namespace Corvadine {
 // the object or with the process. Not movable; no thread rule.
 class TUpdateLock {
 public:
-    // Throws TError: Conflict when another process has it (and `waitMilliseconds` have passed), Io when the
-    // folder cannot be written.
-    explicit TUpdateLock(const QString& programFolder, int waitMilliseconds = 0);
+    // Throws TError: Conflict when another process has it, or hands it to the helper at this moment; Io when
+    // the folder cannot be written.
+    explicit TUpdateLock(const QString& programFolder);
+
+    // For the helper, which it is handed to: waits for who has it, Conflict only after `patience`.
+    TUpdateLock(const QString& programFolder, std::chrono::milliseconds patience);
 
 private:
-    QLockFile FLock;
+    TFileLock FLock;
 };
+
+// Notes in the staging folder that the helper is about to take over what is in it. There is a moment in which
+// the program has given up the TUpdateLock and the helper does not have it yet: until it has, and for a
+// minute at most, should it never come, the note keeps others out. Throws TError(Io).
+void MarkHandedOver(const QString& programFolder);
+
+// Whether an update was handed over and has not ended, or nobody has cleaned up after it.
+bool IsHandedOver(const QString& programFolder);
+
+// Takes the note back when the helper could not be started.
+void UnmarkHandedOver(const QString& programFolder);
 
 // Absolute path of the staging folder of a program folder, whether it exists or not.
 QString StagingFolderOf(const QString& programFolder);

@@ -18,6 +18,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <optional>
 #include <system_error>
 #include <utility>
 
@@ -377,10 +378,19 @@ bool IsRecoveryDue(const QString& programFolder)
 
 TRecovery RecoverUpdate(const QString& programFolder)
 {
-    if (!IsRecoveryDue(programFolder))
+    const bool isDue = IsRecoveryDue(programFolder);
+    if (!isDue && !IsHandedOver(programFolder))
         return TRecovery::NotNeeded;
-    constexpr int PatienceMilliseconds = 20'000;
-    const TUpdateLock lock(programFolder, PatienceMilliseconds);
+    std::optional<TUpdateLock> lock;
+    try {
+        lock.emplace(programFolder);
+    } catch (const TError& error) {
+        if (error.Kind() == TErrorKind::Conflict)
+            return TRecovery::BeingInstalled;
+        if (!isDue)
+            return TRecovery::NotNeeded;
+        throw;
+    }
     const TUpdateLog log(programFolder);
     return TUpdateInstaller(programFolder, log).Recover();
 }

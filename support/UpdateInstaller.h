@@ -13,8 +13,9 @@ class TUpdateLog;
 // What RecoverUpdate() found and did.
 enum class TRecovery {
     NotNeeded,
-    Undone,    // the old files are back
-    Completed, // all new files had been in place already
+    Undone,         // the old files are back
+    Completed,      // all new files had been in place already
+    BeingInstalled, // nothing: another process is at work
 };
 
 // Puts a staged update into place: all of its files or none.
@@ -61,8 +62,9 @@ private:
 bool IsRecoveryDue(const QString& programFolder);
 
 // Recovery for the start of the program, before it loads anything that an update may have replaced: one test
-// of existence when there is nothing to do. Waits a while for another process that is about to install.
-// Throws TError as Recover() does, and TError(Conflict) when that process does not come to its end.
+// or two of existence when there is nothing to do. At BeingInstalled the caller must end: it may be a program
+// that is going to be replaced, and the one that replaces it starts it again. Throws TError as Recover()
+// does.
 TRecovery RecoverUpdate(const QString& programFolder);
 
 // RemoveStaging() for when an update is over, one way or the other: what cannot be removed now is removed by

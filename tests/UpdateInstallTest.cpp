@@ -5,6 +5,7 @@
 #include "tests/Testing.h"
 
 #include <QCryptographicHash>
+#include <QDateTime>
 #include <QDir>
 #include <QDirIterator>
 #include <QFileInfo>
@@ -163,6 +164,28 @@ TEST_F(UpdateInstallTest, StartCompletesOrUndoesWhatWasCutOff)
     EXPECT_EQ(FileBytes(Program()), NewFiles.at("corvadine"));
     EXPECT_EQ(FileBytes(FProgram + "/CorvadineUpdate.accepted"), "1.1.0\n");
     EXPECT_THAT(FileBytes(FProgram + "/WUPDATE.LOG").toStdString(), ::testing::HasSubstr("completed it"));
+}
+
+TEST_F(UpdateInstallTest, NobodyCutsInWhileTheHelperTakesOver)
+{
+    using namespace std::chrono_literals;
+    Stage();
+    const QString lockFile = FProgram + "/CorvadineUpdate.lock";
+    PutFile(lockFile, {}); // of a process that was killed, or of another computer
+    EXPECT_EQ(RecoverUpdate(FProgram), TRecovery::NotNeeded);
+    MarkHandedOver(FProgram);
+    EXPECT_THAT(ErrorOf([&] { TUpdateLock lock(FProgram); }), ::testing::HasSubstr("CorvadineUpdate.lock"));
+    EXPECT_EQ(RecoverUpdate(FProgram), TRecovery::BeingInstalled) << "about to be";
+    QFile note(StagingFolderOf(FProgram) + "/handed-over");
+    ASSERT_TRUE(note.open(QIODevice::ReadWrite));
+    note.setFileTime(QDateTime::currentDateTime().addSecs(-90), QFile::FileModificationTime);
+    note.close();
+    {
+        const TUpdateLock helper(FProgram, 1ms);
+        EXPECT_EQ(RecoverUpdate(FProgram), TRecovery::BeingInstalled);
+    }
+    EXPECT_EQ(RecoverUpdate(FProgram), TRecovery::NotNeeded) << "the helper is gone for good";
+    EXPECT_FALSE(QFile::exists(lockFile));
 }
 
 TEST_F(UpdateInstallTest, FailureAtAnyStepPutsAllBack)
