@@ -30,6 +30,9 @@ const QString OldFolderName = QStringLiteral("CorvadineUpdate.old");
 const QString JournalName = QStringLiteral("journal");
 const QString SettledName = QStringLiteral("journal.done"); // the journal once all files are in place
 
+const QString CutOff = QStringLiteral("Find an update that was cut off"); // for the log
+const QString DamagedFolderName = QStringLiteral("CorvadineUpdate.damaged");
+
 QString OldFolderOf(const QString& programFolder)
 {
     return programFolder + u'/' + OldFolderName;
@@ -66,6 +69,19 @@ void Keep(const QString& file, const QString& kept)
     if (error)
         throw TError(TErrorKind::Io, QStringLiteral("keep a copy of"), file, Reason(error));
     SyncToDisk(kept);
+}
+
+// What to throw for a journal that nobody can follow. The files that it was about are kept for people.
+TError SetAside(const QString& programFolder, const TError& error)
+{
+    const QString aside = programFolder + u'/' + DamagedFolderName;
+    QDir(aside).removeRecursively();
+    Rename(OldFolderOf(programFolder), aside);
+    return { TErrorKind::BadInput,
+        QStringLiteral(
+            "%1; an update was cut off and cannot be undone, so please install Corvadine anew (the "
+            "old files are in %2)")
+            .arg(error.Text(), QDir::toNativeSeparators(aside)) };
 }
 
 // Those folders on the way to `target` that are still missing, the outermost first.
@@ -349,7 +365,16 @@ TRecovery TUpdateInstaller::Recover()
         QDir(oldFolder).removeRecursively();
         return TRecovery::NotNeeded;
     }
-    TReplacement replacement(*this, ReadFile(journal, QStringLiteral("read the journal")));
+    const QByteArray bytes = ReadFile(journal, QStringLiteral("read the journal"));
+    TReplacement replacement = [&] {
+        try {
+            return TReplacement(*this, bytes);
+        } catch (const TError& error) {
+            if (error.Kind() == TErrorKind::BadInput)
+                throw SetAside(FProgramFolder, error);
+            throw;
+        }
+    }();
     const bool completes = isSettled || replacement.IsAllIn();
     if (!completes)
         replacement.Undo();
@@ -357,8 +382,7 @@ TRecovery TUpdateInstaller::Recover()
         replacement.Settle();
     if (completes)
         replacement.Finish();
-    FLog.Write(QStringLiteral("Find an update that was cut off"),
-        completes ? QStringLiteral("completed it") : QStringLiteral("put the old files back"));
+    FLog.Write(CutOff, completes ? QStringLiteral("completed it") : QStringLiteral("put the old files back"));
     return completes ? TRecovery::Completed : TRecovery::Undone;
 }
 
@@ -381,18 +405,19 @@ TRecovery RecoverUpdate(const QString& programFolder)
     const bool isDue = IsRecoveryDue(programFolder);
     if (!isDue && !IsHandedOver(programFolder))
         return TRecovery::NotNeeded;
+    const TUpdateLog log(programFolder);
     std::optional<TUpdateLock> lock;
     try {
         lock.emplace(programFolder);
+        return TUpdateInstaller(programFolder, log).Recover();
     } catch (const TError& error) {
-        if (error.Kind() == TErrorKind::Conflict)
+        if (!lock && error.Kind() == TErrorKind::Conflict)
             return TRecovery::BeingInstalled;
         if (!isDue)
             return TRecovery::NotNeeded;
+        log.Write(CutOff, QStringLiteral("failed. ") + error.Text());
         throw;
     }
-    const TUpdateLog log(programFolder);
-    return TUpdateInstaller(programFolder, log).Recover();
 }
 
 } // namespace Corvadine

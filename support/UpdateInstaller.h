@@ -43,7 +43,8 @@ public:
     void Install(const TStagedUpdate& update, const QString& executable);
 
     // Ends what a killed Install() has begun; does nothing if there is no such thing. Throws TError when
-    // files cannot be put back; the journal then stays for the next try.
+    // files cannot be put back; the journal then stays for the next try, unless it cannot be understood: then
+    // the old files are set aside in CorvadineUpdate.damaged, and no further try is made.
     TRecovery Recover();
 
     // For tests, called before each step; what it throws fails that step.
@@ -64,7 +65,7 @@ bool IsRecoveryDue(const QString& programFolder);
 // Recovery for the start of the program, before it loads anything that an update may have replaced: one test
 // or two of existence when there is nothing to do. At BeingInstalled the caller must end: it may be a program
 // that is going to be replaced, and the one that replaces it starts it again. Throws TError as Recover()
-// does.
+// does, once the log has been told.
 TRecovery RecoverUpdate(const QString& programFolder);
 
 // RemoveStaging() for when an update is over, one way or the other: what cannot be removed now is removed by

@@ -164,6 +164,13 @@ TEST_F(UpdateInstallTest, StartCompletesOrUndoesWhatWasCutOff)
     EXPECT_EQ(FileBytes(Program()), NewFiles.at("corvadine"));
     EXPECT_EQ(FileBytes(FProgram + "/CorvadineUpdate.accepted"), "1.1.0\n");
     EXPECT_THAT(FileBytes(FProgram + "/WUPDATE.LOG").toStdString(), ::testing::HasSubstr("completed it"));
+
+    Stage();
+    Put(FProgram + "/CorvadineUpdate.old/journal", "{");
+    EXPECT_THAT(ErrorOf([&] { RecoverUpdate(FProgram); }), ::testing::HasSubstr("install Corvadine anew"));
+    EXPECT_EQ(RecoverUpdate(FProgram), TRecovery::NotNeeded) << "not at every start";
+    EXPECT_EQ(FileBytes(FProgram + "/CorvadineUpdate.damaged/journal"), "{");
+    EXPECT_THAT(FileBytes(FProgram + "/WUPDATE.LOG").toStdString(), ::testing::HasSubstr("failed. "));
 }
 
 TEST_F(UpdateInstallTest, NobodyCutsInWhileTheHelperTakesOver)
