@@ -8,7 +8,6 @@
 #include <QStorageInfo>
 
 #include <algorithm>
-#include <cassert>
 #include <set>
 
 namespace Corvadine {
@@ -113,9 +112,13 @@ void TUpdateDownload::PrepareFolders()
             QDir::toNativeSeparators(FSettings.ProgramFolder),
             QStringLiteral("the folder cannot be written"));
     CreateFolder(DownloadsFolder(FSettings));
-    for (const std::size_t index : FChosen)
-        CreateFolder(QFileInfo(StagedPath(FOffer.Control.Files[index])).path());
-    StageControlFile(FSettings.ProgramFolder, FOffer.Bytes, FOffer.Signature);
+    QStringList targets;
+    for (const std::size_t index : FChosen) {
+        const TControlEntry& entry = FOffer.Control.Files[index];
+        CreateFolder(QFileInfo(StagedPath(entry)).path());
+        targets.append(entry.Target);
+    }
+    StageControlFile(FSettings.ProgramFolder, FOffer.Bytes, FOffer.Signature, targets);
 }
 
 void TUpdateDownload::FetchNext()
@@ -190,7 +193,6 @@ void TUpdateDownload::Complete()
         SetAttributes(StagedPath(FOffer.Control.Files[index]), FOffer.Control.Files[index]);
     QDir(DownloadsFolder(FSettings)).removeRecursively();
     FUpdate = ReadStagedUpdate(FSettings); // reads every byte back and verifies it
-    assert(FUpdate.Files.size() == FChosen.size());
     Finish();
 }
 

@@ -8,7 +8,8 @@
 
 #include <QCommandLineParser>
 #include <QProcess>
-#include <QScopeGuard>
+
+#include <memory>
 
 namespace Corvadine {
 
@@ -16,19 +17,30 @@ namespace {
 
 // Closing the window takes a moment; a question that another program's guard asks then may take a person.
 constexpr std::chrono::minutes EndOfProgram(2);
-// The old program has let go of the lock by now; another one may be looking for updates.
-constexpr int LockMilliseconds = 20'000;
+// The program lets go of the lock when its wizard closes; another one may be looking for updates.
+constexpr std::chrono::seconds Patience(20);
 
 const QString ProgramOption = QStringLiteral("program");
 const QString StartOption = QStringLiteral("start");
 const QString WaitOption = QStringLiteral("wait");
 
+const QString TakeOver = QStringLiteral("Take over the update");
+
+// None, which the log tells, if somebody else is at work.
+std::unique_ptr<TUpdateLock> TakeLock(const THelperJob& job, const TUpdateLog& log)
+{
+    try {
+        return std::make_unique<TUpdateLock>(job.ProgramFolder, Patience);
+    } catch (const TError& error) {
+        log.Write(TakeOver, QStringLiteral("failed. ") + error.Text());
+        return {};
+    }
+}
+
 bool Install(const THelperJob& job, const TUpdateLog& log)
 {
-    QString step = QStringLiteral("Take over the update");
+    QString step = TakeOver;
     try {
-        const TUpdateLock lock(job.ProgramFolder, LockMilliseconds);
-        const auto dropStaging = qScopeGuard([&job] { DropStaging(job.ProgramFolder); });
         TUpdateInstaller installer(job.ProgramFolder, log);
         installer.Recover();
         const TStagedUpdate update = ReadStagedUpdate(LoadUpdateSettings(job.ProgramFolder));
@@ -76,13 +88,19 @@ THelperJob ParseHelperArguments(const QStringList& arguments)
 bool RunHelper(const THelperJob& job)
 {
     const TUpdateLog log(job.ProgramFolder);
+    // Before it waits: from the program's end on, one that is started must see that it is being replaced.
+    std::unique_ptr<TUpdateLock> lock = TakeLock(job, log);
     const QString wait = QStringLiteral("Wait for Corvadine to end");
-    if (!WaitForProcessEnd(job.WaitFor, EndOfProgram)) {
-        log.Write(wait, QStringLiteral("failed. It still runs, so nothing was replaced"));
+    const bool ended = WaitForProcessEnd(job.WaitFor, EndOfProgram);
+    log.Write(wait,
+        ended ? QStringLiteral("it has ended")
+              : QStringLiteral("failed. It still runs, so nothing was replaced"));
+    const bool installed = ended && lock && Install(job, log);
+    if (lock)
+        DropStaging(job.ProgramFolder);
+    lock.reset(); // or the program would see itself being replaced
+    if (!ended)
         return false;
-    }
-    log.Write(wait, QStringLiteral("it has ended"));
-    const bool installed = Install(job, log);
     const bool started = QProcess::startDetached(job.Executable, {}, job.ProgramFolder);
     log.Write(
         QStringLiteral("Start Corvadine again"), started ? QStringLiteral("done") : QStringLiteral("failed"));

@@ -5,6 +5,7 @@
 #include "support/UpdateHandOver.h"
 #include "support/UpdateInstaller.h"
 
+#include <QApplication>
 #include <QDir>
 #include <QHBoxLayout>
 #include <QHeaderView>
@@ -18,6 +19,7 @@
 #include <QVBoxLayout>
 #include <QtMath>
 
+#include <optional>
 #include <utility>
 
 // See app/Icons.cpp on why this stands outside of any namespace.
@@ -262,13 +264,25 @@ void TUpdateWizard::Downloaded(const TStagedUpdate& update)
 
 void TUpdateWizard::Install(const TStagedUpdate& update)
 {
-    ShowBusy(QStringLiteral("Installing"), {});
+    QApplication::processEvents(); // a click on Cancel from while the download was verified still counts
+    if (!FHasStaged)
+        return;
+    ShowBusy(QStringLiteral("Installing"),
+        QStringLiteral("Version %1 is verified once more and put into place.").arg(update.Version));
+    btnCancel->setEnabled(false);
     repaint();          // it is over before the event loop is asked again
     FHasStaged = false; // whatever happens, the installer removes it
+    FInstalling = true;
+    std::optional<TError> failure;
     try {
         TUpdateInstaller(FParts.WebUpdate.Settings().ProgramFolder, FLog).Install(update, FParts.Executable);
     } catch (const TError& error) {
-        Fail({}, error.Text());
+        failure = error;
+    }
+    QApplication::processEvents(); // clicks from meanwhile are not for the button that stands here next
+    FInstalling = false;
+    if (failure) {
+        Fail({}, failure->Text());
         return;
     }
     ShowNote(QStringLiteral("The update is installed"),
@@ -312,6 +326,8 @@ void TUpdateWizard::Cancelled()
 
 void TUpdateWizard::reject()
 {
+    if (FInstalling)
+        return;
     if (FParts.WebUpdate.IsBusy()) {
         btnCancel->setEnabled(false);
         FParts.WebUpdate.Cancel(); // and close once it has

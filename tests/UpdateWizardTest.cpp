@@ -16,6 +16,7 @@
 #include <QTreeWidget>
 
 #include <memory>
+#include <tuple>
 
 using namespace Corvadine;
 using namespace Corvadine::Testing;
@@ -201,12 +202,15 @@ TEST_F(UpdateWizardTest, HelperStartsTheOldProgramWhenItCannotInstall)
 {
     Publish(true);
     FStartHelper = [] {};
-    const std::pair<QString, const char*> cases[] {
-        { "files/extra.txt", "not the file" }, { "Corvadine.INF", "not signed" },
-        { {}, "older than version 1.1.1" }, // which somebody has installed meanwhile
+    const std::tuple<QString, bool, const char*> cases[] {
+        { "files/extra.txt", false, "not the file" }, { "Corvadine.INF", false, "not signed" },
+        { "chosen", false, "not complete" }, { "files/corvadine", true, "not complete" },
+        { "files", true, "not complete" },
+        { {}, false, "older than version 1.2.0" }, // which somebody else has installed meanwhile
     };
-    for (const auto& [spoilt, text] : cases) {
+    for (const auto& [spoilt, isRemoved, text] : cases) {
         QFile::remove(Program("notes.txt"));
+        QFile::remove(Program("WUPDATE.LOG"));
         TUpdateWizard& wizard = Open();
         ASSERT_TRUE(Shows("A newer version is available"));
         Click(wizard.btnNext);
@@ -214,10 +218,13 @@ TEST_F(UpdateWizardTest, HelperStartsTheOldProgramWhenItCannotInstall)
         Click(wizard.btnNext);
         FWizard.reset();
         FEngine.reset();
-        if (spoilt.isEmpty())
-            PutFile(Program("CorvadineUpdate.accepted"), "1.1.1\n");
+        const QString path = StagingFolderOf(FProgram) + '/' + spoilt;
+        if (isRemoved)
+            ASSERT_TRUE(QFile::remove(path) || QDir(path).removeRecursively());
+        else if (spoilt.isEmpty())
+            PutFile(Program("CorvadineUpdate.accepted"), "1.2.0\n");
         else
-            PutFile(StagingFolderOf(FProgram) + '/' + spoilt, "spoilt");
+            PutFile(path, "spoilt");
         EXPECT_THAT(HandOver().toStdString(), HasSubstr("started"));
         ExpectNothingChanged();
         EXPECT_THAT(Log(), HasSubstr(text));
