@@ -187,7 +187,10 @@ TEST_F(UpdateWizardTest, HelperReplacesTheExecutableAndStartsIt)
     EXPECT_TRUE(asked && wizard.EndsProgram() && !wizard.isVisible());
     FWizard.reset();
     FEngine.reset();
-    EXPECT_EQ(HandOver(), "ends, " + oldSize + " bytes\nstarted, " + newSize + " bytes\n");
+    EXPECT_EQ(HandOver(),
+        "ends, " + oldSize + " bytes\nCorvadine was updated to version 1.1.0.\nstarted, " + newSize
+            + " bytes\n");
+    EXPECT_FALSE(QFile::exists(Program("CorvadineUpdate.report"))) << "told once";
     EXPECT_EQ(FileBytes(Program("Corvadine.chm")), "new help");
     EXPECT_EQ(FileBytes(Program("CorvadineUpdate.accepted")), "1.1.0\n");
     EXPECT_FALSE(QFileInfo::exists(StagingFolderOf(FProgram)));
@@ -221,7 +224,7 @@ TEST_F(UpdateWizardTest, HelperStartsTheOldProgramWhenItCannotInstall)
             PutFile(Program("CorvadineUpdate.accepted"), "1.2.0\n");
         else
             PutFile(path, "spoilt");
-        EXPECT_THAT(HandOver().toStdString(), HasSubstr("started"));
+        EXPECT_THAT(HandOver().toStdString(), AllOf(HasSubstr("did not work"), HasSubstr(text)));
         ExpectNothingChanged();
         EXPECT_THAT(Log(), HasSubstr(text));
     }
