@@ -34,8 +34,9 @@ private:
 // after `limit`.
 bool WaitForProcessEnd(qint64 processId, std::chrono::milliseconds limit);
 
-// The absolute path of the program that this process runs; works before there is a QCoreApplication. Empty if
-// the system does not tell.
+// The absolute path of the program that this process runs, as it was at the first call: once an update has
+// replaced the file, the system knows no name of the old one. So ask at the start of main(); it works before
+// there is a QCoreApplication. Empty if the system does not tell.
 QString RunningExecutable();
 
 } // namespace Corvadine

@@ -111,9 +111,12 @@ bool WaitForProcessEnd(qint64 processId, std::chrono::milliseconds limit)
 
 QString RunningExecutable()
 {
-    char path[PATH_MAX];
-    const ssize_t length = ::readlink("/proc/self/exe", path, sizeof path);
-    return length > 0 ? QFile::decodeName(QByteArray(path, length)) : QString();
+    static const QString Executable = [] {
+        char path[PATH_MAX];
+        const ssize_t length = ::readlink("/proc/self/exe", path, sizeof path);
+        return length > 0 ? QFile::decodeName(QByteArray(path, length)) : QString();
+    }();
+    return Executable;
 }
 
 } // namespace Corvadine

@@ -298,6 +298,8 @@ void TUpdateInstaller::TReplacement::SyncFolders() const
     QStringList folders;
     for (const TEntry& entry : FEntries)
         folders.append(QFileInfo(InProgram(entry.Target)).path());
+    for (const QString& folder : FNewFolders) // whose names stand in the folders around them
+        folders << InProgram(folder) << QFileInfo(InProgram(folder)).path();
     folders.removeDuplicates();
     for (const QString& folder : std::as_const(folders))
         if (FolderExists(folder)) // Undo() has removed the new ones
