@@ -12,6 +12,10 @@ namespace Corvadine {
 // nothing for a folder where the file system keeps the order of renames by itself.
 void SyncToDisk(const QString& path);
 
+// Gives `to` the owner and group of `from`, as far as this process may give files away. Does nothing where a
+// folder decides that.
+void CopyOwner(const QString& from, const QString& to);
+
 // A file that one process at a time has locked. The system itself ends the lock with its process, a killed
 // one and one of another computer too, so that a file that stayed behind keeps nobody out. No thread rule.
 class TFileLock {

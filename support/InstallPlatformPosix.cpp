@@ -61,6 +61,18 @@ void SyncToDisk(const QString& path)
             SystemErrorText({ errorNumber, std::system_category() }));
 }
 
+void CopyOwner(const QString& from, const QString& to)
+{
+    struct stat status { };
+    if (::stat(QFile::encodeName(from).constData(), &status) != 0)
+        return;
+    const QByteArray path = QFile::encodeName(to);
+    constexpr auto Unchanged = static_cast<uid_t>(-1);
+    // Only the superuser may give files to others, but everybody to the groups that he is in.
+    if (::chown(path.constData(), status.st_uid, status.st_gid) != 0) [[maybe_unused]]
+        const int ignored = ::chown(path.constData(), Unchanged, status.st_gid);
+}
+
 TFileLock::~TFileLock()
 {
     if (FHandle < 0)

@@ -25,6 +25,8 @@ void SyncToDisk(const QString& path)
             qt_error_string(static_cast<int>(errorNumber)).trimmed());
 }
 
+void CopyOwner(const QString& /*from*/, const QString& /*to*/) { }
+
 TFileLock::~TFileLock()
 {
     if (FHandle != -1)

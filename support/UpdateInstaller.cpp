@@ -71,6 +71,18 @@ void Keep(const QString& file, const QString& kept)
     SyncToDisk(kept);
 }
 
+// The new file is as the old one was, but executable if the release says so, for those who may read it.
+void KeepAttributes(const QString& file, const QString& successor)
+{
+    constexpr int FromReadToExe = 2; // bits between QFile::ReadX and QFile::ExeX
+    constexpr auto AnyRead = QFile::ReadOwner | QFile::ReadUser | QFile::ReadGroup | QFile::ReadOther;
+    QFile::Permissions permissions = QFile::permissions(file);
+    if (QFile::permissions(successor).testFlag(QFile::ExeOwner))
+        permissions |= QFile::Permissions((permissions & AnyRead) >> FromReadToExe);
+    CopyOwner(file, successor); // first: it may take permissions away
+    QFile::setPermissions(successor, permissions);
+}
+
 // What to throw for a journal that nobody can follow. The files that it was about are kept for people.
 TError SetAside(const QString& programFolder, const TError& error)
 {
@@ -199,7 +211,7 @@ void TUpdateInstaller::TReplacement::KeepOld()
         Step(QStringLiteral("keep the old ") + entry.Target);
         if (entry.Replaces) {
             Keep(InProgram(entry.Target), Kept(i));
-            QFile::setPermissions(entry.StagedPath, QFile::permissions(InProgram(entry.Target)));
+            KeepAttributes(InProgram(entry.Target), entry.StagedPath);
         }
         SyncToDisk(entry.StagedPath);
     }
@@ -249,6 +261,7 @@ void TUpdateInstaller::TReplacement::Finish()
     Step(QStringLiteral("record the version"));
     SyncToDisk(FOldFolder); // not earlier: what fails once it is settled must not be undone
     RecordAcceptedVersion(FOwner.FProgramFolder, FVersion);
+    CopyOwner(FOwner.FProgramFolder, FOwner.FProgramFolder + u'/' + TUpdateSettings::AcceptedFileName);
     SyncToDisk(FOwner.FProgramFolder);
     Step(QStringLiteral("remove the journal"));
     if (!QFile::remove(Settled()))
