@@ -168,6 +168,7 @@ TEST_F(UpdateWizardTest, OffersWhatIsNewerAndReplacesDataInPlace)
 
     Open();
     EXPECT_TRUE(Shows("Corvadine is up to date"));
+    EXPECT_EQ(FWizard->Note->text(), "You have the newest version, 1.1.0.");
     EXPECT_THAT(Log(), HasSubstr("Look for a newer version: nothing is newer"));
 }
 
@@ -286,6 +287,11 @@ TEST_F(UpdateWizardTest, TellsInPlainWordsWhatWentWrong)
     EXPECT_THAT(Log(), HasSubstr("Look for a newer version: failed. "));
 
     Publish(false);
+    {
+        const TUpdateLock other(FProgram);
+        Open();
+        ASSERT_TRUE(Shows("The update did not work")) << "before anything is offered";
+    }
     Open();
     ASSERT_TRUE(Shows("A newer version is available"));
     Tick(1);
