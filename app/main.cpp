@@ -5,6 +5,7 @@
 #include "base/Platform.h"
 #include "dialogs/WidgetPrompts.h"
 #include "support/InstallPlatform.h"
+#include "support/UpdateHelper.h"
 #include "support/UpdateInstaller.h"
 
 #include <QApplication>
@@ -32,7 +33,7 @@ TUpdateNews RecoverInterruptedUpdate()
     } catch (const Corvadine::TError& error) {
         return { error.Text(), false };
     }
-    return {};
+    return { Corvadine::TakeHelperReport(programFolder), false };
 }
 
 } // namespace

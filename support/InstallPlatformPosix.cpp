@@ -69,6 +69,18 @@ std::error_code RenameOver(const QString& from, const QString& to)
     return { renamed ? 0 : errno, std::system_category() };
 }
 
+void CopyOwner(const QString& from, const QString& to)
+{
+    struct stat status { };
+    if (::stat(QFile::encodeName(from).constData(), &status) != 0)
+        return;
+    const QByteArray path = QFile::encodeName(to);
+    constexpr auto Unchanged = static_cast<uid_t>(-1);
+    // Only the superuser may give files to others, but everybody to the groups that he is in.
+    if (::chown(path.constData(), status.st_uid, status.st_gid) != 0) [[maybe_unused]]
+        const int ignored = ::chown(path.constData(), Unchanged, status.st_gid);
+}
+
 TFileLock::~TFileLock()
 {
     if (FHandle < 0)
@@ -119,9 +131,12 @@ bool WaitForProcessEnd(qint64 processId, std::chrono::milliseconds limit)
 
 QString RunningExecutable()
 {
-    char path[PATH_MAX];
-    const ssize_t length = ::readlink("/proc/self/exe", path, sizeof path);
-    return length > 0 ? QFile::decodeName(QByteArray(path, length)) : QString();
+    static const QString Executable = [] {
+        char path[PATH_MAX];
+        const ssize_t length = ::readlink("/proc/self/exe", path, sizeof path);
+        return length > 0 ? QFile::decodeName(QByteArray(path, length)) : QString();
+    }();
+    return Executable;
 }
 
 } // namespace Corvadine

@@ -35,6 +35,8 @@ std::error_code RenameOver(const QString& from, const QString& to)
     return { static_cast<int>(error), std::system_category() };
 }
 
+void CopyOwner(const QString& /*from*/, const QString& /*to*/) { }
+
 TFileLock::~TFileLock()
 {
     if (FHandle != -1)

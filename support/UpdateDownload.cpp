@@ -91,6 +91,10 @@ TUpdateDownload::TUpdateDownload(const TUpdateSettings& settings, QNetworkAccess
 
 void TUpdateDownload::Run()
 {
+    qint64 needed = FTotal;
+    for (const std::size_t index : FChosen)
+        needed += FOffer.Control.Files[index].Size;
+    RequireSpace(FSettings.ProgramFolder, needed); // before the lock, which takes a file as well
     FLock = std::make_unique<TUpdateLock>(FSettings.ProgramFolder);
     PrepareFolders();
     FetchNext();
@@ -99,11 +103,6 @@ void TUpdateDownload::Run()
 void TUpdateDownload::PrepareFolders()
 {
     RemoveStaging(FSettings.ProgramFolder);
-    qint64 needed = FTotal;
-    for (const std::size_t index : FChosen)
-        needed += FOffer.Control.Files[index].Size;
-    RequireSpace(FSettings.ProgramFolder, needed);
-
     const QString staging = StagingFolderOf(FSettings.ProgramFolder);
     // In two steps, since mkdir() with permissions would make a folder on Windows whose files stay closed to
     // others also after they were moved out of it.

@@ -63,6 +63,18 @@ void Keep(const QString& file, const QString& kept)
     SyncToDisk(kept);
 }
 
+// The new file is as the old one was, but executable if the release says so, for those who may read it.
+void KeepAttributes(const QString& file, const QString& successor)
+{
+    constexpr int FromReadToExe = 2; // bits between QFile::ReadX and QFile::ExeX
+    constexpr auto AnyRead = QFile::ReadOwner | QFile::ReadUser | QFile::ReadGroup | QFile::ReadOther;
+    QFile::Permissions permissions = QFile::permissions(file);
+    if (QFile::permissions(successor).testFlag(QFile::ExeOwner))
+        permissions |= QFile::Permissions((permissions & AnyRead) >> FromReadToExe);
+    CopyOwner(file, successor); // first: it may take permissions away
+    QFile::setPermissions(successor, permissions);
+}
+
 // What to throw for a journal that nobody can follow. The files that it was about are kept for people.
 TError SetAside(const QString& programFolder, const TError& error)
 {
@@ -191,7 +203,7 @@ void TUpdateInstaller::TReplacement::KeepOld()
         Step(QStringLiteral("keep the old ") + entry.Target);
         if (entry.Replaces) {
             Keep(InProgram(entry.Target), Kept(i));
-            QFile::setPermissions(entry.StagedPath, QFile::permissions(InProgram(entry.Target)));
+            KeepAttributes(InProgram(entry.Target), entry.StagedPath);
         }
         SyncToDisk(entry.StagedPath);
     }
@@ -241,6 +253,7 @@ void TUpdateInstaller::TReplacement::Finish()
     Step(QStringLiteral("record the version"));
     SyncToDisk(FOldFolder); // not earlier: what fails once it is settled must not be undone
     RecordAcceptedVersion(FOwner.FProgramFolder, FVersion);
+    CopyOwner(FOwner.FProgramFolder, FOwner.FProgramFolder + u'/' + TUpdateSettings::AcceptedFileName);
     SyncToDisk(FOwner.FProgramFolder);
     Step(QStringLiteral("remove the journal"));
     if (!QFile::remove(Settled()))
@@ -290,6 +303,8 @@ void TUpdateInstaller::TReplacement::SyncFolders() const
     QStringList folders;
     for (const TEntry& entry : FEntries)
         folders.append(QFileInfo(InProgram(entry.Target)).path());
+    for (const QString& folder : FNewFolders) // whose names stand in the folders around them
+        folders << InProgram(folder) << QFileInfo(InProgram(folder)).path();
     folders.removeDuplicates();
     for (const QString& folder : std::as_const(folders))
         if (FolderExists(folder)) // Undo() has removed the new ones

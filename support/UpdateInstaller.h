@@ -36,7 +36,7 @@ public:
 
     // Recovers first if need be, verifies size and SHA-256 of every staged file once more, replaces, records
     // the accepted version (or leaves that to the next Recover(), should it fail), and removes the staging
-    // folder. A replaced file's permissions are kept.
+    // folder. A replaced file's permissions and, where allowed, owner are kept.
     // `executable` is the absolute path of the program itself, whether it is among the files or not.
     // Throws TError; the old files are then back in place, or, where even that failed, the text says so and
     // the next Recover() tries again. The staging folder is removed in any case.

@@ -1,12 +1,15 @@
 #include "support/UpdateWizard.h"
 
 #include "base/Error.h"
+#include "support/AcceptedVersion.h"
+#include "support/StagedUpdate.h"
 #include "support/UpdateEngine.h"
 #include "support/UpdateHandOver.h"
 #include "support/UpdateInstaller.h"
 
 #include <QApplication>
 #include <QDir>
+#include <QFileInfo>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
@@ -221,7 +224,13 @@ void TUpdateWizard::Checked(const std::vector<TUpdateItem>& items)
         FLog.Write(FStep, QStringLiteral("nothing is newer"));
         ShowNote(QStringLiteral("Corvadine is up to date"),
             QStringLiteral("You have the newest version, %1.")
-                .arg(FParts.WebUpdate.Settings().InstalledVersion));
+                .arg(VersionText(NewestAcceptedVersion(FParts.WebUpdate.Settings()))));
+        return;
+    }
+    try { // who cannot install it should not have to choose and download first
+        const TUpdateLock probe(FParts.WebUpdate.Settings().ProgramFolder);
+    } catch (const TError& error) {
+        Fail(FStep, error.Text());
         return;
     }
     FLog.Write(FStep,
@@ -313,9 +322,11 @@ void TUpdateWizard::Fail(const QString& step, const QString& text)
     const QString state = IsRecoveryDue(FParts.WebUpdate.Settings().ProgramFolder)
         ? QStringLiteral("Please close Corvadine and start it again.")
         : QStringLiteral("Nothing of Corvadine was changed.");
-    ShowNote(QStringLiteral("The update did not work"),
-        QStringLiteral("%1\n\n%2 What was done so far is in\n%3")
-            .arg(AsSentence(text), state, QDir::toNativeSeparators(FLog.Path())));
+    QString note = AsSentence(text) + QStringLiteral("\n\n") + state;
+    const QFileInfo log(FLog.Path());
+    if (log.isFile() && log.isWritable()) // else it does not tell of this
+        note += QStringLiteral(" What was done so far is in\n") + QDir::toNativeSeparators(log.filePath());
+    ShowNote(QStringLiteral("The update did not work"), note);
 }
 
 void TUpdateWizard::Cancelled()

@@ -260,8 +260,9 @@ TEST_F(UpdateEngineTest, AStagedUpdateIsTrustedForWhatItIs)
     EXPECT_THAT(error(), HasSubstr("does not name it"));
     QFile::remove(help + u'x');
 
+    PutFile(help, NewHelp);
     settings.InstalledVersion = "1.1.0";
-    EXPECT_EQ(ReadStagedUpdate(settings).Files.size(), 2) << "a repair";
+    EXPECT_EQ(ReadStagedUpdate(settings).Files.size(), 3) << "a repair";
     settings.InstalledVersion = "1.1.1";
     EXPECT_THAT(error(), HasSubstr("older than version 1.1.1"));
     settings.InstalledVersion = "1.0.0";

@@ -111,9 +111,15 @@ TEST_F(UpdateInstallTest, ReplacesAllFilesAndLeavesNothingBehind)
 {
     const TStagedUpdate update = Stage();
     const TUpdateLog log(FProgram);
+    const QString guide = FProgram + "/docs/guide.txt"; // becomes executable
+    QFile::setPermissions(guide, QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup);
+    QFile::setPermissions(update.StagingFolder + "/files/docs/guide.txt",
+        QFile::ReadOwner | QFile::ReadOther | QFile::ExeOwner);
     TUpdateInstaller(FProgram, log).Install(update, Program());
     EXPECT_EQ(Files(), Updated());
     EXPECT_EQ(QFile::permissions(Program()), FPermissions);
+    EXPECT_EQ(QFile::permissions(guide) & ~(QFile::ReadUser | QFile::WriteUser | QFile::ExeUser),
+        QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner | QFile::ReadGroup | QFile::ExeGroup);
     EXPECT_EQ(FileBytes(FProgram + "/CorvadineUpdate.accepted"), "1.1.0\n");
     EXPECT_THAT(FileBytes(log.Path()).toStdString(),
         Matches("([0-9]{2}/[0-9]{2}/[0-9]{4} [0-9]{2}:[0-9]{2} [^\n]+: [^\n]+\n){5}"));

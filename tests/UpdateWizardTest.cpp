@@ -172,6 +172,7 @@ TEST_F(UpdateWizardTest, OffersWhatIsNewerAndReplacesDataInPlace)
     ASSERT_TRUE(Shows("The update is installed"));
     Open();
     EXPECT_TRUE(Shows("Corvadine is up to date"));
+    EXPECT_EQ(FWizard->Note->text(), "You have the newest version, 1.1.0.");
     EXPECT_THAT(Log(), HasSubstr("Look for a newer version: nothing is newer"));
 }
 
@@ -191,7 +192,10 @@ TEST_F(UpdateWizardTest, HelperReplacesTheExecutableAndStartsIt)
     EXPECT_TRUE(asked && wizard.EndsProgram() && !wizard.isVisible());
     FWizard.reset();
     FEngine.reset();
-    EXPECT_EQ(HandOver(), "ends, " + oldSize + " bytes\nstarted, " + newSize + " bytes\n");
+    EXPECT_EQ(HandOver(),
+        "ends, " + oldSize + " bytes\nCorvadine was updated to version 1.1.0.\nstarted, " + newSize
+            + " bytes\n");
+    EXPECT_FALSE(QFile::exists(Program("CorvadineUpdate.report"))) << "told once";
     EXPECT_EQ(FileBytes(Program("Corvadine.chm")), "new help");
     EXPECT_EQ(FileBytes(Program("CorvadineUpdate.accepted")), "1.1.0\n");
     EXPECT_FALSE(QFileInfo::exists(StagingFolderOf(FProgram)));
@@ -225,7 +229,7 @@ TEST_F(UpdateWizardTest, HelperStartsTheOldProgramWhenItCannotInstall)
             PutFile(Program("CorvadineUpdate.accepted"), "1.2.0\n");
         else
             PutFile(path, "spoilt");
-        EXPECT_THAT(HandOver().toStdString(), HasSubstr("started"));
+        EXPECT_THAT(HandOver().toStdString(), AllOf(HasSubstr("did not work"), HasSubstr(text)));
         ExpectNothingChanged();
         EXPECT_THAT(Log(), HasSubstr(text));
     }
@@ -287,6 +291,11 @@ TEST_F(UpdateWizardTest, TellsInPlainWordsWhatWentWrong)
     EXPECT_THAT(Log(), HasSubstr("Look for a newer version: failed. "));
 
     Publish(false);
+    {
+        const TUpdateLock other(FProgram);
+        Open();
+        ASSERT_TRUE(Shows("The update did not work")) << "before anything is offered";
+    }
     Open();
     ASSERT_TRUE(Shows("A newer version is available"));
     Tick(1);
