@@ -267,16 +267,18 @@ bool IsForPlatform(const TControlEntry& entry, const TUpdateSettings& settings)
     return entry.Platform.isEmpty() || entry.Platform == settings.Platform;
 }
 
-namespace {
-
-bool IsNewer(const TControlEntry& entry, const QString& path, const TVersion& accepted)
+bool IsNewer(const TControlEntry& entry, const TUpdateSettings& settings)
 {
+    if (!IsForPlatform(entry, settings))
+        return false;
+    CheckTargetOnDisk(settings.ProgramFolder, entry.Target);
+    const QString path = settings.ProgramFolder + u'/' + entry.Target;
     const QFileInfo info(path);
     if (!info.exists())
         return true;
     switch (entry.Comparison) {
     case TComparison::Version:
-        return ParseVersion(entry.Version) > accepted;
+        return ParseVersion(entry.Version) > NewestAcceptedVersion(settings);
     case TComparison::Date:
         return info.lastModified() < entry.Date;
     case TComparison::Checksum:
@@ -285,20 +287,12 @@ bool IsNewer(const TControlEntry& entry, const QString& path, const TVersion& ac
     return info.size() != entry.Size || FileSha256(path) != entry.Sha256;
 }
 
-} // namespace
-
 std::vector<std::size_t> NewerFiles(const TControlFile& control, const TUpdateSettings& settings)
 {
-    const TVersion accepted = NewestAcceptedVersion(settings);
     std::vector<std::size_t> newer;
-    for (std::size_t i = 0; i < control.Files.size(); ++i) {
-        const TControlEntry& entry = control.Files[i];
-        if (!IsForPlatform(entry, settings))
-            continue;
-        CheckTargetOnDisk(settings.ProgramFolder, entry.Target);
-        if (IsNewer(entry, settings.ProgramFolder + u'/' + entry.Target, accepted))
+    for (std::size_t i = 0; i < control.Files.size(); ++i)
+        if (IsNewer(control.Files[i], settings))
             newer.push_back(i);
-    }
     return newer;
 }
 

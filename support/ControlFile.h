@@ -70,9 +70,12 @@ TControlFile ParseControlFile(const QByteArray& bytes, const TUpdateLimits& limi
 // publisher has withdrawn the release.
 bool IsOffered(const TControlFile& control, const TUpdateSettings& settings);
 
-// The indices of those files of this platform that are newer than what is in the program folder, each by its
-// own comparison, and of those that are missing there. Throws TError when a file could not be put into place
-// (see CheckTargetOnDisk) or not be read.
+// Whether a file of the release is for this platform and newer than what is in the program folder, by its own
+// comparison, or missing there. May read the whole file in the folder. Throws TError when it could not be put
+// into place (see CheckTargetOnDisk) or not be read.
+bool IsNewer(const TControlEntry& entry, const TUpdateSettings& settings);
+
+// The indices of all files for which IsNewer() holds. Throws as it does.
 std::vector<std::size_t> NewerFiles(const TControlFile& control, const TUpdateSettings& settings);
 
 // Whether a file of the release is for `settings.Platform`.

@@ -66,9 +66,18 @@ void TUpdateCheck::Judge()
     FOffer.Control = ParseControlFile(FOffer.Bytes, FSettings.Limits);
     const bool isOffered = IsOffered(FOffer.Control, FSettings);
     Remember(FOffer.Control, FSettings.ProgramFolder);
-    if (isOffered)
-        FOffer.Newer = NewerFiles(FOffer.Control, FSettings);
-    Finish();
+    InSlices([this, isOffered] { return isOffered && CompareNext(); }, [this] { Finish(); });
+}
+
+// One file each time; false when none is left.
+bool TUpdateCheck::CompareNext()
+{
+    if (FCompared == FOffer.Control.Files.size())
+        return false;
+    if (IsNewer(FOffer.Control.Files[FCompared], FSettings))
+        FOffer.Newer.push_back(FCompared);
+    ++FCompared;
+    return true;
 }
 
 } // namespace Corvadine

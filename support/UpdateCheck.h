@@ -36,10 +36,12 @@ protected:
 private:
     void FetchSignature();
     void Judge();
+    bool CompareNext();
 
     QBuffer FControl;
     QBuffer FSignature;
     TUpdateOffer FOffer;
+    std::size_t FCompared = 0; // of its files
 };
 
 } // namespace Corvadine

@@ -7,7 +7,6 @@
 #include <QFileInfo>
 #include <QStorageInfo>
 
-#include <algorithm>
 #include <set>
 
 namespace Corvadine {
@@ -86,7 +85,6 @@ TUpdateDownload::TUpdateDownload(const TUpdateSettings& settings, QNetworkAccess
     , FPackages(packages.rbegin(), packages.rend())
     , FTotal(BytesOf(offer.Control, packages))
 {
-    connect(&FExtraction, &QTimer::timeout, this, [this] { Guarded([this] { ExtractSome(); }); });
 }
 
 void TUpdateDownload::Run()
@@ -167,17 +165,12 @@ void TUpdateDownload::PackageArrived()
         if (entry.Package == package)
             plan.Known.insert(entry.Target);
     FExtractor = std::make_unique<TPackageExtractor>(FFile.fileName(), std::move(plan));
-    FExtraction.start(0);
-}
-
-void TUpdateDownload::ExtractSome()
-{
-    if (FExtractor->Step())
-        return;
-    FExtraction.stop();
-    FExtractor.reset();
-    FFile.remove(); // makes room for the next one; what stays goes with the folder
-    PackageDone();
+    InSlices([this] { return FExtractor->Step(); },
+        [this] {
+            FExtractor.reset();
+            FFile.remove(); // makes room for the next one; what stays goes with the folder
+            PackageDone();
+        });
 }
 
 void TUpdateDownload::PackageDone()
@@ -191,13 +184,23 @@ void TUpdateDownload::Complete()
     for (const std::size_t index : FChosen)
         SetAttributes(StagedPath(FOffer.Control.Files[index]), FOffer.Control.Files[index]);
     QDir(DownloadsFolder(FSettings)).removeRecursively();
-    FUpdate = ReadStagedUpdate(FSettings); // reads every byte back and verifies it
-    Finish();
+    FUpdate = { StagingFolderOf(FSettings.ProgramFolder), FOffer.Control.Version, {} };
+    InSlices([this] { return VerifyNext(); }, [this] { Finish(); });
+}
+
+// Reads back every byte of one file each time; false when none is left.
+bool TUpdateDownload::VerifyNext()
+{
+    if (FUpdate.Files.size() == FChosen.size())
+        return false;
+    const TControlEntry& entry = FOffer.Control.Files[FChosen[FUpdate.Files.size()]];
+    VerifyFile(StagedPath(entry), entry.Target, entry.Size, entry.Sha256);
+    FUpdate.Files.push_back({ entry.Target, StagedPath(entry), entry.Size, entry.Sha256 });
+    return true;
 }
 
 void TUpdateDownload::CleanUp()
 {
-    FExtraction.stop();
     FExtractor.reset();
     FFile.close();
     if (!FLock) // the folder is somebody else's

@@ -6,7 +6,6 @@
 #include "support/UpdateTask.h"
 
 #include <QFile>
-#include <QTimer>
 
 #include <memory>
 #include <set>
@@ -40,9 +39,9 @@ private:
     void PrepareFolders();
     void FetchNext();
     void PackageArrived();
-    void ExtractSome();
     void PackageDone();
     void Complete();
+    bool VerifyNext();
 
     const TControlPackage& Package() const;
     QString StagedPath(const TControlEntry& entry) const;
@@ -53,7 +52,6 @@ private:
     std::vector<std::size_t> FPackages; // still to do, the last one first
     QFile FFile;                        // the package that is being received
     std::unique_ptr<TPackageExtractor> FExtractor;
-    QTimer FExtraction;   // fires when the event loop has nothing else to do
     qint64 FReceived = 0; // of the packages before
     qint64 FTotal = 0;
     TStagedUpdate FUpdate;

@@ -190,6 +190,7 @@ std::vector<TAttack> AttacksOnTheLine()
         { "a redirect loop", "from one address to the next", Answered(ControlPath, RedirectTo(ControlPath)) },
         { "an unknown authority", "cannot prove that it is localhost", [](TScene&) {}, "stranger" },
         { "another server's certificate", "cannot prove that it is localhost", [](TScene&) {}, "elsewhere" },
+        { "a certificate that is over", "has expired", [](TScene&) {}, "expired" },
         { "no server", "does not accept connections", [](TScene& s) { s.Settings.Url.setPort(1); } },
         { "an endless control file", "sends more than it should",
             Answered(ControlPath, { OkHeaders, TThen::SendForEver }) },
