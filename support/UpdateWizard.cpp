@@ -266,7 +266,7 @@ void TUpdateWizard::Downloaded(const TStagedUpdate& update)
     ShowNote(QStringLiteral("Ready to install"),
         QStringLiteral(
             "Version %1 replaces the program itself. Corvadine closes now, installs it and starts again.\n\n"
-            "Changes that you have not saved are lost.")
+            "Please close its other windows first. Changes that you have not saved are lost.")
             .arg(update.Version));
     SetButtons({ QStringLiteral("&Install"), [this] { HandOver(); } }, QStringLiteral("Cancel"));
 }
