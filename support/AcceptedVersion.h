@@ -21,7 +21,7 @@ QString VersionText(const TVersion& version);
 struct TKnownRelease {
     TVersion Version {};
     bool IsWithdrawn = false;
-    auto operator<=>(const TKnownRelease&) const = default;
+    auto operator<=>(const TKnownRelease&) const = default; // NOLINT(modernize-use-nullptr): none is meant
 };
 
 // Reads two to four numbers below 100000. Empty for every other text.
