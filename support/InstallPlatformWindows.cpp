@@ -1,11 +1,13 @@
 #include "support/InstallPlatform.h"
 
 #include "base/Error.h"
+#include "base/WindowsPath.h"
+#include "base/WindowsRetry.h"
 
 #include <QDir>
 #include <QFileInfo>
 
-#include <windows.h>
+#include <qt_windows.h>
 
 namespace Corvadine {
 
@@ -13,16 +15,48 @@ void SyncToDisk(const QString& path)
 {
     if (QFileInfo(path).isDir())
         return; // NTFS journals names
-    const std::wstring name = QDir::toNativeSeparators(path).toStdWString();
-    const HANDLE file = ::CreateFileW(
-        name.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    const HANDLE file = ::CreateFileW(SystemPath(path).c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr,
+        OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
     const bool synced = file != INVALID_HANDLE_VALUE && ::FlushFileBuffers(file);
     const DWORD errorNumber = ::GetLastError();
     if (file != INVALID_HANDLE_VALUE)
         ::CloseHandle(file);
     if (!synced)
         throw TError(TErrorKind::Io, QStringLiteral("write"), path,
-            qt_error_string(static_cast<int>(errorNumber)).trimmed());
+            SystemErrorText({ static_cast<int>(errorNumber), std::system_category() }));
+}
+
+std::error_code RenameOver(const QString& from, const QString& to)
+{
+    const TErrorNumber error = Persistently([source = SystemPath(from), target = SystemPath(to)] {
+        return ErrorUnless(::MoveFileExW(
+            source.c_str(), target.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH));
+    });
+    return { static_cast<int>(error), std::system_category() };
+}
+
+void CopyOwner(const QString& /*from*/, const QString& /*to*/) { }
+
+TFileLock::~TFileLock()
+{
+    if (FHandle != -1)
+        ::CloseHandle(reinterpret_cast<HANDLE>(FHandle));
+}
+
+// Sharing with nobody is the lock.
+std::error_code TFileLock::TryLock()
+{
+    const std::wstring name = QDir::toNativeSeparators(FPath).toStdWString();
+    const HANDLE file = ::CreateFileW(name.c_str(), GENERIC_WRITE | DELETE, 0, nullptr, OPEN_ALWAYS,
+        FILE_ATTRIBUTE_NORMAL | FILE_FLAG_DELETE_ON_CLOSE, nullptr);
+    if (file != INVALID_HANDLE_VALUE) {
+        FHandle = reinterpret_cast<qintptr>(file);
+        return {};
+    }
+    const DWORD errorNumber = ::GetLastError();
+    return errorNumber == ERROR_SHARING_VIOLATION
+        ? std::make_error_code(std::errc::device_or_resource_busy)
+        : std::error_code(static_cast<int>(errorNumber), std::system_category());
 }
 
 bool WaitForProcessEnd(qint64 processId, std::chrono::milliseconds limit)

@@ -89,6 +89,10 @@ TUpdateDownload::TUpdateDownload(const TUpdateSettings& settings, QNetworkAccess
 
 void TUpdateDownload::Run()
 {
+    qint64 needed = FTotal;
+    for (const std::size_t index : FChosen)
+        needed += FOffer.Control.Files[index].Size;
+    RequireSpace(FSettings.ProgramFolder, needed); // before the lock, which takes a file as well
     FLock = std::make_unique<TUpdateLock>(FSettings.ProgramFolder);
     PrepareFolders();
     FetchNext();
@@ -97,11 +101,6 @@ void TUpdateDownload::Run()
 void TUpdateDownload::PrepareFolders()
 {
     RemoveStaging(FSettings.ProgramFolder);
-    qint64 needed = FTotal;
-    for (const std::size_t index : FChosen)
-        needed += FOffer.Control.Files[index].Size;
-    RequireSpace(FSettings.ProgramFolder, needed);
-
     const QString staging = StagingFolderOf(FSettings.ProgramFolder);
     // In two steps, since mkdir() with permissions would make a folder on Windows whose files stay closed to
     // others also after they were moved out of it.
@@ -110,9 +109,13 @@ void TUpdateDownload::PrepareFolders()
             QDir::toNativeSeparators(FSettings.ProgramFolder),
             QStringLiteral("the folder cannot be written"));
     CreateFolder(DownloadsFolder(FSettings));
-    for (const std::size_t index : FChosen)
-        CreateFolder(QFileInfo(StagedPath(FOffer.Control.Files[index])).path());
-    StageControlFile(FSettings.ProgramFolder, FOffer.Bytes, FOffer.Signature);
+    QStringList targets;
+    for (const std::size_t index : FChosen) {
+        const TControlEntry& entry = FOffer.Control.Files[index];
+        CreateFolder(QFileInfo(StagedPath(entry)).path());
+        targets.append(entry.Target);
+    }
+    StageControlFile(FSettings.ProgramFolder, FOffer.Bytes, FOffer.Signature, targets);
 }
 
 void TUpdateDownload::FetchNext()

@@ -1,6 +1,7 @@
 #include "support/StagedUpdate.h"
 #include "support/UpdateEngine.h"
 #include "tests/Testing.h"
+#include "tests/TestingSystem.h"
 #include "tests/UpdateTesting.h"
 
 #include <QDir>
@@ -10,7 +11,6 @@
 
 #include <archive.h>
 #include <archive_entry.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -71,22 +71,6 @@ void FlipByte(QByteArray& bytes)
     byte = static_cast<char>(byte ^ 1);
 }
 
-// While it lives, no file grows beyond so many bytes: as a full disk, as far as a program can tell.
-class TFullDisk {
-public:
-    explicit TFullDisk(rlim_t bytes)
-    {
-        ::getrlimit(RLIMIT_FSIZE, &FBefore);
-        const rlimit now { bytes, FBefore.rlim_max };
-        ::setrlimit(RLIMIT_FSIZE, &now);
-    }
-    ~TFullDisk() { ::setrlimit(RLIMIT_FSIZE, &FBefore); }
-    Q_DISABLE_COPY_MOVE(TFullDisk)
-
-private:
-    rlimit FBefore {};
-};
-
 // While it lives, nobody but the owner writes to the folder, and we are not its owner.
 class TForeignFolder {
 public:
@@ -116,7 +100,7 @@ struct TScene {
     QHash<QString, TAnswer> Instead; // answers in place of the release's files
     TUpdateSettings Settings;
     QString Program;
-    rlim_t LargestFile = RLIM_INFINITY;
+    quint64 LargestFile = std::numeric_limits<quint64>::max();
     bool IsForeign = false; // the program folder is not ours
 };
 
@@ -314,15 +298,15 @@ std::vector<TAttack> AttacksOnTheFolder()
         { "a folder that cannot be written", "the folder cannot be written",
             [](TScene& s) { s.IsForeign = true; } },
         { "a disk without room for the package",
-            "Cannot download Corvadine.CAB: ", [](TScene& s) { s.LargestFile = rlim_t { 64 } * 1024; } },
+            "Cannot download Corvadine.CAB: ", [](TScene& s) { s.LargestFile = quint64 { 64 } * 1024; } },
         { "a disk without room for the files", "Cannot write",
-            [](TScene& s) { s.LargestFile = rlim_t { 300 } * 1024; } },
+            [](TScene& s) { s.LargestFile = quint64 { 300 } * 1024; } },
     };
 }
 
 TUpdateOutcome CheckAndDownload(const TScene& scene)
 {
-    const TFullDisk disk(scene.LargestFile);
+    const TFileSizeLimit disk(scene.LargestFile);
     std::optional<TForeignFolder> foreign;
     if (scene.IsForeign)
         foreign.emplace(scene.Program);

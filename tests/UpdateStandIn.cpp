@@ -5,6 +5,7 @@
 #include "support/ExecutableResource.h"
 #include "support/InstallPlatform.h"
 #include "support/UpdateHandOver.h"
+#include "support/UpdateHelper.h"
 #include "support/UpdateInstaller.h"
 
 #include <QCoreApplication>
@@ -32,6 +33,7 @@ int main(int argc, char** argv)
     try {
         RecoverUpdate(folder);
         if (!QCoreApplication::arguments().contains("hand-over")) {
+            Note(TakeHelperReport(folder));
             Note(QStringLiteral("started, %1 bytes").arg(QFileInfo(RunningExecutable()).size()));
             return 0;
         }

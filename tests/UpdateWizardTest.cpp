@@ -16,6 +16,7 @@
 #include <QTreeWidget>
 
 #include <memory>
+#include <tuple>
 
 using namespace Corvadine;
 using namespace Corvadine::Testing;
@@ -171,6 +172,7 @@ TEST_F(UpdateWizardTest, OffersWhatIsNewerAndReplacesDataInPlace)
     ASSERT_TRUE(Shows("The update is installed"));
     Open();
     EXPECT_TRUE(Shows("Corvadine is up to date"));
+    EXPECT_EQ(FWizard->Note->text(), "You have the newest version, 1.1.0.");
     EXPECT_THAT(Log(), HasSubstr("Look for a newer version: nothing is newer"));
 }
 
@@ -190,7 +192,10 @@ TEST_F(UpdateWizardTest, HelperReplacesTheExecutableAndStartsIt)
     EXPECT_TRUE(asked && wizard.EndsProgram() && !wizard.isVisible());
     FWizard.reset();
     FEngine.reset();
-    EXPECT_EQ(HandOver(), "ends, " + oldSize + " bytes\nstarted, " + newSize + " bytes\n");
+    EXPECT_EQ(HandOver(),
+        "ends, " + oldSize + " bytes\nCorvadine was updated to version 1.1.0.\nstarted, " + newSize
+            + " bytes\n");
+    EXPECT_FALSE(QFile::exists(Program("CorvadineUpdate.report"))) << "told once";
     EXPECT_EQ(FileBytes(Program("Corvadine.chm")), "new help");
     EXPECT_EQ(FileBytes(Program("CorvadineUpdate.accepted")), "1.1.0\n");
     EXPECT_FALSE(QFileInfo::exists(StagingFolderOf(FProgram)));
@@ -201,12 +206,15 @@ TEST_F(UpdateWizardTest, HelperStartsTheOldProgramWhenItCannotInstall)
 {
     Publish(true);
     FStartHelper = [] {};
-    const std::pair<QString, const char*> cases[] {
-        { "files/extra.txt", "not the file" }, { "Corvadine.INF", "not signed" },
-        { {}, "older than version 1.1.1" }, // which somebody has installed meanwhile
+    const std::tuple<QString, bool, const char*> cases[] {
+        { "files/extra.txt", false, "not the file" }, { "Corvadine.INF", false, "not signed" },
+        { "chosen", false, "not complete" }, { "files/corvadine", true, "not complete" },
+        { "files", true, "not complete" },
+        { {}, false, "older than version 1.2.0" }, // which somebody else has installed meanwhile
     };
-    for (const auto& [spoilt, text] : cases) {
+    for (const auto& [spoilt, isRemoved, text] : cases) {
         QFile::remove(Program("notes.txt"));
+        QFile::remove(Program("WUPDATE.LOG"));
         TUpdateWizard& wizard = Open();
         ASSERT_TRUE(Shows("A newer version is available"));
         Click(wizard.btnNext);
@@ -214,11 +222,14 @@ TEST_F(UpdateWizardTest, HelperStartsTheOldProgramWhenItCannotInstall)
         Click(wizard.btnNext);
         FWizard.reset();
         FEngine.reset();
-        if (spoilt.isEmpty())
-            PutFile(Program("CorvadineUpdate.accepted"), "1.1.1\n");
+        const QString path = StagingFolderOf(FProgram) + '/' + spoilt;
+        if (isRemoved)
+            ASSERT_TRUE(QFile::remove(path) || QDir(path).removeRecursively());
+        else if (spoilt.isEmpty())
+            PutFile(Program("CorvadineUpdate.accepted"), "1.2.0\n");
         else
-            PutFile(StagingFolderOf(FProgram) + '/' + spoilt, "spoilt");
-        EXPECT_THAT(HandOver().toStdString(), HasSubstr("started"));
+            PutFile(path, "spoilt");
+        EXPECT_THAT(HandOver().toStdString(), AllOf(HasSubstr("did not work"), HasSubstr(text)));
         ExpectNothingChanged();
         EXPECT_THAT(Log(), HasSubstr(text));
     }
@@ -280,6 +291,11 @@ TEST_F(UpdateWizardTest, TellsInPlainWordsWhatWentWrong)
     EXPECT_THAT(Log(), HasSubstr("Look for a newer version: failed. "));
 
     Publish(false);
+    {
+        const TUpdateLock other(FProgram);
+        Open();
+        ASSERT_TRUE(Shows("The update did not work")) << "before anything is offered";
+    }
     Open();
     ASSERT_TRUE(Shows("A newer version is available"));
     Tick(1);
