@@ -5,6 +5,7 @@
 #include <fcntl.h>
 #include <io.h>
 
+#include <cstdint>
 #include <cstdlib>
 
 namespace Corvadine {
@@ -16,6 +17,19 @@ UINT ConsoleCodePage = 0; // as we found it; 0 without a console
 void RestoreConsole()
 {
     ::SetConsoleOutputCP(ConsoleCodePage);
+}
+
+// A new stream to where `handle` leads; programs that we start do not get it. Null if the system refuses.
+std::FILE* StreamTo(HANDLE handle)
+{
+    const HANDLE process = ::GetCurrentProcess();
+    HANDLE copy = nullptr;
+    if (!::DuplicateHandle(process, handle, process, &copy, 0, FALSE, DUPLICATE_SAME_ACCESS))
+        return nullptr;
+    const int descriptor = ::_open_osfhandle(reinterpret_cast<std::intptr_t>(copy), _O_WRONLY | _O_BINARY);
+    if (descriptor < 0)
+        ::CloseHandle(copy);
+    return descriptor < 0 ? nullptr : ::_fdopen(descriptor, "wb");
 }
 
 } // namespace
@@ -34,10 +48,7 @@ void PrepareProcess()
 
 std::FILE* TakeErrorStream()
 {
-    const int descriptor = ::_dup(::_fileno(stderr));
-    if (descriptor >= 0) // programs that we start need not hold it
-        ::SetHandleInformation(HANDLE(::_get_osfhandle(descriptor)), HANDLE_FLAG_INHERIT, 0);
-    std::FILE* const stream = descriptor < 0 ? nullptr : ::_fdopen(descriptor, "wb");
+    std::FILE* const stream = StreamTo(::GetStdHandle(STD_ERROR_HANDLE));
     const int nowhere = ::_open("NUL", _O_WRONLY | _O_NOINHERIT);
     if (stream && nowhere >= 0)
         ::_dup2(nowhere, ::_fileno(stderr));

@@ -17,7 +17,7 @@ constexpr qsizetype ClassicLimit = 248;
 
 QString ExtendedPath(const QString& path)
 {
-    const QString full = QDir::toNativeSeparators(QDir::cleanPath(QFileInfo(path).absoluteFilePath()));
+    QString full = QDir::toNativeSeparators(QDir::cleanPath(QFileInfo(path).absoluteFilePath()));
     if (full.size() < ClassicLimit || full.startsWith(QLatin1String("\\\\?\\")))
         return full;
     if (full.startsWith(QLatin1String("\\\\")))
