@@ -2,6 +2,7 @@
 
 #include "base/Error.h"
 #include "base/WindowsPath.h"
+#include "base/WindowsRetry.h"
 
 #include <QFileInfo>
 #include <QRandomGenerator>
@@ -14,8 +15,6 @@
 namespace Corvadine {
 
 namespace {
-
-using TErrorNumber = DWORD; // of GetLastError()
 
 TError WriteError(const QString& path, TErrorNumber error)
 {
@@ -30,42 +29,6 @@ QString FollowLinks(const QString& path)
     if (!info.isSymbolicLink())
         return path;
     return info.exists() ? info.canonicalFilePath() : info.symLinkTarget();
-}
-
-// What virus scanners, indexers and backup programs cause while they look at a file for a moment.
-bool MayPass(TErrorNumber error)
-{
-    switch (error) {
-    case ERROR_SHARING_VIOLATION:
-    case ERROR_LOCK_VIOLATION:
-    case ERROR_ACCESS_DENIED:  // also what a file is answered with that somebody has deleted but still holds
-    case ERROR_FILE_NOT_FOUND: // deleted between two of our calls
-    case ERROR_USER_MAPPED_FILE:
-    case ERROR_UNABLE_TO_REMOVE_REPLACED:
-    case ERROR_UNABLE_TO_MOVE_REPLACEMENT:
-    case ERROR_UNABLE_TO_MOVE_REPLACEMENT_2:
-        return true;
-    default:
-        return false;
-    }
-}
-
-// Runs `action`, which returns the number of its error, until it succeeds, for up to a second.
-template <typename TAction> TErrorNumber Persistently(TAction action)
-{
-    constexpr DWORD FirstPause = 5; // ms; each is twice as long as the one before
-    constexpr DWORD LongestPause = 500;
-    TErrorNumber error = action();
-    for (DWORD pause = FirstPause; MayPass(error) && pause <= LongestPause; pause *= 2) {
-        ::Sleep(pause);
-        error = action();
-    }
-    return error;
-}
-
-TErrorNumber ErrorUnless(BOOL succeeded)
-{
-    return succeeded ? ERROR_SUCCESS : ::GetLastError();
 }
 
 constexpr DWORD ShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;

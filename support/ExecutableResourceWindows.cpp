@@ -1,6 +1,6 @@
 #include "support/ExecutableResource.h"
 
-#include <windows.h>
+#include <qt_windows.h>
 
 namespace Corvadine {
 

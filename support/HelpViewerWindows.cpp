@@ -2,7 +2,7 @@
 
 #include <QDir>
 
-#include <windows.h>
+#include <qt_windows.h>
 
 namespace Corvadine {
 

@@ -12,6 +12,10 @@ namespace Corvadine {
 // nothing for a folder where the file system keeps the order of renames by itself.
 void SyncToDisk(const QString& path);
 
+// Renames a file, over another one if there is one, in one step. Waits up to a second for programs that look
+// at one of the two for a moment.
+std::error_code RenameOver(const QString& from, const QString& to);
+
 // Gives `to` the owner and group of `from`, as far as this process may give files away. Does nothing where a
 // folder decides that.
 void CopyOwner(const QString& from, const QString& to);

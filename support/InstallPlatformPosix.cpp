@@ -14,6 +14,7 @@
 #include <cerrno>
 #include <climits>
 #include <csignal>
+#include <cstdio>
 #include <thread>
 
 namespace Corvadine {
@@ -59,6 +60,13 @@ void SyncToDisk(const QString& path)
     if (!synced)
         throw TError(TErrorKind::Io, QStringLiteral("write"), path,
             SystemErrorText({ errorNumber, std::system_category() }));
+}
+
+std::error_code RenameOver(const QString& from, const QString& to)
+{
+    const bool renamed =
+        ::rename(QFile::encodeName(from).constData(), QFile::encodeName(to).constData()) == 0;
+    return { renamed ? 0 : errno, std::system_category() };
 }
 
 void CopyOwner(const QString& from, const QString& to)

@@ -1,11 +1,13 @@
 #include "support/InstallPlatform.h"
 
 #include "base/Error.h"
+#include "base/WindowsPath.h"
+#include "base/WindowsRetry.h"
 
 #include <QDir>
 #include <QFileInfo>
 
-#include <windows.h>
+#include <qt_windows.h>
 
 namespace Corvadine {
 
@@ -13,16 +15,24 @@ void SyncToDisk(const QString& path)
 {
     if (QFileInfo(path).isDir())
         return; // NTFS journals names
-    const std::wstring name = QDir::toNativeSeparators(path).toStdWString();
-    const HANDLE file = ::CreateFileW(
-        name.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    const HANDLE file = ::CreateFileW(SystemPath(path).c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr,
+        OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
     const bool synced = file != INVALID_HANDLE_VALUE && ::FlushFileBuffers(file);
     const DWORD errorNumber = ::GetLastError();
     if (file != INVALID_HANDLE_VALUE)
         ::CloseHandle(file);
     if (!synced)
         throw TError(TErrorKind::Io, QStringLiteral("write"), path,
-            qt_error_string(static_cast<int>(errorNumber)).trimmed());
+            SystemErrorText({ static_cast<int>(errorNumber), std::system_category() }));
+}
+
+std::error_code RenameOver(const QString& from, const QString& to)
+{
+    const TErrorNumber error = Persistently([source = SystemPath(from), target = SystemPath(to)] {
+        return ErrorUnless(::MoveFileExW(
+            source.c_str(), target.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH));
+    });
+    return { static_cast<int>(error), std::system_category() };
 }
 
 void CopyOwner(const QString& /*from*/, const QString& /*to*/) { }

@@ -107,7 +107,8 @@ void UnmarkHandedOver(const QString& programFolder)
 
 QString StagingFolderOf(const QString& programFolder)
 {
-    return InProgramFolder(programFolder, TUpdateSettings::StagingFolderName);
+    return QDir::cleanPath(InProgramFolder(programFolder, TUpdateSettings::TempDirectory) + u'/'
+        + TUpdateSettings::StagingFolderName);
 }
 
 QString StagedFilesFolderOf(const QString& programFolder)
@@ -131,8 +132,7 @@ void RemoveStaging(const QString& programFolder)
     std::error_code error; // unlike QDir::removeRecursively(), this also removes a link or file in the way
     std::filesystem::remove_all(QFileInfo(folder).filesystemAbsoluteFilePath(), error);
     if (error)
-        throw TError(
-            TErrorKind::Io, QStringLiteral("remove"), folder, QString::fromStdString(error.message()));
+        throw TError(TErrorKind::Io, QStringLiteral("remove"), folder, SystemErrorText(error));
 }
 
 namespace {
@@ -197,9 +197,8 @@ TStagedUpdate ReadStagedUpdate(const TUpdateSettings& settings)
     VerifySignature(bytes, ReadStaged(controlPath + TUpdateSettings::SignatureSuffix, SignatureBytes),
         settings.PublicKey);
     const TControlFile control = ParseControlFile(bytes, settings.Limits);
-    if (!IsNewRelease(control, settings))
-        throw TError(
-            TErrorKind::BadInput, QStringLiteral("Version %1 is already installed").arg(control.Version));
+    if (!IsOffered(control, settings))
+        throw TError(TErrorKind::BadInput, QStringLiteral("Version %1 was withdrawn").arg(control.Version));
 
     QHash<QString, const TControlEntry*> entries;
     for (const TControlEntry& entry : control.Files)

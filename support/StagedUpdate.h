@@ -64,7 +64,7 @@ void StageControlFile(const QString& programFolder, const QByteArray& bytes, con
 void RemoveStaging(const QString& programFolder);
 
 // The update that waits in the staging folder of `settings.ProgramFolder`, trusting nothing of it: the
-// signature of its control file is verified again, its version must still be newer than everything accepted
+// signature of its control file is verified again, its version must not be older than anything accepted
 // (see NewestAcceptedVersion), every file must be one that the control file names for this platform, with the
 // size and hash stated there, and none may be a link. All chosen files must be there and no others, and among
 // them every mandatory one that is newer: half a release would be recorded as a whole one. For the helper,

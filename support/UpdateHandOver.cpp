@@ -6,7 +6,9 @@
 #include "support/UpdateHelper.h"
 
 #include <QCoreApplication>
+#include <QDateTime>
 #include <QDir>
+#include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
 #include <QProcess>
@@ -56,6 +58,22 @@ QByteArray Unpack(const QString& cabinet, const QString& name)
     return bytes;
 }
 
+// Where the system lets no program remove its own file while it runs, the helper of an earlier update is
+// still there. One of today may belong to another copy of the program, which is just about to start it.
+void RemoveEarlierHelpers()
+{
+    const QDateTime yesterday = QDateTime::currentDateTime().addDays(-1);
+    QDirIterator folders(QDir::tempPath(), { HelperFolderPrefix + u'*' },
+        QDir::Dirs | QDir::NoSymLinks | QDir::NoDotAndDotDot);
+    while (folders.hasNext()) {
+        const QFileInfo folder = folders.nextFileInfo();
+        if (folder.lastModified() > yesterday)
+            continue;
+        QFile::remove(folder.filePath() + u'/' + QLatin1String(CORVADINE_HELPER_FILE_NAME));
+        QDir().rmdir(folder.filePath());
+    }
+}
+
 } // namespace
 
 bool NeedsHelper(const TStagedUpdate& update, const QString& programFolder, const QString& executable)
@@ -68,6 +86,7 @@ bool NeedsHelper(const TStagedUpdate& update, const QString& programFolder, cons
 
 void StartHelper(const QByteArray& cabinet, const QString& programFolder, const QString& executable)
 {
+    RemoveEarlierHelpers();
     // A fresh folder that only its owner may enter: in the temporary folder itself, which everybody may write
     // to, somebody else could lie in wait with these names, or exchange the helper before it is started.
     QTemporaryDir folder(QDir::temp().filePath(HelperFolderPrefix + QLatin1String("XXXXXX")));

@@ -43,18 +43,10 @@ std::filesystem::path SystemPath(const QString& path)
     return QFileInfo(path).filesystemAbsoluteFilePath();
 }
 
-QString Reason(const std::error_code& error)
-{
-    return QString::fromLocal8Bit(error.message());
-}
-
-// In one step also when `to` exists. QFile::rename() would refuse that, or copy.
 void Rename(const QString& from, const QString& to)
 {
-    std::error_code error;
-    std::filesystem::rename(SystemPath(from), SystemPath(to), error);
-    if (error)
-        throw TError(TErrorKind::Io, QStringLiteral("replace"), to, Reason(error));
+    if (const std::error_code error = RenameOver(from, to))
+        throw TError(TErrorKind::Io, QStringLiteral("replace"), to, SystemErrorText(error));
 }
 
 // A second name for the old file costs neither time nor space; where the file system has no such names it is
@@ -67,7 +59,7 @@ void Keep(const QString& file, const QString& kept)
         return;
     std::filesystem::copy_file(SystemPath(file), SystemPath(kept), error);
     if (error)
-        throw TError(TErrorKind::Io, QStringLiteral("keep a copy of"), file, Reason(error));
+        throw TError(TErrorKind::Io, QStringLiteral("keep a copy of"), file, SystemErrorText(error));
     SyncToDisk(kept);
 }
 

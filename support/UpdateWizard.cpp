@@ -365,7 +365,7 @@ void TUpdateWizard::ShowNews(const std::vector<TUpdateItem>& items)
     for (const TUpdateItem& item : items) {
         const QString name = item.Mandatory ? QStringLiteral("%1 (required)").arg(item.Name) : item.Name;
         auto* row = new QTreeWidgetItem(News,
-            { name, item.Version, item.Date.date().toString(TUpdateSettings::QtDateFormat),
+            { name, item.Version, item.Date.date().toString(TUpdateSettings::QtDateFormat()),
                 SizeText(item.Size) });
         row->setData(NameColumn, Qt::UserRole, item.Description);
         row->setTextAlignment(SizeColumn, Qt::AlignRight | Qt::AlignVCenter);

@@ -16,20 +16,42 @@ QString HardName()
     return QStringLiteral("It's a \"M\u00e4rchen\" \U0001F600");
 }
 
-bool CanRunAndKill()
+namespace {
+
+pid_t StartCopy(const std::function<void()>& work)
+{
+    const pid_t child = ::fork();
+    EXPECT_GE(child, 0);
+    if (child == 0) {
+        // An exception must end the process, not return to gtest.
+        [&]() noexcept { work(); }();
+        ::_exit(0);
+    }
+    return child;
+}
+
+} // namespace
+
+bool CanLinkFiles()
 {
     return true;
 }
 
+bool CanCopyProcess()
+{
+    return true;
+}
+
+bool SurvivesInCopy(const std::function<void()>& work)
+{
+    int status = 0;
+    ::waitpid(StartCopy(work), &status, 0);
+    return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
 void RunAndKill(const std::function<void()>& work, std::chrono::microseconds after)
 {
-    const pid_t child = ::fork();
-    ASSERT_GE(child, 0);
-    if (child == 0) {
-        // An exception must end the process, not return to gtest.
-        [&]() noexcept { work(); }();
-        ::_exit(1);
-    }
+    const pid_t child = StartCopy(work);
     std::this_thread::sleep_for(after);
     ::kill(child, SIGKILL);
     ASSERT_EQ(::waitpid(child, nullptr, 0), child);

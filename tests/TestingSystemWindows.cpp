@@ -7,7 +7,17 @@ QString HardName()
     return QStringLiteral("It's a 'M\u00e4rchen' & 100%TEMP% \U0001F600");
 }
 
-bool CanRunAndKill()
+bool CanLinkFiles()
+{
+    return false;
+}
+
+bool CanCopyProcess()
+{
+    return false;
+}
+
+bool SurvivesInCopy(const std::function<void()>& /*work*/)
 {
     return false;
 }

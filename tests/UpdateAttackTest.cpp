@@ -1,6 +1,7 @@
 #include "support/StagedUpdate.h"
 #include "support/UpdateEngine.h"
 #include "tests/Testing.h"
+#include "tests/TestingSystem.h"
 #include "tests/UpdateTesting.h"
 
 #include <QDir>
@@ -10,7 +11,6 @@
 
 #include <archive.h>
 #include <archive_entry.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -71,22 +71,6 @@ void FlipByte(QByteArray& bytes)
     byte = static_cast<char>(byte ^ 1);
 }
 
-// While it lives, no file grows beyond so many bytes: as a full disk, as far as a program can tell.
-class TFullDisk {
-public:
-    explicit TFullDisk(rlim_t bytes)
-    {
-        ::getrlimit(RLIMIT_FSIZE, &FBefore);
-        const rlimit now { bytes, FBefore.rlim_max };
-        ::setrlimit(RLIMIT_FSIZE, &now);
-    }
-    ~TFullDisk() { ::setrlimit(RLIMIT_FSIZE, &FBefore); }
-    Q_DISABLE_COPY_MOVE(TFullDisk)
-
-private:
-    rlimit FBefore {};
-};
-
 // While it lives, nobody but the owner writes to the folder, and we are not its owner.
 class TForeignFolder {
 public:
@@ -116,7 +100,7 @@ struct TScene {
     QHash<QString, TAnswer> Instead; // answers in place of the release's files
     TUpdateSettings Settings;
     QString Program;
-    rlim_t LargestFile = RLIM_INFINITY;
+    quint64 LargestFile = std::numeric_limits<quint64>::max();
     bool IsForeign = false; // the program folder is not ours
 };
 
@@ -152,7 +136,7 @@ std::function<void(TScene&)> Stalled(const QString& path, const QByteArray& byte
 {
     return [=](TScene& scene) {
         scene.Instead[path] = { bytes, TThen::Stall };
-        scene.Settings.Limits.Stall = ShortTime;
+        scene.Settings.Limits.Headers = scene.Settings.Limits.Stall = ShortTime;
     };
 }
 
@@ -177,6 +161,8 @@ std::vector<TAttack> AttacksOnTheAnswer()
             [](TScene& s) { s.Settings.InstalledVersion = "1.2.0"; } },
         { "a control file older than the accepted one", "older than version 1.1.1",
             [](TScene& s) { PutFile(s.Program + "/CorvadineUpdate.accepted", "1.1.1\n"); } },
+        { "a control file older than one seen", "older than version 1.2",
+            [](TScene& s) { PutFile(s.Program + "/CorvadineUpdate.known", "1.2.0\n"); } },
         { "an expired control file", "was valid until 22/11/2020",
             [](TScene& s) {
                 const auto at = s.Release.Control().indexOf("validuntil=") + 11;
@@ -204,6 +190,7 @@ std::vector<TAttack> AttacksOnTheLine()
         { "a redirect loop", "from one address to the next", Answered(ControlPath, RedirectTo(ControlPath)) },
         { "an unknown authority", "cannot prove that it is localhost", [](TScene&) {}, "stranger" },
         { "another server's certificate", "cannot prove that it is localhost", [](TScene&) {}, "elsewhere" },
+        { "a certificate that is over", "has expired", [](TScene&) {}, "expired" },
         { "no server", "does not accept connections", [](TScene& s) { s.Settings.Url.setPort(1); } },
         { "an endless control file", "sends more than it should",
             Answered(ControlPath, { OkHeaders, TThen::SendForEver }) },
@@ -212,6 +199,14 @@ std::vector<TAttack> AttacksOnTheLine()
         { "an endless redirect", "is not secure",
             Answered(ControlPath,
                 { "HTTP/1.1 301 Gone\r\nLocation: http://localhost/\r\n\r\n", TThen::SendForEver }) },
+        { "endless headers", "does not answer any more",
+            [](TScene& s) {
+                s.Instead[ControlPath] = { "HTTP/1.1 200 OK\r\nX: ", TThen::SendForEver };
+                s.Settings.Limits.Headers = ShortTime;
+            } },
+        { "an endless chunk extension", "sends it in pieces",
+            Answered(PackageUrlPath,
+                { "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n1;", TThen::SendForEver }) },
         { "silence", "does not answer any more", Stalled(ControlPath, {}) },
         { "a package that stalls", "does not answer any more", Stalled(PackageUrlPath, OkHeaders + "MSCF") },
         { "an answer that takes too long", "takes too long",
@@ -303,15 +298,15 @@ std::vector<TAttack> AttacksOnTheFolder()
         { "a folder that cannot be written", "the folder cannot be written",
             [](TScene& s) { s.IsForeign = true; } },
         { "a disk without room for the package",
-            "Cannot download Corvadine.CAB: ", [](TScene& s) { s.LargestFile = rlim_t { 64 } * 1024; } },
+            "Cannot download Corvadine.CAB: ", [](TScene& s) { s.LargestFile = quint64 { 64 } * 1024; } },
         { "a disk without room for the files", "Cannot write",
-            [](TScene& s) { s.LargestFile = rlim_t { 300 } * 1024; } },
+            [](TScene& s) { s.LargestFile = quint64 { 300 } * 1024; } },
     };
 }
 
 TUpdateOutcome CheckAndDownload(const TScene& scene)
 {
-    const TFullDisk disk(scene.LargestFile);
+    const TFileSizeLimit disk(scene.LargestFile);
     std::optional<TForeignFolder> foreign;
     if (scene.IsForeign)
         foreign.emplace(scene.Program);

@@ -3,18 +3,22 @@
 #include "support/UpdateInstaller.h"
 #include "support/UpdateLog.h"
 #include "tests/Testing.h"
+#include "tests/TestingSystem.h"
 
+#include <QCoreApplication>
 #include <QCryptographicHash>
 #include <QDateTime>
 #include <QDir>
 #include <QDirIterator>
 #include <QFileInfo>
+#include <QProcess>
+#include <QThread>
 
-#include <sys/resource.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
+#include <cstdlib>
 #include <map>
+#include <optional>
+#include <tuple>
+#include <vector>
 
 using namespace Corvadine;
 using namespace Corvadine::Testing;
@@ -38,7 +42,9 @@ protected:
         QDir(FProgram).removeRecursively();
         for (const auto& [name, bytes] : OldFiles)
             Put(FProgram + '/' + name, bytes);
-        EXPECT_TRUE(QFile::setPermissions(Program(), FPermissions));
+        EXPECT_TRUE(QFile::setPermissions(
+            Program(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner | QFile::ExeGroup));
+        FPermissions = QFile::permissions(Program());
         TStagedUpdate update { StagingFolderOf(FProgram), "1.1.0", {} };
         for (const auto& [name, bytes] : NewFiles) {
             const QString staged = update.StagingFolder + "/files/" + name;
@@ -86,25 +92,19 @@ protected:
     // step number `deadly`. Returns whether it came to its end.
     template <typename TAction> bool SurvivesUntil(int deadly, const TAction& action) const
     {
-        const pid_t child = ::fork();
-        if (child == 0) {
+        return SurvivesInCopy([&] {
             const TUpdateLog log(FProgram);
             TUpdateInstaller installer(FProgram, log);
             installer.BeforeStep = [&deadly](const QString&) {
                 if (deadly-- == 0)
-                    ::_exit(9);
+                    std::_Exit(9);
             };
             action(installer);
-            ::_exit(0);
-        }
-        int status = 0;
-        ::waitpid(child, &status, 0);
-        return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+        });
     }
 
     const QString FProgram = Path("program");
-    const QFile::Permissions FPermissions = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner
-        | QFile::ReadUser | QFile::WriteUser | QFile::ExeUser | QFile::ExeGroup;
+    QFile::Permissions FPermissions; // of the program, as far as the system knows such
 };
 
 TEST_F(UpdateInstallTest, ReplacesAllFilesAndLeavesNothingBehind)
@@ -118,15 +118,20 @@ TEST_F(UpdateInstallTest, ReplacesAllFilesAndLeavesNothingBehind)
     TUpdateInstaller(FProgram, log).Install(update, Program());
     EXPECT_EQ(Files(), Updated());
     EXPECT_EQ(QFile::permissions(Program()), FPermissions);
-    EXPECT_EQ(QFile::permissions(guide) & ~(QFile::ReadUser | QFile::WriteUser | QFile::ExeUser),
-        QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner | QFile::ReadGroup | QFile::ExeGroup);
+    const QString probe = Path("probe"); // as far as the system knows such permissions
+    PutFile(probe, {});
+    QFile::setPermissions(
+        probe, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner | QFile::ReadGroup | QFile::ExeGroup);
+    EXPECT_EQ(QFile::permissions(guide), QFile::permissions(probe));
     EXPECT_EQ(FileBytes(FProgram + "/CorvadineUpdate.accepted"), "1.1.0\n");
     EXPECT_THAT(FileBytes(log.Path()).toStdString(),
-        ::testing::MatchesRegex("([0-9]{2}/[0-9]{2}/[0-9]{4} [0-9]{2}:[0-9]{2} [^\n]+: [^\n]+\n){5}"));
+        Matches("([0-9]{2}/[0-9]{2}/[0-9]{4} [0-9]{2}:[0-9]{2} [^\n]+: [^\n]+\n){5}"));
 }
 
 TEST_F(UpdateInstallTest, KilledAtAnyStepItIsTheOldOrTheNewProgram)
 {
+    if (!CanCopyProcess())
+        GTEST_SKIP();
     for (int step = 0;; ++step) {
         const TStagedUpdate update = Stage();
         const bool survived =
@@ -149,12 +154,14 @@ TEST_F(UpdateInstallTest, KilledAtAnyStepItIsTheOldOrTheNewProgram)
 
 TEST_F(UpdateInstallTest, StartCompletesOrUndoesWhatWasCutOff)
 {
+    if (!CanCopyProcess())
+        GTEST_SKIP();
     const auto cutOffBefore = [&](const QString& deadly, const QByteArray& laterGuide = {}) {
         const TStagedUpdate update = Stage();
         SurvivesUntil(-1, [&](TUpdateInstaller& installer) {
             installer.BeforeStep = [&](const QString& step) {
                 if (step == deadly)
-                    ::_exit(9);
+                    std::_Exit(9);
             };
             installer.Install(update, Program());
         });
@@ -230,20 +237,13 @@ TEST_F(UpdateInstallTest, FailureAtAnyStepPutsAllBack)
 TEST_F(UpdateInstallTest, RefusesWhatIsNotAsItWasDownloaded)
 {
     using TSpoil = std::function<void(TStagedUpdate&)>;
-    rlimit before {};
-    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &before), 0);
-    const std::tuple<const char*, TSpoil, const char*> cases[] {
+    std::optional<TFileSizeLimit> limit;
+    std::vector<std::tuple<const char*, TSpoil, const char*>> cases {
         { "other bytes", [](auto& update) { PutFile(update.Files[1].StagedPath, "bad guide"); }, "guide" },
         { "longer", [](auto& update) { PutFile(update.Files[1].StagedPath, "new guide..."); }, "guide" },
         { "gone", [](auto& update) { QFile::remove(update.Files[0].StagedPath); }, "corvadine" },
         { "database", [](auto& update) { update.Files[0].Target = "Corvadine.db"; }, "Corvadine.db" },
         { "outside", [](auto& update) { update.Files[0].Target = "../corvadine"; }, "corvadine" },
-        { "target is a link",
-            [this](auto&) {
-                QFile::rename(Program(), FProgram + "/real");
-                QFile::link("real", Program());
-            },
-            "link" },
         { "folder in the way",
             [this](auto&) {
                 QFile::remove(Program());
@@ -251,13 +251,18 @@ TEST_F(UpdateInstallTest, RefusesWhatIsNotAsItWasDownloaded)
                 PutFile(Program() + "/x/y", "kept");
             },
             "corvadine" },
-        { "full disk",
-            [&](auto&) {
-                const rlimit tight { 40, before.rlim_max }; // less than the journal
-                ::setrlimit(RLIMIT_FSIZE, &tight);
-            },
-            "journal" },
     };
+    if (CanLimitFileSize())
+        cases.emplace_back(
+            "full disk", [&](auto&) { limit.emplace(40); }, "journal");
+    if (CanLinkFiles())
+        cases.emplace_back(
+            "target is a link",
+            [this](auto&) {
+                QFile::rename(Program(), FProgram + "/real");
+                QFile::link("real", Program());
+            },
+            "link");
     for (const auto& [name, spoil, text] : cases) {
         TStagedUpdate update = Stage();
         spoil(update);
@@ -268,7 +273,7 @@ TEST_F(UpdateInstallTest, RefusesWhatIsNotAsItWasDownloaded)
         std::erase_if(files, [](const auto& file) { return file.first.startsWith("CorvadineUpdate."); });
         const std::string message =
             ErrorOf([&] { TUpdateInstaller(FProgram, updateLog).Install(update, Program()); });
-        ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &before), 0);
+        limit.reset();
         EXPECT_THAT(message, ::testing::HasSubstr(text)) << name;
         EXPECT_EQ(Files(), files) << name;
     }
@@ -285,19 +290,26 @@ TEST_F(UpdateInstallTest, LogStaysSmallAndItsLinesHonest)
     log.Write("Replace another file", "done");
     const QByteArray lines = FileBytes(log.Path());
     EXPECT_LT(lines.size(), TUpdateLog::LargestSize * 3 / 4);
-    EXPECT_THAT(lines.toStdString(), ::testing::MatchesRegex("[0-9]{2}/[^z]*Replace another file: done\n"));
+    EXPECT_THAT(lines.left(3).toStdString(), Matches("[0-9]{2}/")) << "it starts in the middle of a line";
+    EXPECT_TRUE(lines.trimmed().endsWith("Replace another file: done"));
+}
+
+// What the next test waits for.
+TEST(UpdateInstallProcess, DISABLED_LastsAMoment)
+{
+    QThread::msleep(200);
 }
 
 TEST_F(UpdateInstallTest, WaitsForAProcessToEnd)
 {
     using namespace std::chrono_literals;
-    const pid_t child = ::fork();
-    if (child == 0) {
-        ::usleep(100'000);
-        ::_exit(0);
-    }
-    EXPECT_FALSE(WaitForProcessEnd(child, 1ms));
-    EXPECT_TRUE(WaitForProcessEnd(child, 20s));
-    ::waitpid(child, nullptr, 0);
-    EXPECT_TRUE(WaitForProcessEnd(child, 0ms)) << "it is gone";
+    QProcess process;
+    process.start(QCoreApplication::applicationFilePath(),
+        { "--gtest_also_run_disabled_tests", "--gtest_filter=*LastsAMoment" });
+    ASSERT_TRUE(process.waitForStarted());
+    const qint64 number = process.processId();
+    EXPECT_FALSE(WaitForProcessEnd(number, 1ms));
+    EXPECT_TRUE(WaitForProcessEnd(number, 20s));
+    EXPECT_TRUE(process.waitForFinished());
+    EXPECT_TRUE(WaitForProcessEnd(number, 0ms)) << "it is gone";
 }

@@ -16,8 +16,8 @@ using namespace Corvadine;
 
 namespace {
 
-// As far as the system lets us: Windows keeps the file of a program that runs. A helper that somebody has put
-// elsewhere stays.
+// As far as the system lets us: Windows keeps the file of a program that runs, until the next update removes
+// it. A helper that somebody has put elsewhere stays.
 void RemoveOwnFolder()
 {
     const QString executable = RunningExecutable();

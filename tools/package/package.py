@@ -28,24 +28,25 @@ PROGRAMS = {
     "corvadine": "the window",
     "corvadine-cli": "the same work on the command line; corvadine-cli --help lists its commands",
 }
+BUNDLED = ("upd",)  # programs that these carry inside
 HELP_FILE = "Corvadine.chm"
 
-# By the first pattern that fits a static library's file name: what it is called, and the Debian package (or packages) whose
-# copyright file holds its licence. Qt's tells of all that is bundled with it, too.
+# By the pattern that fits a static library's file name: what it is called, and the Debian package whose copyright file holds
+# its licence. Qt's tells of all that is bundled with it, too.
 LIBRARIES = (
-    (r"libQt6.*|libq(gif|ico|jpeg|windows|windowsvistastyle)", "Qt", ("qt6-base-dev",)),
-    (r"libSQLiteCpp", "SQLiteCpp", ("libsqlitecpp-dev",)),
-    (r"libsqlite3", "SQLite", ("libsqlite3-dev",)),
-    (r"libhwy", "Highway", ("libhwy-dev",)),
-    (r"libimagequant", "libimagequant", ("libimagequant-dev",)),
-    (r"libpng", "libpng", ("libpng-dev",)),
-    (r"libpugixml", "pugixml", ("libpugixml-dev",)),
-    (r"libz", "zlib", ("zlib1g-dev",)),
-    (r"libsodium", "libsodium", ("libsodium-dev",)),
-    (r"libarchive", "libarchive", ("libarchive-dev",)),
+    (r"libQt6.*|libq(gif|ico|jpeg|windows|windowsvistastyle|schannelbackend|certonlybackend|tuiotouchplugin)", "Qt", "qt6-base-dev"),
+    (r"libSQLiteCpp", "SQLiteCpp", "libsqlitecpp-dev"),
+    (r"libsqlite3", "SQLite", "libsqlite3-dev"),
+    (r"libhwy", "Highway", "libhwy-dev"),
+    (r"libimagequant", "libimagequant", "libimagequant-dev"),
+    (r"libpng", "libpng", "libpng-dev"),
+    (r"libpugixml", "pugixml", "libpugixml-dev"),
+    (r"libz", "zlib", "zlib1g-dev"),
+    (r"libsodium", "libsodium", "libsodium-dev"),
+    (r"libarchive", "libarchive", "libarchive-dev"),
 )
-HEADER_LIBRARIES = (("CLI11", ("libcli11-dev",)), ("SimpleIni", ("libsimpleini-dev",)))
-WINDOWS_RUNTIME = (("MinGW-w64 runtime", ("mingw-w64-common",)), ("GCC runtime", ("gcc-mingw-w64-base",)))
+HEADER_LIBRARIES = (("CLI11", "libcli11-dev"), ("SimpleIni", "libsimpleini-dev"))
+WINDOWS_RUNTIME = (("MinGW-w64 runtime", "mingw-w64-common"), ("GCC runtime", "gcc-mingw-w64-base"))
 
 
 def fail(message):
@@ -71,7 +72,7 @@ class Build:
     def static_libraries(self):
         """File names, without extension, of the libraries from outside that are linked into the programs."""
         found = set()
-        for name in PROGRAMS:
+        for name in (*PROGRAMS, *BUNDLED):
             target = self.program(name).relative_to(self.folder)
             link = output_of("ninja", "-C", str(self.folder), "-t", "commands", "-s", str(target))
             found |= {Path(word).stem for word in link.split() if re.match(r"/.*\.a$", word)}
@@ -91,25 +92,22 @@ class Build:
 def licences_needed(build):
     needed = dict(HEADER_LIBRARIES + (WINDOWS_RUNTIME if build.for_windows else ()))
     for library in build.static_libraries():
-        for pattern, name, packages in LIBRARIES:
-            if re.fullmatch(pattern, library):
-                needed[name] = packages
-                break
-        else:
+        known = [(name, package) for pattern, name, package in LIBRARIES if re.fullmatch(pattern, library)]
+        if not known:
             fail(f"no licence is known for {library}; add it to LIBRARIES")
+        needed |= dict(known)
     return needed
 
 
 def licence_files(build):
     """The text of each library's licence and of the common ones that these refer to."""
     files = {}
-    for name, packages in licences_needed(build).items():
-        copyrights = (Path("/usr/share/doc") / package / "copyright" for package in packages)
-        files[f"licences/{name}.txt"] = "\n".join(file.read_text(encoding="utf-8") for file in copyrights)
-    mentioned = re.findall(str(COMMON_LICENCES) + r"/([A-Za-z]+(?:-[0-9]+(?:\.[0-9]+)?)?)", "\n".join(files.values()))
+    for name, package in licences_needed(build).items():
+        text = Path("/usr/share/doc", package, "copyright").read_text(encoding="utf-8")
+        files[f"licences/{name}.txt"] = text
+    mentioned = re.findall(f"{COMMON_LICENCES}/([A-Za-z0-9]+(?:[.-][0-9]+)*)", "\n".join(files.values()))
     for name in set(mentioned):
-        text = (COMMON_LICENCES / name).read_text(encoding="utf-8")
-        files[f"licences/common/{name}.txt"] = text
+        files[f"licences/common/{name}.txt"] = (COMMON_LICENCES / name).read_text(encoding="utf-8")
     return files
 
 
@@ -181,13 +179,11 @@ def main():
         fail("usage: package.py BUILD_FOLDER")
     build = Build(Path(sys.argv[1]).resolve())
     files = package_files(build)
+    folder = f"Corvadine-{build.version}"
+    path = ROOT / "build" / f"{folder}-{'win64.zip' if build.for_windows else 'debian12-amd64.tar.gz'}"
     if build.for_windows:
-        folder = f"Corvadine-{build.version}"
-        path = ROOT / "build" / f"Corvadine-{build.version}-win64.zip"
         write_zip(path, folder, files, time_stamp())
     else:
-        folder = f"Corvadine-{build.version}"
-        path = ROOT / "build" / f"Corvadine-{build.version}-debian12-amd64.tar.gz"
         write_tar(path, folder, files, time_stamp(), PROGRAMS)
     print(f"{path.relative_to(ROOT)}  ({path.stat().st_size} bytes, {len(files)} files)")
 
