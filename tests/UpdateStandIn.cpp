@@ -1,17 +1,22 @@
-// Stands in for Corvadine where the tests update the program itself: recovers at its start, and hands over to
-// the helper that it carries when it is asked to. What it does it notes in notes.txt in its folder.
+// Stands in for Corvadine where the tests update the program itself: recovers at its start; with "update" it
+// downloads what is newer first, and with that or with "hand-over" it hands over to the helper that it
+// carries. What it does it notes in notes.txt in its folder.
 
 #include "base/Error.h"
 #include "support/ExecutableResource.h"
 #include "support/InstallPlatform.h"
+#include "support/UpdateEngine.h"
 #include "support/UpdateHandOver.h"
 #include "support/UpdateHelper.h"
 #include "support/UpdateInstaller.h"
 
 #include <QCoreApplication>
+#include <QEventLoop>
 #include <QFile>
 #include <QFileInfo>
 #include <QThread>
+
+#include <numeric>
 
 using namespace Corvadine;
 
@@ -24,6 +29,32 @@ void Note(const QString& text)
         notes.write(text.toUtf8() + '\n');
 }
 
+// Stages all that is newer; throws TError if that fails or nothing is.
+void Download(const QString& folder)
+{
+    TUpdateEngine engine(LoadUpdateSettings(folder));
+    QEventLoop loop;
+    QString failure;
+    const auto fail = [&](const QString& text) {
+        failure = text;
+        loop.quit();
+    };
+    QObject::connect(&engine, &TUpdateEngine::Failed, &loop, fail);
+    QObject::connect(&engine, &TUpdateEngine::Downloaded, &loop, &QEventLoop::quit);
+    QObject::connect(&engine, &TUpdateEngine::Checked, &loop, [&](const std::vector<TUpdateItem>& items) {
+        std::vector<std::size_t> all(items.size());
+        std::iota(all.begin(), all.end(), std::size_t { 0 });
+        if (items.empty())
+            fail(QStringLiteral("nothing is newer"));
+        else
+            engine.Download(all);
+    });
+    engine.Check();
+    loop.exec();
+    if (!failure.isEmpty())
+        throw TError(TErrorKind::Io, failure);
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -32,7 +63,10 @@ int main(int argc, char** argv)
     const QString folder = QCoreApplication::applicationDirPath();
     try {
         RecoverUpdate(folder);
-        if (!QCoreApplication::arguments().contains("hand-over")) {
+        const QStringList arguments = QCoreApplication::arguments();
+        if (arguments.contains("update"))
+            Download(folder);
+        else if (!arguments.contains("hand-over")) {
             Note(TakeHelperReport(folder));
             Note(QStringLiteral("started, %1 bytes").arg(QFileInfo(RunningExecutable()).size()));
             return 0;
