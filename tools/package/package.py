@@ -85,8 +85,10 @@ class Build:
             needed = re.findall(r"NEEDED +(\S+)", output_of("objdump", "-p", str(self.program(name))))
             places = dict(re.findall(r"(\S+) => (\S+)", output_of("ldd", str(self.program(name)))))
             files |= {os.path.realpath(places[library]) for library in needed if library in places}
-        owners = (output_of("dpkg-query", "-S", file).split(":")[0] for file in sorted(files))
-        return sorted(set(owners) | {"qt6-image-formats-plugins"})
+        # Packages may name a file by the folder /lib, which is a link to /usr/lib.
+        patterns = [f"*{file.removeprefix('/usr')}" for file in sorted(files)]
+        owners = {line.split(":")[0] for line in output_of("dpkg-query", "-S", *patterns).splitlines()}
+        return sorted(owners | {"qt6-image-formats-plugins"})
 
 
 def licences_needed(build):
