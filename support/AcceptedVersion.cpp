@@ -14,21 +14,33 @@ namespace Corvadine {
 
 namespace {
 
-QString RecordPath(const QString& programFolder)
+constexpr QLatin1String Withdrawn { " withdrawn" };
+
+QString AcceptedPath(const QString& programFolder)
 {
     return programFolder + u'/' + TUpdateSettings::AcceptedFileName;
 }
 
-std::optional<TVersion> Recorded(const QString& programFolder)
+QString KnownPath(const QString& programFolder)
+{
+    return programFolder + u'/' + TUpdateSettings::KnownFileName;
+}
+
+QString RecordedText(const QString& path)
 {
     constexpr qint64 MostBytes = 64;
-    QFile file(RecordPath(programFolder));
+    QFile file(path);
     try {
         OpenForReading(file, QStringLiteral("read the record of updates"));
     } catch (const TError&) {
         return {};
     }
-    return ParseVersion(QString::fromLatin1(file.read(MostBytes)).trimmed());
+    return QString::fromLatin1(file.read(MostBytes)).trimmed();
+}
+
+std::optional<TVersion> Accepted(const QString& programFolder)
+{
+    return ParseVersion(RecordedText(AcceptedPath(programFolder)));
 }
 
 } // namespace
@@ -57,15 +69,33 @@ TVersion NewestAcceptedVersion(const TUpdateSettings& settings)
     if (!installed)
         throw TError(TErrorKind::BadInput,
             QStringLiteral("Cannot check for updates: \"%1\" is no version").arg(settings.InstalledVersion));
-    return std::max(*installed, Recorded(settings.ProgramFolder).value_or(TVersion {}));
+    return std::max(*installed, Accepted(settings.ProgramFolder).value_or(TVersion {}));
 }
 
 void RecordAcceptedVersion(const QString& programFolder, const QString& version)
 {
     const auto accepted = ParseVersion(version);
     assert(accepted);
-    if (accepted > Recorded(programFolder))
-        WriteFileAtomically(RecordPath(programFolder), version.toLatin1() + '\n');
+    if (accepted > Accepted(programFolder))
+        WriteFileAtomically(AcceptedPath(programFolder), version.toLatin1() + '\n');
+}
+
+TKnownRelease NewestKnownRelease(const QString& programFolder)
+{
+    QString text = RecordedText(KnownPath(programFolder));
+    const bool isWithdrawn = text.endsWith(Withdrawn);
+    if (isWithdrawn)
+        text.chop(Withdrawn.size());
+    const auto version = ParseVersion(text);
+    return version ? TKnownRelease { *version, isWithdrawn } : TKnownRelease {};
+}
+
+void RecordKnownRelease(const QString& programFolder, const TKnownRelease& release)
+{
+    if (release <= NewestKnownRelease(programFolder))
+        return;
+    const QString text = VersionText(release.Version) + (release.IsWithdrawn ? QString(Withdrawn) : QString());
+    WriteFileAtomically(KnownPath(programFolder), text.toLatin1() + '\n');
 }
 
 } // namespace Corvadine

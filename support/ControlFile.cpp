@@ -77,7 +77,7 @@ public:
 
     QDate Date(const char* key) const
     {
-        const QDate date = QDate::fromString(Text(key), TUpdateSettings::QtDateFormat);
+        const QDate date = QDate::fromString(Text(key), TUpdateSettings::QtDateFormat());
         if (!date.isValid())
             throw Bad(key);
         return date;
@@ -85,7 +85,7 @@ public:
 
     QDateTime DateAndTime() const
     {
-        const QTime time = QTime::fromString(Text("time"), TUpdateSettings::QtTimeFormat.toString());
+        const QTime time = QTime::fromString(Text("time"), TUpdateSettings::QtTimeFormat());
         if (!time.isValid())
             throw Bad("time");
         return { Date("date"), time, Qt::UTC };
@@ -226,21 +226,32 @@ TControlFile ParseControlFile(const QByteArray& bytes, const TUpdateLimits& limi
     return control;
 }
 
-bool IsNewRelease(const TControlFile& control, const TUpdateSettings& settings)
+TKnownRelease KnownReleaseOf(const TControlFile& control)
+{
+    return { ParseVersion(control.Version).value(), !control.Offered };
+}
+
+bool IsOffered(const TControlFile& control, const TUpdateSettings& settings)
 {
     if (QDateTime::currentDateTimeUtc().date() > control.ValidUntil)
         throw TError(TErrorKind::BadInput,
             QStringLiteral("The update server's answer was valid until %1 only, and was not used")
-                .arg(control.ValidUntil.toString(TUpdateSettings::QtDateFormat)));
-    const TVersion offered = ParseVersion(control.Version).value();
-    const TVersion accepted = NewestAcceptedVersion(settings);
-    if (offered < accepted)
+                .arg(control.ValidUntil.toString(TUpdateSettings::QtDateFormat())));
+    const TKnownRelease offered = KnownReleaseOf(control);
+    const TKnownRelease known = NewestKnownRelease(settings.ProgramFolder);
+    const TVersion newest = std::max(NewestAcceptedVersion(settings), known.Version);
+    if (offered.Version < newest)
         throw TError(TErrorKind::BadInput,
             QStringLiteral(
-                "The update server offers version %1, which is older than version %2 that is installed; "
-                "it was not used")
-                .arg(VersionText(offered), VersionText(accepted)));
-    if (offered == accepted || !control.Offered)
+                "The update server offers version %1, which is older than version %2, the newest one known "
+                "here; it was not used")
+                .arg(VersionText(offered.Version), VersionText(newest)));
+    if (offered < known)
+        throw TError(TErrorKind::BadInput,
+            QStringLiteral("The update server offers version %1, which its publisher has withdrawn; it was "
+                           "not used")
+                .arg(control.Version));
+    if (!control.Offered)
         return false;
     if (ParseVersion(settings.InstalledVersion) < control.OldestProgram)
         throw TError(TErrorKind::BadInput,
@@ -256,16 +267,18 @@ bool IsForPlatform(const TControlEntry& entry, const TUpdateSettings& settings)
     return entry.Platform.isEmpty() || entry.Platform == settings.Platform;
 }
 
-namespace {
-
-bool IsNewer(const TControlEntry& entry, const QString& path, const TVersion& accepted)
+bool IsNewer(const TControlEntry& entry, const TUpdateSettings& settings)
 {
+    if (!IsForPlatform(entry, settings))
+        return false;
+    CheckTargetOnDisk(settings.ProgramFolder, entry.Target);
+    const QString path = settings.ProgramFolder + u'/' + entry.Target;
     const QFileInfo info(path);
     if (!info.exists())
         return true;
     switch (entry.Comparison) {
     case TComparison::Version:
-        return ParseVersion(entry.Version) > accepted;
+        return ParseVersion(entry.Version) > NewestAcceptedVersion(settings);
     case TComparison::Date:
         return info.lastModified() < entry.Date;
     case TComparison::Checksum:
@@ -274,20 +287,12 @@ bool IsNewer(const TControlEntry& entry, const QString& path, const TVersion& ac
     return info.size() != entry.Size || FileSha256(path) != entry.Sha256;
 }
 
-} // namespace
-
 std::vector<std::size_t> NewerFiles(const TControlFile& control, const TUpdateSettings& settings)
 {
-    const TVersion accepted = NewestAcceptedVersion(settings);
     std::vector<std::size_t> newer;
-    for (std::size_t i = 0; i < control.Files.size(); ++i) {
-        const TControlEntry& entry = control.Files[i];
-        if (!IsForPlatform(entry, settings))
-            continue;
-        CheckTargetOnDisk(settings.ProgramFolder, entry.Target);
-        if (IsNewer(entry, settings.ProgramFolder + u'/' + entry.Target, accepted))
+    for (std::size_t i = 0; i < control.Files.size(); ++i)
+        if (IsNewer(control.Files[i], settings))
             newer.push_back(i);
-    }
     return newer;
 }
 

@@ -55,18 +55,27 @@ struct TControlFile {
     std::vector<TControlEntry> Files;
 };
 
+// What `control` tells of its release.
+TKnownRelease KnownReleaseOf(const TControlFile& control);
+
 // Reads a control file whose signature has been verified; a publisher's slip is refused all the same, since
 // keys get lost and tools have faults. Throws TError(BadInput): text as TIniText refuses it; a missing or
 // senseless value; more or larger files than `limits` allow; one name twice for one platform or as file and
 // folder; `signature` or `appname` that are not ours.
 TControlFile ParseControlFile(const QByteArray& bytes, const TUpdateLimits& limits);
 
-// Throws TError unless `control` may be used now: not past its last day, and its version not older than what
-// NewestAcceptedVersion(settings) says. True if it is newer and offered, false if there is nothing to do.
-bool IsNewRelease(const TControlFile& control, const TUpdateSettings& settings);
+// Throws TError unless `control` may be used now: not past its last day, and neither older than what
+// NewestAcceptedVersion(settings) says nor than NewestKnownRelease(). The same version may be: its files are
+// the ones that were signed for it, so that what is missing or damaged can be had again. False if the
+// publisher has withdrawn the release.
+bool IsOffered(const TControlFile& control, const TUpdateSettings& settings);
 
-// The indices of those files of this platform that are newer than what is in the program folder. Throws
-// TError when a file could not be put into place (see CheckTargetOnDisk) or not be read.
+// Whether a file of the release is for this platform and newer than what is in the program folder, by its own
+// comparison, or missing there. May read the whole file in the folder. Throws TError when it could not be put
+// into place (see CheckTargetOnDisk) or not be read.
+bool IsNewer(const TControlEntry& entry, const TUpdateSettings& settings);
+
+// The indices of all files for which IsNewer() holds. Throws as it does.
 std::vector<std::size_t> NewerFiles(const TControlFile& control, const TUpdateSettings& settings);
 
 // Whether a file of the release is for `settings.Platform`.

@@ -16,12 +16,35 @@ void SyncToDisk(const QString& path);
 // at one of the two for a moment.
 std::error_code RenameOver(const QString& from, const QString& to);
 
+// Gives `to` the owner and group of `from`, as far as this process may give files away. Does nothing where a
+// folder decides that.
+void CopyOwner(const QString& from, const QString& to);
+
+// A file that one process at a time has locked. The system itself ends the lock with its process, a killed
+// one and one of another computer too, so that a file that stayed behind keeps nobody out. No thread rule.
+class TFileLock {
+public:
+    explicit TFileLock(const QString& path) : FPath(path) { }
+    // Gives the lock up, and removes the file.
+    ~TFileLock();
+    Q_DISABLE_COPY_MOVE(TFileLock)
+
+    // Makes the file if need be and locks it, at once or not at all: std::errc::device_or_resource_busy while
+    // another one has the lock, anything else is what the system has against the file. REQUIRES: not locked.
+    std::error_code TryLock();
+
+private:
+    QString FPath;
+    qintptr FHandle = -1; // of the system
+};
+
 // Waits until the process has ended; true at once if there is none of that number, false if it still runs
 // after `limit`.
 bool WaitForProcessEnd(qint64 processId, std::chrono::milliseconds limit);
 
-// The absolute path of the program that this process runs; works before there is a QCoreApplication. Empty if
-// the system does not tell.
+// The absolute path of the program that this process runs, as it was at the first call: once an update has
+// replaced the file, the system knows no name of the old one. So ask at the start of main(); it works before
+// there is a QCoreApplication. Empty if the system does not tell.
 QString RunningExecutable();
 
 } // namespace Corvadine

@@ -6,6 +6,8 @@
 
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/file.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -67,6 +69,52 @@ std::error_code RenameOver(const QString& from, const QString& to)
     return { renamed ? 0 : errno, std::system_category() };
 }
 
+void CopyOwner(const QString& from, const QString& to)
+{
+    struct stat status { };
+    if (::stat(QFile::encodeName(from).constData(), &status) != 0)
+        return;
+    const QByteArray path = QFile::encodeName(to);
+    constexpr auto Unchanged = static_cast<uid_t>(-1);
+    // Only the superuser may give files to others, but everybody to the groups that he is in.
+    if (::chown(path.constData(), status.st_uid, status.st_gid) != 0) [[maybe_unused]]
+        const int ignored = ::chown(path.constData(), Unchanged, status.st_gid);
+}
+
+TFileLock::~TFileLock()
+{
+    if (FHandle < 0)
+        return;
+    ::unlink(QFile::encodeName(FPath).constData()); // while nobody else can have locked it
+    ::close(static_cast<int>(FHandle));
+}
+
+std::error_code TFileLock::TryLock()
+{
+    const QByteArray path = QFile::encodeName(FPath);
+    constexpr mode_t OwnerOnly = 0600; // or whoever may read it could keep it locked
+    for (;;) {
+        const int descriptor = ::open(path.constData(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, OwnerOnly);
+        if (descriptor < 0)
+            return { errno, std::system_category() };
+        if (::flock(descriptor, LOCK_EX | LOCK_NB) != 0) {
+            const int errorNumber = errno;
+            ::close(descriptor);
+            return errorNumber == EWOULDBLOCK ? std::make_error_code(std::errc::device_or_resource_busy)
+                                              : std::error_code(errorNumber, std::system_category());
+        }
+        // Who had it before may have removed the file since we opened it; another one has the name then.
+        struct stat locked { };
+        struct stat named { };
+        if (::fstat(descriptor, &locked) == 0 && ::stat(path.constData(), &named) == 0
+            && locked.st_ino == named.st_ino && locked.st_dev == named.st_dev) {
+            FHandle = descriptor;
+            return {};
+        }
+        ::close(descriptor);
+    }
+}
+
 bool WaitForProcessEnd(qint64 processId, std::chrono::milliseconds limit)
 {
     const auto deadline = TClock::now() + limit;
@@ -83,9 +131,12 @@ bool WaitForProcessEnd(qint64 processId, std::chrono::milliseconds limit)
 
 QString RunningExecutable()
 {
-    char path[PATH_MAX];
-    const ssize_t length = ::readlink("/proc/self/exe", path, sizeof path);
-    return length > 0 ? QFile::decodeName(QByteArray(path, length)) : QString();
+    static const QString Executable = [] {
+        char path[PATH_MAX];
+        const ssize_t length = ::readlink("/proc/self/exe", path, sizeof path);
+        return length > 0 ? QFile::decodeName(QByteArray(path, length)) : QString();
+    }();
+    return Executable;
 }
 
 } // namespace Corvadine

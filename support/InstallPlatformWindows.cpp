@@ -35,6 +35,30 @@ std::error_code RenameOver(const QString& from, const QString& to)
     return { static_cast<int>(error), std::system_category() };
 }
 
+void CopyOwner(const QString& /*from*/, const QString& /*to*/) { }
+
+TFileLock::~TFileLock()
+{
+    if (FHandle != -1)
+        ::CloseHandle(reinterpret_cast<HANDLE>(FHandle));
+}
+
+// Sharing with nobody is the lock.
+std::error_code TFileLock::TryLock()
+{
+    const std::wstring name = QDir::toNativeSeparators(FPath).toStdWString();
+    const HANDLE file = ::CreateFileW(name.c_str(), GENERIC_WRITE | DELETE, 0, nullptr, OPEN_ALWAYS,
+        FILE_ATTRIBUTE_NORMAL | FILE_FLAG_DELETE_ON_CLOSE, nullptr);
+    if (file != INVALID_HANDLE_VALUE) {
+        FHandle = reinterpret_cast<qintptr>(file);
+        return {};
+    }
+    const DWORD errorNumber = ::GetLastError();
+    return errorNumber == ERROR_SHARING_VIOLATION
+        ? std::make_error_code(std::errc::device_or_resource_busy)
+        : std::error_code(static_cast<int>(errorNumber), std::system_category());
+}
+
 bool WaitForProcessEnd(qint64 processId, std::chrono::milliseconds limit)
 {
     const HANDLE process = ::OpenProcess(SYNCHRONIZE, FALSE, static_cast<DWORD>(processId));

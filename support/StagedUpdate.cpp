@@ -5,12 +5,15 @@
 #include "support/ControlFile.h"
 #include "support/UpdateSignature.h"
 
+#include <QDateTime>
 #include <QDir>
 #include <QDirIterator>
 #include <QFileInfo>
 #include <QHash>
 
+#include <algorithm>
 #include <filesystem>
+#include <thread>
 
 namespace Corvadine {
 
@@ -26,26 +29,86 @@ QString StagedControlFile(const QString& programFolder)
     return StagingFolderOf(programFolder) + QStringLiteral("/Corvadine.INF");
 }
 
+QString ChosenList(const QString& programFolder)
+{
+    return StagingFolderOf(programFolder) + QStringLiteral("/chosen");
+}
+
+QString HandOverNote(const QString& programFolder)
+{
+    return StagingFolderOf(programFolder) + QStringLiteral("/handed-over");
+}
+
+bool IsBeingHandedOver(const QString& programFolder)
+{
+    constexpr qint64 MostSeconds = 60; // from the start of the helper until it has the lock
+    const QFileInfo note(HandOverNote(programFolder));
+    return note.exists() && qAbs(note.lastModified().secsTo(QDateTime::currentDateTime())) < MostSeconds;
+}
+
+TError InUse(const QString& programFolder)
+{
+    return { TErrorKind::Conflict,
+        QStringLiteral("Another copy of Corvadine is being updated in %1; please wait until it has finished "
+                       "(it has locked %2)")
+            .arg(QDir::toNativeSeparators(programFolder), TUpdateSettings::LockFileName) };
+}
+
+// Whether it is locked now; false while somebody else has it.
+bool TryLock(TFileLock& lock, const QString& programFolder)
+{
+    const std::error_code error = lock.TryLock();
+    if (error == std::errc::device_or_resource_busy)
+        return false;
+    if (!error)
+        return true;
+    const bool isForbidden =
+        error == std::errc::permission_denied || error == std::errc::read_only_file_system;
+    throw TError(TErrorKind::Io, QStringLiteral("update the program in"),
+        QDir::toNativeSeparators(programFolder),
+        isForbidden ? QStringLiteral("the folder cannot be written") : SystemErrorText(error));
+}
+
 } // namespace
 
-TUpdateLock::TUpdateLock(const QString& programFolder, int waitMilliseconds)
+TUpdateLock::TUpdateLock(const QString& programFolder)
     : FLock(InProgramFolder(programFolder, TUpdateSettings::LockFileName))
 {
-    FLock.setStaleLockTime(0); // an update may take long; only the end of its process ends its lock
-    if (FLock.tryLock(waitMilliseconds))
-        return;
-    if (FLock.error() == QLockFile::LockFailedError)
-        throw TError(TErrorKind::Conflict,
-            QStringLiteral(
-                "Another copy of Corvadine is being updated in %1; please wait until it has finished")
-                .arg(QDir::toNativeSeparators(programFolder)));
-    throw TError(TErrorKind::Io, QStringLiteral("update the program in"),
-        QDir::toNativeSeparators(programFolder), QStringLiteral("the folder cannot be written"));
+    if (!TryLock(FLock, programFolder) || IsBeingHandedOver(programFolder))
+        throw InUse(programFolder);
+}
+
+TUpdateLock::TUpdateLock(const QString& programFolder, std::chrono::milliseconds patience)
+    : FLock(InProgramFolder(programFolder, TUpdateSettings::LockFileName))
+{
+    constexpr std::chrono::milliseconds Pause(20);
+    const auto deadline = std::chrono::steady_clock::now() + patience;
+    while (!TryLock(FLock, programFolder)) {
+        if (std::chrono::steady_clock::now() >= deadline)
+            throw InUse(programFolder);
+        std::this_thread::sleep_for(Pause);
+    }
+}
+
+void MarkHandedOver(const QString& programFolder)
+{
+    WriteFileAtomically(HandOverNote(programFolder), {});
+}
+
+bool IsHandedOver(const QString& programFolder)
+{
+    return FileExists(HandOverNote(programFolder));
+}
+
+void UnmarkHandedOver(const QString& programFolder)
+{
+    QFile::remove(HandOverNote(programFolder));
 }
 
 QString StagingFolderOf(const QString& programFolder)
 {
-    return InProgramFolder(programFolder, TUpdateSettings::StagingFolderName);
+    return QDir::cleanPath(InProgramFolder(programFolder, TUpdateSettings::TempDirectory) + u'/'
+        + TUpdateSettings::StagingFolderName);
 }
 
 QString StagedFilesFolderOf(const QString& programFolder)
@@ -53,15 +116,18 @@ QString StagedFilesFolderOf(const QString& programFolder)
     return StagingFolderOf(programFolder) + QStringLiteral("/files");
 }
 
-void StageControlFile(const QString& programFolder, const QByteArray& bytes, const QByteArray& signature)
+void StageControlFile(const QString& programFolder, const QByteArray& bytes, const QByteArray& signature,
+    const QStringList& chosen)
 {
     const QString path = StagedControlFile(programFolder);
     WriteFileAtomically(path, bytes);
     WriteFileAtomically(path + TUpdateSettings::SignatureSuffix, signature);
+    WriteFileAtomically(ChosenList(programFolder), chosen.join(u'\n').toUtf8());
 }
 
 void RemoveStaging(const QString& programFolder)
 {
+    UnmarkHandedOver(programFolder); // first: should something else stay, it is nobody's
     const QString folder = StagingFolderOf(programFolder);
     std::error_code error; // unlike QDir::removeRecursively(), this also removes a link or file in the way
     std::filesystem::remove_all(QFileInfo(folder).filesystemAbsoluteFilePath(), error);
@@ -96,6 +162,32 @@ QStringList FilesBelow(const QString& folder)
     return names;
 }
 
+TError Incomplete(const QString& name)
+{
+    return { TErrorKind::BadInput, QStringLiteral("use the downloaded update"), name,
+        QStringLiteral("it is not complete") };
+}
+
+// The targets that the download was made for, sorted, once they are known to make a whole release.
+QStringList ChosenTargets(const TControlFile& control, const TUpdateSettings& settings)
+{
+    const QString list = ChosenList(settings.ProgramFolder);
+    constexpr qint64 MostBytes = 256LL * 1024; // more than the names of a control file can take
+    QStringList chosen = QString::fromUtf8(ReadStaged(list, MostBytes)).split(u'\n', Qt::SkipEmptyParts);
+    chosen.sort();
+    if (chosen.isEmpty())
+        throw Incomplete(list);
+    const auto isLeftOut = [&](const TControlEntry& entry) {
+        return entry.Mandatory && IsForPlatform(entry, settings) && !chosen.contains(entry.Target);
+    };
+    // Comparing with what is installed reads every file, so only for those that need it.
+    if (std::any_of(control.Files.begin(), control.Files.end(), isLeftOut))
+        for (const std::size_t index : NewerFiles(control, settings))
+            if (isLeftOut(control.Files[index]))
+                throw Incomplete(control.Files[index].Target);
+    return chosen;
+}
+
 } // namespace
 
 TStagedUpdate ReadStagedUpdate(const TUpdateSettings& settings)
@@ -105,9 +197,8 @@ TStagedUpdate ReadStagedUpdate(const TUpdateSettings& settings)
     VerifySignature(bytes, ReadStaged(controlPath + TUpdateSettings::SignatureSuffix, SignatureBytes),
         settings.PublicKey);
     const TControlFile control = ParseControlFile(bytes, settings.Limits);
-    if (!IsNewRelease(control, settings))
-        throw TError(
-            TErrorKind::BadInput, QStringLiteral("Version %1 is already installed").arg(control.Version));
+    if (!IsOffered(control, settings))
+        throw TError(TErrorKind::BadInput, QStringLiteral("Version %1 was withdrawn").arg(control.Version));
 
     QHash<QString, const TControlEntry*> entries;
     for (const TControlEntry& entry : control.Files)
@@ -116,7 +207,8 @@ TStagedUpdate ReadStagedUpdate(const TUpdateSettings& settings)
 
     const QString folder = StagedFilesFolderOf(settings.ProgramFolder);
     TStagedUpdate update { StagingFolderOf(settings.ProgramFolder), control.Version, {} };
-    for (const QString& name : FilesBelow(folder)) {
+    const QStringList staged = FilesBelow(folder);
+    for (const QString& name : staged) {
         const TControlEntry* entry = entries.value(name);
         const QString path = folder + u'/' + name;
         if (!entry)
@@ -125,6 +217,8 @@ TStagedUpdate ReadStagedUpdate(const TUpdateSettings& settings)
         VerifyFile(path, name, entry->Size, entry->Sha256);
         update.Files.push_back({ name, path, entry->Size, entry->Sha256 });
     }
+    if (staged != ChosenTargets(control, settings))
+        throw Incomplete(folder);
     return update;
 }
 

@@ -23,6 +23,16 @@ void RemoveLeftovers(const QString& programFolder)
     }
 }
 
+// Against a server that goes back to what it offered before. Where nothing can be written, nothing is
+// installed.
+void Remember(const TControlFile& control, const QString& programFolder)
+{
+    try {
+        RecordKnownRelease(programFolder, KnownReleaseOf(control));
+    } catch (const TError&) { // NOLINT(bugprone-empty-catch)
+    }
+}
+
 } // namespace
 
 TUpdateCheck::TUpdateCheck(const TUpdateSettings& settings, QNetworkAccessManager& manager)
@@ -54,9 +64,20 @@ void TUpdateCheck::Judge()
     FOffer.Signature = FSignature.data();
     VerifySignature(FOffer.Bytes, FOffer.Signature, FSettings.PublicKey);
     FOffer.Control = ParseControlFile(FOffer.Bytes, FSettings.Limits);
-    if (IsNewRelease(FOffer.Control, FSettings))
-        FOffer.Newer = NewerFiles(FOffer.Control, FSettings);
-    Finish();
+    const bool isOffered = IsOffered(FOffer.Control, FSettings);
+    Remember(FOffer.Control, FSettings.ProgramFolder);
+    InSlices([this, isOffered] { return isOffered && CompareNext(); }, [this] { Finish(); });
+}
+
+// One file each time; false when none is left.
+bool TUpdateCheck::CompareNext()
+{
+    if (FCompared == FOffer.Control.Files.size())
+        return false;
+    if (IsNewer(FOffer.Control.Files[FCompared], FSettings))
+        FOffer.Newer.push_back(FCompared);
+    ++FCompared;
+    return true;
 }
 
 } // namespace Corvadine

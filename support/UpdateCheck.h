@@ -18,8 +18,8 @@ struct TUpdateOffer {
     std::vector<std::size_t> Newer; // indices into Control.Files; empty: nothing to do
 };
 
-// Fetches the control file and its signature, verifies, reads, and compares. Writes nothing, but removes the
-// staging folder of a run that was killed.
+// Fetches the control file and its signature, verifies, reads, and compares. Remembers the release
+// (see RecordKnownRelease) where it can, and removes the staging folder of a run that was killed.
 class TUpdateCheck : public TUpdateTask {
     Q_OBJECT
 
@@ -36,10 +36,12 @@ protected:
 private:
     void FetchSignature();
     void Judge();
+    bool CompareNext();
 
     QBuffer FControl;
     QBuffer FSignature;
     TUpdateOffer FOffer;
+    std::size_t FCompared = 0; // of its files
 };
 
 } // namespace Corvadine

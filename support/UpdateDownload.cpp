@@ -7,8 +7,6 @@
 #include <QFileInfo>
 #include <QStorageInfo>
 
-#include <algorithm>
-#include <cassert>
 #include <set>
 
 namespace Corvadine {
@@ -48,23 +46,53 @@ void SetAttributes(const QString& path, const TControlEntry& entry)
         throw TError(TErrorKind::Io, QStringLiteral("write"), path, file.errorString());
 }
 
+// What is to be received for the chosen files, by index.
+std::set<std::size_t> PackagesFor(const TControlFile& control, const std::vector<std::size_t>& chosen)
+{
+    std::set<std::size_t> packages;
+    for (const std::size_t index : chosen)
+        packages.insert(control.Files[index].Package);
+    return packages;
+}
+
+qint64 BytesOf(const TControlFile& control, const std::set<std::size_t>& packages)
+{
+    qint64 bytes = 0;
+    for (const std::size_t package : packages)
+        bytes += control.Packages[package].Size;
+    return bytes;
+}
+
+// More for a large download on a slow line, and no two hours for a server that lets a small one drip.
+std::chrono::milliseconds TimeFor(qint64 bytes, const TUpdateLimits& limits)
+{
+    return limits.DownloadTotal + std::chrono::seconds(bytes / limits.LeastRate);
+}
+
 } // namespace
 
 TUpdateDownload::TUpdateDownload(const TUpdateSettings& settings, QNetworkAccessManager& manager,
     const TUpdateOffer& offer, std::vector<std::size_t> chosen)
-    : TUpdateTask(settings, manager, settings.Limits.DownloadTotal), FOffer(offer), FChosen(std::move(chosen))
+    : TUpdateDownload(settings, manager, offer, PackagesFor(offer.Control, chosen))
 {
-    std::set<std::size_t> packages;
-    for (const std::size_t index : FChosen)
-        packages.insert(offer.Control.Files[index].Package);
-    FPackages.assign(packages.rbegin(), packages.rend());
-    for (const std::size_t package : packages)
-        FTotal += offer.Control.Packages[package].Size;
-    connect(&FExtraction, &QTimer::timeout, this, [this] { Guarded([this] { ExtractSome(); }); });
+    FChosen = std::move(chosen);
+}
+
+TUpdateDownload::TUpdateDownload(const TUpdateSettings& settings, QNetworkAccessManager& manager,
+    const TUpdateOffer& offer, const std::set<std::size_t>& packages)
+    : TUpdateTask(settings, manager, TimeFor(BytesOf(offer.Control, packages), settings.Limits))
+    , FOffer(offer)
+    , FPackages(packages.rbegin(), packages.rend())
+    , FTotal(BytesOf(offer.Control, packages))
+{
 }
 
 void TUpdateDownload::Run()
 {
+    qint64 needed = FTotal;
+    for (const std::size_t index : FChosen)
+        needed += FOffer.Control.Files[index].Size;
+    RequireSpace(FSettings.ProgramFolder, needed); // before the lock, which takes a file as well
     FLock = std::make_unique<TUpdateLock>(FSettings.ProgramFolder);
     PrepareFolders();
     FetchNext();
@@ -73,11 +101,6 @@ void TUpdateDownload::Run()
 void TUpdateDownload::PrepareFolders()
 {
     RemoveStaging(FSettings.ProgramFolder);
-    qint64 needed = FTotal;
-    for (const std::size_t index : FChosen)
-        needed += FOffer.Control.Files[index].Size;
-    RequireSpace(FSettings.ProgramFolder, needed);
-
     const QString staging = StagingFolderOf(FSettings.ProgramFolder);
     // In two steps, since mkdir() with permissions would make a folder on Windows whose files stay closed to
     // others also after they were moved out of it.
@@ -86,9 +109,13 @@ void TUpdateDownload::PrepareFolders()
             QDir::toNativeSeparators(FSettings.ProgramFolder),
             QStringLiteral("the folder cannot be written"));
     CreateFolder(DownloadsFolder(FSettings));
-    for (const std::size_t index : FChosen)
-        CreateFolder(QFileInfo(StagedPath(FOffer.Control.Files[index])).path());
-    StageControlFile(FSettings.ProgramFolder, FOffer.Bytes, FOffer.Signature);
+    QStringList targets;
+    for (const std::size_t index : FChosen) {
+        const TControlEntry& entry = FOffer.Control.Files[index];
+        CreateFolder(QFileInfo(StagedPath(entry)).path());
+        targets.append(entry.Target);
+    }
+    StageControlFile(FSettings.ProgramFolder, FOffer.Bytes, FOffer.Signature, targets);
 }
 
 void TUpdateDownload::FetchNext()
@@ -138,17 +165,12 @@ void TUpdateDownload::PackageArrived()
         if (entry.Package == package)
             plan.Known.insert(entry.Target);
     FExtractor = std::make_unique<TPackageExtractor>(FFile.fileName(), std::move(plan));
-    FExtraction.start(0);
-}
-
-void TUpdateDownload::ExtractSome()
-{
-    if (FExtractor->Step())
-        return;
-    FExtraction.stop();
-    FExtractor.reset();
-    FFile.remove(); // makes room for the next one; what stays goes with the folder
-    PackageDone();
+    InSlices([this] { return FExtractor->Step(); },
+        [this] {
+            FExtractor.reset();
+            FFile.remove(); // makes room for the next one; what stays goes with the folder
+            PackageDone();
+        });
 }
 
 void TUpdateDownload::PackageDone()
@@ -162,14 +184,23 @@ void TUpdateDownload::Complete()
     for (const std::size_t index : FChosen)
         SetAttributes(StagedPath(FOffer.Control.Files[index]), FOffer.Control.Files[index]);
     QDir(DownloadsFolder(FSettings)).removeRecursively();
-    FUpdate = ReadStagedUpdate(FSettings); // reads every byte back and verifies it
-    assert(FUpdate.Files.size() == FChosen.size());
-    Finish();
+    FUpdate = { StagingFolderOf(FSettings.ProgramFolder), FOffer.Control.Version, {} };
+    InSlices([this] { return VerifyNext(); }, [this] { Finish(); });
+}
+
+// Reads back every byte of one file each time; false when none is left.
+bool TUpdateDownload::VerifyNext()
+{
+    if (FUpdate.Files.size() == FChosen.size())
+        return false;
+    const TControlEntry& entry = FOffer.Control.Files[FChosen[FUpdate.Files.size()]];
+    VerifyFile(StagedPath(entry), entry.Target, entry.Size, entry.Sha256);
+    FUpdate.Files.push_back({ entry.Target, StagedPath(entry), entry.Size, entry.Sha256 });
+    return true;
 }
 
 void TUpdateDownload::CleanUp()
 {
-    FExtraction.stop();
     FExtractor.reset();
     FFile.close();
     if (!FLock) // the folder is somebody else's

@@ -6,9 +6,9 @@
 #include "support/UpdateTask.h"
 
 #include <QFile>
-#include <QTimer>
 
 #include <memory>
+#include <set>
 #include <vector>
 
 namespace Corvadine {
@@ -33,12 +33,15 @@ protected:
     void TransferProgress(qint64 bytes) override;
 
 private:
+    TUpdateDownload(const TUpdateSettings& settings, QNetworkAccessManager& manager,
+        const TUpdateOffer& offer, const std::set<std::size_t>& packages);
+
     void PrepareFolders();
     void FetchNext();
     void PackageArrived();
-    void ExtractSome();
     void PackageDone();
     void Complete();
+    bool VerifyNext();
 
     const TControlPackage& Package() const;
     QString StagedPath(const TControlEntry& entry) const;
@@ -49,7 +52,6 @@ private:
     std::vector<std::size_t> FPackages; // still to do, the last one first
     QFile FFile;                        // the package that is being received
     std::unique_ptr<TPackageExtractor> FExtractor;
-    QTimer FExtraction;   // fires when the event loop has nothing else to do
     qint64 FReceived = 0; // of the packages before
     qint64 FTotal = 0;
     TStagedUpdate FUpdate;

@@ -13,6 +13,8 @@
 
 namespace Corvadine {
 
+static_assert(!TUpdateSettings::PostUpdateInfo, "there is nothing here that would report");
+
 struct TUpdateEngine::TState {
     QNetworkAccessManager Manager;
     std::unique_ptr<TUpdateLock> Lock; // of a staged update

@@ -2,6 +2,7 @@
 
 #include "base/Error.h"
 #include "base/Files.h"
+#include "support/StagedUpdate.h"
 #include "support/UpdateHelper.h"
 
 #include <QCoreApplication>
@@ -103,9 +104,12 @@ void StartHelper(const QByteArray& cabinet, const QString& programFolder, const 
     process.setProgram(helper);
     process.setArguments(HelperArguments({ programFolder, executable, QCoreApplication::applicationPid() }));
     process.setWorkingDirectory(programFolder);
-    if (!process.startDetached())
+    MarkHandedOver(programFolder);
+    if (!process.startDetached()) {
+        UnmarkHandedOver(programFolder);
         throw TError(
             TErrorKind::Io, QStringLiteral("start the update helper"), helper, process.errorString());
+    }
     folder.setAutoRemove(false); // the helper removes it
 }
 

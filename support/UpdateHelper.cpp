@@ -1,14 +1,19 @@
 #include "support/UpdateHelper.h"
 
 #include "base/Error.h"
+#include "base/Files.h"
 #include "support/InstallPlatform.h"
 #include "support/StagedUpdate.h"
 #include "support/UpdateInstaller.h"
 #include "support/UpdateLog.h"
 
 #include <QCommandLineParser>
+#include <QDir>
+#include <QFile>
 #include <QProcess>
 #include <QScopeGuard>
+
+#include <optional>
 
 namespace Corvadine {
 
@@ -16,31 +21,95 @@ namespace {
 
 // Closing the window takes a moment; a question that another program's guard asks then may take a person.
 constexpr std::chrono::minutes EndOfProgram(2);
-// The old program has let go of the lock by now; another one may be looking for updates.
-constexpr int LockMilliseconds = 20'000;
+// The program lets go of the lock when its wizard closes; another one may be looking for updates.
+constexpr std::chrono::seconds Patience(20);
 
 const QString ProgramOption = QStringLiteral("program");
 const QString StartOption = QStringLiteral("start");
 const QString WaitOption = QStringLiteral("wait");
 
-bool Install(const THelperJob& job, const TUpdateLog& log)
+QString ReportPath(const QString& programFolder)
 {
-    QString step = QStringLiteral("Take over the update");
+    return programFolder + QStringLiteral("/CorvadineUpdate.report");
+}
+
+// One update by the helper. What it throws ends the step that is being taken.
+class THelperRun {
+public:
+    explicit THelperRun(const THelperJob& job) : FJob(job), FLog(job.ProgramFolder) { }
+
+    bool Run();
+
+private:
+    void Install();
+    bool HasProgramEnded();
+    void Report(const QString& text) const;
+    void Restart() const;
+
+    const THelperJob& FJob;
+    const TUpdateLog FLog;
+    QString FStep;                     // for the log; empty while the installer reports for itself
+    std::optional<bool> FProgramEnded; // empty until it was waited for
+};
+
+bool THelperRun::Run()
+{
+    bool installed = false;
     try {
-        const TUpdateLock lock(job.ProgramFolder, LockMilliseconds);
-        const auto dropStaging = qScopeGuard([&job] { DropStaging(job.ProgramFolder); });
-        TUpdateInstaller installer(job.ProgramFolder, log);
-        installer.Recover();
-        const TStagedUpdate update = ReadStagedUpdate(LoadUpdateSettings(job.ProgramFolder));
-        log.Write(step, QStringLiteral("the publisher's signature is good"));
-        step.clear(); // from here on the installer reports for itself
-        installer.Install(update, job.Executable);
-        return true;
+        Install();
+        installed = true;
     } catch (const TError& error) {
-        if (!step.isEmpty())
-            log.Write(step, QStringLiteral("failed. ") + error.Text());
-        return false;
+        if (!FStep.isEmpty())
+            FLog.Write(FStep, QStringLiteral("failed. ") + error.Text());
+        Report(QStringLiteral("The update did not work.\n\n%1.\n\nWhat was done so far is in\n%2")
+                   .arg(error.Text(), QDir::toNativeSeparators(FLog.Path())));
     }
+    if (HasProgramEnded())
+        Restart();
+    return installed;
+}
+
+// The lock is given up in the end, or the program would see itself being replaced when it starts.
+void THelperRun::Install()
+{
+    FStep = QStringLiteral("Take over the update");
+    // Before it waits: from the program's end on, one that is started must see that it is being replaced.
+    const TUpdateLock lock(FJob.ProgramFolder, Patience);
+    const auto dropStaging = qScopeGuard([this] { DropStaging(FJob.ProgramFolder); });
+    if (!HasProgramEnded())
+        throw TError(TErrorKind::Conflict,
+            QStringLiteral("Corvadine did not end for two minutes, so nothing was replaced"));
+    FLog.Write(QStringLiteral("Wait for Corvadine to end"), QStringLiteral("it has ended"));
+    TUpdateInstaller installer(FJob.ProgramFolder, FLog);
+    installer.Recover();
+    const TStagedUpdate update = ReadStagedUpdate(LoadUpdateSettings(FJob.ProgramFolder));
+    FLog.Write(FStep, QStringLiteral("the publisher's signature is good"));
+    FStep.clear();
+    installer.Install(update, FJob.Executable);
+    Report(QStringLiteral("Corvadine was updated to version %1.").arg(update.Version));
+}
+
+bool THelperRun::HasProgramEnded()
+{
+    if (!FProgramEnded)
+        FProgramEnded = WaitForProcessEnd(FJob.WaitFor, EndOfProgram);
+    return *FProgramEnded;
+}
+
+void THelperRun::Report(const QString& text) const
+{
+    try {
+        WriteFileAtomically(ReportPath(FJob.ProgramFolder), text.toUtf8());
+    } catch (const TError&) {
+        // The log has it as well, if that can be written.
+    }
+}
+
+void THelperRun::Restart() const
+{
+    const bool started = QProcess::startDetached(FJob.Executable, {}, FJob.ProgramFolder);
+    FLog.Write(
+        QStringLiteral("Start Corvadine again"), started ? QStringLiteral("done") : QStringLiteral("failed"));
 }
 
 } // namespace
@@ -75,18 +144,21 @@ THelperJob ParseHelperArguments(const QStringList& arguments)
 
 bool RunHelper(const THelperJob& job)
 {
-    const TUpdateLog log(job.ProgramFolder);
-    const QString wait = QStringLiteral("Wait for Corvadine to end");
-    if (!WaitForProcessEnd(job.WaitFor, EndOfProgram)) {
-        log.Write(wait, QStringLiteral("failed. It still runs, so nothing was replaced"));
-        return false;
+    return THelperRun(job).Run();
+}
+
+QString TakeHelperReport(const QString& programFolder)
+{
+    const QString path = ReportPath(programFolder);
+    if (!FileExists(path))
+        return {};
+    try {
+        const QByteArray text = ReadFile(path, QStringLiteral("read the report of the update"));
+        // One that cannot be removed would be shown at every start.
+        return QFile::remove(path) ? QString::fromUtf8(text) : QString();
+    } catch (const TError&) {
+        return {};
     }
-    log.Write(wait, QStringLiteral("it has ended"));
-    const bool installed = Install(job, log);
-    const bool started = QProcess::startDetached(job.Executable, {}, job.ProgramFolder);
-    log.Write(
-        QStringLiteral("Start Corvadine again"), started ? QStringLiteral("done") : QStringLiteral("failed"));
-    return installed;
 }
 
 } // namespace Corvadine

@@ -20,9 +20,15 @@ inline constexpr QLatin1String HelperFolderPrefix { "corvadine-update-" };
 QStringList HelperArguments(const THelperJob& job);
 THelperJob ParseHelperArguments(const QStringList& arguments);
 
-// Waits for the process to end, installs what waits in the staging folder, which is verified anew from the
-// signature on, and starts the program again, the new one or, after a failure, the old. All this goes to the
-// log. Returns whether the update is installed. Nothing is started when the process does not end.
+// Takes the TUpdateLock, waits for the process to end, installs what waits in the staging folder, which is
+// verified anew from the signature on, and starts the program again, the new one or, after a failure, the
+// old. All this goes to the log, and how it ended to TakeHelperReport(). Returns whether the update is
+// installed. Nothing is started when the process does not end. Nothing stays in the staging folder, unless
+// somebody else has the lock.
 bool RunHelper(const THelperJob& job);
+
+// How the last helper's work ended, for the user: plain text, handed out once. Empty if there was none. For
+// the start of the program, once RecoverUpdate() has found that nobody is at work.
+QString TakeHelperReport(const QString& programFolder);
 
 } // namespace Corvadine

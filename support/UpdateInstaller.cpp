@@ -18,6 +18,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <optional>
 #include <system_error>
 #include <utility>
 
@@ -27,6 +28,10 @@ namespace {
 
 const QString OldFolderName = QStringLiteral("CorvadineUpdate.old");
 const QString JournalName = QStringLiteral("journal");
+const QString SettledName = QStringLiteral("journal.done"); // the journal once all files are in place
+
+const QString CutOff = QStringLiteral("Find an update that was cut off"); // for the log
+const QString DamagedFolderName = QStringLiteral("CorvadineUpdate.damaged");
 
 QString OldFolderOf(const QString& programFolder)
 {
@@ -58,6 +63,31 @@ void Keep(const QString& file, const QString& kept)
     SyncToDisk(kept);
 }
 
+// The new file is as the old one was, but executable if the release says so, for those who may read it.
+void KeepAttributes(const QString& file, const QString& successor)
+{
+    constexpr int FromReadToExe = 2; // bits between QFile::ReadX and QFile::ExeX
+    constexpr auto AnyRead = QFile::ReadOwner | QFile::ReadUser | QFile::ReadGroup | QFile::ReadOther;
+    QFile::Permissions permissions = QFile::permissions(file);
+    if (QFile::permissions(successor).testFlag(QFile::ExeOwner))
+        permissions |= QFile::Permissions((permissions & AnyRead) >> FromReadToExe);
+    CopyOwner(file, successor); // first: it may take permissions away
+    QFile::setPermissions(successor, permissions);
+}
+
+// What to throw for a journal that nobody can follow. The files that it was about are kept for people.
+TError SetAside(const QString& programFolder, const TError& error)
+{
+    const QString aside = programFolder + u'/' + DamagedFolderName;
+    QDir(aside).removeRecursively();
+    Rename(OldFolderOf(programFolder), aside);
+    return { TErrorKind::BadInput,
+        QStringLiteral(
+            "%1; an update was cut off and cannot be undone, so please install Corvadine anew (the "
+            "old files are in %2)")
+            .arg(error.Text(), QDir::toNativeSeparators(aside)) };
+}
+
 // Those folders on the way to `target` that are still missing, the outermost first.
 QStringList MissingFolders(const QString& programFolder, const QString& target)
 {
@@ -82,8 +112,8 @@ public:
     void KeepOld();
     void WriteJournal();
     void MoveIn();
-    void Record();
-    void Finish(); // from here on there is no way back
+    void Settle(); // from here on there is no way back
+    void Finish();
 
     void Undo();
 
@@ -102,6 +132,7 @@ private:
     QString InProgram(const QString& name) const { return FOwner.FProgramFolder + u'/' + name; }
     QString Kept(std::size_t index) const { return FOldFolder + u'/' + QString::number(index); }
     QString Journal() const { return FOldFolder + u'/' + JournalName; }
+    QString Settled() const { return FOldFolder + u'/' + SettledName; }
     bool IsIn(const TEntry& entry) const;
     void SyncFolders() const;
     void Step(const QString& text) const
@@ -172,7 +203,7 @@ void TUpdateInstaller::TReplacement::KeepOld()
         Step(QStringLiteral("keep the old ") + entry.Target);
         if (entry.Replaces) {
             Keep(InProgram(entry.Target), Kept(i));
-            QFile::setPermissions(entry.StagedPath, QFile::permissions(InProgram(entry.Target)));
+            KeepAttributes(InProgram(entry.Target), entry.StagedPath);
         }
         SyncToDisk(entry.StagedPath);
     }
@@ -208,17 +239,24 @@ void TUpdateInstaller::TReplacement::MoveIn()
     SyncFolders();
 }
 
-void TUpdateInstaller::TReplacement::Record()
+// A name, since that is one step. The recorded version would not do: it stays the same when files of the
+// installed release are repaired.
+void TUpdateInstaller::TReplacement::Settle()
 {
-    Step(QStringLiteral("record the version"));
-    RecordAcceptedVersion(FOwner.FProgramFolder, FVersion);
+    Step(QStringLiteral("settle the update"));
+    Rename(Journal(), Settled());
 }
 
-// A journal that stays is completed at the next start, old files without a journal are removed then.
+// Can be cut off anywhere and begun again; old files without a journal are removed at the next start.
 void TUpdateInstaller::TReplacement::Finish()
 {
+    Step(QStringLiteral("record the version"));
+    SyncToDisk(FOldFolder); // not earlier: what fails once it is settled must not be undone
+    RecordAcceptedVersion(FOwner.FProgramFolder, FVersion);
+    CopyOwner(FOwner.FProgramFolder, FOwner.FProgramFolder + u'/' + TUpdateSettings::AcceptedFileName);
+    SyncToDisk(FOwner.FProgramFolder);
     Step(QStringLiteral("remove the journal"));
-    if (!QFile::remove(Journal()))
+    if (!QFile::remove(Settled()))
         return;
     Step(QStringLiteral("remove the old files"));
     QDir(FOldFolder).removeRecursively();
@@ -265,6 +303,8 @@ void TUpdateInstaller::TReplacement::SyncFolders() const
     QStringList folders;
     for (const TEntry& entry : FEntries)
         folders.append(QFileInfo(InProgram(entry.Target)).path());
+    for (const QString& folder : FNewFolders) // whose names stand in the folders around them
+        folders << InProgram(folder) << QFileInfo(InProgram(folder)).path();
     folders.removeDuplicates();
     for (const QString& folder : std::as_const(folders))
         if (FolderExists(folder)) // Undo() has removed the new ones
@@ -299,7 +339,7 @@ void TUpdateInstaller::Replace(const TStagedUpdate& update, const QString& execu
         replacement.KeepOld();
         replacement.WriteJournal();
         replacement.MoveIn();
-        replacement.Record();
+        replacement.Settle();
     } catch (const TError& error) {
         try {
             replacement.Undo();
@@ -311,7 +351,12 @@ void TUpdateInstaller::Replace(const TStagedUpdate& update, const QString& execu
         }
         throw;
     }
-    replacement.Finish();
+    try {
+        replacement.Finish();
+    } catch (const TError& error) {
+        FLog.Write(QStringLiteral("Record the version"),
+            error.Text() + QStringLiteral(". The next start tries it again"));
+    }
     for (const TStagedUpdateFile& file : update.Files)
         FLog.Write(QStringLiteral("Replace ") + file.Target, QStringLiteral("done"));
 }
@@ -321,21 +366,30 @@ TRecovery TUpdateInstaller::Recover()
     if (!IsRecoveryDue(FProgramFolder))
         return TRecovery::NotNeeded;
     const QString oldFolder = OldFolderOf(FProgramFolder);
-    const QString journal = oldFolder + u'/' + JournalName;
+    const bool isSettled = FileExists(oldFolder + u'/' + SettledName);
+    const QString journal = oldFolder + u'/' + (isSettled ? SettledName : JournalName);
     if (!FileExists(journal)) { // killed before it began, or after it had ended
         QDir(oldFolder).removeRecursively();
         return TRecovery::NotNeeded;
     }
-    TReplacement replacement(*this, ReadFile(journal, QStringLiteral("read the journal")));
-    const bool completes = replacement.IsAllIn();
-    if (completes) {
-        replacement.Record();
-        replacement.Finish();
-    } else {
+    const QByteArray bytes = ReadFile(journal, QStringLiteral("read the journal"));
+    TReplacement replacement = [&] {
+        try {
+            return TReplacement(*this, bytes);
+        } catch (const TError& error) {
+            if (error.Kind() == TErrorKind::BadInput)
+                throw SetAside(FProgramFolder, error);
+            throw;
+        }
+    }();
+    const bool completes = isSettled || replacement.IsAllIn();
+    if (!completes)
         replacement.Undo();
-    }
-    FLog.Write(QStringLiteral("Find an update that was cut off"),
-        completes ? QStringLiteral("completed it") : QStringLiteral("put the old files back"));
+    else if (!isSettled)
+        replacement.Settle();
+    if (completes)
+        replacement.Finish();
+    FLog.Write(CutOff, completes ? QStringLiteral("completed it") : QStringLiteral("put the old files back"));
     return completes ? TRecovery::Completed : TRecovery::Undone;
 }
 
@@ -355,12 +409,22 @@ bool IsRecoveryDue(const QString& programFolder)
 
 TRecovery RecoverUpdate(const QString& programFolder)
 {
-    if (!IsRecoveryDue(programFolder))
+    const bool isDue = IsRecoveryDue(programFolder);
+    if (!isDue && !IsHandedOver(programFolder))
         return TRecovery::NotNeeded;
-    constexpr int PatienceMilliseconds = 20'000;
-    const TUpdateLock lock(programFolder, PatienceMilliseconds);
     const TUpdateLog log(programFolder);
-    return TUpdateInstaller(programFolder, log).Recover();
+    std::optional<TUpdateLock> lock;
+    try {
+        lock.emplace(programFolder);
+        return TUpdateInstaller(programFolder, log).Recover();
+    } catch (const TError& error) {
+        if (!lock && error.Kind() == TErrorKind::Conflict)
+            return TRecovery::BeingInstalled;
+        if (!isDue)
+            return TRecovery::NotNeeded;
+        log.Write(CutOff, QStringLiteral("failed. ") + error.Text());
+        throw;
+    }
 }
 
 } // namespace Corvadine

@@ -27,8 +27,8 @@ QString Now()
 {
     const QDateTime now = QDateTime::currentDateTime();
     // Without a locale, whose separators could be others.
-    return now.date().toString(TUpdateSettings::QtDateFormat) + u' '
-        + now.time().toString(TUpdateSettings::QtTimeFormat);
+    return now.date().toString(TUpdateSettings::QtDateFormat()) + u' '
+        + now.time().toString(TUpdateSettings::QtTimeFormat());
 }
 
 } // namespace

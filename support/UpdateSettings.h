@@ -10,14 +10,16 @@ namespace Corvadine {
 
 // The bounds that keep a hostile or broken server from taking time, memory or disk at will.
 struct TUpdateLimits {
-    std::chrono::milliseconds Stall { 30'000 };            // without a byte from the server
-    std::chrono::milliseconds CheckTotal { 60'000 };       // for a whole check
-    std::chrono::milliseconds DownloadTotal { 7'200'000 }; // for a whole download
-    int Redirects = 5;                                     // per transfer
-    qint64 ControlFile = 256LL * 1024;                     // bytes
-    qint64 Package = 512LL * 1024 * 1024;                  // bytes of one download
-    qint64 Installed = 1024LL * 1024 * 1024;               // bytes of all files of a release together
-    int Files = 500;                                       // in a control file
+    std::chrono::milliseconds Headers { 5'000 };         // from a request to the end of the headers
+    std::chrono::milliseconds Stall { 30'000 };          // without a byte from the server
+    std::chrono::milliseconds CheckTotal { 60'000 };     // for a whole check
+    std::chrono::milliseconds DownloadTotal { 300'000 }; // for a whole download, besides what its size takes
+    qint64 LeastRate = 16LL * 1024;                      // at so many bytes a second
+    int Redirects = 5;                                   // per transfer
+    qint64 ControlFile = 256LL * 1024;                   // bytes
+    qint64 Package = 512LL * 1024 * 1024;                // bytes of one download
+    qint64 Installed = 1024LL * 1024 * 1024;             // bytes of all files of a release together
+    int Files = 500;                                     // in a control file
 };
 
 // Where updates come from and what is trusted: a value, so that a test or an administrator can point it
@@ -37,15 +39,28 @@ struct TUpdateSettings {
     static constexpr QChar DateSeparator = u'/';
     static constexpr QLatin1String TimeFormat { "hh:nn" }; // nn are minutes; 24 hours
     static constexpr QChar TimeSeparator = u':';
-    static constexpr QLatin1String QtDateFormat { "dd/MM/yyyy" }; // the same two as Qt spells them
-    static constexpr QLatin1String QtTimeFormat { "hh:mm" };
     static constexpr bool PostUpdateInfo = false; // nothing is reported back to the server
+
+    // The two formats as Qt spells them.
+    static QString QtDateFormat()
+    {
+        return QString(DateFormat)
+            .replace(QStringLiteral("mm"), QStringLiteral("MM"))
+            .replace(u'/', DateSeparator);
+    }
+    static QString QtTimeFormat()
+    {
+        return QString(TimeFormat)
+            .replace(QStringLiteral("nn"), QStringLiteral("mm"))
+            .replace(u':', TimeSeparator);
+    }
 
     // Names in the program folder that belong to updates.
     static constexpr QLatin1String OverrideFileName {
         "CorvadineUpdate.ini"
     }; // an administrator's URL and key
     static constexpr QLatin1String AcceptedFileName { "CorvadineUpdate.accepted" }; // see AcceptedVersion.h
+    static constexpr QLatin1String KnownFileName { "CorvadineUpdate.known" };       // see AcceptedVersion.h
     static constexpr QLatin1String LockFileName { "CorvadineUpdate.lock" };         // see StagedUpdate.h
     static constexpr QLatin1String StagingFolderName { "CorvadineUpdate.staging" }; // see StagedUpdate.h
 

@@ -1,5 +1,7 @@
 #include "support/UpdateTask.h"
 
+#include <utility>
+
 namespace Corvadine {
 
 TUpdateTask::TUpdateTask(
@@ -10,6 +12,14 @@ TUpdateTask::TUpdateTask(
     FTimeLimit.setInterval(limit);
     connect(&FTimeLimit, &QTimer::timeout, this, [this] {
         Fail(QStringLiteral("Cannot update: the server %1 takes too long").arg(FSettings.Url.host()));
+    });
+    connect(&FSlices, &QTimer::timeout, this, [this] {
+        Guarded([this] {
+            if (FStep())
+                return;
+            FSlices.stop();
+            std::exchange(FAfterSteps, {})();
+        });
     });
 }
 
@@ -25,6 +35,7 @@ void TUpdateTask::Stop()
 {
     FEnded = true;
     FTimeLimit.stop();
+    FSlices.stop();
     DropTransfer();
     CleanUp();
 }
@@ -33,8 +44,16 @@ void TUpdateTask::Finish()
 {
     FEnded = true;
     FTimeLimit.stop();
+    FSlices.stop();
     DropTransfer();
     emit Finished();
+}
+
+void TUpdateTask::InSlices(std::function<bool()> step, std::function<void()> then)
+{
+    FStep = std::move(step);
+    FAfterSteps = std::move(then);
+    FSlices.start(0);
 }
 
 void TUpdateTask::NewTransfer(TTransferRequest request, QIODevice& sink)

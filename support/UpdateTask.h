@@ -7,6 +7,7 @@
 #include <QObject>
 #include <QTimer>
 
+#include <functional>
 #include <memory>
 
 namespace Corvadine {
@@ -55,6 +56,10 @@ protected:
     const TUpdateTransfer& LastTransfer() const { return *FTransfer; }
     virtual void TransferProgress(qint64 /*bytes*/) { }
 
+    // Calls `step`, guarded, whenever the event loop has nothing else to do, until it returns false, and then
+    // `then`: for work that would make the window wait.
+    void InSlices(std::function<bool()> step, std::function<void()> then);
+
     void Finish();
 
     const TUpdateSettings& FSettings;
@@ -67,6 +72,9 @@ private:
     QNetworkAccessManager& FManager;
     TUpdateTransfer* FTransfer = nullptr;
     QTimer FTimeLimit;
+    QTimer FSlices; // runs while FStep has something to do
+    std::function<bool()> FStep;
+    std::function<void()> FAfterSteps;
     bool FEnded = false;
 };
 

@@ -68,7 +68,6 @@ TUpdateTransfer::TUpdateTransfer(const TUpdateSettings& settings, QNetworkAccess
     : QObject(parent), FSettings(settings), FManager(manager), FRequest(std::move(request)), FSink(sink)
 {
     FStall.setSingleShot(true);
-    FStall.setInterval(settings.Limits.Stall);
     connect(&FStall, &QTimer::timeout, this,
         [this] { Fail(QStringLiteral("the server %1 does not answer any more").arg(FUrl.host())); });
 }
@@ -102,6 +101,9 @@ void TUpdateTransfer::Fetch(const QUrl& url)
     }
     FReply = FManager.get(RequestFor(url, FSettings));
     FReply->setReadBufferSize(ReadBufferBytes);
+    // Qt collects headers in memory however many there are, and tells nothing before they end: time alone
+    // bounds them, and little of it. Connecting before may take long.
+    connect(FReply, &QNetworkReply::requestSent, this, [this] { FStall.start(FSettings.Limits.Headers); });
     connect(FReply, &QNetworkReply::metaDataChanged, this, &TUpdateTransfer::HeadersArrived);
     connect(FReply, &QNetworkReply::readyRead, this, &TUpdateTransfer::BodyArrived);
     connect(FReply, &QNetworkReply::finished, this, &TUpdateTransfer::ReplyEnded);
@@ -109,12 +111,13 @@ void TUpdateTransfer::Fetch(const QUrl& url)
         if (!errors.isEmpty()) // for the message; never ignored
             FTlsReason = errors.first().errorString();
     });
-    FStall.start();
+    FStall.start(FSettings.Limits.Stall);
 }
 
 // Judged before the body, which may never end.
 void TUpdateTransfer::HeadersArrived()
 {
+    FStall.start(FSettings.Limits.Stall);
     const int status = StatusOf(*FReply);
     if (IsRedirect(status)) {
         Redirect();
@@ -128,6 +131,11 @@ void TUpdateTransfer::HeadersArrived()
     }
     if (status != Ok && status != 0) {
         Fail(QStringLiteral("the server %1 answered with the status %2").arg(FUrl.host()).arg(status));
+        return;
+    }
+    // Between the pieces of a body may stand as much as a server likes, which Qt collects, too.
+    if (FReply->hasRawHeader("Transfer-Encoding")) {
+        Fail(QStringLiteral("the server %1 sends it in pieces").arg(FUrl.host()));
         return;
     }
     bool isNumber = false;
@@ -151,7 +159,7 @@ void TUpdateTransfer::BodyArrived()
             return;
         }
         FHash.addData(bytes);
-        FStall.start();
+        FStall.start(FSettings.Limits.Stall);
         emit Progress(FReceived);
     }
 }

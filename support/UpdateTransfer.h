@@ -26,8 +26,9 @@ struct TTransferRequest {
 };
 
 // One download over HTTPS into a device. Redirects are followed to other https addresses only, a few times;
-// TLS errors are final; the body is read as fast as it can be written and no further than the bounds. Ends in
-// Finished or Failed, once, unless it is stopped. A slot may stop it, but not delete it at once.
+// TLS errors are final; the headers have little time; the body is read as fast as it can be written and no
+// further than the bounds. Ends in Finished or Failed, once, unless it is stopped. A slot may stop it, but
+// not delete it at once.
 class TUpdateTransfer : public QObject {
     Q_OBJECT
 

@@ -1,11 +1,15 @@
 #include "support/UpdateWizard.h"
 
 #include "base/Error.h"
+#include "support/AcceptedVersion.h"
+#include "support/StagedUpdate.h"
 #include "support/UpdateEngine.h"
 #include "support/UpdateHandOver.h"
 #include "support/UpdateInstaller.h"
 
+#include <QApplication>
 #include <QDir>
+#include <QFileInfo>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
@@ -18,6 +22,7 @@
 #include <QVBoxLayout>
 #include <QtMath>
 
+#include <optional>
 #include <utility>
 
 // See app/Icons.cpp on why this stands outside of any namespace.
@@ -219,7 +224,13 @@ void TUpdateWizard::Checked(const std::vector<TUpdateItem>& items)
         FLog.Write(FStep, QStringLiteral("nothing is newer"));
         ShowNote(QStringLiteral("Corvadine is up to date"),
             QStringLiteral("You have the newest version, %1.")
-                .arg(FParts.WebUpdate.Settings().InstalledVersion));
+                .arg(VersionText(NewestAcceptedVersion(FParts.WebUpdate.Settings()))));
+        return;
+    }
+    try { // who cannot install it should not have to choose and download first
+        const TUpdateLock probe(FParts.WebUpdate.Settings().ProgramFolder);
+    } catch (const TError& error) {
+        Fail(FStep, error.Text());
         return;
     }
     FLog.Write(FStep,
@@ -255,20 +266,32 @@ void TUpdateWizard::Downloaded(const TStagedUpdate& update)
     ShowNote(QStringLiteral("Ready to install"),
         QStringLiteral(
             "Version %1 replaces the program itself. Corvadine closes now, installs it and starts again.\n\n"
-            "Changes that you have not saved are lost.")
+            "Please close its other windows first. Changes that you have not saved are lost.")
             .arg(update.Version));
     SetButtons({ QStringLiteral("&Install"), [this] { HandOver(); } }, QStringLiteral("Cancel"));
 }
 
 void TUpdateWizard::Install(const TStagedUpdate& update)
 {
-    ShowBusy(QStringLiteral("Installing"), {});
+    QApplication::processEvents(); // a click on Cancel from while the download was verified still counts
+    if (!FHasStaged)
+        return;
+    ShowBusy(QStringLiteral("Installing"),
+        QStringLiteral("Version %1 is verified once more and put into place.").arg(update.Version));
+    btnCancel->setEnabled(false);
     repaint();          // it is over before the event loop is asked again
     FHasStaged = false; // whatever happens, the installer removes it
+    FInstalling = true;
+    std::optional<TError> failure;
     try {
         TUpdateInstaller(FParts.WebUpdate.Settings().ProgramFolder, FLog).Install(update, FParts.Executable);
     } catch (const TError& error) {
-        Fail({}, error.Text());
+        failure = error;
+    }
+    QApplication::processEvents(); // clicks from meanwhile are not for the button that stands here next
+    FInstalling = false;
+    if (failure) {
+        Fail({}, failure->Text());
         return;
     }
     ShowNote(QStringLiteral("The update is installed"),
@@ -299,9 +322,11 @@ void TUpdateWizard::Fail(const QString& step, const QString& text)
     const QString state = IsRecoveryDue(FParts.WebUpdate.Settings().ProgramFolder)
         ? QStringLiteral("Please close Corvadine and start it again.")
         : QStringLiteral("Nothing of Corvadine was changed.");
-    ShowNote(QStringLiteral("The update did not work"),
-        QStringLiteral("%1\n\n%2 What was done so far is in\n%3")
-            .arg(AsSentence(text), state, QDir::toNativeSeparators(FLog.Path())));
+    QString note = AsSentence(text) + QStringLiteral("\n\n") + state;
+    const QFileInfo log(FLog.Path());
+    if (log.isFile() && log.isWritable()) // else it does not tell of this
+        note += QStringLiteral(" What was done so far is in\n") + QDir::toNativeSeparators(log.filePath());
+    ShowNote(QStringLiteral("The update did not work"), note);
 }
 
 void TUpdateWizard::Cancelled()
@@ -312,6 +337,8 @@ void TUpdateWizard::Cancelled()
 
 void TUpdateWizard::reject()
 {
+    if (FInstalling)
+        return;
     if (FParts.WebUpdate.IsBusy()) {
         btnCancel->setEnabled(false);
         FParts.WebUpdate.Cancel(); // and close once it has
@@ -338,7 +365,7 @@ void TUpdateWizard::ShowNews(const std::vector<TUpdateItem>& items)
     for (const TUpdateItem& item : items) {
         const QString name = item.Mandatory ? QStringLiteral("%1 (required)").arg(item.Name) : item.Name;
         auto* row = new QTreeWidgetItem(News,
-            { name, item.Version, item.Date.date().toString(TUpdateSettings::QtDateFormat),
+            { name, item.Version, item.Date.date().toString(TUpdateSettings::QtDateFormat()),
                 SizeText(item.Size) });
         row->setData(NameColumn, Qt::UserRole, item.Description);
         row->setTextAlignment(SizeColumn, Qt::AlignRight | Qt::AlignVCenter);

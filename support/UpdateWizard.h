@@ -100,6 +100,7 @@ private:
     QString FStep; // that runs, for the log
     bool FStarted = false;
     bool FHasStaged = false;
+    bool FInstalling = false; // nothing can be cancelled or closed
     bool FEndsProgram = false;
 };
 

@@ -136,7 +136,7 @@ std::function<void(TScene&)> Stalled(const QString& path, const QByteArray& byte
 {
     return [=](TScene& scene) {
         scene.Instead[path] = { bytes, TThen::Stall };
-        scene.Settings.Limits.Stall = ShortTime;
+        scene.Settings.Limits.Headers = scene.Settings.Limits.Stall = ShortTime;
     };
 }
 
@@ -161,6 +161,8 @@ std::vector<TAttack> AttacksOnTheAnswer()
             [](TScene& s) { s.Settings.InstalledVersion = "1.2.0"; } },
         { "a control file older than the accepted one", "older than version 1.1.1",
             [](TScene& s) { PutFile(s.Program + "/CorvadineUpdate.accepted", "1.1.1\n"); } },
+        { "a control file older than one seen", "older than version 1.2",
+            [](TScene& s) { PutFile(s.Program + "/CorvadineUpdate.known", "1.2.0\n"); } },
         { "an expired control file", "was valid until 22/11/2020",
             [](TScene& s) {
                 const auto at = s.Release.Control().indexOf("validuntil=") + 11;
@@ -188,6 +190,7 @@ std::vector<TAttack> AttacksOnTheLine()
         { "a redirect loop", "from one address to the next", Answered(ControlPath, RedirectTo(ControlPath)) },
         { "an unknown authority", "cannot prove that it is localhost", [](TScene&) {}, "stranger" },
         { "another server's certificate", "cannot prove that it is localhost", [](TScene&) {}, "elsewhere" },
+        { "a certificate that is over", "has expired", [](TScene&) {}, "expired" },
         { "no server", "does not accept connections", [](TScene& s) { s.Settings.Url.setPort(1); } },
         { "an endless control file", "sends more than it should",
             Answered(ControlPath, { OkHeaders, TThen::SendForEver }) },
@@ -196,6 +199,14 @@ std::vector<TAttack> AttacksOnTheLine()
         { "an endless redirect", "is not secure",
             Answered(ControlPath,
                 { "HTTP/1.1 301 Gone\r\nLocation: http://localhost/\r\n\r\n", TThen::SendForEver }) },
+        { "endless headers", "does not answer any more",
+            [](TScene& s) {
+                s.Instead[ControlPath] = { "HTTP/1.1 200 OK\r\nX: ", TThen::SendForEver };
+                s.Settings.Limits.Headers = ShortTime;
+            } },
+        { "an endless chunk extension", "sends it in pieces",
+            Answered(PackageUrlPath,
+                { "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n1;", TThen::SendForEver }) },
         { "silence", "does not answer any more", Stalled(ControlPath, {}) },
         { "a package that stalls", "does not answer any more", Stalled(PackageUrlPath, OkHeaders + "MSCF") },
         { "an answer that takes too long", "takes too long",

@@ -75,12 +75,14 @@ TEST_F(UpdateEngineTest, DownloadsWhatIsNewer)
     }
 }
 
-// The limit is on silence: a slow line may take as long as it needs.
+// The limits are on silence, and on a line too slow for the size.
 TEST_F(UpdateEngineTest, ASlowDownloadIsNotAStalledOne)
 {
     TUpdateServer server;
     TUpdateSettings settings = TestUpdateSettings(server, Program());
     settings.Limits.Stall = std::chrono::milliseconds(900);
+    settings.Limits.DownloadTotal = std::chrono::milliseconds(100);
+    settings.Limits.LeastRate = Release().Package().size() / 10;
     Release().PutOn(server);
     TAnswer slow = Ok(Release().Package());
     slow.DripMilliseconds = 120; // ten times
@@ -98,6 +100,30 @@ TEST_F(UpdateEngineTest, AReleaseIsTheSameBytesWheneverItIsMade)
             == MakeRelease("1.1.0", { "--archive", archive }).Files);
 }
 
+TEST_F(UpdateEngineTest, NothingIsPublishedThatEveryCopyWouldRefuse)
+{
+    const auto refusal = [](const QStringList& emptyFiles, const QStringList& arguments = {}) {
+        const QTemporaryDir folder;
+        for (const QString& name : emptyFiles) {
+            QDir().mkpath(QFileInfo(folder.filePath(name)).path());
+            PutFile(folder.filePath(name), {});
+        }
+        QByteArray error;
+        const TUpdateRelease release(folder.path(), "1.1.0", arguments, &error);
+        return error.toStdString();
+    };
+    for (const char* name : { "nul.txt", "sub/COM1", "a.", "a /b", "a:b", "PROJEC~1", "a/b/c/d/e/f/g/h/i" })
+        EXPECT_THAT(refusal({ name }), HasSubstr("could not be installed everywhere")) << name;
+    EXPECT_THAT(refusal({ "Corvadine.DB-wal" }), HasSubstr("belongs to the user"));
+    EXPECT_THAT(refusal({ "sub/a", "Sub/A" }), HasSubstr("case does not matter"));
+    EXPECT_THAT(refusal({ "sub/a", "Sub" }), HasSubstr("case does not matter"));
+    EXPECT_THAT(refusal({ "a" }, { "--archive", "none" }), HasSubstr("0 bytes in Corvadine-a"));
+    EXPECT_THAT(refusal({ "a" }, { "--describe", "a=" + QString(501, u'x') }), HasSubstr("500 characters"));
+    EXPECT_THAT(refusal({ "a" }, { "--files", "linux=." }), HasSubstr("no platform 'linux'"));
+    for (const char* days : { "0", "-1", "99999999999" })
+        EXPECT_THAT(refusal({ "a" }, { "--days", days }), HasSubstr("days")) << days;
+}
+
 TEST_F(UpdateEngineTest, FindsNothingNewer)
 {
     TUpdateServer server;
@@ -111,15 +137,6 @@ TEST_F(UpdateEngineTest, FindsNothingNewer)
         return outcome.Items.size();
     };
     EXPECT_EQ(newer(settings), 3);
-
-    TUpdateSettings current = settings;
-    current.InstalledVersion = "1.1";
-    EXPECT_EQ(newer(current), 0) << "the same version";
-
-    TUpdateRelease withdrawn = release;
-    withdrawn.Renew({ "--date", "23/11/2020 14:30", "--days", "36500", "--withdraw" });
-    withdrawn.PutOn(server);
-    EXPECT_EQ(newer(settings), 0) << "a withdrawn release";
 
     TUpdateRelease foreign = release;
     foreign.Replace("compare=", "platform=windows-x86_64\r\ncompare=");
@@ -137,9 +154,21 @@ TEST_F(UpdateEngineTest, FindsNothingNewer)
 
     release.PutOn(server);
     RecordAcceptedVersion(Program(), "1.1.0");
-    EXPECT_EQ(newer(settings), 0) << "accepted before";
+    PutFile(Program("presets/colours.txt"), NewPresets);
+    EXPECT_EQ(newer(settings), 0) << "installed before";
+    PutFile(Program("Corvadine.chm"), "damaged");
+    QFile::remove(Program("corvadine"));
+    EXPECT_EQ(newer(settings), 2) << "to be repaired";
     PutFile(Program("CorvadineUpdate.accepted"), QByteArray(1000, '9'));
     EXPECT_EQ(newer(settings), 2) << "a record that is rubbish locks nobody out";
+
+    TUpdateRelease withdrawn = release;
+    withdrawn.Renew({ "--date", "23/11/2020 14:30", "--days", "36500", "--withdraw" });
+    withdrawn.PutOn(server);
+    EXPECT_EQ(newer(settings), 0) << "a withdrawn release";
+    release.PutOn(server);
+    TUpdateEngine engine(settings);
+    EXPECT_THAT(RunCheck(engine).Text.toStdString(), HasSubstr("has withdrawn")) << "not for long";
 }
 
 TEST_F(UpdateEngineTest, CanBeCancelledAtEveryStep)
@@ -226,13 +255,16 @@ TEST_F(UpdateEngineTest, AStagedUpdateIsTrustedForWhatItIs)
     QFile::link(outcome.Update.Files[1].StagedPath, help);
     EXPECT_THAT(error(), HasSubstr("it is a link"));
     QFile::remove(help);
-    EXPECT_EQ(ReadStagedUpdate(settings).Files.size(), 2) << "the user may leave files out";
+    EXPECT_THAT(error(), HasSubstr("not complete")) << "it was chosen";
     PutFile(help + u'x', NewHelp);
     EXPECT_THAT(error(), HasSubstr("does not name it"));
     QFile::remove(help + u'x');
 
+    PutFile(help, NewHelp);
     settings.InstalledVersion = "1.1.0";
-    EXPECT_THAT(error(), HasSubstr("already installed"));
+    EXPECT_EQ(ReadStagedUpdate(settings).Files.size(), 3) << "a repair";
+    settings.InstalledVersion = "1.1.1";
+    EXPECT_THAT(error(), HasSubstr("older than version 1.1.1"));
     settings.InstalledVersion = "1.0.0";
     const QString control = Staging() + "/Corvadine.INF";
     PutFile(control, FileBytes(control) + ";\r\n");

@@ -7,6 +7,7 @@
 
 #include <QCoreApplication>
 #include <QCryptographicHash>
+#include <QDateTime>
 #include <QDir>
 #include <QDirIterator>
 #include <QFileInfo>
@@ -110,9 +111,18 @@ TEST_F(UpdateInstallTest, ReplacesAllFilesAndLeavesNothingBehind)
 {
     const TStagedUpdate update = Stage();
     const TUpdateLog log(FProgram);
+    const QString guide = FProgram + "/docs/guide.txt"; // becomes executable
+    QFile::setPermissions(guide, QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup);
+    QFile::setPermissions(update.StagingFolder + "/files/docs/guide.txt",
+        QFile::ReadOwner | QFile::ReadOther | QFile::ExeOwner);
     TUpdateInstaller(FProgram, log).Install(update, Program());
     EXPECT_EQ(Files(), Updated());
     EXPECT_EQ(QFile::permissions(Program()), FPermissions);
+    const QString probe = Path("probe"); // as far as the system knows such permissions
+    PutFile(probe, {});
+    QFile::setPermissions(
+        probe, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner | QFile::ReadGroup | QFile::ExeGroup);
+    EXPECT_EQ(QFile::permissions(guide), QFile::permissions(probe));
     EXPECT_EQ(FileBytes(FProgram + "/CorvadineUpdate.accepted"), "1.1.0\n");
     EXPECT_THAT(FileBytes(log.Path()).toStdString(),
         Matches("([0-9]{2}/[0-9]{2}/[0-9]{4} [0-9]{2}:[0-9]{2} [^\n]+: [^\n]+\n){5}"));
@@ -146,7 +156,7 @@ TEST_F(UpdateInstallTest, StartCompletesOrUndoesWhatWasCutOff)
 {
     if (!CanCopyProcess())
         GTEST_SKIP();
-    const auto cutOffBefore = [&](const QString& deadly) {
+    const auto cutOffBefore = [&](const QString& deadly, const QByteArray& laterGuide = {}) {
         const TStagedUpdate update = Stage();
         SurvivesUntil(-1, [&](TUpdateInstaller& installer) {
             installer.BeforeStep = [&](const QString& step) {
@@ -155,13 +165,47 @@ TEST_F(UpdateInstallTest, StartCompletesOrUndoesWhatWasCutOff)
             };
             installer.Install(update, Program());
         });
+        if (!laterGuide.isEmpty())
+            PutFile(FProgram + "/docs/guide.txt", laterGuide);
         return RecoverUpdate(FProgram);
     };
     EXPECT_EQ(cutOffBefore("write the journal"), TRecovery::NotNeeded);
     EXPECT_EQ(cutOffBefore("move in corvadine"), TRecovery::Undone);
-    EXPECT_EQ(cutOffBefore("record the version"), TRecovery::Completed);
+    EXPECT_EQ(cutOffBefore("settle the update"), TRecovery::Completed);
+    EXPECT_EQ(cutOffBefore("remove the journal", "my guide"), TRecovery::Completed);
+    EXPECT_EQ(FileBytes(FProgram + "/docs/guide.txt"), "my guide");
+    EXPECT_EQ(FileBytes(Program()), NewFiles.at("corvadine"));
     EXPECT_EQ(FileBytes(FProgram + "/CorvadineUpdate.accepted"), "1.1.0\n");
     EXPECT_THAT(FileBytes(FProgram + "/WUPDATE.LOG").toStdString(), ::testing::HasSubstr("completed it"));
+
+    Stage();
+    Put(FProgram + "/CorvadineUpdate.old/journal", "{");
+    EXPECT_THAT(ErrorOf([&] { RecoverUpdate(FProgram); }), ::testing::HasSubstr("install Corvadine anew"));
+    EXPECT_EQ(RecoverUpdate(FProgram), TRecovery::NotNeeded) << "not at every start";
+    EXPECT_EQ(FileBytes(FProgram + "/CorvadineUpdate.damaged/journal"), "{");
+    EXPECT_THAT(FileBytes(FProgram + "/WUPDATE.LOG").toStdString(), ::testing::HasSubstr("failed. "));
+}
+
+TEST_F(UpdateInstallTest, NobodyCutsInWhileTheHelperTakesOver)
+{
+    using namespace std::chrono_literals;
+    Stage();
+    const QString lockFile = FProgram + "/CorvadineUpdate.lock";
+    PutFile(lockFile, {}); // of a process that was killed, or of another computer
+    EXPECT_EQ(RecoverUpdate(FProgram), TRecovery::NotNeeded);
+    MarkHandedOver(FProgram);
+    EXPECT_THAT(ErrorOf([&] { TUpdateLock lock(FProgram); }), ::testing::HasSubstr("CorvadineUpdate.lock"));
+    EXPECT_EQ(RecoverUpdate(FProgram), TRecovery::BeingInstalled) << "about to be";
+    QFile note(StagingFolderOf(FProgram) + "/handed-over");
+    ASSERT_TRUE(note.open(QIODevice::ReadWrite));
+    note.setFileTime(QDateTime::currentDateTime().addSecs(-90), QFile::FileModificationTime);
+    note.close();
+    {
+        const TUpdateLock helper(FProgram, 1ms);
+        EXPECT_EQ(RecoverUpdate(FProgram), TRecovery::BeingInstalled);
+    }
+    EXPECT_EQ(RecoverUpdate(FProgram), TRecovery::NotNeeded) << "the helper is gone for good";
+    EXPECT_FALSE(QFile::exists(lockFile));
 }
 
 TEST_F(UpdateInstallTest, FailureAtAnyStepPutsAllBack)
@@ -183,7 +227,7 @@ TEST_F(UpdateInstallTest, FailureAtAnyStepPutsAllBack)
         } catch (const TError& error) {
             EXPECT_EQ(error.Text(), "the disk is on fire");
         }
-        if (last == "remove the journal")
+        if (last == "record the version")
             break; // from there on it is installed
         EXPECT_EQ(Files(), OldFiles) << last.toStdString();
         EXPECT_EQ(QFile::permissions(Program()), FPermissions);

@@ -75,6 +75,15 @@ TEST_F(UpdateRulesTest, TheNewestVersionEverAcceptedIsRemembered)
     EXPECT_EQ(newest(), "1.2.0");
     RecordAcceptedVersion(settings.ProgramFolder, "1.3");
     EXPECT_EQ(newest(), "1.3.0");
+
+    const auto known = [&] { return NewestKnownRelease(settings.ProgramFolder); };
+    EXPECT_EQ(known(), TKnownRelease {});
+    const TKnownRelease withdrawn { { 1, 3 }, true };
+    RecordKnownRelease(settings.ProgramFolder, withdrawn);
+    RecordKnownRelease(settings.ProgramFolder, { { 1, 3 }, false });
+    EXPECT_EQ(known(), withdrawn);
+    RecordKnownRelease(settings.ProgramFolder, { { 1, 4 }, false });
+    EXPECT_EQ(FileBytes(Path("CorvadineUpdate.known")), "1.4.0\n");
 }
 
 TEST_F(UpdateRulesTest, AnAdministratorCanPointTheCheckElsewhere)

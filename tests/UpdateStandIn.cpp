@@ -7,6 +7,7 @@
 #include "support/InstallPlatform.h"
 #include "support/UpdateEngine.h"
 #include "support/UpdateHandOver.h"
+#include "support/UpdateHelper.h"
 #include "support/UpdateInstaller.h"
 
 #include <QCoreApplication>
@@ -63,9 +64,10 @@ int main(int argc, char** argv)
     try {
         RecoverUpdate(folder);
         const QStringList arguments = QCoreApplication::arguments();
-        if (arguments.contains("update"))
+        if (arguments.contains("update")) {
             Download(folder);
-        else if (!arguments.contains("hand-over")) {
+        } else if (!arguments.contains("hand-over")) {
+            Note(TakeHelperReport(folder));
             Note(QStringLiteral("started, %1 bytes").arg(QFileInfo(RunningExecutable()).size()));
             return 0;
         }

@@ -21,12 +21,16 @@ namespace {
 
 const QString TlsFolder = QStringLiteral(CORVADINE_TEST_DATA "/tls/");
 
-// What make-update prints.
-QByteArray Run(const QStringList& arguments)
+// What make-update prints, or what it fails with in `error`, if one is expected.
+QByteArray Run(const QStringList& arguments, QByteArray* error = nullptr)
 {
     QProcess tool;
     tool.start(QStringLiteral(CORVADINE_MAKE_UPDATE), arguments);
-    EXPECT_TRUE(tool.waitForFinished() && tool.exitCode() == 0) << tool.readAllStandardError().toStdString();
+    EXPECT_TRUE(tool.waitForFinished());
+    const QByteArray errors = tool.readAllStandardError();
+    EXPECT_EQ(tool.exitCode() != 0, error != nullptr) << errors.toStdString();
+    if (error)
+        *error = errors;
     return tool.readAllStandardOutput();
 }
 
@@ -63,9 +67,9 @@ const TKeyPair& Keys()
 }
 
 // With the tests' key for `--key`.
-void RunMakeUpdate(const QStringList& arguments)
+void RunMakeUpdate(const QStringList& arguments, QByteArray* error = nullptr)
 {
-    Run(arguments + QStringList { "--key", Keys().Path });
+    Run(arguments + QStringList { "--key", Keys().Path }, error);
 }
 
 } // namespace
@@ -143,12 +147,14 @@ void TUpdateServer::Drip(QSslSocket& socket, const TAnswer& answer)
     timer->start(answer.DripMilliseconds);
 }
 
-TUpdateRelease::TUpdateRelease(const QString& folder, const QString& version, const QStringList& arguments)
+TUpdateRelease::TUpdateRelease(
+    const QString& folder, const QString& version, const QStringList& arguments, QByteArray* error)
 {
     const QTemporaryDir output;
     RunMakeUpdate(QStringList { "release", "--output", output.path(), "--date", "22/11/2020 14:30", "--days",
                       "36500", "--version", version, "--files", folder }
-        + arguments);
+            + arguments,
+        error);
     Files = FolderContent(output.path());
 }
 
@@ -307,6 +313,8 @@ QMap<QString, QByteArray> FolderContent(const QString& folder)
     while (entries.hasNext()) {
         const QFileInfo info = entries.nextFileInfo();
         const QString name = info.filePath().mid(folder.size() + 1);
+        if (info.fileName() == TUpdateSettings::KnownFileName)
+            continue;
         if (info.isSymLink())
             content[name] = "link to " + info.symLinkTarget().toUtf8();
         else if (info.isFile())

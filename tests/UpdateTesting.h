@@ -56,7 +56,9 @@ private:
 class TUpdateRelease {
 public:
     // Runs `make-update release` on `folder` with further arguments. The date is 22/11/2020 14:30 UTC.
-    TUpdateRelease(const QString& folder, const QString& version, const QStringList& arguments = {});
+    // With `error` it must fail, and that is what it says.
+    TUpdateRelease(const QString& folder, const QString& version, const QStringList& arguments = {},
+        QByteArray* error = nullptr);
 
     QMap<QString, QByteArray> Files;
 
@@ -110,7 +112,7 @@ TUpdateOutcome RunDownload(TUpdateEngine& engine, const std::vector<std::size_t>
 // Runs the event loop until the engine's next final signal; fails the test when none comes.
 TUpdateOutcome AwaitOutcome(TUpdateEngine& engine);
 
-// Every file and link below a folder with its content or target.
+// Every file and link below a folder with its content or target, but not what a check remembers.
 QMap<QString, QByteArray> FolderContent(const QString& folder);
 
 } // namespace Corvadine::Testing

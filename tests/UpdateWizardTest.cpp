@@ -1,6 +1,8 @@
 #include "support/UpdateWizard.h"
 
 #include "support/StagedUpdate.h"
+#include "support/UpdateHelper.h"
+#include "support/UpdateInstaller.h"
 #include "tests/UpdateTesting.h"
 #include "tests/WidgetTesting.h"
 
@@ -15,7 +17,10 @@
 #include <QStackedWidget>
 #include <QTreeWidget>
 
+#include <filesystem>
 #include <memory>
+#include <tuple>
+#include <utility>
 
 using namespace Corvadine;
 using namespace Corvadine::Testing;
@@ -105,6 +110,19 @@ protected:
     std::string Log() const { return FileBytes(Program("WUPDATE.LOG")).toStdString(); }
     QString Program(const QString& name) const { return FProgram + '/' + name; }
 
+    // With the wizard, until all is staged and the program would end.
+    void StageForHelper()
+    {
+        FStartHelper = [] {};
+        TUpdateWizard& wizard = Open();
+        ASSERT_TRUE(Shows("A newer version is available"));
+        Click(wizard.btnNext);
+        ASSERT_TRUE(Shows("Ready to install"));
+        Click(wizard.btnNext);
+        FWizard.reset();
+        FEngine.reset();
+    }
+
     // Runs the stand-in as the program that hands over; waits until the helper has started it again and is
     // gone. Returns the stand-in's notes.
     QByteArray HandOver() const
@@ -166,7 +184,12 @@ TEST_F(UpdateWizardTest, OffersWhatIsNewerAndReplacesDataInPlace)
     FWizard.reset(); // before its window
 
     Open();
+    ASSERT_TRUE(Shows("A newer version is available")) << "what was left out is offered again";
+    Click(FWizard->btnNext);
+    ASSERT_TRUE(Shows("The update is installed"));
+    Open();
     EXPECT_TRUE(Shows("Corvadine is up to date"));
+    EXPECT_EQ(FWizard->Note->text(), "You have the newest version, 1.1.0.");
     EXPECT_THAT(Log(), HasSubstr("Look for a newer version: nothing is newer"));
 }
 
@@ -186,7 +209,10 @@ TEST_F(UpdateWizardTest, HelperReplacesTheExecutableAndStartsIt)
     EXPECT_TRUE(asked && wizard.EndsProgram() && !wizard.isVisible());
     FWizard.reset();
     FEngine.reset();
-    EXPECT_EQ(HandOver(), "ends, " + oldSize + " bytes\nstarted, " + newSize + " bytes\n");
+    EXPECT_EQ(HandOver(),
+        "ends, " + oldSize + " bytes\nCorvadine was updated to version 1.1.0.\nstarted, " + newSize
+            + " bytes\n");
+    EXPECT_FALSE(QFile::exists(Program("CorvadineUpdate.report"))) << "told once";
     EXPECT_EQ(FileBytes(Program("Corvadine.chm")), "new help");
     EXPECT_EQ(FileBytes(Program("CorvadineUpdate.accepted")), "1.1.0\n");
     EXPECT_FALSE(QFileInfo::exists(StagingFolderOf(FProgram)));
@@ -196,28 +222,65 @@ TEST_F(UpdateWizardTest, HelperReplacesTheExecutableAndStartsIt)
 TEST_F(UpdateWizardTest, HelperStartsTheOldProgramWhenItCannotInstall)
 {
     Publish(true);
-    FStartHelper = [] {};
-    const std::pair<QString, const char*> cases[] {
-        { "files/extra.txt", "not the file" }, { "Corvadine.INF", "not signed" },
-        { {}, "already installed" }, // by somebody else, meanwhile
+    const std::tuple<QString, bool, const char*> cases[] {
+        { "files/extra.txt", false, "not the file" }, { "Corvadine.INF", false, "not signed" },
+        { "chosen", false, "not complete" }, { "files/corvadine", true, "not complete" },
+        { "files", true, "not complete" },
+        { {}, false, "older than version 1.2.0" }, // which somebody else has installed meanwhile
     };
-    for (const auto& [spoilt, text] : cases) {
+    for (const auto& [spoilt, isRemoved, text] : cases) {
         QFile::remove(Program("notes.txt"));
-        TUpdateWizard& wizard = Open();
-        ASSERT_TRUE(Shows("A newer version is available"));
-        Click(wizard.btnNext);
-        ASSERT_TRUE(Shows("Ready to install"));
-        Click(wizard.btnNext);
-        FWizard.reset();
-        FEngine.reset();
-        if (spoilt.isEmpty())
-            PutFile(Program("CorvadineUpdate.accepted"), "1.1.0\n");
+        QFile::remove(Program("WUPDATE.LOG"));
+        StageForHelper();
+        const QString path = StagingFolderOf(FProgram) + '/' + spoilt;
+        if (isRemoved)
+            ASSERT_TRUE(QFile::remove(path) || QDir(path).removeRecursively());
+        else if (spoilt.isEmpty())
+            PutFile(Program("CorvadineUpdate.accepted"), "1.2.0\n");
         else
-            PutFile(StagingFolderOf(FProgram) + '/' + spoilt, "spoilt");
-        EXPECT_THAT(HandOver().toStdString(), HasSubstr("started"));
+            PutFile(path, "spoilt");
+        EXPECT_THAT(HandOver().toStdString(), AllOf(HasSubstr("did not work"), HasSubstr(text)));
         ExpectNothingChanged();
         EXPECT_THAT(Log(), HasSubstr(text));
     }
+}
+
+TEST_F(UpdateWizardTest, HelperKilledAtAnyTimeLeavesTheOldOrTheNewProgram)
+{
+    Publish(true);
+    StageForHelper();
+    const QByteArray oldProgram = FileBytes(Program("corvadine"));
+    QProcess helper;
+    helper.start(CORVADINE_HELPER, {}); // has nothing to do
+    ASSERT_TRUE(helper.waitForStarted());
+    const qint64 ended = helper.processId();
+    ASSERT_TRUE(helper.waitForFinished());
+    // At first it is killed while it waits for us.
+    qint64 waitFor = QCoreApplication::applicationPid();
+    bool survived = false;
+    for (int milliseconds = 200; !survived; milliseconds += 5) {
+        // A folder for each, since the program that it has started may still be at work there.
+        const QString program = Path(QString::number(milliseconds) + (waitFor == ended ? "" : "waiting"));
+        std::filesystem::copy(
+            FProgram.toStdU16String(), program.toStdU16String(), std::filesystem::copy_options::recursive);
+        helper.start(CORVADINE_HELPER, HelperArguments({ program, program + "/corvadine", waitFor }));
+        survived = helper.waitForFinished(milliseconds);
+        if (!survived) {
+            helper.kill();
+            ASSERT_TRUE(helper.waitForFinished());
+        }
+        EXPECT_NE(RecoverUpdate(program), TRecovery::BeingInstalled);
+        const bool isNew = FileBytes(program + "/corvadine") != oldProgram;
+        EXPECT_EQ(FileBytes(program + "/Corvadine.chm"), isNew ? "new help" : "old help") << milliseconds;
+        EXPECT_EQ(FileBytes(program + "/extra.txt"), isNew ? "new extra" : "old extra") << milliseconds;
+        EXPECT_EQ(QFile::exists(program + "/CorvadineUpdate.accepted"), isNew) << milliseconds;
+        EXPECT_FALSE(survived && !isNew);
+        if (std::exchange(waitFor, ended) != ended) {
+            EXPECT_FALSE(isNew);
+            milliseconds = 0;
+        }
+    }
+    QTest::qWait(200); // for the program that was started last
 }
 
 TEST_F(UpdateWizardTest, CanBeLeftOnEveryPageInEveryWay)
@@ -276,6 +339,11 @@ TEST_F(UpdateWizardTest, TellsInPlainWordsWhatWentWrong)
     EXPECT_THAT(Log(), HasSubstr("Look for a newer version: failed. "));
 
     Publish(false);
+    {
+        const TUpdateLock other(FProgram);
+        Open();
+        ASSERT_TRUE(Shows("The update did not work")) << "before anything is offered";
+    }
     Open();
     ASSERT_TRUE(Shows("A newer version is available"));
     Tick(1);
