@@ -94,7 +94,8 @@ void RecordKnownRelease(const QString& programFolder, const TKnownRelease& relea
 {
     if (release <= NewestKnownRelease(programFolder))
         return;
-    const QString text = VersionText(release.Version) + (release.IsWithdrawn ? QString(Withdrawn) : QString());
+    const QString text =
+        VersionText(release.Version) + (release.IsWithdrawn ? QString(Withdrawn) : QString());
     WriteFileAtomically(KnownPath(programFolder), text.toLatin1() + '\n');
 }
 

@@ -64,9 +64,9 @@ int main(int argc, char** argv)
     try {
         RecoverUpdate(folder);
         const QStringList arguments = QCoreApplication::arguments();
-        if (arguments.contains("update"))
+        if (arguments.contains("update")) {
             Download(folder);
-        else if (!arguments.contains("hand-over")) {
+        } else if (!arguments.contains("hand-over")) {
             Note(TakeHelperReport(folder));
             Note(QStringLiteral("started, %1 bytes").arg(QFileInfo(RunningExecutable()).size()));
             return 0;

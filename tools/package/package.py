@@ -45,6 +45,7 @@ LIBRARIES = (
     (r"libsodium", "libsodium", "libsodium-dev"),
     (r"libarchive", "libarchive", "libarchive-dev"),
 )
+EMPTY_LIBRARIES = ("libpthread",)  # whose content is in the C library
 HEADER_LIBRARIES = (("CLI11", "libcli11-dev"), ("SimpleIni", "libsimpleini-dev"))
 WINDOWS_RUNTIME = (("MinGW-w64 runtime", "mingw-w64-common"), ("GCC runtime", "gcc-mingw-w64-base"))
 
@@ -76,7 +77,7 @@ class Build:
             target = self.program(name).relative_to(self.folder)
             link = output_of("ninja", "-C", str(self.folder), "-t", "commands", "-s", str(target))
             found |= {Path(word).stem for word in link.split() if re.match(r"/.*\.a$", word)}
-        return sorted(found)
+        return sorted(found - set(EMPTY_LIBRARIES))
 
     def library_packages(self):
         """The Debian packages with the shared libraries that the programs load."""
@@ -85,8 +86,10 @@ class Build:
             needed = re.findall(r"NEEDED +(\S+)", output_of("objdump", "-p", str(self.program(name))))
             places = dict(re.findall(r"(\S+) => (\S+)", output_of("ldd", str(self.program(name)))))
             files |= {os.path.realpath(places[library]) for library in needed if library in places}
-        owners = (output_of("dpkg-query", "-S", file).split(":")[0] for file in sorted(files))
-        return sorted(set(owners) | {"qt6-image-formats-plugins"})
+        # Packages may name a file by the folder /lib, which is a link to /usr/lib.
+        patterns = [f"*{file.removeprefix('/usr')}" for file in sorted(files)]
+        owners = {line.split(":")[0] for line in output_of("dpkg-query", "-S", *patterns).splitlines()}
+        return sorted(owners | {"qt6-image-formats-plugins"})
 
 
 def licences_needed(build):
