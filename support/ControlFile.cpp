@@ -287,13 +287,4 @@ bool IsNewer(const TControlEntry& entry, const TUpdateSettings& settings)
     return info.size() != entry.Size || FileSha256(path) != entry.Sha256;
 }
 
-std::vector<std::size_t> NewerFiles(const TControlFile& control, const TUpdateSettings& settings)
-{
-    std::vector<std::size_t> newer;
-    for (std::size_t i = 0; i < control.Files.size(); ++i)
-        if (IsNewer(control.Files[i], settings))
-            newer.push_back(i);
-    return newer;
-}
-
 } // namespace Corvadine

@@ -75,9 +75,6 @@ bool IsOffered(const TControlFile& control, const TUpdateSettings& settings);
 // into place (see CheckTargetOnDisk) or not be read.
 bool IsNewer(const TControlEntry& entry, const TUpdateSettings& settings);
 
-// The indices of all files for which IsNewer() holds. Throws as it does.
-std::vector<std::size_t> NewerFiles(const TControlFile& control, const TUpdateSettings& settings);
-
 // Whether a file of the release is for `settings.Platform`.
 bool IsForPlatform(const TControlEntry& entry, const TUpdateSettings& settings);
 

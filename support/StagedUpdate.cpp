@@ -11,7 +11,6 @@
 #include <QFileInfo>
 #include <QHash>
 
-#include <algorithm>
 #include <filesystem>
 #include <thread>
 
@@ -180,11 +179,9 @@ QStringList ChosenTargets(const TControlFile& control, const TUpdateSettings& se
     const auto isLeftOut = [&](const TControlEntry& entry) {
         return entry.Mandatory && IsForPlatform(entry, settings) && !chosen.contains(entry.Target);
     };
-    // Comparing with what is installed reads every file, so only for those that need it.
-    if (std::any_of(control.Files.begin(), control.Files.end(), isLeftOut))
-        for (const std::size_t index : NewerFiles(control, settings))
-            if (isLeftOut(control.Files[index]))
-                throw Incomplete(control.Files[index].Target);
+    for (const TControlEntry& entry : control.Files)
+        if (isLeftOut(entry) && IsNewer(entry, settings)) // in this order: comparing reads the whole file
+            throw Incomplete(entry.Target);
     return chosen;
 }
 
