@@ -2,6 +2,7 @@
 
 #include "base/Error.h"
 #include "base/Files.h"
+#include "base/SystemFiles.h"
 
 #include <QStringConverter>
 
@@ -25,15 +26,7 @@ QString Decoded(const QByteArray& bytes)
         return QStringDecoder(*marked).decode(bytes);
     QStringDecoder utf8(QStringConverter::Utf8);
     QString text = utf8.decode(bytes);
-    if (!utf8.hasError())
-        return text;
-    // Not Unicode, so it is in the code page of the system that wrote it: here, or the usual one of Windows.
-    QStringDecoder local(QStringConverter::System);
-    QString localText = local.decode(bytes);
-    if (!local.hasError())
-        return localText;
-    QStringDecoder western("windows-1252");
-    return western.isValid() ? QString(western.decode(bytes)) : QString::fromLatin1(bytes);
+    return utf8.hasError() ? LegacyText(bytes) : text;
 }
 
 } // namespace

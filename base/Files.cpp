@@ -62,18 +62,32 @@ void CreateFolder(const QString& path)
         throw TError(TErrorKind::Io, attempt, path, SystemErrorText(error));
 }
 
-TNewFolder::TNewFolder(const QString& path)
+// The folder and its parents as far as none exists, the deepest first.
+static QStringList MissingFolders(const QString& path)
 {
-    for (QString folder = QDir::cleanPath(path); !QFileInfo::exists(folder);
-         folder = QFileInfo(folder).path())
-        FCreated.append(folder);
-    CreateFolder(path);
+    QStringList missing;
+    QString folder = QDir::cleanPath(path);
+    while (!QFileInfo::exists(folder)) {
+        missing.append(folder);
+        const QString parent = QFileInfo(folder).path();
+        if (parent == folder) // the root of a drive that is not there
+            break;
+        folder = parent;
+    }
+    return missing;
+}
+
+TNewFolder::TNewFolder(const QString& path) : TNewFolder()
+{
+    FCreated = MissingFolders(path);
+    CreateFolder(path); // the destructor removes what was made before this failed
 }
 
 TNewFolder::~TNewFolder()
 {
     for (const QString& folder : std::as_const(FCreated))
-        if (!QDir().rmdir(folder)) // refuses a folder that is not empty: the job has succeeded
+        if (FolderExists(folder)
+            && !QDir().rmdir(folder)) // refuses a folder that is not empty: the job succeeded
             break;
 }
 

@@ -28,7 +28,8 @@ void WriteFileAtomically(const QString& path, const QByteArray& bytes);
 void CreateFolder(const QString& path);
 
 // A folder for the duration of a job that may fail: created with its missing parents by the constructor (as
-// CreateFolder does), and those that it created removed again by the destructor if they are still empty.
+// CreateFolder does), and those that it created removed again by the destructor, or when the constructor
+// throws, if they are still empty.
 class TNewFolder {
 public:
     explicit TNewFolder(const QString& path);
@@ -36,6 +37,8 @@ public:
     Q_DISABLE_COPY_MOVE(TNewFolder)
 
 private:
+    TNewFolder() = default;
+
     QStringList FCreated; // the deepest first
 };
 

@@ -11,6 +11,16 @@ namespace Corvadine {
 // Whether names that differ in nothing but case are one file: Windows' rule, or the usual one elsewhere.
 Qt::CaseSensitivity FileNameCase();
 
+// Whether two names or paths, written alike, are one file by that rule.
+inline bool IsSameFileName(const QString& left, const QString& right)
+{
+    return left.compare(right, FileNameCase()) == 0;
+}
+
+// The text of a file that is not Unicode: in the code page of this system, or where that is Unicode itself in
+// the one of Western Windows.
+QString LegacyText(const QByteArray& bytes);
+
 // Creates `path` with every missing parent, of whatever length. No error if it is there.
 std::error_code MakeFolders(const QString& path);
 

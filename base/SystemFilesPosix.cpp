@@ -2,6 +2,7 @@
 
 #include <QFile>
 #include <QFileInfo>
+#include <QStringDecoder>
 
 #include <filesystem>
 
@@ -10,6 +11,16 @@ namespace Corvadine {
 Qt::CaseSensitivity FileNameCase()
 {
     return Qt::CaseSensitive;
+}
+
+QString LegacyText(const QByteArray& bytes)
+{
+    QStringDecoder local(QStringConverter::System);
+    QString text = local.decode(bytes);
+    if (!local.hasError())
+        return text;
+    QStringDecoder western("windows-1252");
+    return western.isValid() ? QString(western.decode(bytes)) : QString::fromLatin1(bytes);
 }
 
 std::error_code MakeFolders(const QString& path)

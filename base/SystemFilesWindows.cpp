@@ -8,6 +8,9 @@
 
 #include <qt_windows.h>
 
+#include <algorithm>
+#include <string>
+
 namespace Corvadine {
 
 namespace {
@@ -35,6 +38,20 @@ std::wstring SystemPath(const QString& path)
 Qt::CaseSensitivity FileNameCase()
 {
     return Qt::CaseInsensitive;
+}
+
+QString LegacyText(const QByteArray& bytes)
+{
+    // Not CP_ACP: our manifest makes that UTF-8.
+    DWORD codePage = CP_ACP;
+    ::GetLocaleInfoEx(LOCALE_NAME_SYSTEM_DEFAULT, LOCALE_IDEFAULTANSICODEPAGE | LOCALE_RETURN_NUMBER,
+        reinterpret_cast<LPWSTR>(&codePage), sizeof codePage / sizeof(WCHAR));
+    const int size = static_cast<int>(bytes.size());
+    std::wstring text(
+        static_cast<std::size_t>(bytes.size()), L'\0'); // no code page has more units than bytes
+    text.resize(static_cast<std::size_t>(
+        std::max(0, ::MultiByteToWideChar(codePage, 0, bytes.constData(), size, text.data(), size))));
+    return QString::fromStdWString(text);
 }
 
 std::error_code MakeFolders(const QString& path)

@@ -1,5 +1,6 @@
 #include "base/Error.h"
 #include "base/Files.h"
+#include "base/SystemFiles.h"
 #include "cli/CliContext.h"
 #include "cli/Command.h"
 #include "cli/Options.h"
@@ -35,8 +36,8 @@ public:
         CheckFile(file);
         FSettings.CheckPaths();
         const TNewFolder dataFolder(context.DataFolder());
+        CheckIsNew(context, file);
         TProjectsTable& table = context.Table();
-        CheckIsNew(table, file);
         table.Append();
         table.SetField(TField::ProjectFile, file);
         table.SetField(TField::OutputFolder, DeriveOutputFolder(file));
@@ -57,12 +58,13 @@ private:
             throw TError(TErrorKind::NotFound, attempt, file, QStringLiteral("the file does not exist"));
     }
 
-    // The database holds to this too, but says it in its own words.
-    static void CheckIsNew(const TProjectsTable& table, const QString& file)
+    // The database holds to this too, but says it in its own words and tells capitals from small letters.
+    static void CheckIsNew(TCliContext& context, const QString& file)
     {
-        if (const auto id = table.LookupByProjectFile(file))
-            throw TError(TErrorKind::BadInput, QStringLiteral("add the project"), file,
-                QStringLiteral("it has been added before, with the ID %1").arg(*id));
+        for (const TProject& project : context.Projects())
+            if (IsSameFileName(project.ProjectFile, file))
+                throw TError(TErrorKind::BadInput, QStringLiteral("add the project"), file,
+                    QStringLiteral("it has been added before, with the ID %1").arg(project.ID));
     }
 
     std::string FFile;

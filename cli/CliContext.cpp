@@ -3,6 +3,7 @@
 #include "base/Error.h"
 #include "base/Files.h"
 #include "base/PathRules.h"
+#include "base/SystemFiles.h"
 #include "store/ProjectStore.h"
 #include "store/ProjectsTable.h"
 
@@ -25,7 +26,7 @@ bool IsCalled(const TProject& project, const QString& name)
 {
     if (IsID(name))
         return project.ID == name.toLongLong();
-    return project.ProjectFile == name || project.ProjectFile == AbsolutePath(name);
+    return project.ProjectFile == name || IsSameFileName(project.ProjectFile, AbsolutePath(name));
 }
 
 } // namespace

@@ -83,7 +83,7 @@ std::vector<TBackup> BackupsNamedAfter(const QString& projectFile, const QString
     for (const QString& name : QDir(backupFolder).entryList(QDir::Files | QDir::Hidden)) {
         const QString stamp = name.mid(stampStart, StampLength);
         const QDateTime time = TimeOf(stamp);
-        if (time.isNull() || name.compare(BackupName(projectFile, stamp), FileNameCase()) != 0)
+        if (time.isNull() || !IsSameFileName(name, BackupName(projectFile, stamp)))
             continue;
         const auto [guid, fault] = InfoOf(folder + name);
         backups.push_back({ name, folder + name, time, guid, fault });
@@ -106,7 +106,7 @@ TBackup FindByName(const QString& projectFile, const QString& backupFolder, cons
             QStringLiteral("%1 is a path, not the name of a backup").arg(name));
     const auto backups = BackupsNamedAfter(projectFile, backupFolder);
     const auto found = std::find_if(backups.cbegin(), backups.cend(),
-        [&](const TBackup& backup) { return backup.Name.compare(name, FileNameCase()) == 0; });
+        [&](const TBackup& backup) { return IsSameFileName(backup.Name, name); });
     if (found == backups.cend())
         throw RestoreRefusal(
             TErrorKind::NotFound, projectFile, QStringLiteral("it has no backup %1").arg(name));

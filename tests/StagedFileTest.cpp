@@ -37,3 +37,11 @@ TEST_F(StagedFileTest, RefusesWhatCannotBeWrittenAndNamesFileAndReason)
         Matches(R"(Cannot write .*no.a: .*[a-z])"));
     EXPECT_EQ(FileBytes(Path("a")), "old");
 }
+
+TEST(NewFolderTest, LeavesNothingOfAFolderThatCannotBeMade)
+{
+    const QTemporaryDir folder;
+    const QString deepest = folder.filePath("a/b/") + QString(300, u'n');
+    EXPECT_THAT(ErrorOf([&] { TNewFolder { deepest }; }), ::testing::HasSubstr("Cannot create the folder"));
+    EXPECT_FALSE(QFile::exists(folder.filePath("a")));
+}
