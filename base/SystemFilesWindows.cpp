@@ -8,7 +8,6 @@
 
 #include <qt_windows.h>
 
-#include <algorithm>
 #include <string>
 
 namespace Corvadine {
@@ -42,15 +41,17 @@ Qt::CaseSensitivity FileNameCase()
 
 QString LegacyText(const QByteArray& bytes)
 {
+    constexpr DWORD Western = 1252;
+    DWORD codePage = Western;
     // Not CP_ACP: our manifest makes that UTF-8.
-    DWORD codePage = CP_ACP;
     ::GetLocaleInfoEx(LOCALE_NAME_SYSTEM_DEFAULT, LOCALE_IDEFAULTANSICODEPAGE | LOCALE_RETURN_NUMBER,
         reinterpret_cast<LPWSTR>(&codePage), sizeof codePage / sizeof(WCHAR));
+    if (codePage == CP_UTF8)
+        codePage = Western;
     const int size = static_cast<int>(bytes.size());
-    std::wstring text(
-        static_cast<std::size_t>(bytes.size()), L'\0'); // no code page has more units than bytes
-    text.resize(static_cast<std::size_t>(
-        std::max(0, ::MultiByteToWideChar(codePage, 0, bytes.constData(), size, text.data(), size))));
+    std::wstring text(static_cast<std::size_t>(size), L'\0'); // no code page has more units than bytes
+    const int length = ::MultiByteToWideChar(codePage, 0, bytes.constData(), size, text.data(), size);
+    text.resize(static_cast<std::size_t>(length));
     return QString::fromStdWString(text);
 }
 

@@ -415,6 +415,7 @@ TEST_F(TCliTest, AnInterruptedGenerationLeavesWholeFilesOnly)
     const std::size_t count = Files().size();
     for (const int milliseconds : { 20, 60, 120, 250 }) {
         QProcess process;
+        MakeKillable(process);
         process.start(QStringLiteral(CORVADINE_CLI), { "generate", "1", "--data", FData });
         process.waitForFinished(milliseconds);
         process.kill();

@@ -5,6 +5,8 @@
 #include <chrono>
 #include <functional>
 
+class QProcess;
+
 // What tests find different between operating systems. A test asks first and skips what its system cannot do.
 namespace Corvadine::Testing {
 
@@ -22,6 +24,9 @@ bool SurvivesInCopy(const std::function<void()>& work);
 
 // Runs `work`, which must not end, in a copy of this process and kills it `after` a while.
 void RunAndKill(const std::function<void()>& work, std::chrono::microseconds after);
+
+// Makes a program that is killed leave nothing behind. REQUIRES: it is not started yet.
+void MakeKillable(QProcess& process);
 
 // Whether TFileSizeLimit has an effect.
 bool CanLimitFileSize();

@@ -57,6 +57,8 @@ void RunAndKill(const std::function<void()>& work, std::chrono::microseconds aft
     ASSERT_EQ(::waitpid(child, nullptr, 0), child);
 }
 
+void MakeKillable(QProcess& /*process*/) { }
+
 bool CanLimitFileSize()
 {
     return true;

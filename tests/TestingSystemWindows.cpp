@@ -1,5 +1,9 @@
 #include "tests/TestingSystem.h"
 
+#include <QProcess>
+
+#include <qt_windows.h>
+
 namespace Corvadine::Testing {
 
 QString HardName()
@@ -23,6 +27,14 @@ bool SurvivesInCopy(const std::function<void()>& /*work*/)
 }
 
 void RunAndKill(const std::function<void()>& /*work*/, std::chrono::microseconds /*after*/) { }
+
+void MakeKillable(QProcess& process)
+{
+    // The process that serves a console would stay, now and then, and hold on to our output for ever.
+    process.setCreateProcessArgumentsModifier([](QProcess::CreateProcessArguments* arguments) {
+        arguments->flags = (arguments->flags & ~DWORD { CREATE_NO_WINDOW }) | DETACHED_PROCESS;
+    });
+}
 
 bool CanLimitFileSize()
 {

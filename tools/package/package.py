@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 """Packs what ./dev windows or ./dev package has built: one folder with the programs, README, LICENSE and the licences of
-everything in them, as build/Corvadine-VERSION-win64.zip or build/Corvadine-VERSION-debian12-amd64.tar.gz.
+everything in them, Corvadine, as build/Corvadine-VERSION-win64.zip or build/Corvadine-VERSION-debian12-amd64.tar.gz.
 
 Usage: tools/package/package.py BUILD_FOLDER      (build/windows or build/release)
 
@@ -30,6 +30,7 @@ PROGRAMS = {
 }
 BUNDLED = ("upd",)  # programs that these carry inside
 HELP_FILE = "Corvadine.chm"
+FOLDER = "Corvadine"  # without the version, so that a new one is unpacked over the old one and finds its projects
 
 # By the pattern that fits a static library's file name: what it is called, and the Debian package whose copyright file holds
 # its licence. Qt's tells of all that is bundled with it, too.
@@ -118,8 +119,7 @@ def contents(build):
     """What the README lists: (file name, description)."""
     suffix = ".exe" if build.for_windows else ""
     rows = [(name + suffix, description) for name, description in PROGRAMS.items()]
-    if (build.folder / "bin" / HELP_FILE).exists():
-        rows.append((HELP_FILE, "the help, which the window's Help button opens"))
+    rows.append((HELP_FILE, "the help, which the window's Help button opens"))
     rows.append(("LICENSE.txt", "the licence of Corvadine"))
     rows.append(("licences", "those of the libraries that are part of the programs"))
     width = max(len(name) for name, _ in rows) + 3
@@ -144,9 +144,7 @@ def package_files(build):
     for name in PROGRAMS:
         program = build.program(name)
         files[program.name] = program.read_bytes()
-    help_file = build.folder / "bin" / HELP_FILE
-    if help_file.exists():
-        files[HELP_FILE] = help_file.read_bytes()
+    files[HELP_FILE] = (build.folder / "bin" / HELP_FILE).read_bytes()
     return files
 
 
@@ -182,12 +180,12 @@ def main():
         fail("usage: package.py BUILD_FOLDER")
     build = Build(Path(sys.argv[1]).resolve())
     files = package_files(build)
-    folder = f"Corvadine-{build.version}"
-    path = ROOT / "build" / f"{folder}-{'win64.zip' if build.for_windows else 'debian12-amd64.tar.gz'}"
+    system = "win64.zip" if build.for_windows else "debian12-amd64.tar.gz"
+    path = ROOT / "build" / f"Corvadine-{build.version}-{system}"
     if build.for_windows:
-        write_zip(path, folder, files, time_stamp())
+        write_zip(path, FOLDER, files, time_stamp())
     else:
-        write_tar(path, folder, files, time_stamp(), PROGRAMS)
+        write_tar(path, FOLDER, files, time_stamp(), PROGRAMS)
     print(f"{path.relative_to(ROOT)}  ({path.stat().st_size} bytes, {len(files)} files)")
 
 
