@@ -1,0 +1,32 @@
+#include "support/HelpViewer.h"
+
+#include <gtest/gtest.h>
+
+#include <qt_windows.h>
+
+using namespace Corvadine;
+
+namespace {
+
+// The window of Windows' viewer, by its class and the title in the help file.
+HWND ViewerWindow()
+{
+    return ::FindWindowW(L"HH Parent", L"Corvadine Help");
+}
+
+} // namespace
+
+// Which page a topic leads to is seen from outside only: windows/run looks into what Wine tells of it.
+TEST(HelpViewerWindowsTest, ShowsTopicsAndContentsInOneWindowAndClosesIt)
+{
+    const QString file = QStringLiteral(CORVADINE_HELP_FILE);
+    {
+        const auto viewer = MakeHelpViewer();
+        viewer->ShowTopic(file, 90);
+        const HWND window = ViewerWindow();
+        ASSERT_NE(window, nullptr);
+        viewer->ShowContents(file);
+        EXPECT_EQ(ViewerWindow(), window);
+    }
+    EXPECT_EQ(ViewerWindow(), nullptr);
+}
