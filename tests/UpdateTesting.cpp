@@ -36,28 +36,11 @@ QByteArray Run(const QStringList& arguments, QByteArray* error = nullptr)
 
 // One for all tests of a process, in a folder that goes with it.
 struct TKeyPair {
-    TKeyPair()
-    {
-        Public = QByteArray::fromBase64(Run({ "key", Path }));
-        const QByteArray seed = QByteArray::fromBase64(FileBytes(Path));
-        QByteArray ignored(crypto_sign_PUBLICKEYBYTES, '\0');
-        Secret.resize(crypto_sign_SECRETKEYBYTES);
-        crypto_sign_seed_keypair(Unsigned(ignored), Unsigned(Secret), Unsigned(seed));
-    }
-
-    static const unsigned char* Unsigned(const QByteArray& bytes)
-    {
-        return reinterpret_cast<const unsigned char*>(bytes.constData());
-    }
-    static unsigned char* Unsigned(QByteArray& bytes)
-    {
-        return reinterpret_cast<unsigned char*>(bytes.data());
-    }
-
     QTemporaryDir Folder;
     QString Path = Folder.filePath("secret.key");
-    QByteArray Public;
-    QByteArray Secret;
+    QByteArray Public = QByteArray::fromBase64(Run({ "key", Path }));
+    // As libsodium wants it: the seed and the public key.
+    QByteArray Secret = QByteArray::fromBase64(FileBytes(Path)) + Public;
 };
 
 const TKeyPair& Keys()
@@ -175,9 +158,12 @@ void TUpdateRelease::Replace(const QByteArray& from, const QByteArray& to)
 
 void TUpdateRelease::Sign()
 {
+    const auto data = [](const QByteArray& bytes) {
+        return reinterpret_cast<const unsigned char*>(bytes.constData());
+    };
     Signature().resize(crypto_sign_BYTES);
-    crypto_sign_detached(TKeyPair::Unsigned(Signature()), nullptr, TKeyPair::Unsigned(Control()),
-        static_cast<unsigned long long>(Control().size()), TKeyPair::Unsigned(Keys().Secret));
+    crypto_sign_detached(reinterpret_cast<unsigned char*>(Signature().data()), nullptr, data(Control()),
+        static_cast<unsigned long long>(Control().size()), data(Keys().Secret));
 }
 
 void TUpdateRelease::ReplacePackage(const QByteArray& bytes)
