@@ -6,7 +6,6 @@
 #include <QAbstractItemModelTester>
 #include <QBuffer>
 #include <QDir>
-#include <QSignalSpy>
 
 using namespace Corvadine;
 using namespace Corvadine::Testing;
@@ -30,10 +29,9 @@ protected:
         FView.show();
     }
 
-    // A folder with the given files, each a small picture unless it has bytes of its own.
+    // A folder with small pictures of these names.
     QString Folder(const QString& name, const QStringList& files)
     {
-        QDir().mkpath(Path(name));
         for (const QString& file : files)
             PutFile(Path(name + '/' + file), PngBytes({ 8, 4 }));
         return Path(name);
@@ -88,11 +86,7 @@ TEST_F(ThumbnailViewTest, StaysResponsiveWhileItFills)
     QStringList names;
     for (int i = 0; i < 500; ++i)
         names.append(QStringLiteral("%1.png").arg(i, 3, 10, QLatin1Char('0')));
-    const QString folder = Folder("many", {});
-    const QByteArray bytes = PngBytes({ 200, 200 });
-    for (const QString& name : names)
-        PutFile(folder + '/' + name, bytes);
-
+    const QString folder = Folder("many", names);
     EXPECT_TRUE(FView.Fill(folder));
     EXPECT_EQ(FView.Count(), 1) << "the first is there at once";
     int turns = 0;
@@ -171,7 +165,6 @@ TEST_F(ThumbnailViewTest, SpreadsItsColumnsAndNeverTakesTheFocus)
 // Where memory is short, the picture of a row is read again; so it is for a screen of another resolution.
 TEST_F(ThumbnailViewTest, MakesPicturesAnewForAnotherScreen)
 {
-    Folder("out", {});
     PutFile(Path("out/a.png"), PngBytes({ 1000, 500 }));
     TThumbnailModel model;
     ASSERT_TRUE(model.Append(Path("out/a.png")));

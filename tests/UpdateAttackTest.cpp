@@ -123,8 +123,7 @@ std::vector<TAttack> AttacksOnTheAnswer()
     return {
         { "a byte of the control file", NotSigned, [](TScene& s) { FlipByte(s.Release.Control()); } },
         { "a byte of the signature", NotSigned, [](TScene& s) { FlipByte(s.Release.Signature()); } },
-        { "no signature", "does not have it",
-            [](TScene& s) { s.Release.Files.remove("Corvadine.INF.sig"); } },
+        { "no signature", "does not have it", [](TScene& s) { s.Release.Files.erase("Corvadine.INF.sig"); } },
         { "a short signature", NotSigned, [](TScene& s) { s.Release.Signature().chop(1); } },
         { "a long signature", "is not its size", [](TScene& s) { s.Release.Signature().append('x'); } },
         { "somebody else's key", NotSigned, [](TScene& s) { FlipByte(s.Settings.PublicKey); } },
@@ -286,11 +285,11 @@ void ExpectRefused(const TAttack& attack)
     for (auto answer = scene.Instead.cbegin(); answer != scene.Instead.cend(); ++answer)
         server.Put(answer.key(), answer.value());
 
-    const auto before = FolderContent(folder.path());
+    const auto before = ContentOf(folder.path());
     const TUpdateOutcome outcome = CheckAndDownload(scene);
     EXPECT_EQ(outcome.Signal, u"Failed");
     EXPECT_THAT(outcome.Text.toStdString(), HasSubstr(attack.Text));
-    EXPECT_TRUE(FolderContent(folder.path()) == before);
+    EXPECT_TRUE(ContentOf(folder.path()) == before);
     EXPECT_FALSE(QFileInfo::exists(StagingFolderOf(program)));
 }
 

@@ -35,7 +35,7 @@ TEST_F(UpdateEngineTest, DownloadsWhatIsNewer)
     ASSERT_TRUE(presets.open(QIODevice::ReadWrite));
     presets.setFileTime(QDateTime({ 2019, 1, 1 }, { 0, 0 }, Qt::UTC), QFile::FileModificationTime);
     presets.close();
-    const auto before = FolderContent(Program());
+    const auto before = ContentOf(Program());
     for (const char* archive : { "cab", "zip", "none" }) {
         SCOPED_TRACE(archive);
         TUpdateServer server;
@@ -54,7 +54,7 @@ TEST_F(UpdateEngineTest, DownloadsWhatIsNewer)
         EXPECT_EQ(items[0].Version, u"1.1.0");
         EXPECT_FALSE(items[0].Mandatory);
         EXPECT_TRUE(items[1].Mandatory && items[2].Mandatory);
-        EXPECT_TRUE(FolderContent(Program()) == before);
+        EXPECT_TRUE(ContentOf(Program()) == before);
         EXPECT_TRUE(server.Requests().first().contains("User-Agent: TWebUpdate\r\n"));
 
         // The mandatory ones come along.
@@ -104,10 +104,8 @@ TEST_F(UpdateEngineTest, NothingIsPublishedThatEveryCopyWouldRefuse)
 {
     const auto refusal = [](const QStringList& emptyFiles, const QStringList& arguments = {}) {
         const QTemporaryDir folder;
-        for (const QString& name : emptyFiles) {
-            QDir().mkpath(QFileInfo(folder.filePath(name)).path());
+        for (const QString& name : emptyFiles)
             PutFile(folder.filePath(name), {});
-        }
         QByteArray error;
         const TUpdateRelease release(folder.path(), "1.1.0", arguments, &error);
         return error.toStdString();
@@ -175,7 +173,7 @@ TEST_F(UpdateEngineTest, CanBeCancelledAtEveryStep)
 {
     TUpdateServer server;
     Release().PutOn(server);
-    const auto before = FolderContent(Program());
+    const auto before = ContentOf(Program());
     TUpdateEngine engine(TestUpdateSettings(server, Program()));
     engine.Cancel(); // nothing runs
     engine.Check();
@@ -193,7 +191,7 @@ TEST_F(UpdateEngineTest, CanBeCancelledAtEveryStep)
     });
     EXPECT_EQ(RunDownload(engine, { 0 }).Signal, u"Cancelled");
     EXPECT_FALSE(QFileInfo::exists(Staging()));
-    EXPECT_TRUE(FolderContent(Program()) == before);
+    EXPECT_TRUE(ContentOf(Program()) == before);
 
     // An engine that goes takes its download along.
     QObject::disconnect(&engine, nullptr, &context, nullptr);
@@ -214,7 +212,7 @@ TEST_F(UpdateEngineTest, RemovesLeftoversUnlessSomebodyIsAtWork)
     TUpdateServer server;
     Release().PutOn(server);
     TUpdateEngine engine(TestUpdateSettings(server, Program()));
-    QDir().mkpath(Staging() + "/files");
+    PutFile(Staging() + "/files/file", {});
     QFile::link(Program(), Staging() + "/files/link");
     {
         const TUpdateLock lock(Program());

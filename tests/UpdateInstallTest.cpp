@@ -9,7 +9,6 @@
 #include <QCryptographicHash>
 #include <QDateTime>
 #include <QDir>
-#include <QDirIterator>
 #include <QFileInfo>
 #include <QProcess>
 
@@ -26,11 +25,9 @@ using ::testing::HasSubstr;
 
 namespace {
 
-using TFiles = std::map<QString, QByteArray>;
-
-const TFiles OldFiles { { "corvadine", "old program" }, { "docs/guide.txt", "old guide" },
+const TFolderContent OldFiles { { "corvadine", "old program" }, { "docs/guide.txt", "old guide" },
     { "Corvadine.db", "projects" }, { "CorvadineBase.ini", "settings" } };
-const TFiles NewFiles { { "corvadine", "new program, longer" }, { "docs/guide.txt", "new guide" },
+const TFolderContent NewFiles { { "corvadine", "new program, longer" }, { "docs/guide.txt", "new guide" },
     { "extra/deep/list.txt", "a file that is new" } };
 
 } // namespace
@@ -42,46 +39,29 @@ protected:
     {
         QDir(FProgram).removeRecursively();
         for (const auto& [name, bytes] : OldFiles)
-            Put(FProgram + '/' + name, bytes);
+            PutFile(FProgram + '/' + name, bytes);
         EXPECT_TRUE(QFile::setPermissions(
             Program(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner | QFile::ExeGroup));
         FPermissions = QFile::permissions(Program());
         TStagedUpdate update { StagingFolderOf(FProgram), "1.1.0", {} };
         for (const auto& [name, bytes] : NewFiles) {
             const QString staged = update.StagingFolder + "/files/" + name;
-            Put(staged, bytes);
+            PutFile(staged, bytes);
             update.Files.push_back(
                 { name, staged, bytes.size(), QCryptographicHash::hash(bytes, QCryptographicHash::Sha256) });
         }
         return update;
     }
 
-    static void Put(const QString& path, const QByteArray& bytes)
-    {
-        ASSERT_TRUE(QDir().mkpath(QFileInfo(path).path()));
-        PutFile(path, bytes);
-    }
-
     // What lies in the program folder but for the log and what outlasts an update.
-    TFiles Files() const
+    TFolderContent Files() const
     {
-        TFiles files;
-        const QDir program(FProgram);
-        QDirIterator walk(
-            FProgram, QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot, QDirIterator::Subdirectories);
-        while (walk.hasNext()) {
-            const QString name = program.relativeFilePath(walk.next());
-            if (walk.fileInfo().isDir())
-                EXPECT_FALSE(QDir(walk.filePath()).isEmpty()) << name.toStdString();
-            else if (name != "WUPDATE.LOG" && name != "CorvadineUpdate.accepted")
-                files.emplace(name, FileBytes(walk.filePath()));
-        }
-        return files;
+        return FolderContent(FProgram, { "WUPDATE.LOG", "CorvadineUpdate.accepted" });
     }
 
-    static TFiles Updated()
+    static TFolderContent Updated()
     {
-        TFiles files = OldFiles;
+        TFolderContent files = OldFiles;
         for (const auto& [name, bytes] : NewFiles)
             files[name] = bytes;
         return files;
@@ -181,7 +161,7 @@ TEST_F(UpdateInstallTest, StartCompletesOrUndoesWhatWasCutOff)
     EXPECT_THAT(FileBytes(FProgram + "/WUPDATE.LOG").toStdString(), HasSubstr("completed it"));
 
     Stage();
-    Put(FProgram + "/CorvadineUpdate.old/journal", "{");
+    PutFile(FProgram + "/CorvadineUpdate.old/journal", "{");
     EXPECT_THAT(ErrorOf([&] { RecoverUpdate(FProgram); }), HasSubstr("install Corvadine anew"));
     EXPECT_EQ(RecoverUpdate(FProgram), TRecovery::NotNeeded) << "not at every start";
     EXPECT_EQ(FileBytes(FProgram + "/CorvadineUpdate.damaged/journal"), "{");
@@ -248,7 +228,6 @@ TEST_F(UpdateInstallTest, RefusesWhatIsNotAsItWasDownloaded)
         { "folder in the way",
             [this](auto&) {
                 QFile::remove(Program());
-                QDir().mkpath(Program() + "/x");
                 PutFile(Program() + "/x/y", "kept");
             },
             "corvadine" },
@@ -268,7 +247,7 @@ TEST_F(UpdateInstallTest, RefusesWhatIsNotAsItWasDownloaded)
         TStagedUpdate update = Stage();
         spoil(update);
         const TUpdateLog updateLog(FProgram);
-        TFiles files = Files();
+        TFolderContent files = Files();
         std::erase_if(files, [](const auto& file) { return file.first.startsWith("CorvadineUpdate."); });
         const std::string message =
             ErrorOf([&] { TUpdateInstaller(FProgram, updateLog).Install(update, Program()); });
@@ -280,7 +259,7 @@ TEST_F(UpdateInstallTest, RefusesWhatIsNotAsItWasDownloaded)
 
 TEST_F(UpdateInstallTest, LogStaysSmallAndItsLinesHonest)
 {
-    ASSERT_TRUE(QDir().mkpath(FProgram));
+    QDir().mkpath(FProgram);
     const TUpdateLog log(FProgram);
     log.Write("Look for a newer version", "failed.\n01/01/2030 00:00 Install: done\r");
     EXPECT_EQ(FileBytes(log.Path()).count('\n'), 1);

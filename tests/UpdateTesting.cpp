@@ -1,10 +1,7 @@
 #include "tests/UpdateTesting.h"
 
-#include "tests/Testing.h"
-
 #include <QCryptographicHash>
 #include <QDir>
-#include <QDirIterator>
 #include <QEventLoop>
 #include <QProcess>
 #include <QRandomGenerator>
@@ -144,8 +141,8 @@ TUpdateRelease::TUpdateRelease(
 void TUpdateRelease::Renew(const QStringList& arguments)
 {
     const QTemporaryDir output;
-    for (auto file = Files.cbegin(); file != Files.cend(); ++file)
-        PutFile(output.filePath(file.key()), file.value());
+    for (const auto& [name, bytes] : Files)
+        PutFile(output.filePath(name), bytes);
     RunMakeUpdate(QStringList { "renew", "--output", output.path() } + arguments);
     Files = FolderContent(output.path());
 }
@@ -179,8 +176,8 @@ void TUpdateRelease::ReplacePackage(const QByteArray& bytes)
 
 void TUpdateRelease::PutOn(TUpdateServer& server) const
 {
-    for (auto file = Files.cbegin(); file != Files.cend(); ++file)
-        server.Put("/Corvadine/" + file.key(), Ok(file.value()));
+    for (const auto& [name, bytes] : Files)
+        server.Put("/Corvadine/" + name, Ok(bytes));
 }
 
 QByteArray TUpdateRelease::PublicKey()
@@ -204,7 +201,6 @@ TUpdateRelease MakeRelease(const QString& version, const QStringList& arguments)
 {
     const QTemporaryDir folder;
     const QString program = folder.filePath("corvadine");
-    QDir(folder.path()).mkdir("presets");
     PutFile(program, NewProgram());
     QFile::setPermissions(program, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     PutFile(folder.filePath("Corvadine.chm"), NewHelp);
@@ -221,7 +217,6 @@ TUpdateRelease Release()
 
 void PutOldFiles(const QString& programFolder)
 {
-    QDir().mkpath(programFolder + "/presets");
     PutFile(programFolder + "/corvadine", "old program");
     PutFile(programFolder + "/Corvadine.chm", "old help");
     PutFile(programFolder + "/presets/colours.txt", "old presets");
@@ -291,22 +286,9 @@ TUpdateOutcome AwaitOutcome(TUpdateEngine& engine)
     return outcome;
 }
 
-QMap<QString, QByteArray> FolderContent(const QString& folder)
+TFolderContent ContentOf(const QString& folder)
 {
-    QMap<QString, QByteArray> content;
-    QDirIterator entries(folder, QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
-        QDirIterator::Subdirectories);
-    while (entries.hasNext()) {
-        const QFileInfo info = entries.nextFileInfo();
-        const QString name = info.filePath().mid(folder.size() + 1);
-        if (info.fileName() == TUpdateSettings::KnownFileName)
-            continue;
-        if (info.isSymLink())
-            content[name] = "link to " + info.symLinkTarget().toUtf8();
-        else if (info.isFile())
-            content[name] = FileBytes(info.filePath());
-    }
-    return content;
+    return FolderContent(folder, { TUpdateSettings::KnownFileName });
 }
 
 } // namespace Corvadine::Testing

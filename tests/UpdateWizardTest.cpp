@@ -39,8 +39,7 @@ class UpdateWizardTest : public TFolderTest {
 protected:
     void SetUp() override
     {
-        ASSERT_TRUE(QDir().mkpath(FProgram));
-        ASSERT_TRUE(QDir().mkpath(FTemporary));
+        ASSERT_TRUE(QDir().mkpath(FProgram) && QDir().mkpath(FTemporary));
         ASSERT_TRUE(QFile::copy(QStringLiteral(CORVADINE_STAND_IN), Program("corvadine")));
         PutFile(Program("Corvadine.chm"), "old help");
         PutFile(Program("extra.txt"), "old extra");
@@ -302,7 +301,7 @@ TEST_F(UpdateWizardTest, TellsInPlainWordsWhatWentWrong)
     ASSERT_TRUE(Reaches({ Offered }));
     Tick(1);
     QFile::remove(Program("Corvadine.chm"));
-    ASSERT_TRUE(QDir().mkpath(Program("Corvadine.chm/in the way")));
+    PutFile(Program("Corvadine.chm/in the way"), {});
     Click(FWizard->btnNext);
     ASSERT_TRUE(Shows(Failed));
     EXPECT_THAT(FWizard->Note->text().toStdString(), HasSubstr("Corvadine.chm"));
