@@ -18,6 +18,7 @@
 
 using namespace Corvadine;
 using namespace Corvadine::Testing;
+using ::testing::EndsWith;
 
 namespace {
 
@@ -82,15 +83,10 @@ TEST_F(HelpViewerTest, DamagedFilesNeitherCrashNorSpeak)
             bytes.truncate(random(bytes.size()));
         ReadEverything(Damaged(bytes));
     }
-    for (const qsizetype size :
-        { qsizetype(0), qsizetype(4), qsizetype(96), qsizetype(5000), FBytes.size() - 1 })
-        EXPECT_TRUE(QString::fromStdString(ErrorOf([&] {
-            TChmArchive archive(Damaged(FBytes.left(size)));
-        })).endsWith(": it is damaged"))
-            << size;
-    EXPECT_TRUE(QString::fromStdString(ErrorOf([&] {
-        TChmArchive archive(Path("none.chm"));
-    })).endsWith(": the file does not exist"));
+    const auto errorOf = [](const QString& path) { return ErrorOf([&] { TChmArchive archive(path); }); };
+    for (const qsizetype size : { 0LL, 4LL, 96LL, 5000LL, FBytes.size() - 1 })
+        EXPECT_THAT(errorOf(Damaged(FBytes.left(size))), EndsWith(": it is damaged")) << size;
+    EXPECT_THAT(errorOf(Path("none.chm")), EndsWith(": the file does not exist"));
 
     // And nothing is shown, or said, or lost.
     THelpWindow window;
@@ -196,56 +192,38 @@ TEST_F(HelpViewerTest, PagesGetNothingFromOutsideTheArchive)
     EXPECT_EQ(opened.size(), 3) << "the web and mail, after a click";
 }
 
-TEST_F(HelpViewerTest, RouterOpensTopicsAndContentsOfHtmlHelpOnly)
-{
-    auto owner = std::make_unique<QWidget>();
-    auto* router = new THelpRouter(owner.get());
-    router->SetHelpFile(HelpFile);
-    router->HelpContext(90);
-    EXPECT_EQ(ShownHelp(), nullptr) << "no type of help was set";
-    router->SetHelpType(THelpType::htHTMLhelp);
-    router->HelpCommand(4, 0);
-    router->HelpContext(-1);
-    EXPECT_EQ(ShownHelp(), nullptr);
-    router->HelpContext(90);
-    ASSERT_NE(ShownHelp(), nullptr);
-    EXPECT_EQ(ShownHelp()->Browser->Page(), "/window.html");
-    router->HelpCommand(THelpRouter::ContentsCommand, 0);
-    EXPECT_EQ(ShownHelp()->Browser->Page(), "/start.html");
-    router->SetHelpFile(Path("none.chm"));
-    router->HelpContext(2007);
-    EXPECT_EQ(ShownHelp()->Browser->Page(), "/start.html");
-    owner.reset();
-    EXPECT_EQ(ShownHelp(), nullptr) << "closed with the program's window";
-}
-
 TEST_F(HelpViewerTest, F1OpensTheWindowsTopicAndTheButtonTheContents)
 {
     TSilentPrompts prompts;
-    TMainForm form(Path(""), prompts);
-    form.StartUp();
-    form.show();
-    QApplication::setActiveWindow(&form);
+    auto form = std::make_unique<TMainForm>(Path(""), prompts);
+    form->StartUp();
+    form->show();
+    QApplication::setActiveWindow(form.get());
     const auto pressKey = [&] {
         LetIdle();
-        QTest::keyClick(form.Controls().cb2xWidth, Qt::Key_F1);
+        QTest::keyClick(form->Controls().cb2xWidth, Qt::Key_F1);
     };
     const auto pressButton = [&] {
-        for (QToolButton* button : form.Controls().dxRibbon1->findChildren<QToolButton*>())
+        for (QToolButton* button : form->Controls().dxRibbon1->findChildren<QToolButton*>())
             if (button->defaultAction() != nullptr && button->defaultAction()->text() == "&Help")
                 QTest::mouseClick(button, Qt::LeftButton);
     };
-    EXPECT_EQ(form.State().HelpRouter->HelpFile(), Path("") + "/Corvadine.chm");
+    EXPECT_EQ(form->State().HelpRouter->HelpFile(), Path("") + "/Corvadine.chm");
     pressKey();
     pressButton();
     EXPECT_EQ(ShownHelp(), nullptr) << "there is no help file";
 
     ASSERT_TRUE(QFile::copy(HelpFile, Path("Corvadine.chm")));
+    form->State().HelpRouter->HelpCommand(4, 0);
+    form->State().HelpRouter->HelpContext(-1);
+    EXPECT_EQ(ShownHelp(), nullptr) << "neither a topic nor the contents";
     pressKey();
     ASSERT_NE(ShownHelp(), nullptr);
     EXPECT_EQ(ShownHelp()->Browser->Page(), "/window.html");
     pressButton();
     EXPECT_EQ(ShownHelp()->Browser->Page(), "/start.html");
+    form.reset();
+    EXPECT_EQ(ShownHelp(), nullptr) << "closed with the program's window";
 }
 
 TEST_F(HelpViewerTest, DialogsAskForTheirTopicsAndLeaveTheHelpUsable)
