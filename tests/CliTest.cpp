@@ -69,12 +69,6 @@ protected:
             process.readAllStandardError().toStdString() };
     }
 
-    TOutcome RunProgramOnFullDisk(const QStringList& arguments)
-    {
-        const TFileSizeLimit limit(1000);
-        return RunProgram(arguments);
-    }
-
     void AddProject(const QString& platforms = "windows")
     {
         const TOutcome added = Run({ "add", FProject, "--icon", FIcon, "--platforms", platforms });
@@ -353,10 +347,14 @@ TEST_F(TCliTest, ClearDeletesTheFilesOfTheOutputFolderOnly)
 
 TEST_F(TCliTest, AFullDiskChangesNothing)
 {
-    if (!CanLimitFileSize())
+    if (!IsPosix())
         GTEST_SKIP();
+    const auto runOnFullDisk = [this](const QStringList& arguments) {
+        const TFileSizeLimit limit(1000);
+        return RunProgram(arguments);
+    };
     const auto untouched = Files();
-    EXPECT_EQ(RunProgramOnFullDisk({ "add", FProject }).Status, 1);
+    EXPECT_EQ(runOnFullDisk({ "add", FProject }).Status, 1);
     EXPECT_EQ(Files(), untouched) << "an empty database or new folders are left";
     AddProject();
     ASSERT_EQ(Run({ "generate", "1" }).Status, 0);
@@ -367,7 +365,7 @@ TEST_F(TCliTest, AFullDiskChangesNothing)
     const QList<QStringList> commands { { "generate", "1" }, { "update", "1" },
         { "set", "1", "--twox", "500" }, { "add", second } };
     for (const QStringList& arguments : commands) {
-        const TOutcome outcome = RunProgramOnFullDisk(arguments);
+        const TOutcome outcome = runOnFullDisk(arguments);
         EXPECT_EQ(outcome.Status, 1) << outcome.Out;
         EXPECT_THAT(outcome.Err, Matches("Cannot .*\n"));
         EXPECT_EQ(Files(), before) << outcome.Err;
@@ -378,23 +376,6 @@ TEST_F(TCliTest, AFullDiskChangesNothing)
     ASSERT_TRUE(list.waitForFinished(-1));
     EXPECT_EQ(list.exitCode(), 1);
     EXPECT_EQ(list.readAllStandardError(), "Cannot write the standard output: No space left on device\n");
-}
-
-TEST_F(TCliTest, AnInterruptedGenerationLeavesWholeFilesOnly)
-{
-    AddProject("all");
-    const TOutcome generated = RunProgram({ "generate", "1" });
-    ASSERT_EQ(generated.Status, 0) << generated.Err;
-    const std::size_t count = Files().size();
-    for (const int milliseconds : { 20, 60, 120, 250 }) {
-        QProcess process;
-        process.start(QStringLiteral(CORVADINE_CLI), { "generate", "1", "--data", FData });
-        process.waitForFinished(milliseconds);
-        process.kill();
-        process.waitForFinished(-1);
-        EXPECT_EQ(Files().size(), count) << "litter after " << milliseconds << " ms";
-        EXPECT_THAT(Run({ "check", "1", "--json" }).Out, ::testing::Not(HasSubstr("Corvadine/")));
-    }
 }
 
 } // namespace

@@ -107,7 +107,7 @@ TEST_F(ProjectUpdaterTest, FailuresLeaveTheProjectFileAsItWas)
 
 TEST_F(ProjectUpdaterTest, KilledAtAnyMomentLeavesOneOfTheTwoWholes)
 {
-    if (!CanCopyProcess())
+    if (!IsPosix())
         GTEST_SKIP();
     std::mt19937 random(20240305);
     std::uniform_int_distribution pause(500, 20'000);

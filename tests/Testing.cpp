@@ -19,6 +19,12 @@ QByteArray FileBytes(const QString& path)
     return file.readAll();
 }
 
+void SetFileTime(const QString& path, const QDateTime& time)
+{
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::ReadWrite) && file.setFileTime(time, QFile::FileModificationTime));
+}
+
 TFolderContent FolderContent(const QString& folder, const QStringList& except)
 {
     TFolderContent content;

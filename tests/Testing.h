@@ -3,6 +3,7 @@
 #include "base/Error.h"
 
 #include <QByteArray>
+#include <QDateTime>
 #include <QDir>
 #include <QRegularExpression>
 #include <QString>
@@ -47,6 +48,9 @@ MATCHER_P(Matches, pattern, "matches " + ::testing::PrintToString(pattern)) // N
 // refuses.
 void PutFile(const QString& path, const QByteArray& bytes);
 QByteArray FileBytes(const QString& path);
+
+// As if the file had been written at `time`.
+void SetFileTime(const QString& path, const QDateTime& time);
 
 // By their names below `folder`: each file with its content, each link with what it leads to, and each empty
 // folder, whose name ends with a slash. Leaves out the files called as `except` says.

@@ -32,12 +32,7 @@ pid_t StartCopy(const std::function<void()>& work)
 
 } // namespace
 
-bool CanLinkFiles()
-{
-    return true;
-}
-
-bool CanCopyProcess()
+bool IsPosix()
 {
     return true;
 }
@@ -55,11 +50,6 @@ void RunAndKill(const std::function<void()>& work, std::chrono::microseconds aft
     std::this_thread::sleep_for(after);
     ::kill(child, SIGKILL);
     ASSERT_EQ(::waitpid(child, nullptr, 0), child);
-}
-
-bool CanLimitFileSize()
-{
-    return true;
 }
 
 TFileSizeLimit::TFileSizeLimit(quint64 bytes)

@@ -7,12 +7,7 @@ QString HardName()
     return QStringLiteral("It's a 'M\u00e4rchen' & 100%TEMP% \U0001F600");
 }
 
-bool CanLinkFiles()
-{
-    return false;
-}
-
-bool CanCopyProcess()
+bool IsPosix()
 {
     return false;
 }
@@ -23,11 +18,6 @@ bool SurvivesInCopy(const std::function<void()>& /*work*/)
 }
 
 void RunAndKill(const std::function<void()>& /*work*/, std::chrono::microseconds /*after*/) { }
-
-bool CanLimitFileSize()
-{
-    return false;
-}
 
 TFileSizeLimit::TFileSizeLimit(quint64 /*bytes*/) { }
 

@@ -106,10 +106,10 @@ std::function<void(TScene&)> Answered(const QString& path, const TAnswer& answer
 
 constexpr std::chrono::milliseconds ShortTime { 700 };
 
-std::function<void(TScene&)> Stalled(const QString& path, const QByteArray& bytes)
+std::function<void(TScene&)> Stalled(const QString& path, const QByteArray& bytes, TThen then = TThen::Stall)
 {
     return [=](TScene& scene) {
-        scene.Instead[path] = { bytes, TThen::Stall };
+        scene.Instead[path] = { bytes, then };
         scene.Settings.Limits.Headers = scene.Settings.Limits.Stall = ShortTime;
     };
 }
@@ -167,10 +167,7 @@ std::vector<TAttack> AttacksOnTheLine()
             Answered(ControlPath,
                 { "HTTP/1.1 301 Gone\r\nLocation: http://localhost/\r\n\r\n", TThen::SendForEver }) },
         { "endless headers", "does not answer any more",
-            [](TScene& s) {
-                s.Instead[ControlPath] = { "HTTP/1.1 200 OK\r\nX: ", TThen::SendForEver };
-                s.Settings.Limits.Headers = ShortTime;
-            } },
+            Stalled(ControlPath, "HTTP/1.1 200 OK\r\nX: ", TThen::SendForEver) },
         { "an endless chunk extension", "sends it in pieces",
             Answered(PackageUrlPath,
                 { "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n1;", TThen::SendForEver }) },
@@ -184,9 +181,8 @@ std::vector<TAttack> AttacksOnTheLine()
         { "another length announced", "which is not its size", Answered(PackageUrlPath, Ok("MSCF")) },
         { "less than was announced", "the connection too early",
             [](TScene& s) {
-                TAnswer answer = Ok(s.Release.Package());
-                answer.Bytes.chop(1);
-                s.Instead[PackageUrlPath] = answer;
+                s.Instead[PackageUrlPath] = Ok(s.Release.Package());
+                s.Instead[PackageUrlPath].Bytes.chop(1);
             } },
         { "less than the publisher says", "bytes of",
             [](TScene& s) { s.Instead[PackageUrlPath] = { OkHeaders + s.Release.Package().chopped(1) }; } },

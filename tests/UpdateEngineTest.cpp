@@ -31,10 +31,7 @@ protected:
 
 TEST_F(UpdateEngineTest, DownloadsWhatIsNewer)
 {
-    QFile presets(Program("presets/colours.txt"));
-    ASSERT_TRUE(presets.open(QIODevice::ReadWrite));
-    presets.setFileTime(QDateTime({ 2019, 1, 1 }, { 0, 0 }, Qt::UTC), QFile::FileModificationTime);
-    presets.close();
+    SetFileTime(Program("presets/colours.txt"), QDateTime({ 2019, 1, 1 }, { 0, 0 }, Qt::UTC));
     const auto before = ContentOf(Program());
     for (const char* archive : { "cab", "zip", "none" }) {
         SCOPED_TRACE(archive);

@@ -188,11 +188,9 @@ QByteArray TUpdateRelease::PublicKey()
 const QByteArray& NewProgram()
 {
     static const QByteArray Bytes = [] {
-        QByteArray bytes(200 * 1024, '\0');
-        QRandomGenerator random(1);
-        for (char& byte : bytes)
-            byte = static_cast<char>(random.generate());
-        return bytes;
+        std::vector<quint32> words(50 * 1024);
+        QRandomGenerator(1).fillRange(words.data(), static_cast<qsizetype>(words.size()));
+        return QByteArray(reinterpret_cast<const char*>(words.data()), 200 * 1024);
     }();
     return Bytes;
 }
