@@ -116,12 +116,10 @@ TEST_F(AddProjFormTest, PromptReturnsThePastedPathAsItIs)
     const QString pasted = "C:\\Dev Kits\\..\\Dev\\Demo.DProj";
     TWidgetPrompts prompts;
     const auto answer = [&](auto act) {
-        QTimer::singleShot(0, [act] {
-            auto* form = qobject_cast<TAddProjForm*>(QApplication::activeModalWidget());
-            ASSERT_NE(form, nullptr);
-            QTest::keySequence(form->cbWizProjectFile, QKeySequence(QKeySequence::Paste));
+        InDialog<TAddProjForm>([act](TAddProjForm& form) {
+            QTest::keySequence(form.cbWizProjectFile, QKeySequence(QKeySequence::Paste));
             LetIdle();
-            act(*form);
+            act(form);
         });
         return prompts.ChooseProjectFile();
     };
@@ -139,15 +137,13 @@ TEST_F(AddProjFormTest, MessagesAreShownAsTheyAre)
     TWidgetPrompts prompts;
     QString shown;
     const auto answer = [&](QMessageBox::StandardButton button) {
-        QTimer::singleShot(0, [&shown, button] {
-            auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
-            ASSERT_NE(box, nullptr);
-            EXPECT_EQ(box->textFormat(), Qt::PlainText);
-            shown = box->text();
+        InDialog<QMessageBox>([&shown, button](QMessageBox& box) {
+            EXPECT_EQ(box.textFormat(), Qt::PlainText);
+            shown = box.text();
             if (button == QMessageBox::NoButton)
-                QTest::keyClick(box, Qt::Key_Escape);
+                QTest::keyClick(&box, Qt::Key_Escape);
             else
-                QTest::mouseClick(box->button(button), Qt::LeftButton);
+                QTest::mouseClick(box.button(button), Qt::LeftButton);
         });
     };
     answer(QMessageBox::Ok);

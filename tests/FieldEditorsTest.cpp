@@ -26,21 +26,19 @@ using TState = TProjectsTable::TState;
 
 namespace {
 
-const TProject FirstProject { .ProjectFile = "/a/First.dproj",
-    .IncAndroid = true,
-    .TwoxSize = 400,
-    .PickColor = 0xFFFFFF,
-    .PixelFormat = 1,
-    .Compression = 6 };
-const TFieldSet FirstFields { TField::ProjectFile, TField::IncAndroid, TField::TwoxSize, TField::PickColor,
-    TField::PixelFormat, TField::Compression };
-
 // A window with one editor of each kind over a table of three projects, the last two without any numbers.
 class FieldEditorsTest : public TFolderTest {
 protected:
     FieldEditorsTest()
     {
-        FStore.Insert(FirstProject, FirstFields);
+        FStore.Insert({ .ProjectFile = "/a/First.dproj",
+                          .IncAndroid = true,
+                          .TwoxSize = 400,
+                          .PickColor = 0xFFFFFF,
+                          .PixelFormat = 1,
+                          .Compression = 6 },
+            { TField::ProjectFile, TField::IncAndroid, TField::TwoxSize, TField::PickColor,
+                TField::PixelFormat, TField::Compression });
         FStore.Insert({ .ProjectFile = "/b/Second.dproj" }, { TField::ProjectFile });
         FStore.Insert({ .ProjectFile = "/c/Third.dproj" }, { TField::ProjectFile });
         auto* layout = new QVBoxLayout(&FWindow);
@@ -59,7 +57,6 @@ protected:
         QTest::mouseClick(FColor, Qt::LeftButton);
         return FColor->findChild<QTableView*>();
     }
-    TProject Saved() const { return FTable.Rows().front(); }
 
     TProjectStore FStore { Path("Corvadine.db") };
     TProjectsTable FTable;
@@ -91,7 +88,7 @@ TEST_F(FieldEditorsTest, ChangesAreWrittenAtOnceButNotSavedAndCancelTakesThemBac
     EXPECT_EQ(FTable.Current().TwoxSize, 750);
     EXPECT_EQ(FWidth->text(), "0750") << "what is being typed stays as it is";
 
-    EXPECT_EQ(Saved().PixelFormat, 1);
+    EXPECT_EQ(FTable.Rows().front().PixelFormat, 1);
     FTable.Cancel();
     EXPECT_TRUE(FAndroid->isChecked());
     EXPECT_EQ(FFormat->currentText(), "256 Colors");
@@ -201,17 +198,13 @@ TEST_F(FieldEditorsTest, ColorBoxWritesNamedAndOtherColorsAndPreviewsWithout)
     QCoreApplication::processEvents();
     EXPECT_FALSE(QApplication::activePopupWidget()) << "a click on the box closes its list";
 
-    QColor asked;
-    std::optional<QColor> answer;
-    FColor->SetColorDialog([&](const QColor& current) {
-        asked = current;
-        return answer;
-    });
-    for (const QColor chosen : { QColor(), QColor(1, 2, 3) }) {
-        answer = chosen.isValid() ? std::optional(chosen) : std::nullopt;
+    for (const auto& answer : { std::optional<QColor>(), std::optional(QColor(1, 2, 3)) }) {
+        FColor->SetColorDialog([&](const QColor& current) {
+            EXPECT_EQ(current, QColor("tomato"));
+            return answer;
+        });
         QTest::mouseClick(OpenSwatches()->parentWidget()->findChild<QPushButton*>(), Qt::LeftButton);
-        EXPECT_EQ(asked, QColor("tomato"));
-        EXPECT_EQ(FTable.Current().PickColor, chosen.isValid() ? 0x030201 : 0x4763FF);
+        EXPECT_EQ(FTable.Current().PickColor, answer ? 0x030201 : 0x4763FF);
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }
 

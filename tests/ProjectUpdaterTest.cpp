@@ -4,7 +4,6 @@
 #include "tests/Testing.h"
 #include "tests/TestingSystem.h"
 
-#include <QDir>
 #include <QFile>
 
 #include <random>

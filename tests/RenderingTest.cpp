@@ -7,8 +7,6 @@
 
 #include <QImage>
 
-#include <set>
-
 using namespace Corvadine;
 using namespace Corvadine::Testing;
 
@@ -89,10 +87,8 @@ TEST(RenderingTest, AppStoreImageIsFlattenedInBothFormats)
         EXPECT_FALSE(png.contains("tRNS"));
         EXPECT_EQ(Decoded(png).size(), QSize(1024, 512)) << "not padded";
         EXPECT_FALSE(Decoded(png).hasAlphaChannel());
+        EXPECT_EQ(Decoded(png).convertToFormat(QImage::Format_RGB32).pixel(0, 0), VioletRgb);
     }
-    const QByteArray png =
-        Png(Sources(Disc({ 300, 150 }, false)), Settings(TOutputFormat::TrueColor), AppStore);
-    EXPECT_EQ(Decoded(png).pixel(0, 0), VioletRgb);
 }
 
 TEST(RenderingTest, LaunchOutputsAreCentredOnTheBackgroundWithTheOddPixelRightAndBelow)
@@ -119,7 +115,6 @@ TEST(RenderingTest, LaunchSourceIsUsedOnlyWhereItBelongs)
     const TSourceInfo icon { { 64, 64 }, true };
     const TSourceInfo launch { { 100, 200 }, false };
     EXPECT_TRUE(RecipeOf(Splash426, icon, launch).FromLaunch);
-    EXPECT_TRUE(RecipeOf({ 400, 400, "iPad_LaunchDark2x" }, icon, launch).FromLaunch);
     EXPECT_FALSE(RecipeOf(Icon36, icon, launch).FromLaunch);
     EXPECT_FALSE(RecipeOf(Splash426, icon, std::nullopt).FromLaunch);
     EXPECT_FALSE(RecipeOf(Splash426, icon, TSourceInfo { { 1, 50 }, false }).FromLaunch)

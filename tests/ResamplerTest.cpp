@@ -8,7 +8,6 @@
 #include <hwy/targets.h>
 
 #include <cmath>
-#include <numeric>
 #include <random>
 
 using namespace Corvadine;
@@ -211,7 +210,6 @@ TEST(ResamplerTest, FitsIntoTheBoxAndRoundsToNearest)
     EXPECT_EQ(FittedSize({ 1024, 512 }, { 36, 36 }), QSize(36, 18));
     EXPECT_EQ(FittedSize({ 1080, 1920 }, { 426, 320 }), QSize(180, 320));
     EXPECT_EQ(FittedSize({ 640, 427 }, { 87, 87 }), QSize(87, 58)); // 58.04
-    EXPECT_EQ(FittedSize({ 640, 429 }, { 87, 87 }), QSize(87, 58)); // 58.3
     EXPECT_EQ(FittedSize({ 640, 431 }, { 87, 87 }), QSize(87, 59)); // 58.6
     EXPECT_EQ(FittedSize({ 10000, 1 }, { 36, 36 }), QSize(36, 1));
     EXPECT_EQ(FittedSize({ 1, 1 }, { 960, 720 }), QSize(720, 720));

@@ -13,7 +13,6 @@
 #include <QProcess>
 
 #include <cstdlib>
-#include <map>
 #include <optional>
 #include <tuple>
 #include <vector>

@@ -1,7 +1,6 @@
 #include "tests/UpdateTesting.h"
 
 #include <QCryptographicHash>
-#include <QDir>
 #include <QEventLoop>
 #include <QProcess>
 #include <QRandomGenerator>

@@ -6,12 +6,10 @@
 
 #include <QByteArray>
 #include <QHash>
-#include <QList>
 #include <QSslServer>
 #include <QString>
 #include <QStringList>
 
-#include <optional>
 #include <vector>
 
 // An update server on loopback, real releases, and an engine that is run to its end. Everything happens on
