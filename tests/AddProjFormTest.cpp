@@ -21,9 +21,9 @@ class AddProjFormTest : public TFolderTest {
 protected:
     void SetUp() override
     {
-        ASSERT_TRUE(QDir(Path({})).mkpath(QStringLiteral("Games/Empty")));
+        ASSERT_TRUE(QDir(Path({})).mkpath("Games/Empty"));
         for (const char* name : { "Games/Demo.dproj", "Games/Second.DPROJ", "Games/Demo.dproj.bak" })
-            PutFile(Path(QLatin1String(name)), "x");
+            PutFile(Path(name), "x");
     }
 
     // Opens the tree with the mouse; it stands open at `folder`.
@@ -49,7 +49,7 @@ TEST_F(AddProjFormTest, OnlyProjectFilesEnableTheButton)
         { "C:\\App\\DEMO.DProj", true }, { "/app/demo.dproj", true }, { "C:\\App", false },
         { "C:\\App.dproj\\", false }, { "Demo.dproj.bak", false }, { " Demo.dproj ", false }, { "", false } };
     for (const auto& [text, enabled] : cases) {
-        form.cbWizProjectFile->setEditText(QLatin1String(text));
+        form.cbWizProjectFile->setEditText(text);
         LetIdle();
         EXPECT_EQ(form.btnAddProject->isEnabled(), enabled) << text;
     }
@@ -57,7 +57,7 @@ TEST_F(AddProjFormTest, OnlyProjectFilesEnableTheButton)
 
 TEST_F(AddProjFormTest, FileIsPickedWithTheMouse)
 {
-    TAddProjForm form(nullptr, Path(QStringLiteral("Games/")));
+    TAddProjForm form(nullptr, Path("Games/"));
     form.show();
     QTreeView* tree = OpenTree(form);
     ASSERT_NE(tree, nullptr);
@@ -65,11 +65,11 @@ TEST_F(AddProjFormTest, FileIsPickedWithTheMouse)
     const QModelIndex games = tree->currentIndex();
     EXPECT_EQ(Names(tree, games), (QStringList { "Empty", "Demo.dproj", "Second.DPROJ" }));
 
-    Click(tree, Find(tree, QStringLiteral("Empty"), games));
+    Click(tree, Find(tree, "Empty", games));
     EXPECT_EQ(OpenDropDown(), tree) << "a folder must not end the choice";
-    Click(tree, Find(tree, QStringLiteral("Second.DPROJ"), games));
+    Click(tree, Find(tree, "Second.DPROJ", games));
     EXPECT_EQ(OpenDropDown(), nullptr);
-    EXPECT_EQ(form.ProjectFile(), QDir::toNativeSeparators(Path(QStringLiteral("Games/Second.DPROJ"))));
+    EXPECT_EQ(form.ProjectFile(), QDir::toNativeSeparators(Path("Games/Second.DPROJ")));
 
     QTest::mouseClick(form.btnAddProject, Qt::LeftButton);
     EXPECT_EQ(form.result(), QDialog::Accepted);
@@ -77,7 +77,7 @@ TEST_F(AddProjFormTest, FileIsPickedWithTheMouse)
 
 TEST_F(AddProjFormTest, FileIsPickedWithTheKeyboard)
 {
-    TAddProjForm form(nullptr, Path(QStringLiteral("Games")));
+    TAddProjForm form(nullptr, Path("Games"));
     form.show();
     ASSERT_TRUE(QTest::qWaitForWindowActive(&form));
     Press(Qt::Key_Return);
@@ -90,7 +90,7 @@ TEST_F(AddProjFormTest, FileIsPickedWithTheKeyboard)
     for (int i = 0; i < 2; ++i) // past the folder
         Press(Qt::Key_Down);
     Press(Qt::Key_Return);
-    EXPECT_EQ(form.ProjectFile(), QDir::toNativeSeparators(Path(QStringLiteral("Games/Demo.dproj"))));
+    EXPECT_EQ(form.ProjectFile(), QDir::toNativeSeparators(Path("Games/Demo.dproj")));
     Press(Qt::Key_Return);
     EXPECT_FALSE(form.isVisible());
     EXPECT_EQ(form.result(), QDialog::Accepted);
@@ -98,30 +98,28 @@ TEST_F(AddProjFormTest, FileIsPickedWithTheKeyboard)
 
 TEST_F(AddProjFormTest, TreeOpensAtTheTextOrNearby)
 {
-    TAddProjForm form(nullptr, Path(QStringLiteral("nowhere")));
+    TAddProjForm form(nullptr, Path("nowhere"));
     form.show();
-    form.cbWizProjectFile->setEditText(Path(QStringLiteral("Games/Demo.dproj")));
+    form.cbWizProjectFile->setEditText(Path("Games/Demo.dproj"));
     QTreeView* tree = OpenTree(form);
-    EXPECT_EQ(tree->currentIndex().data(), QStringLiteral("Demo.dproj"));
+    EXPECT_EQ(tree->currentIndex().data(), "Demo.dproj");
     EXPECT_TRUE(tree->viewport()->rect().contains(tree->visualRect(tree->currentIndex())));
     Press(Qt::Key_Escape);
 
-    form.cbWizProjectFile->setEditText(QStringLiteral("rubbish \\ : /"));
+    form.cbWizProjectFile->setEditText("rubbish \\ : /");
     EXPECT_TRUE(OpenTree(form)->currentIndex().isValid()) << "the home folder or what leads to it";
     Press(Qt::Key_Escape);
 }
 
 TEST_F(AddProjFormTest, PromptReturnsThePastedPathAsItIs)
 {
-    const QString pasted = QStringLiteral("C:\\Dev Kits\\..\\Dev\\Demo.DProj");
+    const QString pasted = "C:\\Dev Kits\\..\\Dev\\Demo.DProj";
     TWidgetPrompts prompts;
     const auto answer = [&](auto act) {
-        QTimer::singleShot(0, [act] {
-            auto* form = qobject_cast<TAddProjForm*>(QApplication::activeModalWidget());
-            ASSERT_NE(form, nullptr);
-            QTest::keySequence(form->cbWizProjectFile, QKeySequence(QKeySequence::Paste));
+        InDialog<TAddProjForm>([act](TAddProjForm& form) {
+            QTest::keySequence(form.cbWizProjectFile, QKeySequence(QKeySequence::Paste));
             LetIdle();
-            act(*form);
+            act(form);
         });
         return prompts.ChooseProjectFile();
     };
@@ -139,26 +137,24 @@ TEST_F(AddProjFormTest, MessagesAreShownAsTheyAre)
     TWidgetPrompts prompts;
     QString shown;
     const auto answer = [&](QMessageBox::StandardButton button) {
-        QTimer::singleShot(0, [&shown, button] {
-            auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
-            ASSERT_NE(box, nullptr);
-            EXPECT_EQ(box->textFormat(), Qt::PlainText);
-            shown = box->text();
+        InDialog<QMessageBox>([&shown, button](QMessageBox& box) {
+            EXPECT_EQ(box.textFormat(), Qt::PlainText);
+            shown = box.text();
             if (button == QMessageBox::NoButton)
-                QTest::keyClick(box, Qt::Key_Escape);
+                QTest::keyClick(&box, Qt::Key_Escape);
             else
-                QTest::mouseClick(box->button(button), Qt::LeftButton);
+                QTest::mouseClick(box.button(button), Qt::LeftButton);
         });
     };
     answer(QMessageBox::Ok);
-    prompts.ShowError(QStringLiteral("<b>a.png</b>\r\n5 < 6"));
-    EXPECT_EQ(shown, QStringLiteral("<b>a.png</b>\n5 < 6"));
+    prompts.ShowError("<b>a.png</b>\r\n5 < 6");
+    EXPECT_EQ(shown, "<b>a.png</b>\n5 < 6");
     answer(QMessageBox::Ok);
-    prompts.Inform(QStringLiteral("done"));
-    EXPECT_EQ(shown, QStringLiteral("done"));
+    prompts.Inform("done");
+    EXPECT_EQ(shown, "done");
     for (const auto button : { QMessageBox::Yes, QMessageBox::No, QMessageBox::NoButton }) {
         answer(button);
-        EXPECT_EQ(prompts.Confirm(QStringLiteral("sure?")), button == QMessageBox::Yes);
+        EXPECT_EQ(prompts.Confirm("sure?"), button == QMessageBox::Yes);
     }
 }
 

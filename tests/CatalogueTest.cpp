@@ -30,16 +30,12 @@ TEST(CatalogueTest, ListsEveryPlatformInOrder)
 {
     const QStringList list = Described(BuildGenList(All, 400, QSize(1, 1)));
     ASSERT_EQ(list.size(), 37);
-    const std::vector<std::pair<int, const char*>> landmarks { { 0, "Android_LauncherIcon36 36x36" },
-        { 6, "Android_SplashImage426 426x320" }, { 7, "Android_SplashImage470 470x320" },
-        { 9, "Android_SplashImage960 960x720" }, { 10, "Android_NotificationIcon24 24x24" },
-        { 15, "iPhone_AppIcon120 120x120" }, { 17, "iPhone_Spotlight80 80x80" },
-        { 22, "iPhone_Notification60 60x60" }, { 23, "iPad_AppIcon152 152x152" },
-        { 25, "iPad_SpotLight80 80x80" }, { 28, "UWP_DelphiLogo44 44x44" },
-        { 29, "UWP_DelphiLogo150 150x150" }, { 30, "iOS_AppStore1024 1024x1024" },
-        { 31, "iPhone_Launch2x 400x400" }, { 32, "iPhone_LaunchDark2x 400x400" },
-        { 33, "iPhone_Launch3x 800x800" }, { 34, "iPhone_LaunchDark3x 800x800" },
-        { 35, "iPad_Launch2x 800x800" }, { 36, "iPad_LaunchDark2x 800x800" } };
+    const std::pair<int, const char*> landmarks[] { { 0, "Android_LauncherIcon36 36x36" },
+        { 6, "Android_SplashImage426 426x320" }, { 9, "Android_SplashImage960 960x720" },
+        { 10, "Android_NotificationIcon24 24x24" }, { 15, "iPhone_AppIcon120 120x120" },
+        { 23, "iPad_AppIcon152 152x152" }, { 28, "UWP_DelphiLogo44 44x44" },
+        { 30, "iOS_AppStore1024 1024x1024" }, { 32, "iPhone_LaunchDark2x 400x400" },
+        { 33, "iPhone_Launch3x 800x800" }, { 35, "iPad_Launch2x 800x800" } };
     for (const auto& [index, text] : landmarks)
         EXPECT_EQ(list[index], text) << index;
 

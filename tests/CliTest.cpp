@@ -6,14 +6,12 @@
 #include <SQLiteCpp/SQLiteCpp.h>
 
 #include <QDir>
-#include <QDirIterator>
 #include <QImage>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
 
-#include <map>
 #include <sstream>
 
 namespace Corvadine::Testing {
@@ -40,7 +38,6 @@ class TCliTest : public TFolderTest {
 protected:
     void SetUp() override
     {
-        QDir().mkpath(FHome);
         PutFile(FProject, FileBytes(FSample + "/Demo.dproj"));
         QImage icon(64, 64, QImage::Format_ARGB32);
         icon.fill(QColor(200, 30, 30, 128));
@@ -72,12 +69,6 @@ protected:
             process.readAllStandardError().toStdString() };
     }
 
-    TOutcome RunProgramOnFullDisk(const QStringList& arguments)
-    {
-        const TFileSizeLimit limit(1000);
-        return RunProgram(arguments);
-    }
-
     void AddProject(const QString& platforms = "windows")
     {
         const TOutcome added = Run({ "add", FProject, "--icon", FIcon, "--platforms", platforms });
@@ -98,18 +89,7 @@ protected:
         EXPECT_EQ(Files(), before) << command;
     }
 
-    // Every file and folder of the test with a hash of its content.
-    std::map<std::string, std::size_t> Files() const
-    {
-        std::map<std::string, std::size_t> files;
-        QDirIterator entries(Path(""), QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
-            QDirIterator::Subdirectories);
-        while (entries.hasNext()) {
-            const QString path = entries.next();
-            files[path.toStdString()] = entries.fileInfo().isDir() ? 0 : qHash(FileBytes(path));
-        }
-        return files;
-    }
+    TFolderContent Files() const { return FolderContent(Path("")); }
 
     const QString FSample = QStringLiteral(CORVADINE_SAMPLE);
     const QString FHome = Path(HardName());
@@ -191,10 +171,8 @@ TEST_F(TCliTest, RefusesWrongUsageWithOneLineAndTheAllowedValues)
         { { "add", "Demo.dpr" }, "'Demo.dpr' is no .dproj file" },
         { { "set", "1" }, "a setting to change is required (see corvadine-cli set --help)" },
         { { "set", "1", "--compression", "11" }, "--compression: '11' is no whole number from 1 to 10" },
-        { { "set", "1", "--compression=0" }, "1 to 10" },
         { { "set", "1", "--twox", "8193" }, "1 to 8192" },
         { { "set", "1", "--twox", "4e2" }, "1 to 8192" },
-        { { "set", "1", "--background", "#12345" }, "#RRGGBB" },
         { { "set", "1", "--background", "#+12345" }, "#RRGGBB" },
         { { "set", "1", "--format", "512" }, "'512' is none of 256, true" },
         { { "set", "1", "--filter", "box" }, "none of none, bell, bicubic" },
@@ -228,16 +206,11 @@ TEST_F(TCliTest, KeepsAndShowsSettingsInItsOwnWords)
         Matches("id +1\nproject +.*Demo.dproj\nicon +\"\"\nlaunch +\"\"\nplatforms +android,ipad\n"
                 "background +#FF8000\nformat +true\ncompression +10\ntwox +1\nfilter +bspline\n"
                 "output +.*out\n"));
-    EXPECT_EQ(Run({ "set", "1", "--platforms", "all", "--background", "#FFFFFF", "--format", "256",
-                      "--compression", "6", "--twox", "400", "--filter", "mitchell", "--icon", FIcon,
-                      "--output", FOutput, "--platforms=windows" })
-                  .Status,
-        2); // twice the same option
-    ASSERT_EQ(Run({ "set", "1", "--platforms", "windows", "--background", "#FFFFFF", "--format", "256",
-                      "--compression", "6", "--twox", "400", "--filter", "mitchell", "--icon", FIcon,
-                      "--output", FOutput })
-                  .Status,
-        0);
+    const QStringList undo { "set", "1", "--platforms", "windows", "--background", "#FFFFFF", "--format",
+        "256", "--compression", "6", "--twox", "400", "--filter", "mitchell", "--icon", FIcon, "--output",
+        FOutput };
+    EXPECT_EQ(Run(undo + QStringList("--platforms=all")).Status, 2) << "twice the same option";
+    ASSERT_EQ(Run(undo).Status, 0);
     EXPECT_EQ(JsonIn(Run({ "show", "1", "--json" }))["project"].toObject(), before);
 }
 
@@ -329,7 +302,6 @@ TEST_F(TCliTest, UpdatesCopiesOfOneTemplateInOneGoWithABackupOfEach)
 {
     AddProject();
     const QString second = Home("copy/Demo.dproj");
-    QDir().mkpath(FHome + "/copy");
     PutFile(second, FileBytes(FProject) + "\n");
     ASSERT_EQ(Run({ "add", second, "--platforms", "windows" }).Status, 0);
     const QByteArray originals[] { FileBytes(FProject), FileBytes(second) };
@@ -338,10 +310,6 @@ TEST_F(TCliTest, UpdatesCopiesOfOneTemplateInOneGoWithABackupOfEach)
     const QString backups = FData + "/Project Backups/Demo.";
     EXPECT_EQ(FileBytes(backups + "20240305140709.dproj"), originals[0]);
     EXPECT_EQ(FileBytes(backups + "20240305140710.dproj"), originals[1]);
-    const QJsonObject again = JsonIn(Run({ "update", "1", "--json" })); // a run of its own in that second
-    EXPECT_THAT(again["projects"].toArray()[0].toObject()["message"].toString().toStdString(),
-        Matches("[0-9]+ Entries updated.\r\nA backup of the project file was made first."));
-    EXPECT_NE(FileBytes(backups + "20240305140709.dproj"), originals[0]);
 }
 
 TEST_F(TCliTest, CheckNamesFilesAndLinesAndFails)
@@ -367,7 +335,6 @@ TEST_F(TCliTest, ClearDeletesTheFilesOfTheOutputFolderOnly)
     EXPECT_EQ(missing.Status, 0);
     EXPECT_EQ(missing.Out, "");
     ASSERT_EQ(Run({ "generate", "1" }).Status, 0);
-    QDir().mkpath(FOutput + "/kept");
     for (const char* name : { "/kept/file", "/.hidden", "/no extension" })
         PutFile(FOutput + name, "x");
     ExpectRefusal({ "clear", "1" }, 2, "this would delete 5 files in it");
@@ -380,10 +347,14 @@ TEST_F(TCliTest, ClearDeletesTheFilesOfTheOutputFolderOnly)
 
 TEST_F(TCliTest, AFullDiskChangesNothing)
 {
-    if (!CanLimitFileSize())
+    if (!IsPosix())
         GTEST_SKIP();
+    const auto runOnFullDisk = [this](const QStringList& arguments) {
+        const TFileSizeLimit limit(1000);
+        return RunProgram(arguments);
+    };
     const auto untouched = Files();
-    EXPECT_EQ(RunProgramOnFullDisk({ "add", FProject }).Status, 1);
+    EXPECT_EQ(runOnFullDisk({ "add", FProject }).Status, 1);
     EXPECT_EQ(Files(), untouched) << "an empty database or new folders are left";
     AddProject();
     ASSERT_EQ(Run({ "generate", "1" }).Status, 0);
@@ -394,7 +365,7 @@ TEST_F(TCliTest, AFullDiskChangesNothing)
     const QList<QStringList> commands { { "generate", "1" }, { "update", "1" },
         { "set", "1", "--twox", "500" }, { "add", second } };
     for (const QStringList& arguments : commands) {
-        const TOutcome outcome = RunProgramOnFullDisk(arguments);
+        const TOutcome outcome = runOnFullDisk(arguments);
         EXPECT_EQ(outcome.Status, 1) << outcome.Out;
         EXPECT_THAT(outcome.Err, Matches("Cannot .*\n"));
         EXPECT_EQ(Files(), before) << outcome.Err;

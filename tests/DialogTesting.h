@@ -48,6 +48,17 @@ inline void Press(Qt::Key key)
     LetIdle();
 }
 
+// Once a modal dialog has opened, acts on it; `action` gets it as a TDialog.
+template <typename TDialog, typename TAction> void InDialog(TAction action)
+{
+    QTimer::singleShot(0, [action] {
+        LetIdle();
+        auto* dialog = qobject_cast<TDialog*>(QApplication::activeModalWidget());
+        ASSERT_NE(dialog, nullptr);
+        action(*dialog);
+    });
+}
+
 // The view of the drop-down that is open.
 inline QAbstractItemView* OpenDropDown()
 {

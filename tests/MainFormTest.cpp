@@ -17,11 +17,11 @@
 #include <QImage>
 #include <QProgressBar>
 #include <QTest>
-#include <QTimer>
 #include <QToolButton>
 
 using namespace Corvadine;
 using namespace Corvadine::Testing;
+using ::testing::HasSubstr;
 
 namespace {
 
@@ -58,12 +58,10 @@ protected:
     void SetUp() override
     {
         ASSERT_TRUE(QDir().mkpath(Path("program")));
-        for (const char* name : { "A", "B", "C" }) {
-            ASSERT_TRUE(QDir().mkpath(Path(name)));
+        for (const char* name : { "A", "B", "C" })
             PutFile(ProjectFile(name),
                 "<Project><PropertyGroup><ProjectGuid>{1}</ProjectGuid><UWP_DelphiLogo44/>"
                 "<UWP_DelphiLogo150>x</UWP_DelphiLogo150></PropertyGroup></Project>");
-        }
         QImage icon(60, 40, QImage::Format_ARGB32);
         icon.fill(qRgba(10, 20, 30, 255));
         ASSERT_TRUE(icon.save(Path("icon.png")));
@@ -73,20 +71,27 @@ protected:
 
     QString ProjectFile(const QString& name) const { return Path(name + "/" + name + ".dproj"); }
 
-    // Starts the program, or restarts it.
-    TMainForm& Start()
+    // Starts the program, or restarts it, and adds projects.
+    void Start(const QStringList& projects = {})
     {
         FForm.reset();
         FForm = std::make_unique<TMainForm>(Path("program"), FPrompts);
         FForm->StartUp();
         FForm->show();
         LetIdle();
-        return *FForm;
+        for (const QString& name : projects)
+            Add(name);
     }
+
+    const TMainControls& Ui() const { return FForm->Controls(); }
+    TProjectsTable& Table() const { return FForm->tblProjects(); }
+    TProject Current() const { return Table().Current(); }
+    // As a user does in the lookup.
+    void Choose(qint64 id) const { Ui().cbProjects->SetValue(id); }
 
     QToolButton* Button(const QString& caption) const
     {
-        for (QToolButton* button : FForm->Controls().dxRibbon1->findChildren<QToolButton*>())
+        for (QToolButton* button : Ui().dxRibbon1->findChildren<QToolButton*>())
             if (button->defaultAction() != nullptr && button->defaultAction()->text().remove('&') == caption)
                 return button;
         ADD_FAILURE() << "no button " << caption.toStdString();
@@ -112,16 +117,6 @@ protected:
         Click("Add Project");
     }
 
-    // Only Windows' two images and the icon, so that a run is short.
-    void TickOnlyWindows()
-    {
-        TProjectsTable& table = FForm->tblProjects();
-        for (const TField field : { TField::IncAndroid, TField::IncIPhone, TField::IncIPad })
-            table.SetField(field, false);
-        table.SetField(TField::IconImageName, Path("icon.png"));
-        Click("Save Changes");
-    }
-
     QString OutputFolder(const QString& name) const { return Path(name + "/" + name + "/Corvadine"); }
 
     TScriptedPrompts FPrompts;
@@ -140,18 +135,18 @@ TEST_F(MainFormTest, FirstStartMakesItsFilesAndRestartReopensTheProject)
         EXPECT_FALSE(IsEnabled(caption)) << caption;
     Add("A");
     Add("B");
-    EXPECT_EQ(FForm->Controls().cbProjects->Text(), ProjectFile("B"));
+    EXPECT_EQ(Ui().cbProjects->Text(), ProjectFile("B"));
     FForm.reset();
     EXPECT_EQ(TSettingsFile(Path("program/CorvadineBase.ini")).Text("ProjectFile"), ProjectFile("B"));
 
     PutFile(Path("program/Corvadine.CAB"), "left over");
     Start();
-    EXPECT_EQ(FForm->tblProjects().Current().ProjectFile, ProjectFile("B"));
+    EXPECT_EQ(Current().ProjectFile, ProjectFile("B"));
     EXPECT_FALSE(QFile::exists(Path("program/Corvadine.CAB")));
     FForm.reset();
     QFile::remove(ProjectFile("B"));
     Start();
-    EXPECT_EQ(FForm->tblProjects().Current().ProjectFile, ProjectFile("A")) << "its file is gone";
+    EXPECT_EQ(Current().ProjectFile, ProjectFile("A")) << "its file is gone";
     EXPECT_EQ(FPrompts.Shown, QStringList());
 }
 
@@ -162,7 +157,7 @@ TEST_F(MainFormTest, ImportsTheOlderSettingsOnce)
         "\xEF\xBB\xBF[Corvadine]\r\nProjectFile= " + ProjectFile("A").toUtf8()
             + " \r\nBaseImage=C:\\new\\table.png\r\nIncIPad=0\r\nWindowsState=0\r\nScreenLeft=-9000\r\n");
     Start();
-    const TProject project = FForm->tblProjects().Current();
+    const TProject project = Current();
     EXPECT_EQ(project.ProjectFile, ProjectFile("A"));
     EXPECT_EQ(project.IconImageName, "C:\\new\\table.png");
     EXPECT_TRUE(project.IncAndroid && !project.IncIPad);
@@ -180,66 +175,64 @@ TEST_F(MainFormTest, ImportsTheOlderSettingsOnce)
     FForm.reset();
     PutFile(older, "[Other]\nProjectFile=x");
     Start();
-    EXPECT_EQ(FForm->tblProjects().Count(), 1U);
+    EXPECT_EQ(Table().Count(), 1U);
     EXPECT_FALSE(QFile::exists(older));
 }
 
 TEST_F(MainFormTest, EditsWaitForSaveAndAMoveDropsThem)
 {
-    Start();
-    Add("A");
-    Add("B");
+    Start({ "A", "B" });
     auto* windows = FForm->findChildren<TFieldCheckBox*>().last();
     QTest::mouseClick(windows, Qt::LeftButton, {}, QPoint(8, windows->height() / 2));
-    EXPECT_FALSE(FForm->tblProjects().Current().IncWindows);
+    EXPECT_FALSE(Current().IncWindows);
     EXPECT_TRUE(IsEnabled("Save Changes"));
     EXPECT_FALSE(IsEnabled("Add Project"));
     EXPECT_FALSE(IsEnabled("Generate"));
     Click("Cancel Changes");
     EXPECT_TRUE(windows->isChecked());
     QTest::mouseClick(windows, Qt::LeftButton, {}, QPoint(8, windows->height() / 2));
-    FForm->Controls().cbProjects->SetValue(1);
-    EXPECT_FALSE(FForm->tblProjects().IsEditing());
-    FForm->Controls().cbProjects->SetValue(2);
+    Choose(1);
+    EXPECT_FALSE(Table().IsEditing());
+    Choose(2);
     EXPECT_TRUE(windows->isChecked());
 
     Add("A");
-    EXPECT_THAT(
-        FPrompts.TakeShown().join('\n').toStdString(), ::testing::HasSubstr("UNIQUE constraint failed"));
+    EXPECT_THAT(FPrompts.TakeShown().join('\n').toStdString(), HasSubstr("UNIQUE constraint failed"));
     EXPECT_TRUE(IsEnabled("Cancel Changes"));
     Click("Cancel Changes");
-    EXPECT_EQ(FForm->Controls().cbProjects->Text(), ProjectFile("B"));
+    EXPECT_EQ(Ui().cbProjects->Text(), ProjectFile("B"));
 }
 
 TEST_F(MainFormTest, DeleteActsOnTheFocusedEditorAfterAQuestion)
 {
-    Start();
-    Add("A");
+    Start({ "A" });
     QApplication::setActiveWindow(FForm.get());
-    FForm->Controls().PB->setFocus();
+    Ui().PB->setFocus();
     EXPECT_FALSE(IsEnabled("Delete Project"));
-    FForm->Controls().cb2xWidth->setFocus();
+    Ui().cb2xWidth->setFocus();
     ASSERT_TRUE(IsEnabled("Delete Project"));
     FPrompts.Yes = false;
     Click("Delete Project");
-    EXPECT_EQ(FForm->tblProjects().Count(), 1U);
+    EXPECT_EQ(Table().Count(), 1U);
     FPrompts.Yes = true;
     Click("Delete Project");
-    EXPECT_EQ(FForm->tblProjects().Count(), 0U);
+    EXPECT_EQ(Table().Count(), 0U);
     EXPECT_EQ(FPrompts.Shown, QStringList({ "confirm: Delete Project?", "confirm: Delete Project?" }));
-    EXPECT_EQ(FForm->Controls().cbProjects->Text(), ProjectFile("A")) << "the lookup is not bound to the row";
+    EXPECT_EQ(Ui().cbProjects->Text(), ProjectFile("A")) << "the lookup is not bound to the row";
 }
 
 TEST_F(MainFormTest, GeneratesShowsUpdatesAndClears)
 {
-    Start();
-    Add("A");
-    TickOnlyWindows();
+    Start({ "A" });
+    for (const TField field : { TField::IncAndroid, TField::IncIPhone, TField::IncIPad })
+        Table().SetField(field, false);
+    Table().SetField(TField::IconImageName, Path("icon.png"));
+    Click("Save Changes");
     EXPECT_FALSE(IsEnabled("Update Project"));
     Click("Generate");
-    EXPECT_EQ(FForm->Controls().MView->FileNames(),
+    EXPECT_EQ(Ui().MView->FileNames(),
         QStringList({ "UWP_DelphiLogo44.png", "UWP_DelphiLogo150.png", "Icon_MainIcon.ico" }));
-    EXPECT_EQ(FForm->Controls().PB->value(), 2);
+    EXPECT_EQ(Ui().PB->value(), 2);
     EXPECT_EQ(FForm->State().GenList.size(), 3U);
     EXPECT_EQ(QImage(OutputFolder("A") + "/UWP_DelphiLogo44.png").size(),
         QSize(1, 1).scaled(44, 44, Qt::KeepAspectRatio))
@@ -251,14 +244,14 @@ TEST_F(MainFormTest, GeneratesShowsUpdatesAndClears)
                     "manually:\r\n\r\n"
                     "A backup of the project file was made first."));
     EXPECT_THAT(FileBytes(ProjectFile("A")).toStdString(),
-        ::testing::HasSubstr("<UWP_DelphiLogo44>A\\Corvadine\\UWP_DelphiLogo44.png</UWP_DelphiLogo44>"));
+        HasSubstr("<UWP_DelphiLogo44>A\\Corvadine\\UWP_DelphiLogo44.png</UWP_DelphiLogo44>"));
 
     Click("Del All Images");
     EXPECT_EQ(FPrompts.TakeShown(),
         QStringList({ "confirm: This will delete all images in folder " + OutputFolder("A")
                 + " Do you wish to proceed?",
             "info: 3 Images Deleted" }));
-    EXPECT_EQ(FForm->Controls().MView->Count(), 0);
+    EXPECT_EQ(Ui().MView->Count(), 0);
     EXPECT_TRUE(IsEnabled("Update Project")) << "stays as it was";
 
     QFile::remove(ProjectFile("A"));
@@ -268,76 +261,88 @@ TEST_F(MainFormTest, GeneratesShowsUpdatesAndClears)
 
 TEST_F(MainFormTest, SwitchingProjectsFollowsTheirFolders)
 {
-    Start();
-    for (const char* name : { "A", "B", "C" })
-        Add(name);
-    TProjectsTable& table = FForm->tblProjects();
-    TProjectLookup& lookup = *FForm->Controls().cbProjects;
-    const auto fill = [&](const QString& folder, int count) {
-        ASSERT_TRUE(QDir().mkpath(folder));
-        for (int i = 0; i < count; ++i)
-            ASSERT_TRUE(QFile::copy(Path("icon.png"), folder + QStringLiteral("/%1.png").arg(i)));
-    };
-    fill(OutputFolder("A"), 2);
+    Start({ "A", "B", "C" });
+    for (int i = 0; i < 2; ++i)
+        PutFile(OutputFolder("A") + QStringLiteral("/%1.png").arg(i), FileBytes(Path("icon.png")));
     const auto shown = [&] {
         LetIdle();
-        return std::pair(FForm->Controls().MView->Count(), FForm->State().FilesGenerated);
+        return std::pair(Ui().MView->Count(), FForm->State().FilesGenerated);
     };
-    lookup.SetValue(1);
+    Choose(1);
     EXPECT_EQ(shown(), std::pair(2, true));
     EXPECT_EQ(FForm->State().GenList.size(), 37U);
-    lookup.SetValue(2); // its folder does not exist
+    Choose(2); // its folder does not exist
     EXPECT_EQ(shown(), std::pair(2, true));
-    table.SetField(TField::OutputFolder, QString());
-    table.Post();
-    lookup.SetValue(3);
-    lookup.SetValue(2);
+    Table().SetField(TField::OutputFolder, QString());
+    Table().Post();
+    Choose(3);
+    Choose(2);
     EXPECT_EQ(shown(), std::pair(0, false));
-    lookup.SetValue(1); // back to the folder that was shown last: nothing is filled
+    Choose(1); // back to the folder that was shown last: nothing is filled
     EXPECT_EQ(shown(), std::pair(0, false));
 }
 
 TEST_F(MainFormTest, ChoosesDropsAndRemovesImages)
 {
-    Start();
-    Add("A");
+    Start({ "A" });
     FPrompts.Image = Path("icon.png");
     Click("Icon Image");
     EXPECT_EQ(FPrompts.StartFolder, Path("A/")) << "nothing chosen yet: beside the project file";
-    EXPECT_EQ(FForm->Controls().ImageEnViewIcon->Image().size(), QSize(60, 40));
-    EXPECT_EQ(FForm->tblProjects().Current().IconImageName, Path("icon.png"));
-    EXPECT_TRUE(FForm->tblProjects().IsEditing());
+    EXPECT_EQ(Ui().ImageEnViewIcon->Image().size(), QSize(60, 40));
+    EXPECT_EQ(Current().IconImageName, Path("icon.png"));
+    EXPECT_TRUE(Table().IsEditing());
     Click("Save Changes");
     Click("Icon Image"); // cancelled
     EXPECT_EQ(FPrompts.StartFolder, Path("") + QDir::separator());
-    EXPECT_FALSE(FForm->tblProjects().IsEditing());
-    QTest::mouseClick(FForm->Controls().btnRemoveIcon, Qt::LeftButton);
-    EXPECT_TRUE(FForm->Controls().ImageEnViewIcon->IsEmpty());
+    EXPECT_FALSE(Table().IsEditing());
+    QTest::mouseClick(Ui().btnRemoveIcon, Qt::LeftButton);
+    EXPECT_TRUE(Ui().ImageEnViewIcon->IsEmpty());
     Click("Cancel Changes");
-    EXPECT_EQ(FForm->tblProjects().Current().IconImageName, Path("icon.png"));
-    EXPECT_TRUE(FForm->Controls().ImageEnViewIcon->IsEmpty())
-        << "shown again with the next change of project";
+    EXPECT_EQ(Current().IconImageName, Path("icon.png"));
+    EXPECT_TRUE(Ui().ImageEnViewIcon->IsEmpty()) << "shown again with the next change of project";
 }
 
 TEST_F(MainFormTest, PicksTheIconsColourFromEitherView)
 {
-    Start();
-    Add("A");
-    FForm->Controls().ImageEnViewIcon->Load(Path("icon.png"), TDecoderChoice::ByContent);
-    FForm->Controls().ImageEnViewSplash->Load(Path("launch.png"), TDecoderChoice::ByContent);
-    TImageView* launch = FForm->Controls().ImageEnViewSplash;
+    Start({ "A" });
+    TImageView* icon = Ui().ImageEnViewIcon;
+    TImageView* launch = Ui().ImageEnViewSplash;
+    icon->Load(Path("icon.png"), TDecoderChoice::ByContent);
+    launch->Load(Path("launch.png"), TDecoderChoice::ByContent);
+    constexpr int IconColor = 0x1E140A;
+    const QPoint middle(115, 115);
+    const QPoint margin(115, 2); // above a wide image
+    const std::tuple<TImageView*, Qt::MouseButton, QPoint, int> cases[] {
+        { icon, Qt::RightButton, middle, IconColor },
+        { icon, Qt::LeftButton, margin, -1 },
+        { launch, Qt::MiddleButton, middle, IconColor },
+    };
+    for (const auto& [view, button, position, color] : cases) {
+        Click("Pick Color");
+        EXPECT_EQ(icon->cursor().shape(), Qt::PointingHandCursor);
+        QTest::mouseMove(view, position);
+        LetIdle();
+        EXPECT_EQ(Ui().cbBackground->Value(), color);
+        EXPECT_FALSE(Table().IsEditing()) << "previewed, not stored";
+        QTest::mouseClick(view, button, {}, position);
+        QTest::mouseClick(view, button, {}, position == margin ? middle : margin); // is one too many
+        EXPECT_EQ(Current().PickColor, color);
+        EXPECT_TRUE(Table().IsEditing());
+        EXPECT_FALSE(Button("Pick Color")->isChecked());
+        EXPECT_FALSE(icon->testAttribute(Qt::WA_SetCursor)) << "the default cursor again";
+        Click("Save Changes");
+    }
     Click("Pick Color");
-    QTest::mouseMove(launch, QPoint(115, 115));
-    LetIdle();
-    EXPECT_EQ(FForm->Controls().cbBackground->Value(), 0x1E140A);
-    EXPECT_FALSE(FForm->tblProjects().IsEditing()) << "previewed, not stored";
-    QTest::mouseClick(launch, Qt::RightButton, {}, QPoint(115, 115));
-    EXPECT_EQ(FForm->tblProjects().Current().PickColor, 0x1E140A);
-    EXPECT_FALSE(Button("Pick Color")->isChecked());
-    Click("Save Changes");
     Click("Pick Color");
-    QTest::mouseClick(launch, Qt::LeftButton, {}, QPoint(115, 2)); // the margin above a wide image
-    EXPECT_EQ(FForm->tblProjects().Current().PickColor, -1);
+    EXPECT_EQ(icon->cursor().shape(), Qt::PointingHandCursor) << "stays when the button is released by hand";
+    EXPECT_EQ(FForm->cursor().shape(), Qt::ArrowCursor);
+    QTest::mouseMove(launch, margin);
+    QTest::mouseClick(launch, Qt::LeftButton, {}, margin);
+    EXPECT_EQ(Ui().cbBackground->Value(), IconColor) << "nothing is picked any more";
+    icon->Clear();
+    Click("Pick Color");
+    QTest::mouseClick(launch, Qt::LeftButton, {}, margin);
+    EXPECT_EQ(Current().PickColor, 0xFFFFFF) << "the blank pixel of an empty view";
 }
 
 TEST_F(MainFormTest, UpdateCheckRunsInTheProgramFolderAndMayEndTheProgram)
@@ -361,43 +366,39 @@ TEST_F(MainFormTest, UpdateCheckRunsInTheProgramFolderAndMayEndTheProgram)
 
 TEST_F(MainFormTest, RunKeepsToItsProjectAndClosingEndsIt)
 {
-    Start();
-    Add("B");
-    Add("A");
+    Start({ "B", "A" });
     // Does something in the middle of the next run, as a user might.
     const auto during = [this](const std::function<void()>& action) {
-        QObject::connect(FForm->Controls().PB, &QProgressBar::valueChanged, FForm.get(),
-            [action, done = false](int value) mutable {
+        QObject::connect(
+            Ui().PB, &QProgressBar::valueChanged, FForm.get(), [action, done = false](int value) mutable {
                 if (value == 5 && !std::exchange(done, true))
                     action();
             });
     };
-    const auto show = [this](qint64 id) { FForm->Controls().cbProjects->SetValue(id); };
     QDir().mkpath(OutputFolder("B"));
     during([&] {
-        EXPECT_FALSE(FForm->Controls().dxRibbon1->isEnabled());
-        show(1);
+        EXPECT_FALSE(Ui().dxRibbon1->isEnabled());
+        Choose(1);
     });
     Click("Generate");
     EXPECT_EQ(QDir(OutputFolder("A")).entryList(QDir::Files).size(), 38);
     EXPECT_TRUE(QDir(OutputFolder("B")).isEmpty());
-    EXPECT_EQ(FForm->Controls().MView->Count(), 0);
+    EXPECT_EQ(Ui().MView->Count(), 0);
     EXPECT_FALSE(FForm->State().FilesGenerated) << "the project shown now has no files";
 
-    show(2);
+    Choose(2);
     during([&] {
-        show(1);
-        show(2);
+        Choose(1);
+        Choose(2);
     });
     Click("Generate");
-    EXPECT_TRUE(QTest::qWaitFor([this] { return FForm->Controls().MView->Count() == 38; }))
-        << "back before the end";
+    EXPECT_TRUE(QTest::qWaitFor([this] { return Ui().MView->Count() == 38; })) << "back before the end";
     EXPECT_TRUE(FForm->State().FilesGenerated);
 
     QDir().rmdir(OutputFolder("B"));
-    during([&] { show(1); });
+    during([&] { Choose(1); });
     Click("Generate");
-    EXPECT_EQ(FForm->Controls().MView->Count(), 38) << "a missing folder leaves the thumbnails";
+    EXPECT_EQ(Ui().MView->Count(), 38) << "a missing folder leaves the thumbnails";
     EXPECT_EQ(QApplication::overrideCursor(), nullptr);
 
     during([this] { EXPECT_FALSE(FForm->close()); });
@@ -408,8 +409,7 @@ TEST_F(MainFormTest, RunKeepsToItsProjectAndClosingEndsIt)
 
 TEST_F(MainFormTest, RunGivesTheBytesOfTheCommandLine)
 {
-    Start();
-    Add("A");
+    Start({ "A" });
     for (const auto& [button, file] :
         { std::pair("Icon Image", "icon.png"), std::pair("Launch Image", "launch.png") }) {
         FPrompts.Image = Path(file);
@@ -417,7 +417,7 @@ TEST_F(MainFormTest, RunGivesTheBytesOfTheCommandLine)
     }
     Click("Save Changes");
     Click("Generate");
-    TGenJob job = JobOf(FForm->tblProjects().Current());
+    TGenJob job = JobOf(Current());
     job.Settings.OutputFolder = Path("other");
     const auto list = RunGeneration(job);
     EXPECT_EQ(list, FForm->State().GenList);
@@ -435,12 +435,12 @@ TEST_F(MainFormTest, RowsWithoutSomeOptionAreShownAsFarAsTheyGo)
     const auto put = [this](const TFieldSet& fields) {
         FForm.reset(); // lets go of the database
         QFile::remove(Path("program/Corvadine.db"));
-        TProject project;
-        project.ProjectFile = ProjectFile("A");
-        project.OutputFolder = Path("out");
-        project.IncWindows = true;
-        project.TwoxSize = 400;
-        TProjectStore(Path("program/Corvadine.db")).Insert(project, fields);
+        TProjectStore(Path("program/Corvadine.db"))
+            .Insert({ .ProjectFile = ProjectFile("A"),
+                        .IncWindows = true,
+                        .TwoxSize = 400,
+                        .OutputFolder = Path("out") },
+                fields);
     };
     put({ TField::ProjectFile, TField::OutputFolder, TField::IncWindows, TField::TwoxSize });
     Start();
@@ -460,8 +460,7 @@ TEST_F(MainFormTest, RowsWithoutSomeOptionAreShownAsFarAsTheyGo)
 
 TEST_F(MainFormTest, FailuresShowTheirTextAndRestoreTheWindow)
 {
-    Start();
-    Add("A");
+    Start({ "A" });
     PutFile(Path("A/A"), "in the way");
     Click("Generate");
     EXPECT_EQ(FPrompts.TakeShown(), QStringList("error: The Output Folder does not exist!"));
@@ -469,10 +468,9 @@ TEST_F(MainFormTest, FailuresShowTheirTextAndRestoreTheWindow)
     ASSERT_TRUE(QDir().mkpath(OutputFolder("A") + "/Android_LauncherIcon48.png")); // a folder of that name
     Click("Generate");
     EXPECT_THAT(FPrompts.TakeShown().join('\n').toStdString(),
-        ::testing::HasSubstr("Android_LauncherIcon48.png: Is a directory"));
-    EXPECT_EQ(FForm->Controls().MView->FileNames(), QStringList("Android_LauncherIcon36.png"))
-        << "what was written stays";
-    EXPECT_TRUE(FForm->Controls().dxRibbon1->isEnabled());
+        HasSubstr("Android_LauncherIcon48.png: Is a directory"));
+    EXPECT_EQ(Ui().MView->FileNames(), QStringList("Android_LauncherIcon36.png")) << "what was written stays";
+    EXPECT_TRUE(Ui().dxRibbon1->isEnabled());
     EXPECT_EQ(QApplication::overrideCursor(), nullptr);
     EXPECT_FALSE(IsEnabled("Update Project"));
 
@@ -481,29 +479,4 @@ TEST_F(MainFormTest, FailuresShowTheirTextAndRestoreTheWindow)
     Start();
     EXPECT_EQ(FPrompts.TakeShown().size(), 1);
     EXPECT_TRUE(FForm->isVisible()) << "the window opens all the same";
-}
-
-TEST(SettingsFileTest, ReadsWhatOtherProgramsWriteAndKeepsValuesRaw)
-{
-    const QTemporaryDir folder;
-    const QString path = folder.filePath("a.ini");
-    const QString text =
-        QStringLiteral("; note\r\n[corvadine]\r\nBaseImage=C:\\new\\\"Größe €\"\r\nIncIPad=0\r\nrubbish\r\n");
-    const QByteArray utf16 =
-        QByteArray("\xFF\xFE") + QByteArray(reinterpret_cast<const char*>(text.utf16()), text.size() * 2);
-    const QByteArray western = QString(text).replace(u'€', u'\x80').toLatin1();
-    for (const QByteArray& bytes : { text.toUtf8(), "\xEF\xBB\xBF" + text.toUtf8(), utf16, western }) {
-        PutFile(path, bytes);
-        const TSettingsFile settings(path);
-        EXPECT_TRUE(settings.HasSection());
-        EXPECT_EQ(settings.Text("BaseImage"), QStringLiteral("C:\\new\\\"Größe €\""))
-            << bytes.toHex().constData();
-        EXPECT_FALSE(settings.Boolean("IncIPad", true));
-        EXPECT_EQ(settings.Integer("rubbish", 7), 7);
-    }
-    TSettingsFile settings(path);
-    settings.SetInteger("WindowsState", 2);
-    settings.Save();
-    EXPECT_EQ(TSettingsFile(path).Text("BaseImage"), QStringLiteral("C:\\new\\\"Größe €\""));
-    EXPECT_EQ(TSettingsFile(path).Integer("WindowsState", 0), 2);
 }

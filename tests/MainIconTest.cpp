@@ -1,5 +1,6 @@
 #include "generate/IcoWriter.h"
 #include "generate/Rendering.h"
+#include "tests/ImageTesting.h"
 #include "tests/Testing.h"
 
 #include <QImage>
@@ -16,11 +17,8 @@ namespace {
 // Transparent on the left, opaque on the right.
 QImage HalfTransparent(QSize size)
 {
-    QImage image(size, QImage::Format_ARGB32);
-    for (int y = 0; y < size.height(); ++y)
-        for (int x = 0; x < size.width(); ++x)
-            image.setPixel(x, y, x < size.width() / 2 ? qRgba(0, 0, 0, 0) : qRgba(10, 200, 30, 255));
-    return image;
+    return Painted(size, QImage::Format_ARGB32,
+        [size](int x, int) { return x < size.width() / 2 ? qRgba(0, 0, 0, 0) : qRgba(10, 200, 30, 255); });
 }
 
 QByteArray IconOf(const QImage& source)
@@ -32,22 +30,16 @@ QByteArray IconOf(const QImage& source)
 
 class MainIconTest : public TFolderTest {
 protected:
-    // What icotool lists of the file: "16x16 32x32 …".
-    QStringList ListedByIcotool(const QByteArray& icon)
+    // The sizes that icotool finds in the icon of a source.
+    std::string ListedByIcotool(QSize source) const
     {
-        PutFile(Path("a.ico"), icon);
+        PutFile(Path("a.ico"), IconOf(HalfTransparent(source)));
         QProcess icotool;
         icotool.start("icotool", { "-l", Path("a.ico") });
         icotool.waitForFinished();
         EXPECT_EQ(icotool.exitCode(), 0) << icotool.readAllStandardError().toStdString();
-        QStringList sizes;
-        static const QRegularExpression SizeLine("--width=(\\d+) --height=(\\d+) --bit-depth=32");
-        auto matches = SizeLine.globalMatch(QString::fromUtf8(icotool.readAllStandardOutput()));
-        while (matches.hasNext()) {
-            const auto match = matches.next();
-            sizes.append(match.captured(1) + "x" + match.captured(2));
-        }
-        return sizes;
+        static const QRegularExpression Line("[^\n]*--width=(\\d+) --height=(\\d+) --bit-depth=32[^\n]*\n");
+        return QString::fromUtf8(icotool.readAllStandardOutput()).replace(Line, "\\1x\\2 ").toStdString();
     }
 };
 
@@ -55,10 +47,10 @@ TEST_F(MainIconTest, AnotherProgramFindsTenImagesInOrder)
 {
     if (QStandardPaths::findExecutable("icotool").isEmpty())
         GTEST_SKIP() << "icotool (icoutils) is not installed";
-    EXPECT_EQ(ListedByIcotool(IconOf(HalfTransparent({ 640, 640 }))).join(' '),
-        "16x16 24x24 32x32 48x48 64x64 72x72 96x96 128x128 256x256 512x512");
-    EXPECT_EQ(ListedByIcotool(IconOf(HalfTransparent({ 1024, 512 }))).join(' '),
-        "16x8 24x12 32x16 48x24 64x32 72x36 96x48 128x64 256x128 512x256");
+    EXPECT_EQ(
+        ListedByIcotool({ 640, 640 }), "16x16 24x24 32x32 48x48 64x64 72x72 96x96 128x128 256x256 512x512 ");
+    EXPECT_EQ(
+        ListedByIcotool({ 1024, 512 }), "16x8 24x12 32x16 48x24 64x32 72x36 96x48 128x64 256x128 512x256 ");
 }
 
 TEST_F(MainIconTest, SmallImagesAreBitmapsWithAMaskAndLargeOnesPng)

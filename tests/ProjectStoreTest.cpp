@@ -1,14 +1,13 @@
 #include "store/ProjectStore.h"
 
 #include "tests/Testing.h"
-#include "tests/TestingSystem.h"
 
 #include <QDir>
 #include <QFile>
 
 #include <SQLiteCpp/SQLiteCpp.h>
 
-#include <random>
+#include <thread>
 
 using namespace Corvadine;
 using namespace Corvadine::Testing;
@@ -179,60 +178,4 @@ TEST_F(ProjectStoreTest, TwoProgramsDoNotUndoEachOther)
         ErrorOf([&] { ours.Update(merged, { TField::IncIPad }); }), EndsWith("has put b in its place"));
     ours.Delete(merged);
     EXPECT_EQ(ours.ReadProjects(), std::vector { successor });
-}
-
-namespace {
-
-// Rows large enough to span pages, whose fields all say the same.
-TProject Uniform(int number)
-{
-    return {
-        .IconImageName = QString::number(number).repeated(3000), .TwoxSize = number, .Compression = number
-    };
-}
-
-// Upgrades the database, then writes until it is killed.
-[[noreturn]] void WriteForever(const QString& path)
-{
-    const TFieldSet fields { TField::IconImageName, TField::TwoxSize, TField::Compression };
-    TProjectStore store(path);
-    for (int number = 1;; ++number) {
-        TProject project = Uniform(number + 1);
-        project.ID = store.Insert(Uniform(number), fields).ID;
-        store.Update(project, fields);
-        if (number % 3 == 0)
-            store.Delete(project);
-    }
-}
-
-} // namespace
-
-TEST_F(ProjectStoreTest, IsWholeWhereverTheWriterIsKilled)
-{
-    if (!CanCopyProcess())
-        GTEST_SKIP();
-    std::mt19937 random(20);
-    std::uniform_real_distribution<double> fraction;
-    std::chrono::duration<double> longest = 10ms;
-    int roundsThatWrote = 0;
-    for (int round = 0; round < 30; ++round) {
-        QFile::remove(Database());
-        Raw().exec(OlderDatabase);
-        RunAndKill([this] { WriteForever(Database()); },
-            std::chrono::duration_cast<std::chrono::microseconds>(longest * fraction(random)));
-
-        const auto projects = TProjectStore(Database()).ReadProjects();
-        EXPECT_EQ(Raw().execAndGet("PRAGMA integrity_check").getString(), "ok");
-        ASSERT_GE(projects.size(), 2U);
-        EXPECT_EQ(projects[1].ResampleFilter, 6);
-        for (auto row = projects.begin() + 2; row != projects.end(); ++row) {
-            EXPECT_EQ(row->TwoxSize, row->Compression);
-            EXPECT_EQ(row->IconImageName, Uniform(row->TwoxSize.value()).IconImageName);
-        }
-        if (projects.size() > 2)
-            ++roundsThatWrote;
-        else
-            longest *= 1.25; // a slow machine
-    }
-    EXPECT_GT(roundsThatWrote, 0);
 }

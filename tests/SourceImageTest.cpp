@@ -1,5 +1,6 @@
 #include "images/SourceImage.h"
 
+#include "tests/ImageTesting.h"
 #include "tests/Testing.h"
 
 #include <QBuffer>
@@ -16,11 +17,9 @@ namespace {
 // Left half red, right half blue.
 QImage TwoHalves(QSize size, QImage::Format format)
 {
-    QImage image(size, QImage::Format_ARGB32);
-    for (int y = 0; y < size.height(); ++y)
-        for (int x = 0; x < size.width(); ++x)
-            image.setPixel(x, y, x < size.width() / 2 ? qRgb(200, 30, 30) : qRgb(30, 30, 200));
-    return image.convertToFormat(format);
+    return Painted(size, QImage::Format_ARGB32, [size](int x, int) {
+        return x < size.width() / 2 ? qRgb(200, 30, 30) : qRgb(30, 30, 200);
+    }).convertToFormat(format);
 }
 
 QImage Loaded(const QString& path)
@@ -80,6 +79,10 @@ TEST_F(SourceImageTest, AppliesTheOrientationToPixelsAndHeader)
     EXPECT_TRUE(IsNear(image.pixel(16, 8), qRgb(200, 30, 30), 12));
     EXPECT_TRUE(IsNear(image.pixel(16, 56), qRgb(30, 30, 200), 12));
     EXPECT_EQ(ReadImageHeader(Path("a.jpg"), TDecoderChoice::ByContent).Size, QSize(32, 64));
+    const TThumbnail thumbnail = LoadThumbnail(Path("a.jpg"), { 16, 16 });
+    EXPECT_EQ(thumbnail.Size, QSize(32, 64));
+    EXPECT_EQ(thumbnail.Picture.size(), QSize(8, 16));
+    EXPECT_TRUE(IsNear(thumbnail.Picture.pixel(4, 14), qRgb(30, 30, 200), 12));
 }
 
 TEST_F(SourceImageTest, ConvertsProfilesToSrgbButLeavesScreenGammaAlone)
@@ -133,25 +136,13 @@ TEST_F(SourceImageTest, ChoosesTheDecoderByContentWhenTheExtensionLies)
 
 TEST_F(SourceImageTest, LoadsTheLargestImageOfAWindowsIcon)
 {
-    const auto icon = [this](int side) {
-        TwoHalves({ side, side }, QImage::Format_ARGB32).save(Path("a.ico"));
-        return FileBytes(Path("a.ico"));
-    };
-    const QByteArray small = icon(16);
-    const QByteArray large = icon(48);
-    constexpr qsizetype Dir = 6;
-    constexpr qsizetype Entry = 16;
-    const auto entry = [](const QByteArray& file, qsizetype offset) {
-        return file.mid(Dir, Entry - 4) + QByteArray(1, static_cast<char>(offset & 0xFF))
-            + QByteArray(1, static_cast<char>(offset >> 8)) + QByteArray(2, '\0');
-    };
-    const QByteArray smallImage = small.mid(Dir + Entry);
-    const qsizetype offset = Dir + 2 * Entry;
-    PutFile(Path("a.ico"),
-        QByteArray("\0\0\1\0\2\0", 6) + entry(small, offset) + entry(large, offset + smallImage.size())
-            + smallImage + large.mid(Dir + Entry));
-    EXPECT_EQ(Loaded(Path("a.ico")).size(), QSize(48, 48));
-    EXPECT_EQ(ReadImageHeader(Path("a.ico"), TDecoderChoice::ByContent).Size, QSize(48, 48));
+    const QString icon = QStringLiteral(CORVADINE_TEST_DATA "/two.ico"); // 16 and 48 pixels, by icotool
+    for (const TDecoderChoice choice : { TDecoderChoice::ByContent, TDecoderChoice::ByExtension }) {
+        EXPECT_EQ(LoadSourceImage(icon, choice).size(), QSize(48, 48));
+        EXPECT_EQ(LoadSourceImage(icon, choice).pixel(40, 3), qRgb(30, 30, 200));
+        EXPECT_EQ(ReadImageHeader(icon, choice).Size, QSize(48, 48));
+    }
+    EXPECT_EQ(LoadThumbnail(icon, { 160, 160 }).Size, QSize(16, 16)) << "the first will do";
 }
 
 TEST_F(SourceImageTest, LoadsTheLargestImageOfAnAppleIconThoughItTellsNoSize)
@@ -190,10 +181,8 @@ TEST_F(SourceImageTest, RefusesWhatIsNoWholeImageAndSaysWhy)
     PutFile(Path("a"), bytesOf("JPG") + "a film, in which by chance stands \xFF\xDA");
     EXPECT_EQ(Loaded(Path("a")).size(), QSize(200, 200));
 
-    QImage noise(400, 400, QImage::Format_RGB32);
-    for (int y = 0; y < 400; ++y)
-        for (int x = 0; x < 400; ++x)
-            noise.setPixel(x, y, 0xFF000000U | static_cast<QRgb>(x + 400 * y) * 2654435761U);
+    const QImage noise = Painted({ 400, 400 }, QImage::Format_RGB32,
+        [](int x, int y) { return 0xFF000000U | static_cast<QRgb>(x + 400 * y) * 2654435761U; });
     ASSERT_TRUE(noise.save(Path("a"), "JPG", 100));
     const QByteArray large = FileBytes(Path("a")); // is read in several pieces
     ASSERT_GT(large.size(), 200'000);
@@ -224,20 +213,11 @@ TEST_F(SourceImageTest, RefusesWhatIsNoWholeImageAndSaysWhy)
     EXPECT_THAT(ErrorOf([&] { Loaded(Path("none")); }), ::testing::EndsWith("the file does not exist"));
 }
 
-TEST_F(SourceImageTest, ReadsTheFirstPictureOfAnIcon)
-{
-    ASSERT_TRUE(TwoHalves({ 16, 16 }, QImage::Format_ARGB32).save(Path("a.ico")));
-    EXPECT_EQ(LoadSourceImage(Path("a.ico"), TDecoderChoice::ByExtension).pixel(12, 3), qRgb(30, 30, 200));
-    EXPECT_EQ(LoadThumbnail(Path("a.ico"), { 160, 160 }).Size, QSize(16, 16));
-}
-
 TEST_F(SourceImageTest, ReducesToThumbnails)
 {
     const auto thumbnail = [this](const char* name) { return LoadThumbnail(Path(name), { 160, 160 }); };
-    QImage image(640, 320, QImage::Format_ARGB32);
-    for (int y = 0; y < image.height(); ++y)
-        for (int x = 0; x < image.width(); ++x)
-            image.setPixel(x, y, x % 2 == 0 ? qRgb(0, 0, 255) : qRgba(255, 0, 0, 0));
+    const QImage image = Painted({ 640, 320 }, QImage::Format_ARGB32,
+        [](int x, int) { return x % 2 == 0 ? qRgb(0, 0, 255) : qRgba(255, 0, 0, 0); });
     ASSERT_TRUE(image.save(Path("alpha.png")));
     EXPECT_EQ(thumbnail("alpha.png").Picture.size(), QSize(160, 80));
     const QRgb halfBlue = thumbnail("alpha.png").Picture.pixel(80, 40);
@@ -245,23 +225,13 @@ TEST_F(SourceImageTest, ReducesToThumbnails)
         << "tinted by transparent red";
 
     // Squares of 256 colours: the mixed ones along their edges are too many for a palette.
-    QImage squares(640, 320, QImage::Format_Indexed8);
-    for (int i = 0; i < 256; ++i)
-        squares.setColor(i, qRgb(i % 16 * 17, i / 16 * 17, i));
-    for (int y = 0; y < squares.height(); ++y)
-        for (int x = 0; x < squares.width(); ++x)
-            squares.setPixel(x, y, static_cast<uint>(x / 37 % 16 + y / 19 % 16 * 16));
+    const QImage squares = Painted({ 640, 320 }, QImage::Format_RGB32, [](int x, int y) {
+        return qRgb(x / 37 % 16 * 17, y / 19 % 16 * 17, x / 37 % 16 + y / 19 % 16 * 16);
+    }).convertToFormat(QImage::Format_Indexed8);
     ASSERT_TRUE(squares.save(Path("palette.png")));
     const QImage reduced = thumbnail("palette.png").Picture;
     for (const QPoint& inside : { QPoint(13, 2), QPoint(60, 40), QPoint(153, 79) })
         EXPECT_EQ(reduced.pixel(inside), squares.pixel(inside * 4)) << inside.x() << ", not dithered";
-
-    QImageWriter writer(Path("turned.jpg"));
-    writer.setTransformation(QImageIOHandler::TransformationRotate90);
-    ASSERT_TRUE(writer.write(TwoHalves({ 640, 320 }, QImage::Format_RGB32)));
-    EXPECT_EQ(thumbnail("turned.jpg").Size, QSize(320, 640));
-    EXPECT_EQ(thumbnail("turned.jpg").Picture.size(), QSize(80, 160));
-    EXPECT_TRUE(IsNear(thumbnail("turned.jpg").Picture.pixel(40, 150), qRgb(30, 30, 200), 12));
 
     ASSERT_TRUE(TwoHalves({ 2000, 2 }, QImage::Format_RGB32).save(Path("flat.png")));
     EXPECT_EQ(thumbnail("flat.png").Picture.size(), QSize(160, 1));

@@ -2,9 +2,7 @@
 
 #include "base/Files.h"
 #include "tests/Testing.h"
-#include "tests/TestingSystem.h"
 
-#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 
@@ -29,17 +27,4 @@ TEST_F(StagedFilePosixTest, KeepsPermissionsAndFollowsLinks)
     ASSERT_TRUE(QFile::link("missing", Path("dangling")));
     WriteFileAtomically(Path("dangling"), "made");
     EXPECT_EQ(FileBytes(Path("missing")), "made");
-}
-
-TEST_F(StagedFilePosixTest, FullDiskLeavesTheOldFileAndNoLitter)
-{
-    PutFile(Path("a"), "old");
-    std::string text;
-    {
-        const TFileSizeLimit limit(1000);
-        text = ErrorOf([&] { WriteFileAtomically(Path("a"), QByteArray(5000, 'x')); });
-    }
-    EXPECT_EQ(text, "Cannot write " + Path("a").toStdString() + ": File too large");
-    EXPECT_EQ(FileBytes(Path("a")), "old");
-    EXPECT_EQ(QDir(Path(".")).entryList(QDir::Files | QDir::Hidden), QStringList("a"));
 }

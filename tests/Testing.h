@@ -3,6 +3,7 @@
 #include "base/Error.h"
 
 #include <QByteArray>
+#include <QDateTime>
 #include <QDir>
 #include <QRegularExpression>
 #include <QString>
@@ -11,6 +12,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <map>
 #include <string>
 
 // gtest finds printers by the type's namespace, which for QString is the global one.
@@ -42,9 +44,18 @@ MATCHER_P(Matches, pattern, "matches " + ::testing::PrintToString(pattern)) // N
     return expression.match(QString::fromStdString(arg)).hasMatch();
 }
 
-// Writes or reads a whole file, failing the test when the system refuses.
+// Writes a whole file, also into folders that are still missing, or reads one; fails the test when the system
+// refuses.
 void PutFile(const QString& path, const QByteArray& bytes);
 QByteArray FileBytes(const QString& path);
+
+// As if the file had been written at `time`.
+void SetFileTime(const QString& path, const QDateTime& time);
+
+// By their names below `folder`: each file with its content, each link with what it leads to, and each empty
+// folder, whose name ends with a slash. Leaves out the files called as `except` says.
+using TFolderContent = std::map<QString, QByteArray>;
+TFolderContent FolderContent(const QString& folder, const QStringList& except = {});
 
 // The text of the TError that `action` throws; fails the test when it throws none.
 template <typename TAction> std::string ErrorOf(TAction action)

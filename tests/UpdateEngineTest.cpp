@@ -31,11 +31,8 @@ protected:
 
 TEST_F(UpdateEngineTest, DownloadsWhatIsNewer)
 {
-    QFile presets(Program("presets/colours.txt"));
-    ASSERT_TRUE(presets.open(QIODevice::ReadWrite));
-    presets.setFileTime(QDateTime({ 2019, 1, 1 }, { 0, 0 }, Qt::UTC), QFile::FileModificationTime);
-    presets.close();
-    const auto before = FolderContent(Program());
+    SetFileTime(Program("presets/colours.txt"), QDateTime({ 2019, 1, 1 }, { 0, 0 }, Qt::UTC));
+    const auto before = ContentOf(Program());
     for (const char* archive : { "cab", "zip", "none" }) {
         SCOPED_TRACE(archive);
         TUpdateServer server;
@@ -54,7 +51,7 @@ TEST_F(UpdateEngineTest, DownloadsWhatIsNewer)
         EXPECT_EQ(items[0].Version, u"1.1.0");
         EXPECT_FALSE(items[0].Mandatory);
         EXPECT_TRUE(items[1].Mandatory && items[2].Mandatory);
-        EXPECT_TRUE(FolderContent(Program()) == before);
+        EXPECT_TRUE(ContentOf(Program()) == before);
         EXPECT_TRUE(server.Requests().first().contains("User-Agent: TWebUpdate\r\n"));
 
         // The mandatory ones come along.
@@ -104,10 +101,8 @@ TEST_F(UpdateEngineTest, NothingIsPublishedThatEveryCopyWouldRefuse)
 {
     const auto refusal = [](const QStringList& emptyFiles, const QStringList& arguments = {}) {
         const QTemporaryDir folder;
-        for (const QString& name : emptyFiles) {
-            QDir().mkpath(QFileInfo(folder.filePath(name)).path());
+        for (const QString& name : emptyFiles)
             PutFile(folder.filePath(name), {});
-        }
         QByteArray error;
         const TUpdateRelease release(folder.path(), "1.1.0", arguments, &error);
         return error.toStdString();
@@ -175,7 +170,7 @@ TEST_F(UpdateEngineTest, CanBeCancelledAtEveryStep)
 {
     TUpdateServer server;
     Release().PutOn(server);
-    const auto before = FolderContent(Program());
+    const auto before = ContentOf(Program());
     TUpdateEngine engine(TestUpdateSettings(server, Program()));
     engine.Cancel(); // nothing runs
     engine.Check();
@@ -184,10 +179,6 @@ TEST_F(UpdateEngineTest, CanBeCancelledAtEveryStep)
     EXPECT_EQ(AwaitOutcome(engine).Signal, u"Cancelled");
 
     ASSERT_EQ(RunCheck(engine).Items.size(), 3);
-    engine.Download({ 0 });
-    engine.Cancel();
-    EXPECT_EQ(AwaitOutcome(engine).Signal, u"Cancelled");
-    EXPECT_FALSE(QFileInfo::exists(Staging()));
     // From within the engine's own signal, in the middle of the package.
     server.Put(PackageUrlPath, { OkHeaders + Release().Package().left(100'000), TThen::Stall });
     QObject context;
@@ -197,7 +188,7 @@ TEST_F(UpdateEngineTest, CanBeCancelledAtEveryStep)
     });
     EXPECT_EQ(RunDownload(engine, { 0 }).Signal, u"Cancelled");
     EXPECT_FALSE(QFileInfo::exists(Staging()));
-    EXPECT_TRUE(FolderContent(Program()) == before);
+    EXPECT_TRUE(ContentOf(Program()) == before);
 
     // An engine that goes takes its download along.
     QObject::disconnect(&engine, nullptr, &context, nullptr);
@@ -218,7 +209,7 @@ TEST_F(UpdateEngineTest, RemovesLeftoversUnlessSomebodyIsAtWork)
     TUpdateServer server;
     Release().PutOn(server);
     TUpdateEngine engine(TestUpdateSettings(server, Program()));
-    QDir().mkpath(Staging() + "/files");
+    PutFile(Staging() + "/files/file", {});
     QFile::link(Program(), Staging() + "/files/link");
     {
         const TUpdateLock lock(Program());
@@ -234,6 +225,8 @@ TEST_F(UpdateEngineTest, RemovesLeftoversUnlessSomebodyIsAtWork)
     ASSERT_EQ(RunDownload(engine, { 0 }).Signal, u"Downloaded");
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     EXPECT_THAT(ErrorOf([&] { const TUpdateLock lock(Program()); }), HasSubstr("Another copy of Corvadine"));
+    // Not even the superuser may make files there.
+    EXPECT_THAT(ErrorOf([] { const TUpdateLock lock("/sys"); }), HasSubstr("the folder cannot be written"));
 }
 
 TEST_F(UpdateEngineTest, AStagedUpdateIsTrustedForWhatItIs)
@@ -266,6 +259,10 @@ TEST_F(UpdateEngineTest, AStagedUpdateIsTrustedForWhatItIs)
     settings.InstalledVersion = "1.1.1";
     EXPECT_THAT(error(), HasSubstr("older than version 1.1.1"));
     settings.InstalledVersion = "1.0.0";
+    PutFile(Staging() + "/chosen", "corvadine");
+    EXPECT_THAT(error(), HasSubstr("not complete")) << "less was chosen";
+    QDir(Staging() + "/files").removeRecursively();
+    EXPECT_THAT(error(), HasSubstr("not complete"));
     const QString control = Staging() + "/Corvadine.INF";
     PutFile(control, FileBytes(control) + ";\r\n");
     EXPECT_THAT(error(), HasSubstr("is not signed"));

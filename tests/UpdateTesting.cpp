@@ -1,10 +1,6 @@
 #include "tests/UpdateTesting.h"
 
-#include "tests/Testing.h"
-
 #include <QCryptographicHash>
-#include <QDir>
-#include <QDirIterator>
 #include <QEventLoop>
 #include <QProcess>
 #include <QRandomGenerator>
@@ -36,28 +32,11 @@ QByteArray Run(const QStringList& arguments, QByteArray* error = nullptr)
 
 // One for all tests of a process, in a folder that goes with it.
 struct TKeyPair {
-    TKeyPair()
-    {
-        Public = QByteArray::fromBase64(Run({ "key", Path }));
-        const QByteArray seed = QByteArray::fromBase64(FileBytes(Path));
-        QByteArray ignored(crypto_sign_PUBLICKEYBYTES, '\0');
-        Secret.resize(crypto_sign_SECRETKEYBYTES);
-        crypto_sign_seed_keypair(Unsigned(ignored), Unsigned(Secret), Unsigned(seed));
-    }
-
-    static const unsigned char* Unsigned(const QByteArray& bytes)
-    {
-        return reinterpret_cast<const unsigned char*>(bytes.constData());
-    }
-    static unsigned char* Unsigned(QByteArray& bytes)
-    {
-        return reinterpret_cast<unsigned char*>(bytes.data());
-    }
-
     QTemporaryDir Folder;
     QString Path = Folder.filePath("secret.key");
-    QByteArray Public;
-    QByteArray Secret;
+    QByteArray Public = QByteArray::fromBase64(Run({ "key", Path }));
+    // As libsodium wants it: the seed and the public key.
+    QByteArray Secret = QByteArray::fromBase64(FileBytes(Path)) + Public;
 };
 
 const TKeyPair& Keys()
@@ -161,8 +140,8 @@ TUpdateRelease::TUpdateRelease(
 void TUpdateRelease::Renew(const QStringList& arguments)
 {
     const QTemporaryDir output;
-    for (auto file = Files.cbegin(); file != Files.cend(); ++file)
-        PutFile(output.filePath(file.key()), file.value());
+    for (const auto& [name, bytes] : Files)
+        PutFile(output.filePath(name), bytes);
     RunMakeUpdate(QStringList { "renew", "--output", output.path() } + arguments);
     Files = FolderContent(output.path());
 }
@@ -175,9 +154,12 @@ void TUpdateRelease::Replace(const QByteArray& from, const QByteArray& to)
 
 void TUpdateRelease::Sign()
 {
+    const auto data = [](const QByteArray& bytes) {
+        return reinterpret_cast<const unsigned char*>(bytes.constData());
+    };
     Signature().resize(crypto_sign_BYTES);
-    crypto_sign_detached(TKeyPair::Unsigned(Signature()), nullptr, TKeyPair::Unsigned(Control()),
-        static_cast<unsigned long long>(Control().size()), TKeyPair::Unsigned(Keys().Secret));
+    crypto_sign_detached(reinterpret_cast<unsigned char*>(Signature().data()), nullptr, data(Control()),
+        static_cast<unsigned long long>(Control().size()), data(Keys().Secret));
 }
 
 void TUpdateRelease::ReplacePackage(const QByteArray& bytes)
@@ -193,8 +175,8 @@ void TUpdateRelease::ReplacePackage(const QByteArray& bytes)
 
 void TUpdateRelease::PutOn(TUpdateServer& server) const
 {
-    for (auto file = Files.cbegin(); file != Files.cend(); ++file)
-        server.Put("/Corvadine/" + file.key(), Ok(file.value()));
+    for (const auto& [name, bytes] : Files)
+        server.Put("/Corvadine/" + name, Ok(bytes));
 }
 
 QByteArray TUpdateRelease::PublicKey()
@@ -205,11 +187,9 @@ QByteArray TUpdateRelease::PublicKey()
 const QByteArray& NewProgram()
 {
     static const QByteArray Bytes = [] {
-        QByteArray bytes(200 * 1024, '\0');
-        QRandomGenerator random(1);
-        for (char& byte : bytes)
-            byte = static_cast<char>(random.generate());
-        return bytes;
+        std::vector<quint32> words(50 * 1024);
+        QRandomGenerator(1).fillRange(words.data(), static_cast<qsizetype>(words.size()));
+        return QByteArray(reinterpret_cast<const char*>(words.data()), 200 * 1024);
     }();
     return Bytes;
 }
@@ -218,7 +198,6 @@ TUpdateRelease MakeRelease(const QString& version, const QStringList& arguments)
 {
     const QTemporaryDir folder;
     const QString program = folder.filePath("corvadine");
-    QDir(folder.path()).mkdir("presets");
     PutFile(program, NewProgram());
     QFile::setPermissions(program, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     PutFile(folder.filePath("Corvadine.chm"), NewHelp);
@@ -235,7 +214,6 @@ TUpdateRelease Release()
 
 void PutOldFiles(const QString& programFolder)
 {
-    QDir().mkpath(programFolder + "/presets");
     PutFile(programFolder + "/corvadine", "old program");
     PutFile(programFolder + "/Corvadine.chm", "old help");
     PutFile(programFolder + "/presets/colours.txt", "old presets");
@@ -305,22 +283,9 @@ TUpdateOutcome AwaitOutcome(TUpdateEngine& engine)
     return outcome;
 }
 
-QMap<QString, QByteArray> FolderContent(const QString& folder)
+TFolderContent ContentOf(const QString& folder)
 {
-    QMap<QString, QByteArray> content;
-    QDirIterator entries(folder, QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
-        QDirIterator::Subdirectories);
-    while (entries.hasNext()) {
-        const QFileInfo info = entries.nextFileInfo();
-        const QString name = info.filePath().mid(folder.size() + 1);
-        if (info.fileName() == TUpdateSettings::KnownFileName)
-            continue;
-        if (info.isSymLink())
-            content[name] = "link to " + info.symLinkTarget().toUtf8();
-        else if (info.isFile())
-            content[name] = FileBytes(info.filePath());
-    }
-    return content;
+    return FolderContent(folder, { TUpdateSettings::KnownFileName });
 }
 
 } // namespace Corvadine::Testing

@@ -2,16 +2,14 @@
 
 #include "support/UpdateEngine.h"
 #include "support/UpdateSettings.h"
+#include "tests/Testing.h"
 
 #include <QByteArray>
 #include <QHash>
-#include <QList>
-#include <QMap>
 #include <QSslServer>
 #include <QString>
 #include <QStringList>
 
-#include <optional>
 #include <vector>
 
 // An update server on loopback, real releases, and an engine that is run to its end. Everything happens on
@@ -60,7 +58,7 @@ public:
     TUpdateRelease(const QString& folder, const QString& version, const QStringList& arguments = {},
         QByteArray* error = nullptr);
 
-    QMap<QString, QByteArray> Files;
+    TFolderContent Files;
 
     QByteArray& Control() { return Files["Corvadine.INF"]; }
     QByteArray& Signature() { return Files["Corvadine.INF.sig"]; }
@@ -112,7 +110,7 @@ TUpdateOutcome RunDownload(TUpdateEngine& engine, const std::vector<std::size_t>
 // Runs the event loop until the engine's next final signal; fails the test when none comes.
 TUpdateOutcome AwaitOutcome(TUpdateEngine& engine);
 
-// Every file and link below a folder with its content or target, but not what a check remembers.
-QMap<QString, QByteArray> FolderContent(const QString& folder);
+// FolderContent() but for what a check remembers.
+TFolderContent ContentOf(const QString& folder);
 
 } // namespace Corvadine::Testing

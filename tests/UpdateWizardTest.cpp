@@ -1,8 +1,6 @@
 #include "support/UpdateWizard.h"
 
 #include "support/StagedUpdate.h"
-#include "support/UpdateHelper.h"
-#include "support/UpdateInstaller.h"
 #include "tests/UpdateTesting.h"
 #include "tests/WidgetTesting.h"
 
@@ -12,14 +10,10 @@
 #include <QLabel>
 #include <QPlainTextEdit>
 #include <QProcess>
-#include <QProgressBar>
 #include <QPushButton>
-#include <QStackedWidget>
 #include <QTreeWidget>
 
-#include <filesystem>
 #include <memory>
-#include <tuple>
 #include <utility>
 
 using namespace Corvadine;
@@ -28,8 +22,10 @@ using ::testing::HasSubstr;
 
 namespace {
 
-const QString ControlPath = QStringLiteral("/Corvadine/Corvadine.INF");
-const QString PackagePath = QStringLiteral("/Corvadine/Corvadine.CAB");
+const QString Offered = QStringLiteral("A newer version is available");
+const QString Ready = QStringLiteral("Ready to install");
+const QString Installed = QStringLiteral("The update is installed");
+const QString Failed = QStringLiteral("The update did not work");
 
 } // namespace
 
@@ -37,14 +33,13 @@ class UpdateWizardTest : public TFolderTest {
 protected:
     void SetUp() override
     {
-        ASSERT_TRUE(QDir().mkpath(FProgram));
         ASSERT_TRUE(QDir().mkpath(FTemporary));
-        ASSERT_TRUE(QFile::copy(QStringLiteral(CORVADINE_STAND_IN), Program("corvadine")));
         PutFile(Program("Corvadine.chm"), "old help");
         PutFile(Program("extra.txt"), "old extra");
         PutFile(Program("Corvadine.db"), "projects");
         PutFile(
             Program("CorvadineUpdate.ini"), "[update]\nkey=" + TUpdateRelease::PublicKey().toBase64() + "\n");
+        ASSERT_TRUE(QFile::copy(QStringLiteral(CORVADINE_STAND_IN), Program("corvadine")));
     }
 
     // Puts version 1.1.0 on the server: the help, something optional and, if asked for, another executable.
@@ -64,16 +59,6 @@ protected:
             .PutOn(FServer);
     }
 
-    TUpdateWizard& Open(QWidget* owner = nullptr)
-    {
-        FWizard.reset();
-        FEngine = std::make_unique<TUpdateEngine>(TestUpdateSettings(FServer, FProgram));
-        FWizard = std::make_unique<TUpdateWizard>(
-            TUpdateWizard::TParts { *FEngine, Program("corvadine"), [this] { FStartHelper(); } }, owner);
-        FWizard->show();
-        return *FWizard;
-    }
-
     // Waits for the page with this heading.
     ::testing::AssertionResult Shows(const QString& heading) const
     {
@@ -88,6 +73,22 @@ protected:
     {
         ASSERT_TRUE(button->isVisible() && button->isEnabled());
         QTest::mouseClick(button, Qt::LeftButton);
+    }
+
+    // Opens a wizard and waits for the pages with these headings, each but the last left by its button.
+    ::testing::AssertionResult Reaches(const QStringList& headings, QWidget* owner = nullptr)
+    {
+        FWizard.reset();
+        FEngine = std::make_unique<TUpdateEngine>(TestUpdateSettings(FServer, FProgram));
+        FWizard = std::make_unique<TUpdateWizard>(
+            TUpdateWizard::TParts { *FEngine, Program("corvadine"), [this] { FStartHelper(); } }, owner);
+        FWizard->show();
+        auto result = Shows(headings.first());
+        for (qsizetype i = 1; result && i < headings.size(); ++i) {
+            Click(FWizard->btnNext);
+            result = Shows(headings[i]);
+        }
+        return result;
     }
 
     // As a user does: with the mouse on the box of the row.
@@ -113,12 +114,12 @@ protected:
     // With the wizard, until all is staged and the program would end.
     void StageForHelper()
     {
-        FStartHelper = [] {};
-        TUpdateWizard& wizard = Open();
-        ASSERT_TRUE(Shows("A newer version is available"));
-        Click(wizard.btnNext);
-        ASSERT_TRUE(Shows("Ready to install"));
-        Click(wizard.btnNext);
+        bool asked = false;
+        FStartHelper = [&asked] { asked = true; };
+        ASSERT_TRUE(Reaches({ Offered, Ready }));
+        EXPECT_EQ(FileBytes(Program("Corvadine.chm")), "old help");
+        Click(FWizard->btnNext);
+        EXPECT_TRUE(asked && FWizard->EndsProgram() && !FWizard->isVisible());
         FWizard.reset();
         FEngine.reset();
     }
@@ -156,11 +157,10 @@ TEST_F(UpdateWizardTest, OffersWhatIsNewerAndReplacesDataInPlace)
     QWidget window;
     window.setGeometry(60, 40, 700, 500);
     window.show();
-    TUpdateWizard& wizard = Open(&window);
+    ASSERT_TRUE(Reaches({ Offered }, &window)) << "without a click";
+    TUpdateWizard& wizard = *FWizard;
     EXPECT_EQ(wizard.windowTitle(), "Corvadine Update");
     EXPECT_LT((wizard.geometry().center() - window.geometry().center()).manhattanLength(), 40);
-    EXPECT_EQ(wizard.Heading->text(), "Looking for a newer version") << "without a click";
-    ASSERT_TRUE(Shows("A newer version is available"));
     ASSERT_EQ(wizard.News->topLevelItemCount(), 2);
     const QTreeWidgetItem* help = wizard.News->topLevelItem(0);
     EXPECT_EQ(help->text(0), "Corvadine.chm (required)");
@@ -171,7 +171,7 @@ TEST_F(UpdateWizardTest, OffersWhatIsNewerAndReplacesDataInPlace)
     Tick(1);
     EXPECT_EQ(StateOf(1), Qt::Unchecked);
     Click(wizard.btnNext);
-    ASSERT_TRUE(Shows("The update is installed"));
+    ASSERT_TRUE(Shows(Installed));
     EXPECT_FALSE(wizard.btnNext->isVisible());
     EXPECT_FALSE(wizard.EndsProgram());
     EXPECT_EQ(FileBytes(Program("Corvadine.chm")), "new help");
@@ -183,12 +183,8 @@ TEST_F(UpdateWizardTest, OffersWhatIsNewerAndReplacesDataInPlace)
     EXPECT_FALSE(wizard.isVisible());
     FWizard.reset(); // before its window
 
-    Open();
-    ASSERT_TRUE(Shows("A newer version is available")) << "what was left out is offered again";
-    Click(FWizard->btnNext);
-    ASSERT_TRUE(Shows("The update is installed"));
-    Open();
-    EXPECT_TRUE(Shows("Corvadine is up to date"));
+    ASSERT_TRUE(Reaches({ Offered, Installed })) << "what was left out is offered again";
+    ASSERT_TRUE(Reaches({ "Corvadine is up to date" }));
     EXPECT_EQ(FWizard->Note->text(), "You have the newest version, 1.1.0.");
     EXPECT_THAT(Log(), HasSubstr("Look for a newer version: nothing is newer"));
 }
@@ -198,17 +194,7 @@ TEST_F(UpdateWizardTest, HelperReplacesTheExecutableAndStartsIt)
     Publish(true);
     const auto oldSize = QByteArray::number(QFileInfo(Program("corvadine")).size());
     const auto newSize = QByteArray::number(QFileInfo(Program("corvadine")).size() + 34);
-    bool asked = false;
-    FStartHelper = [&asked] { asked = true; };
-    TUpdateWizard& wizard = Open();
-    ASSERT_TRUE(Shows("A newer version is available"));
-    Click(wizard.btnNext);
-    ASSERT_TRUE(Shows("Ready to install"));
-    EXPECT_EQ(FileBytes(Program("Corvadine.chm")), "old help");
-    Click(wizard.btnNext);
-    EXPECT_TRUE(asked && wizard.EndsProgram() && !wizard.isVisible());
-    FWizard.reset();
-    FEngine.reset();
+    StageForHelper();
     EXPECT_EQ(HandOver(),
         "ends, " + oldSize + " bytes\nCorvadine was updated to version 1.1.0.\nstarted, " + newSize
             + " bytes\n");
@@ -222,107 +208,39 @@ TEST_F(UpdateWizardTest, HelperReplacesTheExecutableAndStartsIt)
 TEST_F(UpdateWizardTest, HelperStartsTheOldProgramWhenItCannotInstall)
 {
     Publish(true);
-    const std::tuple<QString, bool, const char*> cases[] {
-        { "files/extra.txt", false, "not the file" }, { "Corvadine.INF", false, "not signed" },
-        { "chosen", false, "not complete" }, { "files/corvadine", true, "not complete" },
-        { "files", true, "not complete" },
-        { {}, false, "older than version 1.2.0" }, // which somebody else has installed meanwhile
-    };
-    for (const auto& [spoilt, isRemoved, text] : cases) {
-        QFile::remove(Program("notes.txt"));
-        QFile::remove(Program("WUPDATE.LOG"));
-        StageForHelper();
-        const QString path = StagingFolderOf(FProgram) + '/' + spoilt;
-        if (isRemoved)
-            ASSERT_TRUE(QFile::remove(path) || QDir(path).removeRecursively());
-        else if (spoilt.isEmpty())
-            PutFile(Program("CorvadineUpdate.accepted"), "1.2.0\n");
-        else
-            PutFile(path, "spoilt");
+    const auto expectRefusal = [this](const char* text) {
         EXPECT_THAT(HandOver().toStdString(), AllOf(HasSubstr("did not work"), HasSubstr(text)));
         ExpectNothingChanged();
         EXPECT_THAT(Log(), HasSubstr(text));
-    }
-}
-
-TEST_F(UpdateWizardTest, HelperKilledAtAnyTimeLeavesTheOldOrTheNewProgram)
-{
-    Publish(true);
+    };
     StageForHelper();
-    const QByteArray oldProgram = FileBytes(Program("corvadine"));
-    QProcess helper;
-    helper.start(CORVADINE_HELPER, {}); // has nothing to do
-    ASSERT_TRUE(helper.waitForStarted());
-    const qint64 ended = helper.processId();
-    ASSERT_TRUE(helper.waitForFinished());
-    // At first it is killed while it waits for us.
-    qint64 waitFor = QCoreApplication::applicationPid();
-    bool survived = false;
-    for (int milliseconds = 200; !survived; milliseconds += 5) {
-        // A folder for each, since the program that it has started may still be at work there.
-        const QString program = Path(QString::number(milliseconds) + (waitFor == ended ? "" : "waiting"));
-        std::filesystem::copy(
-            FProgram.toStdU16String(), program.toStdU16String(), std::filesystem::copy_options::recursive);
-        helper.start(CORVADINE_HELPER, HelperArguments({ program, program + "/corvadine", waitFor }));
-        survived = helper.waitForFinished(milliseconds);
-        if (!survived) {
-            helper.kill();
-            ASSERT_TRUE(helper.waitForFinished());
-        }
-        EXPECT_NE(RecoverUpdate(program), TRecovery::BeingInstalled);
-        const bool isNew = FileBytes(program + "/corvadine") != oldProgram;
-        EXPECT_EQ(FileBytes(program + "/Corvadine.chm"), isNew ? "new help" : "old help") << milliseconds;
-        EXPECT_EQ(FileBytes(program + "/extra.txt"), isNew ? "new extra" : "old extra") << milliseconds;
-        EXPECT_EQ(QFile::exists(program + "/CorvadineUpdate.accepted"), isNew) << milliseconds;
-        EXPECT_FALSE(survived && !isNew);
-        if (std::exchange(waitFor, ended) != ended) {
-            EXPECT_FALSE(isNew);
-            milliseconds = 0;
-        }
-    }
-    QTest::qWait(200); // for the program that was started last
+    PutFile(StagingFolderOf(FProgram) + "/files/extra.txt", "spoilt");
+    expectRefusal("not the file");
+    QFile::remove(Program("notes.txt"));
+    StageForHelper();
+    PutFile(Program("CorvadineUpdate.accepted"), "1.2.0\n"); // which somebody else has installed meanwhile
+    expectRefusal("older than version 1.2.0");
 }
 
 TEST_F(UpdateWizardTest, CanBeLeftOnEveryPageInEveryWay)
 {
     Publish(true);
-    using TStep = std::function<void()>;
-    const TStep ways[] {
+    const std::function<void()> ways[] {
         [this] { Click(FWizard->btnCancel); },
         [this] { QTest::keyClick(FWizard.get(), Qt::Key_Escape); },
         [this] { FWizard->close(); },
     };
-    const TStep pages[] {
-        [this] {
-            FServer.Put(ControlPath, { {}, TThen::Stall });
-            Open();
-            ASSERT_TRUE(Shows("Looking for a newer version"));
-        },
-        [this] {
-            Publish(true);
-            Open();
-            ASSERT_TRUE(Shows("A newer version is available"));
-        },
-        [this] {
-            FServer.Put(PackagePath, { "HTTP/1.1 200 OK\r\nContent-Length: 9999\r\n\r\nMSCF", TThen::Stall });
-            Open();
-            ASSERT_TRUE(Shows("A newer version is available"));
-            Click(FWizard->btnNext);
-            ASSERT_TRUE(Shows("Downloading"));
-        },
-        [this] {
-            Publish(true);
-            Open();
-            ASSERT_TRUE(Shows("A newer version is available"));
-            Click(FWizard->btnNext);
-            ASSERT_TRUE(Shows("Ready to install"));
-        },
+    const std::pair<QStringList, QString> pages[] {
+        // And what the server is silent about from then on.
+        { { Offered }, {} },
+        { { Offered, Ready }, {} },
+        { { Offered, "Downloading" }, PackageUrlPath },
+        { { "Looking for a newer version" }, TUpdateSettings::ControlFilePath },
     };
-    for (const TStep& page : pages)
-        for (const TStep& leave : ways) {
-            page();
-            if (HasFatalFailure())
-                return;
+    for (const auto& [headings, silent] : pages)
+        for (const auto& leave : ways) {
+            FServer.Put(silent, { OkHeaders, TThen::Stall });
+            ASSERT_TRUE(Reaches(headings));
             leave();
             EXPECT_TRUE(QTest::qWaitFor([this] { return !FWizard->isVisible(); }));
             EXPECT_FALSE(FWizard->EndsProgram());
@@ -333,24 +251,21 @@ TEST_F(UpdateWizardTest, CanBeLeftOnEveryPageInEveryWay)
 
 TEST_F(UpdateWizardTest, TellsInPlainWordsWhatWentWrong)
 {
-    Open(); // nothing is published
-    ASSERT_TRUE(Shows("The update did not work"));
+    ASSERT_TRUE(Reaches({ Failed })) << "nothing is published";
     EXPECT_THAT(FWizard->Note->text().toStdString(), HasSubstr("WUPDATE.LOG"));
     EXPECT_THAT(Log(), HasSubstr("Look for a newer version: failed. "));
 
     Publish(false);
     {
         const TUpdateLock other(FProgram);
-        Open();
-        ASSERT_TRUE(Shows("The update did not work")) << "before anything is offered";
+        ASSERT_TRUE(Reaches({ Failed })) << "before anything is offered";
     }
-    Open();
-    ASSERT_TRUE(Shows("A newer version is available"));
+    ASSERT_TRUE(Reaches({ Offered }));
     Tick(1);
     QFile::remove(Program("Corvadine.chm"));
-    ASSERT_TRUE(QDir().mkpath(Program("Corvadine.chm/in the way")));
+    PutFile(Program("Corvadine.chm/in the way"), {});
     Click(FWizard->btnNext);
-    ASSERT_TRUE(Shows("The update did not work"));
+    ASSERT_TRUE(Shows(Failed));
     EXPECT_THAT(FWizard->Note->text().toStdString(), HasSubstr("Corvadine.chm"));
     EXPECT_EQ(FileBytes(Program("extra.txt")), "old extra");
     EXPECT_FALSE(QFileInfo::exists(StagingFolderOf(FProgram)));
@@ -358,11 +273,6 @@ TEST_F(UpdateWizardTest, TellsInPlainWordsWhatWentWrong)
     Publish(true);
     FStartHelper = [] { throw TError(TErrorKind::Io, "Cannot start the update helper"); };
     QDir(Program("Corvadine.chm")).removeRecursively();
-    Open();
-    ASSERT_TRUE(Shows("A newer version is available"));
-    Click(FWizard->btnNext);
-    ASSERT_TRUE(Shows("Ready to install"));
-    Click(FWizard->btnNext);
-    ASSERT_TRUE(Shows("The update did not work"));
+    ASSERT_TRUE(Reaches({ Offered, Ready, Failed }));
     EXPECT_FALSE(FWizard->EndsProgram() || QFileInfo::exists(StagingFolderOf(FProgram)));
 }
