@@ -65,6 +65,8 @@ TMainForm::TMainForm(const QString& programFolder, TPrompts& prompts)
     , FPicker(FControls.ImageEnViewIcon, FControls.ImageEnViewSplash, this)
 {
     FState.ProgramFolder = WithTrailingDelimiter(programFolder);
+    // Known even if the start-up ends before the folder is made: no backup may land elsewhere.
+    FState.BackupFolder = WithTrailingDelimiter(OwnFile("Project Backups"));
     setWindowTitle(DesignedCaption);
     setWindowIcon(ApplicationIcon());
     setAcceptDrops(true);
@@ -212,10 +214,7 @@ void TMainForm::OpenStore()
 
 void TMainForm::EnsureBackupFolder()
 {
-    const QString folder = OwnFile("Project Backups");
-    FState.BackupFolder =
-        WithTrailingDelimiter(folder); // also if it cannot be made: no backup may land elsewhere
-    CreateFolder(folder);
+    CreateFolder(FState.BackupFolder);
 }
 
 void TMainForm::ReadSettings()

@@ -456,6 +456,9 @@ TEST_F(MainFormTest, RowsWithoutSomeOptionAreShownAsFarAsTheyGo)
             + ": the option \"2x Width\" has no value"));
     EXPECT_TRUE(FForm->isVisible());
     EXPECT_EQ(FForm->State().MyIniFileName, QString()) << "the start-up has ended there";
+    EXPECT_EQ(FForm->State().BackupFolder, Path("program/Project Backups") + QDir::separator());
+    Click("Help"); // there is none, and no harm in it
+    EXPECT_EQ(FPrompts.Shown, QStringList());
 }
 
 TEST_F(MainFormTest, FailuresShowTheirTextAndRestoreTheWindow)
