@@ -73,7 +73,7 @@ void TWindowRun::GenerateAll()
     if (renderer.Settings().Platforms.Windows)
         GenerateMainIcon(renderer);
     if (FLeft)
-        ShowAfterReturn(renderer.Settings().OutputFolder);
+        ShowAfterReturn(renderer.Settings(), list);
     else
         FinishView();
 }
@@ -84,14 +84,17 @@ void TWindowRun::FinishView()
     FParts.State.FilesGenerated = true;
 }
 
-// Who looked at another project and came back before the end saw only what there was by then.
-void TWindowRun::ShowAfterReturn(const QString& outputFolder)
+// Who looked at another project and came back before the end saw only what there was by then. The generation
+// list is the run's again, as it would be had they stayed.
+void TWindowRun::ShowAfterReturn(const TGenSettings& settings, const std::vector<TGenRec>& list)
 {
-    if (FParts.OutputFolder() != outputFolder)
+    if (FParts.OutputFolder() != settings.OutputFolder)
         return;
-    FParts.BuildGenList();
-    FParts.State.LastOutputFolder = outputFolder;
-    FParts.MView.Fill(outputFolder);
+    FParts.State.GenList = list;
+    if (settings.Platforms.Windows)
+        FParts.State.GenList.push_back(MainIconEntry());
+    FParts.State.LastOutputFolder = settings.OutputFolder;
+    FParts.MView.Fill(settings.OutputFolder);
     FinishView();
 }
 

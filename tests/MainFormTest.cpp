@@ -393,6 +393,7 @@ TEST_F(MainFormTest, RunKeepsToItsProjectAndClosingEndsIt)
     EXPECT_TRUE(QTest::qWaitFor([this] { return FForm->Controls().MView->Count() == 38; }))
         << "back before the end";
     EXPECT_TRUE(FForm->State().FilesGenerated);
+    EXPECT_EQ(FForm->State().GenList.size(), 38U) << "the Windows icon among them";
 
     QDir().rmdir(OutputFolder("B"));
     during([&] { show(1); });
