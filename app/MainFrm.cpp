@@ -52,6 +52,12 @@ QString DraggedProjectFile(const QMimeData& data)
     return IsProjectFileName(file) && FileExists(file) ? file : QString();
 }
 
+bool ShowsOtherImages(const TProject& before, const TProject& after)
+{
+    return before.IconImageName != after.IconImageName || before.SplashImageName != after.SplashImageName
+        || before.OutputFolder != after.OutputFolder;
+}
+
 } // namespace
 
 TMainForm::TMainForm(const QString& programFolder, TPrompts& prompts)
@@ -393,6 +399,20 @@ void TMainForm::tblProjectsAfterScroll()
     FIntake.ShowCurrentProject();
 }
 
+// The command-line program may have written to the same database while the user was away.
+void TMainForm::FollowOtherPrograms()
+{
+    const TProject before = FTable.Current();
+    try {
+        FTable.Refresh();
+    } catch (const TError&) {
+        return; // locked, for instance; the user has asked for nothing, and next time it may be readable
+    }
+    const TProject after = FTable.Current();
+    if (after.ID == before.ID && ShowsOtherImages(before, after)) // the table has announced any other ID
+        Guarded([this] { FIntake.ShowCurrentProject(); });
+}
+
 void TMainForm::SaveSettings()
 {
     if (FState.MyIniFileName.isEmpty())
@@ -411,7 +431,15 @@ QString TMainForm::OwnFile(const char* name) const
 // Every command and handler runs in here: an error that nobody else handles shows its own text.
 void TMainForm::Guarded(const std::function<void()>& action)
 {
+    ++FGuardedDepth;
     RunReporting(action, [this](const QString& text) { FPrompts.ShowError(text); });
+    --FGuardedDepth;
+}
+
+// Whether a command is under way or a dialog open, over which no row may change.
+bool TMainForm::IsBusy() const
+{
+    return FGuardedDepth > 0 || QApplication::activeModalWidget() != nullptr;
 }
 
 TCommandState TMainForm::CommandState() const
@@ -454,12 +482,14 @@ void TMainForm::closeEvent(QCloseEvent* event)
     event->setAccepted(!FClosesAfterRun);
 }
 
-// The user may change between light and dark while the program runs.
+// The user may change between light and dark, or the projects from elsewhere, while the program runs.
 void TMainForm::changeEvent(QEvent* event)
 {
     QMainWindow::changeEvent(event);
     if (event->type() == QEvent::PaletteChange)
         TakeContentColor();
+    if (event->type() == QEvent::ActivationChange && isActiveWindow() && !IsBusy())
+        FollowOtherPrograms();
 }
 
 // As a copy: a move would let the file manager delete its file.

@@ -88,6 +88,7 @@ private:
     void btnPickColorClick();
     void btnCheckUpdatesClick();
     void tblProjectsAfterScroll();
+    void FollowOtherPrograms();
     void ProjectChosen(qint64 id);
     void Picked(int color);
 
@@ -98,11 +99,13 @@ private:
     void SaveSettings();
     QString OwnFile(const char* name) const;
     void Guarded(const std::function<void()>& action);
+    bool IsBusy() const;
 
     TPrompts& FPrompts;
     TMainState FState;
     QString FRememberedProject;
     bool FClosesAfterRun = false;
+    int FGuardedDepth = 0; // how many commands and handlers are under way
     std::function<bool(QWidget*, const QString&)> FCheckForUpdates = CheckForUpdates;
     std::unique_ptr<TProjectStore> FStore;
     TProjectsTable FTable;

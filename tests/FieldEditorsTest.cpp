@@ -188,7 +188,7 @@ TEST_F(FieldEditorsTest, SliderWritesOnlyWhenItIsLeft)
     expectWritten("pointer");
 
     moveByKey();
-    FTable.Next();
+    FTable.LocateByID(2);
     QTest::keyClick(slider, Qt::Key_Tab);
     EXPECT_EQ(FTable.State(), TState::Browse) << "a move on another project's slider is nobody's";
 }
@@ -348,7 +348,7 @@ TEST_F(FieldEditorsTest, LookupFollowsTheUserAndSetValueButNotTheCurrentRow)
 
     FTable.SetField(TField::TwoxSize, 1);
     FTable.Post();
-    FTable.First();
+    FTable.LocateByID(1);
     EXPECT_EQ(FLookup->Text(), "/c/Third.dproj");
     FTable.Append(); // the database gives the last row's ID again
     FTable.SetField(TField::ProjectFile, "/d/Fourth.dproj");

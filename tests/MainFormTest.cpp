@@ -12,6 +12,8 @@
 #include "project/ProjectPaths.h"
 #include "tests/DialogTesting.h"
 
+#include <SQLiteCpp/Database.h>
+
 #include <QApplication>
 #include <QDir>
 #include <QImage>
@@ -33,6 +35,8 @@ public:
     bool Confirm(const QString& text) override
     {
         Shown.append("confirm: " + text);
+        if (WhileConfirming)
+            WhileConfirming();
         return Yes;
     }
     std::optional<QString> ChooseProjectFile() override { return std::exchange(ProjectFile, std::nullopt); }
@@ -45,6 +49,7 @@ public:
     QStringList TakeShown() { return std::exchange(Shown, {}); }
 
     bool Yes = true;
+    std::function<void()> WhileConfirming;
     std::optional<QString> ProjectFile;
     std::optional<QString> Image;
     QString StartFolder;
@@ -180,7 +185,7 @@ TEST_F(MainFormTest, ImportsTheOlderSettingsOnce)
     FForm.reset();
     PutFile(older, "[Other]\nProjectFile=x");
     Start();
-    EXPECT_EQ(FForm->tblProjects().Count(), 1U);
+    EXPECT_EQ(FForm->tblProjects().Rows().size(), 1U);
     EXPECT_FALSE(QFile::exists(older));
 }
 
@@ -222,10 +227,10 @@ TEST_F(MainFormTest, DeleteActsOnTheFocusedEditorAfterAQuestion)
     ASSERT_TRUE(IsEnabled("Delete Project"));
     FPrompts.Yes = false;
     Click("Delete Project");
-    EXPECT_EQ(FForm->tblProjects().Count(), 1U);
+    EXPECT_EQ(FForm->tblProjects().Rows().size(), 1U);
     FPrompts.Yes = true;
     Click("Delete Project");
-    EXPECT_EQ(FForm->tblProjects().Count(), 0U);
+    EXPECT_EQ(FForm->tblProjects().Rows().size(), 0U);
     EXPECT_EQ(FPrompts.Shown, QStringList({ "confirm: Delete Project?", "confirm: Delete Project?" }));
     EXPECT_EQ(FForm->Controls().cbProjects->Text(), ProjectFile("A")) << "the lookup is not bound to the row";
 }
@@ -426,6 +431,43 @@ TEST_F(MainFormTest, RunGivesTheBytesOfTheCommandLine)
         EXPECT_EQ(FileBytes(OutputPath(job.Settings, record)),
             FileBytes(OutputFolder("A") + "/" + ImageFileName(record.ID)))
             << record.ID.toStdString();
+}
+
+TEST_F(MainFormTest, ComingBackToTheWindowShowsWhatAnotherProgramWrote)
+{
+    Start();
+    Add("A");
+    Add("B");
+    const auto comeBack = [this] {
+        QApplication::setActiveWindow(nullptr);
+        QApplication::setActiveWindow(FForm.get());
+    };
+    TProject project = FForm->tblProjects().Current();
+    project.TwoxSize = 123;
+    project.IconImageName = Path("icon.png");
+    TProjectStore other(Path("program/Corvadine.db"));
+    other.Update(project, { TField::TwoxSize, TField::IconImageName });
+    {
+        SQLite::Database lock(Path("program/Corvadine.db").toStdString(), SQLite::OPEN_READWRITE);
+        lock.exec("BEGIN EXCLUSIVE");
+        comeBack();
+        EXPECT_EQ(FForm->Controls().cb2xWidth->Value(), 400);
+    }
+    comeBack();
+    EXPECT_EQ(FForm->tblProjects().Current().ID, project.ID);
+    EXPECT_EQ(FForm->Controls().cb2xWidth->Value(), 123);
+    EXPECT_EQ(FForm->Controls().ImageEnViewIcon->Image().size(), QSize(60, 40));
+
+    // Not under a command: this one would delete the project that has moved up.
+    FPrompts.WhileConfirming = [&] {
+        other.Delete(project);
+        comeBack();
+    };
+    FForm->Controls().cb2xWidth->setFocus();
+    Click("Delete Project");
+    EXPECT_EQ(other.ReadProjects().size(), 1U);
+    EXPECT_EQ(FForm->tblProjects().Current().ProjectFile, ProjectFile("A"));
+    EXPECT_EQ(FPrompts.Shown, QStringList("confirm: Delete Project?"));
 }
 
 // Rows of older databases may lack a value.
