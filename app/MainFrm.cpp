@@ -11,6 +11,7 @@
 #include "app/SettingsFile.h"
 #include "app/StartUp.h"
 #include "app/Theme.h"
+#include "app/WaitCursor.h"
 #include "app/WindowPlacement.h"
 #include "base/Error.h"
 #include "base/FileVersion.h"
@@ -301,12 +302,13 @@ void TMainForm::aProjectExecute()
     TProjectImages images { project.ProjectFile, project.OutputFolder, {} };
     for (const TGenRec& record : FState.GenList)
         images.IDs.append(record.ID);
-    QApplication::setOverrideCursor(Qt::WaitCursor);
+    ShowWaitCursor();
     QApplication::processEvents(QEventLoop::ExcludeUserInputEvents); // a double click must not update twice
-    // A project file that cannot be read or written leaves the wait cursor, as users of this command know it.
+    // A project file that cannot be read or written leaves the wait cursor, as users of this command know it,
+    // until the next update or run has come to its end.
     const TUpdateResult result = UpdateProject(
         images, { FState.BackupFolder, QDateTime::currentDateTime(), TBackupPolicy::BestEffort });
-    QApplication::restoreOverrideCursor();
+    ShowNormalCursor();
     FPrompts.Inform(result.ClosingMessage());
 }
 

@@ -1,6 +1,7 @@
 #include "app/WindowRun.h"
 
 #include "app/MainState.h"
+#include "app/WaitCursor.h"
 #include "base/Error.h"
 #include "base/Files.h"
 #include "dialogs/Prompts.h"
@@ -40,10 +41,10 @@ void TWindowRun::Execute()
     FStopped = false;
     FLeft = false;
     FParts.State.Running = true;
-    QApplication::setOverrideCursor(Qt::WaitCursor);
+    ShowWaitCursor();
     FParts.Ribbon.setEnabled(false);
     const auto restore = qScopeGuard([this] {
-        QApplication::restoreOverrideCursor();
+        ShowNormalCursor();
         FParts.Ribbon.setEnabled(true);
         FParts.State.Running = false;
     });

@@ -250,7 +250,15 @@ TEST_F(MainFormTest, GeneratesShowsUpdatesAndClears)
         QSize(1, 1).scaled(44, 44, Qt::KeepAspectRatio))
         << "the blank image: the chosen path was not loaded by the table alone";
 
+    const QByteArray projectBytes = FileBytes(ProjectFile("A"));
+    PutFile(ProjectFile("A"), "<Project>");
+    for (int i = 0; i < 2; ++i) {
+        Click("Update Project");
+        EXPECT_EQ(FPrompts.TakeShown().size(), 1) << "no XML";
+    }
+    PutFile(ProjectFile("A"), projectBytes);
     Click("Update Project");
+    EXPECT_EQ(QApplication::overrideCursor(), nullptr) << "a failed update leaves it, but once";
     EXPECT_EQ(FPrompts.TakeShown(),
         QStringList("info: 2 Entries updated, the following entries were not found and need to be set "
                     "manually:\r\n\r\n"
