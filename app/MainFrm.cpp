@@ -79,6 +79,7 @@ TMainForm::TMainForm(const QString& programFolder, TPrompts& prompts)
     setAcceptDrops(true);
     constexpr QSize ClientArea(1008, 729);
     resize(ClientArea);
+    Centre(*this);
     MakeCommands();
     Connect();
     new TIdleUpdate(this, [this] { UpdateCommands(); });

@@ -160,6 +160,21 @@ TEST_F(MainFormTest, FirstStartMakesItsFilesAndRestartReopensTheProject)
     EXPECT_EQ(FPrompts.Shown, QStringList());
 }
 
+TEST_F(MainFormTest, StandsWhereItStoodWithItsFrame)
+{
+    Start();
+    EXPECT_EQ(FForm->size(), QSize(1008, 729)) << "no text may make it higher";
+    const QRect bounds(10, 0, 1020, 760);
+    FForm.reset();
+    PutFile(Path("program/CorvadineBase.ini"),
+        "[Corvadine]\nWindowsState=0\nScreenLeft=10\nScreenTop=0\nScreenWidth=1020\nScreenHeight=760\n");
+    for (int i = 0; i < 2; ++i) { // the second time from what the first has written
+        Start();
+        EXPECT_EQ(FForm->frameGeometry(), bounds);
+        EXPECT_NE(FForm->geometry(), bounds) << "this platform frames its windows";
+    }
+}
+
 TEST_F(MainFormTest, ImportsTheOlderSettingsOnce)
 {
     const QString older = Path("program/Corvadine.ini");
