@@ -3,9 +3,9 @@
 #include "app/CaptionGroup.h"
 #include "app/ColorBox.h"
 #include "app/FieldEditors.h"
+#include "app/NoteArea.h"
 #include "app/ProjectLookup.h"
 #include "app/Ribbon.h"
-#include "dialogs/NoteLabel.h"
 #include "generate/ResampleFilter.h"
 #include "images/ImageView.h"
 #include "images/ThumbnailView.h"
@@ -23,6 +23,7 @@ namespace {
 constexpr int Gap = 6;
 constexpr int ViewSide = 230;
 constexpr int PanelWidth = 250;
+constexpr int ColumnWidth = 2 * PanelWidth + Gap;
 
 // One line each; the doubled letter is part of the text as users know it.
 const QString Instructions = QStringLiteral(
@@ -66,7 +67,7 @@ private:
     QWidget* LeftColumn()
     {
         auto* column = new QWidget;
-        column->setFixedWidth(2 * PanelWidth + Gap);
+        column->setFixedWidth(ColumnWidth);
         auto* rows = new QVBoxLayout(column);
         rows->setContentsMargins(0, 0, 0, 0);
         rows->setSpacing(Gap);
@@ -78,7 +79,7 @@ private:
         rows->addLayout(SideBySide(Platforms(), Filter()));
         rows->addWidget(ImageOptions());
         rows->addWidget(Progress());
-        rows->addWidget(InstructionText());
+        rows->addWidget(new TNoteArea(Instructions, ColumnWidth));
         rows->addStretch(1);
         return column;
     }
@@ -186,15 +187,6 @@ private:
         FControls.PB->setFixedHeight(14);
         FControls.PB->setAccessibleName(QStringLiteral("Progress"));
         return FControls.PB;
-    }
-
-    static QWidget* InstructionText()
-    {
-        auto* text = new TNoteLabel(Instructions);
-        text->setTextFormat(Qt::PlainText);
-        text->setMargin(Gap);
-        text->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Minimum);
-        return text;
     }
 
     QWidget* Thumbnails()

@@ -4,13 +4,12 @@
 #include "app/ColorBox.h"
 #include "app/FieldEditors.h"
 #include "app/Icons.h"
-#include "app/OlderSettings.h"
 #include "app/ProjectLookup.h"
 #include "app/Ribbon.h"
 #include "app/RibbonButton.h"
-#include "app/SettingsFile.h"
 #include "app/StartUp.h"
 #include "app/Theme.h"
+#include "app/WaitCursor.h"
 #include "app/WindowPlacement.h"
 #include "base/Error.h"
 #include "base/FileVersion.h"
@@ -52,6 +51,12 @@ QString DraggedProjectFile(const QMimeData& data)
     return IsProjectFileName(file) && FileExists(file) ? file : QString();
 }
 
+bool ShowsOtherImages(const TProject& before, const TProject& after)
+{
+    return before.IconImageName != after.IconImageName || before.SplashImageName != after.SplashImageName
+        || before.OutputFolder != after.OutputFolder;
+}
+
 } // namespace
 
 TMainForm::TMainForm(const QString& programFolder, TPrompts& prompts)
@@ -62,14 +67,18 @@ TMainForm::TMainForm(const QString& programFolder, TPrompts& prompts)
     , FRun({ *FControls.MView, *FControls.PB, *FControls.dxRibbon1, prompts, FState,
           [this] { return FTable.Current().OutputFolder; }, [this] { BuildGenList(); },
           [this] { return TakeJob(); } })
+    , FSettings({ *this, FTable, *FControls.cbProjects, FState })
     , FPicker(FControls.ImageEnViewIcon, FControls.ImageEnViewSplash, this)
 {
     FState.ProgramFolder = WithTrailingDelimiter(programFolder);
+    // Known even if the start-up ends before the folder is made: no backup may land elsewhere.
+    FState.BackupFolder = WithTrailingDelimiter(FState.OwnFile("Project Backups"));
     setWindowTitle(DesignedCaption);
     setWindowIcon(ApplicationIcon());
     setAcceptDrops(true);
     constexpr QSize ClientArea(1008, 729);
     resize(ClientArea);
+    Centre(*this);
     MakeCommands();
     Connect();
     new TIdleUpdate(this, [this] { UpdateCommands(); });
@@ -78,26 +87,25 @@ TMainForm::TMainForm(const QString& programFolder, TPrompts& prompts)
 // Pending edits are lost, as they would be by moving to another project.
 TMainForm::~TMainForm()
 {
-    Guarded([this] { SaveSettings(); });
+    Guarded([this] { FSettings.Save(); });
     FTable.Close();
     delete takeCentralWidget(); // while the table and the commands that it refers to are still there
 }
 
 void TMainForm::StartUp()
 {
-    RunStartUp(
-        {
-            { "show the version in the caption", [this] { ShowVersion(); } },
-            { "take the theme's content colour", [this] { ApplyContentColor(); } },
-            { "start without generated files", [this] { FState.FilesGenerated = false; } },
-            { "open the store", [this] { OpenStore(); } },
-            { "delete a leftover update package", [this] { QFile::remove(OwnFile("Corvadine.CAB")); } },
-            { "make the backup folder", [this] { EnsureBackupFolder(); } },
-            { "read the settings", [this] { ReadSettings(); } },
-            { "reopen the remembered project", [this] { ReopenRememberedProject(); } },
-            { "focus no editor", [this] { FControls.PB->setFocus(); } },
-            { "set up the help", [this] { SetUpHelp(); } },
-        },
+    RunStartUp({
+                   [this] { ShowVersion(); },
+                   [this] { ApplyContentColor(); },
+                   [this] { FState.FilesGenerated = false; },
+                   [this] { OpenStore(); },
+                   [this] { QFile::remove(FState.OwnFile("Corvadine.CAB")); }, // left over from an update
+                   [this] { CreateFolder(FState.BackupFolder); },
+                   [this] { FSettings.Read(); },
+                   [this] { FSettings.ReopenProject(); },
+                   [this] { FControls.PB->setFocus(); }, // and no editor
+                   [this] { SetUpHelp(); },
+               },
         [this](const QString& text) { FPrompts.ShowError(text); });
 }
 
@@ -112,6 +120,7 @@ void TMainForm::MakeCommands()
         std::function<void()> Execute;
         bool (*Rule)(const TCommandState&);
         QKeySequence Shortcut;
+        TFormAction** Toggle = nullptr; // where a toggle is kept, whose state somebody asks for
     };
     const std::vector<TEntry> entries {
         { "Project", "&Add Project", "add-project", [this] { aAddProjectExecute(); }, MayAddProject,
@@ -127,7 +136,7 @@ void TMainForm::MakeCommands()
             Qt::CTRL | Qt::Key_L },
         { "General", "&Help", "help", [this] { btnHelpClick(); }, MayStart, {} },
         { "General", "&Pick Color", "pick-color", [this] { btnPickColorClick(); }, MayStart,
-            Qt::CTRL | Qt::Key_P },
+            Qt::CTRL | Qt::Key_P, &btnPickColor },
         { "General", "Del All I&mages", "delete-all", [this] { aClearExecute(); }, MayClear, {} },
         { "General", "Check &for Update", "check-update", [this] { btnCheckUpdatesClick(); }, MayStart, {} },
         { "Output", "&Generate", "generate", [this] { aGenerateExecute(); }, MayGenerate,
@@ -141,10 +150,11 @@ void TMainForm::MakeCommands()
                 entry.Execute, [this, rule = entry.Rule] { return rule(CommandState()); });
         action.Action()->setShortcut(entry.Shortcut);
         FControls.dxRibbon1->AddButton(QString::fromLatin1(entry.Group), action);
-        if (QLatin1String(entry.Icon) == QLatin1String("pick-color"))
-            btnPickColor = &action;
+        if (entry.Toggle != nullptr) {
+            action.SetCheckable(true);
+            *entry.Toggle = &action;
+        }
     }
-    btnPickColor->SetCheckable(true);
 
     // F1 tells about the window; the button of the same caption opens the contents.
     TFormAction& aF1Help = FActions.Add(
@@ -174,9 +184,6 @@ void TMainForm::Connect()
     connect(&FPicker, &TColorPicker::Picked, this, guarded(&TMainForm::Picked));
 }
 
-// ---- Start-up
-// ----------------------------------------------------------------------------------------------
-
 void TMainForm::ShowVersion()
 {
     // The file version has four parts; users know three of them.
@@ -203,66 +210,19 @@ void TMainForm::TakeContentColor()
 void TMainForm::OpenStore()
 {
     constexpr std::chrono::seconds Patience { 1 }; // the window stands still while the database is locked
-    FStore = std::make_unique<TProjectStore>(OwnFile(ProjectDatabaseName), Patience);
+    FStore = std::make_unique<TProjectStore>(FState.OwnFile(ProjectDatabaseName), Patience);
     FTable.Open(*FStore);
     connect(&FTable, &TProjectsTable::CurrentChanged, this,
         [this] { Guarded([this] { tblProjectsAfterScroll(); }); });
     tblProjectsAfterScroll(); // here, where an error ends the start-up, which it could not out of a signal
 }
 
-void TMainForm::EnsureBackupFolder()
-{
-    const QString folder = OwnFile("Project Backups");
-    FState.BackupFolder =
-        WithTrailingDelimiter(folder); // also if it cannot be made: no backup may land elsewhere
-    CreateFolder(folder);
-}
-
-void TMainForm::ReadSettings()
-{
-    const QString older = OwnFile("Corvadine.ini");
-    FState.MyIniFileName = OwnFile("CorvadineBase.ini");
-    if (FileExists(older)) {
-        ImportOlderSettings(TSettingsFile(older));
-        QFile::remove(older);
-        SaveSettings(); // so that the new file is there from now on
-        return;
-    }
-    const TSettingsFile settings(FState.MyIniFileName);
-    if (settings.HasSection()) {
-        FRememberedProject = settings.Text("ProjectFile");
-        Place(*this, ReadPlacement(settings));
-    }
-}
-
-// A row that cannot be saved stays as it is, and so does the older file: the next start tries again.
-void TMainForm::ImportOlderSettings(const TSettingsFile& settings)
-{
-    if (!settings.HasSection())
-        return;
-    AppendOlderProject(FTable, settings);
-    FRememberedProject = FTable.Current().ProjectFile;
-    Place(*this, ReadPlacement(settings));
-    FTable.Post();
-}
-
-void TMainForm::ReopenRememberedProject()
-{
-    if (!FileExists(FRememberedProject))
-        return;
-    if (const auto id = FTable.LookupByProjectFile(FRememberedProject))
-        FControls.cbProjects->SetValue(*id);
-}
-
 void TMainForm::SetUpHelp()
 {
     FState.HelpRouter = new THelpRouter(this);
-    FState.HelpRouter->SetHelpFile(OwnFile("Corvadine.chm"));
+    FState.HelpRouter->SetHelpFile(FState.OwnFile("Corvadine.chm"));
     FState.HelpRouter->SetHelpType(THelpType::htHTMLhelp);
 }
-
-// ---- Commands
-// ----------------------------------------------------------------------------------------------
 
 void TMainForm::aAddProjectExecute()
 {
@@ -296,12 +256,13 @@ void TMainForm::aProjectExecute()
     TProjectImages images { project.ProjectFile, project.OutputFolder, {} };
     for (const TGenRec& record : FState.GenList)
         images.IDs.append(record.ID);
-    QApplication::setOverrideCursor(Qt::WaitCursor);
+    ShowWaitCursor();
     QApplication::processEvents(QEventLoop::ExcludeUserInputEvents); // a double click must not update twice
-    // A project file that cannot be read or written leaves the wait cursor, as users of this command know it.
+    // A project file that cannot be read or written leaves the wait cursor, as users of this command know it,
+    // until the next update or run has come to its end.
     const TUpdateResult result = UpdateProject(
         images, { FState.BackupFolder, QDateTime::currentDateTime(), TBackupPolicy::BestEffort });
-    QApplication::restoreOverrideCursor();
+    ShowNormalCursor();
     FPrompts.Inform(result.ClosingMessage());
 }
 
@@ -386,33 +347,37 @@ TProject TMainForm::ProjectAsShown() const
     return project;
 }
 
-// ---- Following the table, and what remains
-// -----------------------------------------------------------------
-
 void TMainForm::tblProjectsAfterScroll()
 {
     FIntake.ShowCurrentProject();
 }
 
-void TMainForm::SaveSettings()
+// The command-line program may have written to the same database while the user was away.
+void TMainForm::FollowOtherPrograms()
 {
-    if (FState.MyIniFileName.isEmpty())
-        return; // the start-up has failed before it came to them
-    TSettingsFile settings(FState.MyIniFileName);
-    settings.SetText("ProjectFile", FTable.Current().ProjectFile);
-    WritePlacement(settings, PlacementOf(*this));
-    settings.Save();
-}
-
-QString TMainForm::OwnFile(const char* name) const
-{
-    return FState.ProgramFolder + QString::fromUtf8(name);
+    const TProject before = FTable.Current();
+    try {
+        FTable.Refresh();
+    } catch (const TError&) {
+        return; // locked, for instance; the user has asked for nothing, and next time it may be readable
+    }
+    const TProject after = FTable.Current();
+    if (after.ID == before.ID && ShowsOtherImages(before, after)) // the table has announced any other ID
+        Guarded([this] { FIntake.ShowCurrentProject(); });
 }
 
 // Every command and handler runs in here: an error that nobody else handles shows its own text.
 void TMainForm::Guarded(const std::function<void()>& action)
 {
+    ++FGuardedDepth;
     RunReporting(action, [this](const QString& text) { FPrompts.ShowError(text); });
+    --FGuardedDepth;
+}
+
+// Whether a command is under way or a dialog open, over which no row may change.
+bool TMainForm::IsBusy() const
+{
+    return FGuardedDepth > 0 || QApplication::activeModalWidget() != nullptr;
 }
 
 TCommandState TMainForm::CommandState() const
@@ -455,12 +420,14 @@ void TMainForm::closeEvent(QCloseEvent* event)
     event->setAccepted(!FClosesAfterRun);
 }
 
-// The user may change between light and dark while the program runs.
+// The user may change between light and dark, or the projects from elsewhere, while the program runs.
 void TMainForm::changeEvent(QEvent* event)
 {
     QMainWindow::changeEvent(event);
     if (event->type() == QEvent::PaletteChange)
         TakeContentColor();
+    if (event->type() == QEvent::ActivationChange && isActiveWindow() && !IsBusy())
+        FollowOtherPrograms();
 }
 
 // As a copy: a move would let the file manager delete its file.

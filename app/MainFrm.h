@@ -6,6 +6,7 @@
 #include "app/MainState.h"
 #include "app/SourceIntake.h"
 #include "app/WindowRun.h"
+#include "app/WindowSettings.h"
 #include "app/WindowUpdate.h"
 #include "images/ColorPicker.h"
 #include "store/ProjectStore.h"
@@ -21,7 +22,6 @@
 namespace Corvadine {
 
 class TPrompts;
-class TSettingsFile;
 
 // The program's window: the ribbon, the editors of the current project, its two source images, and the
 // thumbnails of its output folder. It composes smaller parts and connects them; what they may do is decided
@@ -71,10 +71,6 @@ private:
     void ApplyContentColor();
     void TakeContentColor();
     void OpenStore();
-    void EnsureBackupFolder();
-    void ReadSettings();
-    void ImportOlderSettings(const TSettingsFile& settings);
-    void ReopenRememberedProject();
     void SetUpHelp();
 
     void aAddProjectExecute();
@@ -88,6 +84,7 @@ private:
     void btnPickColorClick();
     void btnCheckUpdatesClick();
     void tblProjectsAfterScroll();
+    void FollowOtherPrograms();
     void ProjectChosen(qint64 id);
     void Picked(int color);
 
@@ -95,14 +92,13 @@ private:
     TProject ProjectAsShown() const;
     TCommandState CommandState() const;
     void UpdateCommands();
-    void SaveSettings();
-    QString OwnFile(const char* name) const;
     void Guarded(const std::function<void()>& action);
+    bool IsBusy() const;
 
     TPrompts& FPrompts;
     TMainState FState;
-    QString FRememberedProject;
     bool FClosesAfterRun = false;
+    int FGuardedDepth = 0; // how many commands and handlers are under way
     std::function<bool(QWidget*, const QString&)> FCheckForUpdates = CheckForUpdates;
     std::unique_ptr<TProjectStore> FStore;
     TProjectsTable FTable;
@@ -111,6 +107,7 @@ private:
     TFormAction* btnPickColor = nullptr;
     TSourceIntake FIntake;
     TWindowRun FRun;
+    TWindowSettings FSettings;
     TColorPicker FPicker;
 };
 

@@ -20,6 +20,9 @@ struct TMainState {
     std::vector<TGenRec> GenList; // as last built; not changed by ticking a platform
     bool Running = false;         // a generation run is under way
     THelpRouter* HelpRouter = nullptr; // the window's child; null until the start-up comes to it
+
+    // Full path of one of the program's own files.
+    QString OwnFile(const char* name) const { return ProgramFolder + QString::fromUtf8(name); }
 };
 
 } // namespace Corvadine

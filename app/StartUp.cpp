@@ -17,10 +17,10 @@ bool RunReporting(const std::function<void()>& action, const TReport& report)
     return false;
 }
 
-void RunStartUp(const std::vector<TStartUpStep>& steps, const TReport& report)
+void RunStartUp(const std::vector<std::function<void()>>& steps, const TReport& report)
 {
-    for (const TStartUpStep& step : steps)
-        if (!RunReporting(step.Run, report))
+    for (const auto& step : steps)
+        if (!RunReporting(step, report))
             return;
 }
 

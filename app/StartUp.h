@@ -13,14 +13,8 @@ using TReport = std::function<void(const QString&)>;
 // Returns whether the action came to its end.
 bool RunReporting(const std::function<void()>& action, const TReport& report);
 
-// One step of the window's start-up.
-struct TStartUpStep {
-    const char* Name; // what it does, for whoever reads the list
-    std::function<void()> Run;
-};
-
-// Runs the steps in order. The first that throws ends the sequence: its text goes to `report`, and the window
-// opens all the same.
-void RunStartUp(const std::vector<TStartUpStep>& steps, const TReport& report);
+// Runs the steps of the start-up in order. The first that throws ends the sequence: its text goes to
+// `report`, and the window opens all the same.
+void RunStartUp(const std::vector<std::function<void()>>& steps, const TReport& report);
 
 } // namespace Corvadine

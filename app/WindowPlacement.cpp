@@ -2,9 +2,11 @@
 
 #include "app/SettingsFile.h"
 
+#include <QEvent>
 #include <QGuiApplication>
 #include <QScreen>
 #include <QWidget>
+#include <QWindow>
 
 #include <algorithm>
 
@@ -30,6 +32,43 @@ QRect OnSomeScreen(QRect bounds, QSize smallest)
     bounds.moveCenter(home.center());
     return bounds;
 }
+
+// Gives a window that is not shown yet the bounds of its frame. How much of them the frame takes is known
+// when the native window is there, on Windows, or has been framed by the window manager, on X11.
+class TFrameFitter : public QObject {
+public:
+    TFrameFitter(QWidget& window, const QRect& bounds)
+        : QObject(&window), FWindow(window), FSize(bounds.size())
+    {
+        window.move(bounds.topLeft());
+        window.resize(FSize);
+        window.installEventFilter(this);
+    }
+
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        if (watched == &FWindow && event->type() == QEvent::Show) {
+            FWindow.removeEventFilter(this);
+            FWindow.windowHandle()->installEventFilter(this);
+            Fit();
+        } else if (event->type() == QEvent::Expose && watched != &FWindow) {
+            Fit();
+            deleteLater();
+        }
+        return false;
+    }
+
+private:
+    void Fit()
+    {
+        const QMargins frame = FWindow.windowHandle()->frameMargins();
+        if (!FWindow.isMaximized() && !FWindow.isMinimized())
+            FWindow.resize(FSize.shrunkBy(frame));
+    }
+
+    QWidget& FWindow;
+    const QSize FSize;
+};
 
 } // namespace
 
@@ -64,7 +103,7 @@ TWindowPlacement PlacementOf(const QWidget& window)
     const int state = window.isMinimized() ? TWindowPlacement::Minimised
         : window.isMaximized()             ? TWindowPlacement::Maximised
                                            : TWindowPlacement::Normal;
-    return { state, window.geometry() };
+    return { state, QRect(window.pos(), window.frameGeometry().size()) };
 }
 
 void Place(QWidget& window, const TWindowPlacement& placement)
@@ -72,7 +111,14 @@ void Place(QWidget& window, const TWindowPlacement& placement)
     if (placement.State == TWindowPlacement::Minimised || placement.State == TWindowPlacement::Maximised)
         window.setWindowState(window.windowState() | Qt::WindowMaximized);
     else
-        window.setGeometry(OnSomeScreen(placement.Bounds, window.minimumSizeHint()));
+        new TFrameFitter(window, OnSomeScreen(placement.Bounds, window.minimumSizeHint()));
+}
+
+void Centre(QWidget& window)
+{
+    const QRect home = QGuiApplication::primaryScreen()->availableGeometry();
+    const QPoint corner = home.center() - window.rect().center();
+    window.move(std::max(corner.x(), home.left()), std::max(corner.y(), home.top()));
 }
 
 } // namespace Corvadine

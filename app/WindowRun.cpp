@@ -1,6 +1,7 @@
 #include "app/WindowRun.h"
 
 #include "app/MainState.h"
+#include "app/WaitCursor.h"
 #include "base/Error.h"
 #include "base/Files.h"
 #include "dialogs/Prompts.h"
@@ -40,10 +41,10 @@ void TWindowRun::Execute()
     FStopped = false;
     FLeft = false;
     FParts.State.Running = true;
-    QApplication::setOverrideCursor(Qt::WaitCursor);
+    ShowWaitCursor();
     FParts.Ribbon.setEnabled(false);
     const auto restore = qScopeGuard([this] {
-        QApplication::restoreOverrideCursor();
+        ShowNormalCursor();
         FParts.Ribbon.setEnabled(true);
         FParts.State.Running = false;
     });
@@ -73,7 +74,7 @@ void TWindowRun::GenerateAll()
     if (renderer.Settings().Platforms.Windows)
         GenerateMainIcon(renderer);
     if (FLeft)
-        ShowAfterReturn(renderer.Settings().OutputFolder);
+        ShowAfterReturn(renderer.Settings(), list);
     else
         FinishView();
 }
@@ -84,14 +85,17 @@ void TWindowRun::FinishView()
     FParts.State.FilesGenerated = true;
 }
 
-// Who looked at another project and came back before the end saw only what there was by then.
-void TWindowRun::ShowAfterReturn(const QString& outputFolder)
+// Who looked at another project and came back before the end saw only what there was by then. The generation
+// list is the run's again, as it would be had they stayed.
+void TWindowRun::ShowAfterReturn(const TGenSettings& settings, const std::vector<TGenRec>& list)
 {
-    if (FParts.OutputFolder() != outputFolder)
+    if (FParts.OutputFolder() != settings.OutputFolder)
         return;
-    FParts.BuildGenList();
-    FParts.State.LastOutputFolder = outputFolder;
-    FParts.MView.Fill(outputFolder);
+    FParts.State.GenList = list;
+    if (settings.Platforms.Windows)
+        FParts.State.GenList.push_back(MainIconEntry());
+    FParts.State.LastOutputFolder = settings.OutputFolder;
+    FParts.MView.Fill(settings.OutputFolder);
     FinishView();
 }
 

@@ -5,6 +5,7 @@
 #include <QString>
 
 #include <functional>
+#include <vector>
 
 class QProgressBar;
 class QWidget;
@@ -47,7 +48,7 @@ public:
 private:
     void GenerateAll();
     void FinishView();
-    void ShowAfterReturn(const QString& outputFolder);
+    void ShowAfterReturn(const TGenSettings& settings, const std::vector<TGenRec>& list);
     void GenerateImage(TOutputRenderer& renderer, const TGenRec& record);
     void GenerateMainIcon(TOutputRenderer& renderer);
     void Write(TOutputRenderer& renderer, const TGenRec& record, const QString& info);

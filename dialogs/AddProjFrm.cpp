@@ -1,5 +1,6 @@
 #include "dialogs/AddProjFrm.h"
 
+#include "base/Files.h"
 #include "dialogs/CommandIcons.h"
 #include "dialogs/HelpKey.h"
 #include "dialogs/IdleUpdate.h"
@@ -7,6 +8,7 @@
 #include "dialogs/ShellDropDown.h"
 #include "project/ProjectPaths.h"
 
+#include <QDir>
 #include <QHBoxLayout>
 #include <QPushButton>
 #include <QVBoxLayout>
@@ -92,9 +94,17 @@ void TAddProjForm::UpdateCommands()
     btnAddProject->setEnabled(IsProjectFileName(ProjectFile()));
 }
 
+// What was picked is there and has a full path; what was typed may be anything.
 void TAddProjForm::AddProject()
 {
-    if (IsProjectFileName(ProjectFile())) // keys can come faster than the dialog gets idle
+    const QString file = ProjectFile();
+    if (!IsProjectFileName(file)) // keys can come faster than the dialog gets idle
+        return;
+    if (QDir::isRelativePath(file))
+        emit Refused(QStringLiteral("Please enter the full path of the project file, or choose it."));
+    else if (!FileExists(file))
+        emit Refused(QStringLiteral("There is no project file %1").arg(file));
+    else
         accept();
 }
 

@@ -8,8 +8,8 @@ namespace Corvadine {
 
 class TShellDropDown;
 
-// The dialog that asks for the project file to add. Run it with exec(): Accepted leaves the file's path,
-// exactly as displayed, in ProjectFile(); closed in any other way it is Rejected.
+// The dialog that asks for the project file to add. Run it with exec(): Accepted leaves the full path of an
+// existing file, exactly as displayed, in ProjectFile(); closed in any other way it is Rejected.
 class TAddProjForm : public QDialog {
     Q_OBJECT
 public:
@@ -21,6 +21,10 @@ public:
     TShellDropDown* const cbWizProjectFile;
     QPushButton* const btnAddProject;
     QPushButton* const btnCancel;
+
+signals:
+    // "Add Project" was pressed over a text that is no such path; the dialog stays open.
+    void Refused(const QString& reason);
 
 private:
     void UpdateCommands();

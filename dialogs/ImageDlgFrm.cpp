@@ -5,10 +5,10 @@
 #include "dialogs/HelpKey.h"
 #include "dialogs/IdleUpdate.h"
 #include "dialogs/PicturePreview.h"
-#include "dialogs/RecognisedImage.h"
 #include "dialogs/ShellBreadCrumb.h"
 #include "dialogs/ShellFolders.h"
 #include "dialogs/ShellListView.h"
+#include "images/RecognisedImage.h"
 #include "images/SourceImage.h"
 
 #include <QAction>

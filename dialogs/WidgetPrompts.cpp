@@ -21,11 +21,16 @@ QMessageBox::StandardButton Ask(QMessageBox::Icon icon, const QString& title, QS
     return static_cast<QMessageBox::StandardButton>(box.exec());
 }
 
+void ShowErrorOver(QWidget* window, const QString& text)
+{
+    Ask(QMessageBox::Critical, QStringLiteral("Error"), text, QMessageBox::Ok, window);
+}
+
 } // namespace
 
 void TWidgetPrompts::ShowError(const QString& text)
 {
-    Ask(QMessageBox::Critical, QStringLiteral("Error"), text, QMessageBox::Ok, FWindow);
+    ShowErrorOver(FWindow, text);
 }
 
 void TWidgetPrompts::Inform(const QString& text)
@@ -42,6 +47,8 @@ bool TWidgetPrompts::Confirm(const QString& text)
 std::optional<QString> TWidgetPrompts::ChooseProjectFile()
 {
     TAddProjForm form(FWindow, FProjectFolder);
+    QObject::connect(&form, &TAddProjForm::Refused, &form,
+        [&form](const QString& reason) { ShowErrorOver(&form, reason); });
     if (Run(form) != QDialog::Accepted)
         return std::nullopt;
     FProjectFolder = FolderOf(form.ProjectFile());

@@ -2,6 +2,7 @@
 
 #include "base/Files.h"
 #include "base/PathRules.h"
+#include "images/RecognisedImage.h"
 
 #include <QDragEnterEvent>
 #include <QDropEvent>
@@ -27,7 +28,7 @@ QString DraggedImage(const QMimeData* data)
     if (urls.size() != 1 || !urls.first().isLocalFile())
         return {};
     const QString path = urls.first().toLocalFile();
-    return HasReadableExtension(path) && FileExists(path) ? AbsolutePath(path) : QString();
+    return IsRecognisedImageFile(path) && FileExists(path) ? AbsolutePath(path) : QString();
 }
 
 // The pixel that a position of a finer grid falls in.

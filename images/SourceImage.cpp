@@ -2,7 +2,6 @@
 
 #include "base/Error.h"
 #include "base/Files.h"
-#include "base/PathRules.h"
 #include "images/Truncation.h"
 
 #include <QColorSpace>
@@ -296,20 +295,6 @@ QImage BlankSourceImage()
 QString SizeText(QSize size)
 {
     return QStringLiteral("%1 x %2").arg(size.width()).arg(size.height());
-}
-
-QStringList ReadableImageExtensions()
-{
-    QStringList extensions;
-    for (const QByteArray& format : QImageReader::supportedImageFormats())
-        extensions.append(QString::fromLatin1(format));
-    return extensions;
-}
-
-bool HasReadableExtension(const QString& path)
-{
-    static const QStringList Extensions = ReadableImageExtensions(); // asks every plugin
-    return Extensions.contains(ExtensionOf(path).mid(1), Qt::CaseInsensitive);
 }
 
 } // namespace Corvadine

@@ -47,10 +47,4 @@ QImage BlankSourceImage();
 // "1024 x 512", as all messages write a size in pixels.
 QString SizeText(QSize size);
 
-// Formats whose files LoadSourceImage reads, as lower-case extensions without the stop ("png").
-QStringList ReadableImageExtensions();
-
-// Whether the extension of `path`, in any case, is one of those; the file itself is not looked at.
-bool HasReadableExtension(const QString& path);
-
 } // namespace Corvadine

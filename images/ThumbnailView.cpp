@@ -1,6 +1,6 @@
 #include "images/ThumbnailView.h"
 
-#include "images/SourceImage.h"
+#include "images/RecognisedImage.h"
 #include "images/ThumbnailDelegate.h"
 #include "images/ThumbnailModel.h"
 
@@ -22,8 +22,8 @@ QStringList ImageFilesOf(const QString& folder)
     if (folder.isEmpty())
         return files;
     for (const QString& name : directory.entryList(QDir::Files, QDir::Name | QDir::IgnoreCase))
-        if (HasReadableExtension(name))
-            files.append(directory.filePath(name));
+        if (const QString path = directory.filePath(name); IsRecognisedImageFile(path))
+            files.append(path);
     return files;
 }
 

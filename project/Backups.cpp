@@ -161,6 +161,8 @@ QString BackupPath(const QString& projectFile, const QString& backupFolder, cons
 QString WriteBackup(const QString& projectFile, const QByteArray& bytes, const QString& backupFolder,
     const QDateTime& time, const QStringList& kept)
 {
+    if (backupFolder.isEmpty()) // which would be the current folder, wherever that is
+        throw TError(TErrorKind::Usage, QStringLiteral("No folder for backups was given"));
     const QString guid = InfoIn(bytes, projectFile).ProjectGuid;
     QString path = BackupPath(projectFile, backupFolder, time);
     for (qint64 later = 1;

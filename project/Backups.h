@@ -26,7 +26,7 @@ QString BackupPath(const QString& projectFile, const QString& backupFolder, cons
 // Keeps `bytes`, the content of `projectFile`, in an existing folder, in place of an older backup of the same
 // second. If that one belongs to another project or is among the paths in `kept`, which happens when many of
 // one file name are updated in one go, the next second is taken instead. Returns the backup's path. Throws
-// TError(Io).
+// TError: Usage if `backupFolder` is empty; Io.
 QString WriteBackup(const QString& projectFile, const QByteArray& bytes, const QString& backupFolder,
     const QDateTime& time, const QStringList& kept = {});
 

@@ -8,6 +8,7 @@
 
 #include <QFile>
 #include <QFileInfo>
+#include <QScopeGuard>
 #include <QStringList>
 
 #include <sqlite3.h>
@@ -133,11 +134,12 @@ TProject RowOf(const SQLite::Statement& statement)
 
 TProjectStore::TProjectStore(const QString& path, std::chrono::milliseconds busyTimeout)
     : FPath(AbsolutePath(path)) // absolute also because SQLite takes a name like "file:x" for a URI
+    , FBusyTimeout(busyTimeout)
 {
     RefuseImpossiblePath(FPath);
     const bool isNew = !QFile::exists(FPath);
     try {
-        Guarded(OpenAttempt, FPath, [&] { Open(busyTimeout); });
+        Guarded(OpenAttempt, FPath, [&] { Open(); });
     } catch (...) {
         if (isNew)
             RemoveEmptyFile();
@@ -168,6 +170,16 @@ std::vector<TProject> TProjectStore::ReadProjects() const
         while (statement.executeStep())
             projects.push_back(RowOf(statement));
         return projects;
+    });
+}
+
+std::int64_t TProjectStore::DataVersion() const
+{
+    return Guarded(QStringLiteral("read the version of"), FPath, [&] {
+        FDatabase->setBusyTimeout(0);
+        const auto restore = qScopeGuard(
+            [this] { sqlite3_busy_timeout(FDatabase->getHandle(), static_cast<int>(FBusyTimeout.count())); });
+        return FDatabase->execAndGet("PRAGMA data_version").getInt64();
     });
 }
 
@@ -221,10 +233,10 @@ void TProjectStore::Delete(const TProject& project)
     });
 }
 
-void TProjectStore::Open(std::chrono::milliseconds busyTimeout)
+void TProjectStore::Open()
 {
     FDatabase = std::make_unique<SQLite::Database>(
-        PathForLibrary(FPath).toStdString(), OpenFlags(FPath), static_cast<int>(busyTimeout.count()));
+        PathForLibrary(FPath).toStdString(), OpenFlags(FPath), static_cast<int>(FBusyTimeout.count()));
     // The first has an effect only where SQLite shares one cache between connections: readers need not
     // wait for a writer then, and nothing here needs them to.
     FDatabase->exec("PRAGMA read_uncommitted=1; PRAGMA synchronous=FULL");

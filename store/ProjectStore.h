@@ -5,6 +5,7 @@
 #include <QString>
 
 #include <chrono>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -20,7 +21,8 @@ inline constexpr const char* ProjectDatabaseName = "Corvadine.db";
 
 // The project database: one SQLite file with the table Projects, held open by one connection. Each function
 // that writes is one transaction, so that a kill or a power failure leaves all of it or nothing.
-// Several programs may use one file: a function waits for the others at most the busy timeout.
+// Several programs may use one file: a function waits for the others at most the busy timeout unless it says
+// otherwise.
 // Whatever fails throws TError(Database) naming the attempt, the file and SQLite's own text.
 // Use on the thread that made it.
 class TProjectStore {
@@ -46,6 +48,10 @@ public:
     // All projects in ascending ID, the order in which they were added.
     std::vector<TProject> ReadProjects() const;
 
+    // A number that differs from an earlier one if another connection has written to the database between
+    // the two; what this one writes does not count. Does not wait for a database that is locked.
+    std::int64_t DataVersion() const;
+
     // Adds a row with those `fields` of `project`; the other columns stay NULL. Returns the row as stored,
     // with its ID.
     TProject Insert(const TProject& project, const TFieldSet& fields);
@@ -60,7 +66,7 @@ public:
     void Delete(const TProject& project);
 
 private:
-    void Open(std::chrono::milliseconds busyTimeout);
+    void Open();
     void RemoveEmptyFile() noexcept;
     void EnsureSchema();
     void CreateSchema();
@@ -70,6 +76,7 @@ private:
     void RequireUnreplaced(const TProject& project, const TFieldSet& fields, const QString& attempt) const;
 
     QString FPath;
+    std::chrono::milliseconds FBusyTimeout;
     std::unique_ptr<SQLite::Database> FDatabase;
 };
 

@@ -53,6 +53,7 @@ void TProjectsTable::Open(TProjectStore& store)
 void TProjectsTable::Close()
 {
     FStore = nullptr;
+    FDataVersion.reset();
     FRows.clear();
     FPosition.reset();
     EndEdit();
@@ -69,35 +70,6 @@ TProject TProjectsTable::Current() const
     if (IsEditing())
         return FBuffer;
     return FPosition ? FRows[*FPosition] : TProject {};
-}
-
-void TProjectsTable::First()
-{
-    if (!FRows.empty())
-        MoveTo(0);
-}
-
-void TProjectsTable::Last()
-{
-    if (!FRows.empty())
-        MoveTo(FRows.size() - 1);
-}
-
-bool TProjectsTable::Next()
-{
-    if (!FPosition || FState == TState::Insert || *FPosition + 1 == FRows.size())
-        return false;
-    MoveTo(*FPosition + 1);
-    return true;
-}
-
-bool TProjectsTable::Prior()
-{
-    const std::size_t position = FState == TState::Insert ? FRows.size() : FPosition.value_or(0);
-    if (position == 0)
-        return false;
-    MoveTo(position - 1);
-    return true;
 }
 
 bool TProjectsTable::LocateByID(std::int64_t id)
@@ -210,7 +182,11 @@ void TProjectsTable::Refresh()
 {
     if (FState != TState::Browse)
         return;
+    const std::int64_t version = FStore->DataVersion(); // before the rows: better read twice than not at all
+    if (version == FDataVersion)
+        return;
     std::vector<TProject> rows = FStore->ReadProjects();
+    FDataVersion = version;
     if (rows == FRows)
         return;
     const TProject before = Current(); // a blank one if there is none, whose ID 0 no row has

@@ -5,6 +5,7 @@
 #include <QObject>
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <optional>
 #include <utility>
@@ -54,21 +55,13 @@ public:
 
     // Whether there is no current row: nothing is saved and nothing is being inserted.
     bool IsEmpty() const { return !FPosition && FState != TState::Insert; }
-    // The number of saved rows; one being inserted is not among them.
-    std::size_t Count() const { return FRows.size(); }
     // The saved rows, without pending edits. Valid until a row is saved or deleted or the rows are read
     // again.
     const std::vector<TProject>& Rows() const { return FRows; }
     // The current row with its pending edits; a blank record if there is none.
     TProject Current() const;
 
-    // Moves. Next and Prior are false, and do nothing, when there is no row that way; a row being inserted
-    // stands behind the last one.
-    void First();
-    void Last();
-    bool Next();
-    bool Prior();
-    // False, and nothing happens, when no saved row has this ID.
+    // Makes the saved row with this ID current. False, and nothing happens, when there is none.
     bool LocateByID(std::int64_t id);
 
     // The ID of the saved row with exactly this project file.
@@ -103,8 +96,10 @@ public:
     // Asked before each delete; false refuses. Without one, nothing is asked.
     void SetDeleteConfirmation(std::function<bool()> confirm) { FConfirmDelete = std::move(confirm); }
 
-    // Reads all rows again and stays on the current one; if it is gone, on the next, or the last. Does
-    // nothing while a row is being edited, whose values would be lost. Throws TError(Database).
+    // Follows what other programs have written since the rows were read: reads all of them again and stays
+    // on the current one; if it is gone, on the next, or the last. Does nothing, and cheaply, if nobody has
+    // written, and nothing while a row is being edited, whose values would be lost. Throws TError(Database),
+    // without waiting when the database is locked at that moment.
     void Refresh();
 
 signals:
@@ -127,7 +122,8 @@ private:
 
     TProjectStore* FStore = nullptr; // null while closed
     std::vector<TProject> FRows;
-    std::optional<std::size_t> FPosition; // of the current row; while inserting, of the one to return to
+    std::optional<std::int64_t> FDataVersion; // at the last Refresh
+    std::optional<std::size_t> FPosition;     // of the current row; while inserting, of the one to return to
     TState FState = TState::Closed;
     TProject FBuffer;         // the current row while editing
     TFieldSet FChangedFields; // what was set in the buffer

@@ -207,9 +207,6 @@ void TUpdateWizard::showEvent(QShowEvent* event)
         Check();
 }
 
-// ---- The steps
-// ------------------------------------------------------------------------------------------
-
 void TUpdateWizard::Check()
 {
     FStep = QStringLiteral("Look for a newer version");
@@ -355,9 +352,6 @@ void TUpdateWizard::DropStaged()
     if (std::exchange(FHasStaged, false))
         DropStaging(FParts.WebUpdate.Settings().ProgramFolder);
 }
-
-// ---- The pages
-// ------------------------------------------------------------------------------------------
 
 void TUpdateWizard::ShowNews(const std::vector<TUpdateItem>& items)
 {

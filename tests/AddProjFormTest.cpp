@@ -113,7 +113,7 @@ TEST_F(AddProjFormTest, TreeOpensAtTheTextOrNearby)
 
 TEST_F(AddProjFormTest, PromptReturnsThePastedPathAsItIs)
 {
-    const QString pasted = "C:\\Dev Kits\\..\\Dev\\Demo.DProj";
+    const QString pasted = Path(QStringLiteral("Games/Empty/../Second.DPROJ")); // as it is, not tidied
     TWidgetPrompts prompts;
     const auto answer = [&](auto act) {
         InDialog<TAddProjForm>([act](TAddProjForm& form) {
@@ -130,6 +130,29 @@ TEST_F(AddProjFormTest, PromptReturnsThePastedPathAsItIs)
         answer([](TAddProjForm& form) { QTest::mouseClick(form.btnCancel, Qt::LeftButton); }), std::nullopt);
     EXPECT_EQ(answer([](TAddProjForm& form) { form.close(); }), std::nullopt);
     EXPECT_EQ(answer([](TAddProjForm& form) { QTest::keyClick(&form, Qt::Key_Escape); }), std::nullopt);
+}
+
+TEST_F(AddProjFormTest, TypedTextMustNameAnExistingFileByItsFullPath)
+{
+    TAddProjForm form(nullptr, {});
+    form.show();
+    QStringList reasons;
+    QObject::connect(&form, &TAddProjForm::Refused, [&](const QString& reason) { reasons.append(reason); });
+    const QString missing = Path(QStringLiteral("Games/Missing.dproj"));
+    ASSERT_TRUE(QDir().mkpath(Path(QStringLiteral("Games/Folder.dproj"))));
+    const QString before = QDir::currentPath();
+    QDir::setCurrent(Path(QStringLiteral("Games")));
+    for (const QString& text : { QStringLiteral("Demo.dproj"), QStringLiteral(".dproj"), missing,
+             Path(QStringLiteral("Games/Folder.dproj")) }) {
+        form.cbWizProjectFile->setEditText(text);
+        LetIdle();
+        QTest::mouseClick(form.btnAddProject, Qt::LeftButton);
+        EXPECT_TRUE(form.isVisible()) << text.toStdString();
+    }
+    QDir::setCurrent(before);
+    ASSERT_EQ(reasons.size(), 4);
+    EXPECT_EQ(reasons[0], QStringLiteral("Please enter the full path of the project file, or choose it."));
+    EXPECT_EQ(reasons[2], QStringLiteral("There is no project file ") + missing);
 }
 
 TEST_F(AddProjFormTest, MessagesAreShownAsTheyAre)

@@ -47,6 +47,8 @@ TEST_F(BackupsTest, NameKeepsTheFullStopBeforeTheTime)
     EXPECT_EQ(BackupPath("/x.y/Demo.xml", "B", time),
         QStringLiteral("B") + QDir::separator() + "Dem20240305140709.xml");
     EXPECT_EQ(BackupPath("/x.y/abc", "B/", time), "B/20240305140709");
+    EXPECT_EQ(ErrorOf([&] { WriteBackup(FFile, {}, {}, time); }), "No folder for backups was given")
+        << "the current folder is none";
 }
 
 TEST_F(BackupsTest, ListsTheBackupsOfThisProjectOldestFirst)

@@ -1,10 +1,10 @@
 #include "dialogs/ImageDlgFrm.h"
 
 #include "dialogs/PicturePreview.h"
-#include "dialogs/RecognisedImage.h"
 #include "dialogs/ShellBreadCrumb.h"
 #include "dialogs/ShellFolders.h"
 #include "dialogs/ShellListView.h"
+#include "images/RecognisedImage.h"
 #include "tests/DialogTesting.h"
 
 #include <QAction>

@@ -12,6 +12,8 @@
 #include "project/ProjectPaths.h"
 #include "tests/DialogTesting.h"
 
+#include <SQLiteCpp/Database.h>
+
 #include <QApplication>
 #include <QDir>
 #include <QImage>
@@ -33,6 +35,8 @@ public:
     bool Confirm(const QString& text) override
     {
         Shown.append("confirm: " + text);
+        if (WhileConfirming)
+            WhileConfirming();
         return Yes;
     }
     std::optional<QString> ChooseProjectFile() override { return std::exchange(ProjectFile, std::nullopt); }
@@ -45,6 +49,7 @@ public:
     QStringList TakeShown() { return std::exchange(Shown, {}); }
 
     bool Yes = true;
+    std::function<void()> WhileConfirming;
     std::optional<QString> ProjectFile;
     std::optional<QString> Image;
     QString StartFolder;
@@ -150,6 +155,21 @@ TEST_F(MainFormTest, FirstStartMakesItsFilesAndRestartReopensTheProject)
     EXPECT_EQ(FPrompts.Shown, QStringList());
 }
 
+TEST_F(MainFormTest, StandsWhereItStoodWithItsFrame)
+{
+    Start();
+    EXPECT_EQ(FForm->size(), QSize(1008, 729)) << "no text may make it higher";
+    const QRect bounds(10, 0, 1020, 760);
+    FForm.reset();
+    PutFile(Path("program/CorvadineBase.ini"),
+        "[Corvadine]\nWindowsState=0\nScreenLeft=10\nScreenTop=0\nScreenWidth=1020\nScreenHeight=760\n");
+    for (int i = 0; i < 2; ++i) { // the second time from what the first has written
+        Start();
+        EXPECT_EQ(FForm->frameGeometry(), bounds);
+        EXPECT_NE(FForm->geometry(), bounds) << "this platform frames its windows";
+    }
+}
+
 TEST_F(MainFormTest, ImportsTheOlderSettingsOnce)
 {
     const QString older = Path("program/Corvadine.ini");
@@ -175,7 +195,7 @@ TEST_F(MainFormTest, ImportsTheOlderSettingsOnce)
     FForm.reset();
     PutFile(older, "[Other]\nProjectFile=x");
     Start();
-    EXPECT_EQ(Table().Count(), 1U);
+    EXPECT_EQ(Table().Rows().size(), 1U);
     EXPECT_FALSE(QFile::exists(older));
 }
 
@@ -213,10 +233,10 @@ TEST_F(MainFormTest, DeleteActsOnTheFocusedEditorAfterAQuestion)
     ASSERT_TRUE(IsEnabled("Delete Project"));
     FPrompts.Yes = false;
     Click("Delete Project");
-    EXPECT_EQ(Table().Count(), 1U);
+    EXPECT_EQ(Table().Rows().size(), 1U);
     FPrompts.Yes = true;
     Click("Delete Project");
-    EXPECT_EQ(Table().Count(), 0U);
+    EXPECT_EQ(Table().Rows().size(), 0U);
     EXPECT_EQ(FPrompts.Shown, QStringList({ "confirm: Delete Project?", "confirm: Delete Project?" }));
     EXPECT_EQ(Ui().cbProjects->Text(), ProjectFile("A")) << "the lookup is not bound to the row";
 }
@@ -238,7 +258,15 @@ TEST_F(MainFormTest, GeneratesShowsUpdatesAndClears)
         QSize(1, 1).scaled(44, 44, Qt::KeepAspectRatio))
         << "the blank image: the chosen path was not loaded by the table alone";
 
+    const QByteArray projectBytes = FileBytes(ProjectFile("A"));
+    PutFile(ProjectFile("A"), "<Project>");
+    for (int i = 0; i < 2; ++i) {
+        Click("Update Project");
+        EXPECT_EQ(FPrompts.TakeShown().size(), 1) << "no XML";
+    }
+    PutFile(ProjectFile("A"), projectBytes);
     Click("Update Project");
+    EXPECT_EQ(QApplication::overrideCursor(), nullptr) << "a failed update leaves it, but once";
     EXPECT_EQ(FPrompts.TakeShown(),
         QStringList("info: 2 Entries updated, the following entries were not found and need to be set "
                     "manually:\r\n\r\n"
@@ -394,6 +422,7 @@ TEST_F(MainFormTest, RunKeepsToItsProjectAndClosingEndsIt)
     Click("Generate");
     EXPECT_TRUE(QTest::qWaitFor([this] { return Ui().MView->Count() == 38; })) << "back before the end";
     EXPECT_TRUE(FForm->State().FilesGenerated);
+    EXPECT_EQ(FForm->State().GenList.size(), 38U) << "the Windows icon among them";
 
     QDir().rmdir(OutputFolder("B"));
     during([&] { Choose(1); });
@@ -427,6 +456,43 @@ TEST_F(MainFormTest, RunGivesTheBytesOfTheCommandLine)
             << record.ID.toStdString();
 }
 
+TEST_F(MainFormTest, ComingBackToTheWindowShowsWhatAnotherProgramWrote)
+{
+    Start();
+    Add("A");
+    Add("B");
+    const auto comeBack = [this] {
+        QApplication::setActiveWindow(nullptr);
+        QApplication::setActiveWindow(FForm.get());
+    };
+    TProject project = FForm->tblProjects().Current();
+    project.TwoxSize = 123;
+    project.IconImageName = Path("icon.png");
+    TProjectStore other(Path("program/Corvadine.db"));
+    other.Update(project, { TField::TwoxSize, TField::IconImageName });
+    {
+        SQLite::Database lock(Path("program/Corvadine.db").toStdString(), SQLite::OPEN_READWRITE);
+        lock.exec("BEGIN EXCLUSIVE");
+        comeBack();
+        EXPECT_EQ(FForm->Controls().cb2xWidth->Value(), 400);
+    }
+    comeBack();
+    EXPECT_EQ(FForm->tblProjects().Current().ID, project.ID);
+    EXPECT_EQ(FForm->Controls().cb2xWidth->Value(), 123);
+    EXPECT_EQ(FForm->Controls().ImageEnViewIcon->Image().size(), QSize(60, 40));
+
+    // Not under a command: this one would delete the project that has moved up.
+    FPrompts.WhileConfirming = [&] {
+        other.Delete(project);
+        comeBack();
+    };
+    FForm->Controls().cb2xWidth->setFocus();
+    Click("Delete Project");
+    EXPECT_EQ(other.ReadProjects().size(), 1U);
+    EXPECT_EQ(FForm->tblProjects().Current().ProjectFile, ProjectFile("A"));
+    EXPECT_EQ(FPrompts.Shown, QStringList("confirm: Delete Project?"));
+}
+
 // Rows of older databases may lack a value.
 TEST_F(MainFormTest, RowsWithoutSomeOptionAreShownAsFarAsTheyGo)
 {
@@ -456,6 +522,9 @@ TEST_F(MainFormTest, RowsWithoutSomeOptionAreShownAsFarAsTheyGo)
             + ": the option \"2x Width\" has no value"));
     EXPECT_TRUE(FForm->isVisible());
     EXPECT_EQ(FForm->State().MyIniFileName, QString()) << "the start-up has ended there";
+    EXPECT_EQ(FForm->State().BackupFolder, Path("program/Project Backups") + QDir::separator());
+    Click("Help"); // there is none, and no harm in it
+    EXPECT_EQ(FPrompts.Shown, QStringList());
 }
 
 TEST_F(MainFormTest, FailuresShowTheirTextAndRestoreTheWindow)
