@@ -155,6 +155,13 @@ TEST_F(GenerationRunTest, RefusesOutputsThatAreTooLargeBeforeItDecodes)
     EXPECT_EQ(ErrorOf([&] { PlanOutputs(FJob); }), refusal);
     PutFile(FJob.IconFile, FileBytes(FJob.IconFile).chopped(100)); // shows only once it is decoded
     EXPECT_EQ(ErrorOf([&] { RunGeneration(FJob); }), refusal);
+
+    // More bytes than 64 bits count.
+    FJob.Settings.Platforms = { .IPad = true };
+    FJob.Settings.TwoxSize = 2'000'000'000;
+    ASSERT_TRUE(QImage(2, 2, QImage::Format_RGB32).save(FJob.LaunchFile));
+    EXPECT_THAT(ErrorOf([&] { RunGeneration(FJob); }),
+        ::testing::HasSubstr("2147483646 x 2147483646 pixels, which take 17592186011649 MiB"));
 }
 
 TEST_F(GenerationRunTest, PlanWarnsOfSourcesThatDoNotFit)
