@@ -160,8 +160,6 @@ TFieldValues ParseOutput(const QString& text)
     return { { TField::OutputFolder, ParsePath(text) } };
 }
 
-constexpr int MostTwox = 8192; // beyond it the launch images outgrow what the devices and we can hold
-
 const std::array<TSetting, 9> Settings { {
     { "icon", "FILE", "Source image of the icons; \"\" for none",
         [](const QString& text) -> TFieldValues {
@@ -180,12 +178,13 @@ const std::array<TSetting, 9> Settings { {
     { "format", "256|true", "256 colours or true colour", ParseFormat, FormatValue },
     { "compression", "1..10", "Compression of the PNG files",
         [](const QString& text) -> TFieldValues {
-            return { { TField::Compression, ParseNumber(text, 1, 10) } };
+            return { { TField::Compression,
+                ParseNumber(text, CompressionRange.Least, CompressionRange.Most) } };
         },
         [](const TProject& project) { return NumberValue(project.Compression); } },
-    { "twox", "PIXELS", "Width of the 2x launch images, 1 to 8192",
+    { "twox", "PIXELS", "Width of the 2x launch images",
         [](const QString& text) -> TFieldValues {
-            return { { TField::TwoxSize, ParseNumber(text, 1, MostTwox) } };
+            return { { TField::TwoxSize, ParseNumber(text, TwoxSizeRange.Least, TwoxSizeRange.Most) } };
         },
         [](const TProject& project) { return NumberValue(project.TwoxSize); } },
     { "filter", "NAME",
