@@ -48,8 +48,11 @@ public:
     void Parse(const QStringList& arguments)
     {
         std::vector<std::string> words;
+        bool mayBeOption = true;
         for (const QString& argument : arguments) {
-            const bool hasEmptyValue = argument.startsWith(QLatin1String("--")) && argument.endsWith(u'=');
+            mayBeOption = mayBeOption && argument != QLatin1String("--");
+            const bool hasEmptyValue = mayBeOption && argument.startsWith(QLatin1String("--"))
+                && argument.indexOf(u'=') == argument.size() - 1;
             words.push_back((hasEmptyValue ? argument.chopped(1) : argument).toStdString());
             if (hasEmptyValue) // the parser would take the next word for the value of "--icon="
                 words.emplace_back();

@@ -220,14 +220,14 @@ TEST_F(TCliTest, KeepsAndShowsSettingsInItsOwnWords)
     EXPECT_EQ(before["output"], FOutput);
     ASSERT_EQ(Run({ "set", FProject, "--platforms", "IPAD,android", "--background", "ff8000", "--format",
                       "true", "--compression", "10", "--twox", "1", "--filter", "bspline",
-                      "--icon=", "--output", Path("out/") })
+                      "--icon=", "--output=" + Path("out=") })
                   .Status,
         0);
     const TOutcome shown = Run({ "show", "1" });
     EXPECT_THAT(shown.Out,
         Matches("id +1\nproject +.*Demo.dproj\nicon +\"\"\nlaunch +\"\"\nplatforms +android,ipad\n"
                 "background +#FF8000\nformat +true\ncompression +10\ntwox +1\nfilter +bspline\n"
-                "output +.*out\n"));
+                "output +.*out=\n"));
     EXPECT_EQ(Run({ "set", "1", "--platforms", "all", "--background", "#FFFFFF", "--format", "256",
                       "--compression", "6", "--twox", "400", "--filter", "mitchell", "--icon", FIcon,
                       "--output", FOutput, "--platforms=windows" })
@@ -250,6 +250,7 @@ TEST_F(TCliTest, RefusesBadFilesAndChangesNothing)
     ExpectRefusal({ "set", "1", "--launch", FHome + "/none.png" }, 1, "none.png: the file does not exist");
     ExpectRefusal({ "set", "1", "--output", FIcon }, 1, "icon.png: it is a file");
     ExpectRefusal({ "show", "2" }, 1, "Cannot find the project 2: ");
+    ExpectRefusal({ "show", "--", "--x=" }, 1, "Cannot find the project --x=: ");
     ExpectRefusal({ "remove", "a\nb.dproj" }, 1, "Cannot find the project a\\nb.dproj: ");
 
     ASSERT_EQ(Run({ "generate", "1" }).Status, 0);
