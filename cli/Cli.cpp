@@ -32,7 +32,7 @@ public:
             FApp, "--data", [this](const QString& folder) { SetDataFolder(folder); },
             "Folder of Corvadine.db and the backups (default: the program's)")
             ->type_name("DIR");
-        FApp.add_flag("--json", FJson, "Print one JSON document instead of text");
+        FApp.add_flag("--json")->description("Print one JSON document instead of text");
         FApp.set_help_flag("-h,--help", "Print this help and exit");
         FApp.footer(std::string("corvadine-cli COMMAND --help describes a command.\n") + ExitStatusHelp);
         FApp.require_subcommand(0, 1);
@@ -118,7 +118,6 @@ private:
     CLI::App FApp;
     std::vector<TCommandPtr> FCommands = MakeCommands();
     QString FDataFolder; // empty: the program's own
-    bool FJson = false;
 };
 
 // Whether the output is to be JSON, told before parsing: a wrong command line is answered in JSON too.
