@@ -47,8 +47,8 @@ private:
         const TGenRec shape { isIcon ? IconSizes.back() : record.Width,
             isIcon ? IconSizes.back() : record.Height, record.ID };
         const TRecipe recipe = RecipeOf(shape, FIcon, FLaunch);
-        FPlan.Outputs.push_back({ record, recipe.Canvas, recipe.FromLaunch ? FJob.LaunchFile : FJob.IconFile,
-            OutputPath(FJob.Settings, record) });
+        FPlan.Outputs.push_back({ record, recipe.Canvas, recipe.FromLaunch,
+            recipe.FromLaunch ? FJob.LaunchFile : FJob.IconFile, OutputPath(FJob.Settings, record) });
         const QSize source = recipe.FromLaunch ? FLaunch->Size : FIcon.Size;
         const double factor = static_cast<double>(recipe.Fitted.width()) / source.width();
         TEnlargement& most = recipe.FromLaunch ? FMostLaunch : FMostIcon;

@@ -11,8 +11,9 @@ namespace Corvadine {
 
 struct TPlannedOutput {
     TGenRec Record;
-    QSize Size;         // of the file in pixels; of the largest image for the Windows icon
-    QString SourceFile; // empty: no source is chosen, the output is plain white
+    QSize Size;              // of the file in pixels; of the largest image for the Windows icon
+    bool FromLaunch = false; // otherwise from the icon source
+    QString SourceFile;      // empty: no source is chosen, the output is plain white
     QString Path;
 };
 
