@@ -35,7 +35,9 @@ public:
     {
         for (const TGenRec& record : PlanGenList(FJob.Settings, FLaunch))
             AddOutput(record);
-        WarnOfSources();
+        FPlan.Warnings = JobWarnings(FJob);
+        if (!FPlan.Outputs.empty())
+            WarnOfSources();
         return FPlan;
     }
 
@@ -58,9 +60,7 @@ private:
 
     void WarnOfSources()
     {
-        if (FJob.IconFile.isEmpty()) {
-            FPlan.Warnings.append(QStringLiteral("No icon image is chosen; its outputs will be plain white"));
-        } else {
+        if (!FJob.IconFile.isEmpty()) {
             if (FIcon.Size.width() != FIcon.Size.height())
                 FPlan.Warnings.append(QStringLiteral(
                     "The icon image has %1 pixels; it is not square, and so its outputs are not either")

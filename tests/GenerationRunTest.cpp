@@ -186,6 +186,10 @@ TEST_F(GenerationRunTest, PlanWarnsOfSourcesThatDoNotFit)
             { "The icon image has 200 x 400 pixels; it is not square, and so its outputs are not either",
                 "The icon image has 200 x 400 pixels; Icon_MainIcon enlarges it 1.28 times, to 256 x 512",
                 "The launch image is transparent; the background colour will show through" }));
+
+    FJob.Settings.Platforms = {};
+    EXPECT_EQ(
+        PlanOutputs(FJob).Warnings, QStringList("No platform is ticked, so there is nothing to generate"));
 }
 
 TEST(WorkQueueTest, RunsAllInOrderOfNeedAndStopsAtTheFirstFailure)
