@@ -56,9 +56,14 @@ QStringList MissingLines(const TUpdateResult& update)
 {
     if (update.MissingIDs.isEmpty())
         return {};
-    QStringList lines { QStringLiteral("Not found in the project file:") };
-    for (const QString& id : update.MissingIDs)
-        lines.append(QStringLiteral("  ") + id);
+    return QStringList { QStringLiteral("Not found in the project file:") } + Indented(update.MissingIDs);
+}
+
+QStringList Indented(const QStringList& texts)
+{
+    QStringList lines;
+    for (const QString& text : texts)
+        lines.append(QStringLiteral("  ") + text);
     return lines;
 }
 

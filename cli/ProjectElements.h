@@ -27,6 +27,9 @@ int CountRight(const TUpdateResult& update);
 // A heading and a line for each ID that no element has; nothing if there are none.
 QStringList MissingLines(const TUpdateResult& update);
 
+// `texts` as they stand below a heading.
+QStringList Indented(const QStringList& texts);
+
 // "1 image", "2 images".
 QString Counted(qsizetype count, const QString& noun);
 
