@@ -1,10 +1,11 @@
 #include "cli/Settings.h"
 
+#include "base/Color.h"
 #include "base/Error.h"
 #include "base/Files.h"
 #include "cli/CliOutput.h"
 #include "cli/Options.h"
-#include "generate/GenSettings.h"
+#include "generate/ResampleFilter.h"
 #include "store/ProjectsTable.h"
 
 #include <CLI/CLI.hpp>
@@ -94,8 +95,7 @@ TFieldValues ParseBackground(const QString& text)
     if (!isNumber || digits.size() != DigitCount || !digits.at(0).isLetterOrNumber())
         throw TError(
             TErrorKind::Usage, QStringLiteral("'%1' is no colour #RRGGBB, such as '#FFFFFF'").arg(text));
-    const auto channel = [rgb](int shift) { return static_cast<std::uint8_t>(rgb >> shift & 0xFFU); };
-    return { { TField::PickColor, TColor { channel(16), channel(8), channel(0) }.ToStored() } };
+    return { { TField::PickColor, TColor::FromRgb(rgb).ToStored() } };
 }
 
 QJsonValue BackgroundValue(const TProject& project)

@@ -26,7 +26,7 @@ struct TProject {
     std::optional<int> TwoxSize {};       // pixels
     QString OutputFolder {};              // full path, without a trailing delimiter
     std::optional<int> PickColor {};      // background, 0xBBGGRR; -1 = invalid
-    std::optional<int> PixelFormat {};    // 1 = 256 colours, 2 = true colour
+    std::optional<int> PixelFormat {};    // a TOutputFormat
     std::optional<int> Compression {};    // in CompressionRange
     std::optional<int> ResampleFilter {}; // code of the resampling filter, 0 to 11
 
@@ -49,6 +49,12 @@ enum class TField {
     PixelFormat,
     Compression,
     ResampleFilter,
+};
+
+// The values of PixelFormat. Whatever else a row may hold is taken for true colour.
+enum class TOutputFormat {
+    Colors256 = 1, // 8-bit palette
+    TrueColor = 2, // 8 bits per sample, with alpha where the picture keeps it
 };
 
 // The values that a bounded number may take, the ends included.
