@@ -3,6 +3,7 @@
 #include "base/Error.h"
 #include "base/Files.h"
 #include "base/PathRules.h"
+#include "project/Backups.h"
 #include "store/ProjectStore.h"
 #include "store/ProjectsTable.h"
 
@@ -41,7 +42,7 @@ TCliContext::~TCliContext() = default;
 
 QString TCliContext::BackupFolder() const
 {
-    return WithTrailingDelimiter(FDataFolder) + QStringLiteral("Project Backups");
+    return WithTrailingDelimiter(FDataFolder) + QString::fromLatin1(BackupFolderName);
 }
 
 std::vector<TProject> TCliContext::Projects()

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "project/ProjectPaths.h"
+
 #include <QSize>
 #include <QString>
 
@@ -24,9 +26,6 @@ struct TPlatforms {
 
     bool operator==(const TPlatforms&) const = default;
 };
-
-// The element name of the Windows icon, the only entry that is not a PNG.
-inline constexpr QStringView MainIconID = u"Icon_MainIcon";
 
 // The images that a project needs, in the order in which they are generated and written into the project
 // file. `twoxSize` is the project's "2x Width"; `launchSize` the pixel size of the launch source, 1 x 1 if

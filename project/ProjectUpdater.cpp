@@ -20,7 +20,7 @@ QByteArray ReadProjectFile(const QString& projectFile)
 void CheckImages(const TProjectImages& images)
 {
     if (!FileExists(images.ProjectFile))
-        throw TError(TErrorKind::NotFound, QStringLiteral("The Project does not exist!"));
+        throw TError(TErrorKind::NotFound, MissingProjectText);
     if (images.OutputFolder.isEmpty())
         throw TError(TErrorKind::Usage, QStringLiteral("update"), images.ProjectFile,
             QStringLiteral("the project has no output folder"));

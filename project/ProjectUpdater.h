@@ -13,6 +13,9 @@
 // relative to the project file's folder.
 namespace Corvadine {
 
+// What the user is told of a project file that is not there.
+inline constexpr QLatin1String MissingProjectText("The Project does not exist!");
+
 // The images of one project. All paths are absolute.
 struct TProjectImages {
     QString ProjectFile;
@@ -62,7 +65,7 @@ struct TUpdateResult {
 TUpdateResult PlanUpdate(const TProjectImages& images, TImageFiles files);
 
 // Backs the project file up as ordered, sets the paths of the images that exist, and saves it in one step.
-// Throws TError, the project file then being as it was: NotFound ("The Project does not exist!"), BadInput
+// Throws TError, the project file then being as it was: NotFound (MissingProjectText), BadInput
 // for one that is no XML, Usage without an output folder, Conflict if somebody else saved it meanwhile, Io.
 TUpdateResult UpdateProject(const TProjectImages& images, const TBackupOrder& backup);
 
