@@ -12,7 +12,7 @@ struct TProject;
 // One project's generation, taken as a whole at the start of a run.
 struct TGenJob {
     TGenSettings Settings;
-    QString IconFile;   // full path; empty when none is chosen: its outputs are plain white
+    QString IconFile;   // full path; empty when none is chosen: its outputs are made from BlankSourceImage()
     QString LaunchFile; // full path; empty when none is chosen: its outputs are rendered from the icon source
 };
 

@@ -45,7 +45,8 @@ struct TThumbnail {
 // that. Refuses what LoadSourceImage refuses, with the same errors.
 TThumbnail LoadThumbnail(const QString& path, QSize box);
 
-// What stands in for a source that has not been chosen: one opaque white pixel.
+// What stands in for a source that has not been chosen: one opaque pixel, white on a dark desktop too, since
+// what is generated must not depend on the colours of somebody's windows.
 QImage BlankSourceImage();
 
 // "1024 x 512", as all messages write a size in pixels.
