@@ -1,7 +1,7 @@
 #include "app/ColorBox.h"
 
 #include "app/ColorList.h"
-#include "generate/Raster.h"
+#include "base/Color.h"
 
 #include <QColorDialog>
 #include <QKeyEvent>
@@ -19,12 +19,6 @@ QColor ColorOfStored(int stored)
 {
     const auto color = TColor::FromStored(stored);
     return { color.Red, color.Green, color.Blue };
-}
-
-int StoredOfColor(const QColor& color)
-{
-    const QRgb rgb = color.rgb();
-    return qRed(rgb) | qGreen(rgb) << 8 | qBlue(rgb) << 16;
 }
 
 } // namespace
@@ -120,7 +114,7 @@ void TColorBox::AskForColor()
 
 void TColorBox::Choose(const QColor& color)
 {
-    Write(StoredOfColor(color));
+    Write(TColor::FromRgb(color.rgb()).ToStored());
 }
 
 std::optional<QColor> TColorBox::AskInDialog(const QColor& current)

@@ -180,8 +180,9 @@ void TFieldSlider::ShowNumber()
 TFieldNumberEdit::TFieldNumberEdit(TProjectsTable& table, TField field, QWidget* parent)
     : QLineEdit(parent), TFieldEditor(table, field, *this)
 {
-    // Nine digits always fit the field.
-    static const QRegularExpression Digits(QStringLiteral("[0-9]{0,9}"));
+    // As many digits as the largest width has, which is all nines. Zeros on the way to a number may be typed.
+    static const QRegularExpression Digits(
+        QStringLiteral("[0-9]{0,%1}").arg(QString::number(TwoxSizeRange.Most).size()));
     setValidator(new QRegularExpressionValidator(Digits, this));
     connect(this, &QLineEdit::textEdited, this, [this] {
         const auto value = Value();

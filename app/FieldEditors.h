@@ -48,17 +48,17 @@ protected:
     void wheelEvent(QWheelEvent* event) override;
 };
 
-// An integer field from 1 to 10, as a slider with its number beside it. A move is written when the slider is
-// left and not before: when it loses the focus, when the pointer goes (after a drag has ended), or on a key
-// that is none of the slider's own. Thus whoever drags it and then reaches for a command by mouse, Alt key or
-// shortcut finds the change made by the time the command is carried out. While moved and not yet left, the
-// number shown is the slider's; a move of the row or the end of an edit drops it.
+// An integer field in CompressionRange, as a slider with its number beside it. A move is written when the
+// slider is left and not before: when it loses the focus, when the pointer goes (after a drag has ended), or
+// on a key that is none of the slider's own. Thus whoever drags it and then reaches for a command by mouse,
+// Alt key or shortcut finds the change made by the time the command is carried out. While moved and not yet
+// left, the number shown is the slider's; a move of the row or the end of an edit drops it.
 class TFieldSlider : public QWidget, public TFieldEditor {
     Q_OBJECT
 
 public:
-    static constexpr int Minimum = 1;
-    static constexpr int Maximum = 10;
+    static constexpr int Minimum = CompressionRange.Least;
+    static constexpr int Maximum = CompressionRange.Most;
 
     TFieldSlider(TProjectsTable& table, TField field, QWidget* parent = nullptr);
 

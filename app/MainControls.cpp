@@ -147,9 +147,10 @@ private:
     QWidget* ImageOptions()
     {
         FControls.cbBackground = Reporting(new TColorBox(FTable, TField::PickColor));
-        auto* format = Reporting(
-            new TFieldComboBox({ { 1, QStringLiteral("256 Colors") }, { 2, QStringLiteral("True Color") } },
-                FTable, TField::PixelFormat));
+        auto* format = Reporting(new TFieldComboBox(
+            { { static_cast<int>(TOutputFormat::Colors256), QStringLiteral("256 Colors") },
+                { static_cast<int>(TOutputFormat::TrueColor), QStringLiteral("True Color") } },
+            FTable, TField::PixelFormat));
         FControls.cbCompression = Reporting(new TFieldSlider(FTable, TField::Compression));
         FControls.cb2xWidth = Reporting(new TFieldNumberEdit(FTable, TField::TwoxSize));
         auto* options = new QWidget;

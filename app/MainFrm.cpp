@@ -250,7 +250,7 @@ void TMainForm::aProjectExecute()
 {
     const TProject project = FTable.Current();
     if (!FileExists(project.ProjectFile)) {
-        FPrompts.ShowError(QStringLiteral("The Project does not exist!"));
+        FPrompts.ShowError(MissingProjectText);
         return;
     }
     TProjectImages images { project.ProjectFile, project.OutputFolder, {} };
@@ -274,7 +274,7 @@ void TMainForm::aClearExecute()
     if (!FPrompts.Confirm(
             QStringLiteral("This will delete all images in folder %1 Do you wish to proceed?").arg(folder)))
         return;
-    const int count = DeleteFilesByMask(folder, QStringLiteral("*.*"));
+    const int count = DeleteFilesByMask(folder, AllFilesMask);
     FControls.MView->Clear();
     FPrompts.Inform(QStringLiteral("%1 Images Deleted").arg(count));
 }

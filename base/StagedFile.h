@@ -19,7 +19,10 @@ namespace Corvadine {
 class TStagedFile {
 public:
     // Throws TError(Io) when the folder or file is not writable, also when the file is marked read-only.
-    TStagedFile(const QString& path, const QByteArray& bytes);
+    // A copy names in `original` what it is a copy of. It is open to no more people than that, from before it
+    // has any content, or to its owner alone if that is gone; its owner may write. Should the system refuse
+    // this, TError(Io) is thrown. On Windows a copy is open to those to whom its folder is.
+    TStagedFile(const QString& path, const QByteArray& bytes, const QString& original = {});
     ~TStagedFile();
     TStagedFile(TStagedFile&& other) noexcept;
     TStagedFile& operator=(TStagedFile&&) = delete;

@@ -63,12 +63,13 @@ public:
     ~TSystemFile();
     Q_DISABLE_COPY_MOVE(TSystemFile)
 
-    void Stage(const QByteArray& bytes);
+    void Stage(const QByteArray& bytes, const QString& original);
     void Commit();
 
 private:
     void Create();
     void CopyAttributesOfTarget();
+    void CopyAccessOf(const QString& original);
     void WriteAndSync(const QByteArray& bytes);
 
     QString FPath;         // as the caller named it, for messages
@@ -85,11 +86,14 @@ TStagedFile::TSystemFile::~TSystemFile()
         ::unlink(FTemporary.constData());
 }
 
-void TStagedFile::TSystemFile::Stage(const QByteArray& bytes)
+void TStagedFile::TSystemFile::Stage(const QByteArray& bytes, const QString& original)
 {
     RefuseUnwritableTarget(FPath, FTarget);
     Create();
-    CopyAttributesOfTarget();
+    if (original.isEmpty())
+        CopyAttributesOfTarget();
+    else
+        CopyAccessOf(original);
     WriteAndSync(bytes);
 }
 
@@ -157,10 +161,25 @@ void TStagedFile::TSystemFile::CopyAttributesOfTarget()
     ::fchmod(FDescriptor, status.st_mode & 07777);
 }
 
-TStagedFile::TStagedFile(const QString& path, const QByteArray& bytes)
+void TStagedFile::TSystemFile::CopyAccessOf(const QString& original)
+{
+    mode_t mode = S_IRUSR;
+    struct stat status { };
+    if (::stat(QFile::encodeName(original).constData(), &status) == 0) {
+        mode = status.st_mode & 0777;
+        const auto giveTo = [&](uid_t owner) { return ::fchown(FDescriptor, owner, status.st_gid) == 0; };
+        constexpr auto SameOwner = static_cast<uid_t>(-1);
+        if (!giveTo(status.st_uid) && !giveTo(SameOwner)) // our group are others to the original
+            mode = (mode & ~mode_t { S_IRWXG }) | (mode & S_IRWXO) << 3;
+    }
+    if (::fchmod(FDescriptor, mode | S_IWUSR) != 0)
+        throw WriteError(FPath, errno);
+}
+
+TStagedFile::TStagedFile(const QString& path, const QByteArray& bytes, const QString& original)
     : FFile(std::make_unique<TSystemFile>(path))
 {
-    FFile->Stage(bytes);
+    FFile->Stage(bytes, original);
 }
 
 TStagedFile::~TStagedFile() = default;

@@ -187,7 +187,7 @@ TErrorNumber TStagedFile::TSystemFile::PutInPlace()
     return error;
 }
 
-TStagedFile::TStagedFile(const QString& path, const QByteArray& bytes)
+TStagedFile::TStagedFile(const QString& path, const QByteArray& bytes, const QString&)
     : FFile(std::make_unique<TSystemFile>(path))
 {
     FFile->Stage(bytes);

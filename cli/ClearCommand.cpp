@@ -25,15 +25,14 @@ protected:
     TCommandResult RunOn(TCliContext&, const TProject& project) override
     {
         const QString folder = project.OutputFolder;
-        const QString mask = QStringLiteral("*.*");
         if (!FYes)
             throw TError(TErrorKind::Usage, QStringLiteral("clear"), folder,
                 QStringLiteral("this would delete %1 in it, which needs --yes")
-                    .arg(Counted(FilesByMask(folder, mask).size(), QStringLiteral("file"))));
+                    .arg(Counted(FilesByMask(folder, AllFilesMask).size(), QStringLiteral("file"))));
         TCommandResult result;
         int count = 0;
         if (FolderExists(folder)) {
-            count = DeleteFilesByMask(folder, mask);
+            count = DeleteFilesByMask(folder, AllFilesMask);
             result.Lines.append(QStringLiteral("%1 Images Deleted").arg(count));
         }
         result.Json = { { QStringLiteral("folder"), folder }, { QStringLiteral("deleted"), count } };

@@ -32,7 +32,7 @@ public:
             FApp, "--data", [this](const QString& folder) { SetDataFolder(folder); },
             "Folder of Corvadine.db and the backups (default: the program's)")
             ->type_name("DIR");
-        FApp.add_flag("--json", FJson, "Print one JSON document instead of text");
+        FApp.add_flag("--json")->description("Print one JSON document instead of text");
         FApp.set_help_flag("-h,--help", "Print this help and exit");
         FApp.footer(std::string("corvadine-cli COMMAND --help describes a command.\n") + ExitStatusHelp);
         FApp.require_subcommand(0, 1);
@@ -48,8 +48,11 @@ public:
     void Parse(const QStringList& arguments)
     {
         std::vector<std::string> words;
+        bool mayBeOption = true;
         for (const QString& argument : arguments) {
-            const bool hasEmptyValue = argument.startsWith(QLatin1String("--")) && argument.endsWith(u'=');
+            mayBeOption = mayBeOption && argument != QLatin1String("--");
+            const bool hasEmptyValue = mayBeOption && argument.startsWith(QLatin1String("--"))
+                && argument.indexOf(u'=') == argument.size() - 1;
             words.push_back((hasEmptyValue ? argument.chopped(1) : argument).toStdString());
             if (hasEmptyValue) // the parser would take the next word for the value of "--icon="
                 words.emplace_back();
@@ -115,7 +118,6 @@ private:
     CLI::App FApp;
     std::vector<TCommandPtr> FCommands = MakeCommands();
     QString FDataFolder; // empty: the program's own
-    bool FJson = false;
 };
 
 // Whether the output is to be JSON, told before parsing: a wrong command line is answered in JSON too.

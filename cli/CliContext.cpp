@@ -4,6 +4,7 @@
 #include "base/Files.h"
 #include "base/PathRules.h"
 #include "base/SystemFiles.h"
+#include "project/Backups.h"
 #include "store/ProjectStore.h"
 #include "store/ProjectsTable.h"
 
@@ -42,7 +43,7 @@ TCliContext::~TCliContext() = default;
 
 QString TCliContext::BackupFolder() const
 {
-    return WithTrailingDelimiter(FDataFolder) + QStringLiteral("Project Backups");
+    return WithTrailingDelimiter(FDataFolder) + QString::fromLatin1(BackupFolderName);
 }
 
 std::vector<TProject> TCliContext::Projects()

@@ -7,12 +7,11 @@ namespace Corvadine {
 
 namespace {
 
-QString SourceName(const TPlannedOutput& output, const TGenJob& job)
+QString SourceName(const TPlannedOutput& output)
 {
     if (output.SourceFile.isEmpty())
         return QStringLiteral("none");
-    const bool isLaunch = IsLaunchEntry(output.Record.ID) && !job.LaunchFile.isEmpty();
-    return isLaunch ? QStringLiteral("launch") : QStringLiteral("icon");
+    return output.FromLaunch ? QStringLiteral("launch") : QStringLiteral("icon");
 }
 
 QStringList OutputLines(const TOutputPlan& plan, const TGenJob& job)
@@ -24,8 +23,8 @@ QStringList OutputLines(const TOutputPlan& plan, const TGenJob& job)
     std::vector<QStringList> rows;
     for (const TPlannedOutput& output : plan.Outputs)
         rows.push_back({ QStringLiteral("  ") + output.Record.ID,
-            QStringLiteral("%1x%2").arg(output.Size.width()).arg(output.Size.height()),
-            SourceName(output, job), output.Path });
+            QStringLiteral("%1x%2").arg(output.Size.width()).arg(output.Size.height()), SourceName(output),
+            output.Path });
     return lines + AlignedRows(rows);
 }
 
@@ -39,14 +38,14 @@ QStringList ElementLines(const TUpdateResult& update, const QString& projectFile
     return lines + changes + MissingLines(update);
 }
 
-QJsonArray OutputsJson(const TOutputPlan& plan, const TGenJob& job)
+QJsonArray OutputsJson(const TOutputPlan& plan)
 {
     QJsonArray outputs;
     for (const TPlannedOutput& output : plan.Outputs)
         outputs.append(QJsonObject { { QStringLiteral("name"), output.Record.ID },
             { QStringLiteral("width"), output.Size.width() },
             { QStringLiteral("height"), output.Size.height() },
-            { QStringLiteral("source"), SourceName(output, job) },
+            { QStringLiteral("source"), SourceName(output) },
             { QStringLiteral("sourceFile"), output.SourceFile }, { QStringLiteral("path"), output.Path } });
     return outputs;
 }
@@ -66,7 +65,7 @@ protected:
         const TUpdateResult update = PlanUpdate(ImagesOf(project, job), TImageFiles::Assumed);
         const TOutputPlan plan = PlanOutputs(job);
         TCommandResult result {
-            { { QStringLiteral("outputs"), OutputsJson(plan, job) },
+            { { QStringLiteral("outputs"), OutputsJson(plan) },
                 { QStringLiteral("changes"), ChangesJson(update) },
                 { QStringLiteral("right"), CountRight(update) },
                 { QStringLiteral("missing"), QJsonArray::fromStringList(update.MissingIDs) } },

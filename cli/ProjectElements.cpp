@@ -22,15 +22,6 @@ TProjectImages ImagesOf(const TProject& project, const TGenJob& job)
     return images;
 }
 
-QStringList JobWarnings(const TGenJob& job)
-{
-    if (job.Settings.Platforms == TPlatforms {})
-        return { QStringLiteral("No platform is ticked, so there is nothing to generate") };
-    if (job.IconFile.isEmpty())
-        return { QStringLiteral("No icon image is chosen; its outputs will be plain white") };
-    return {};
-}
-
 QStringList ChangeLines(const TUpdateResult& update)
 {
     const auto shown = [](const QString& text) { return text.isEmpty() ? QStringLiteral("(empty)") : text; };
@@ -65,9 +56,14 @@ QStringList MissingLines(const TUpdateResult& update)
 {
     if (update.MissingIDs.isEmpty())
         return {};
-    QStringList lines { QStringLiteral("Not found in the project file:") };
-    for (const QString& id : update.MissingIDs)
-        lines.append(QStringLiteral("  ") + id);
+    return QStringList { QStringLiteral("Not found in the project file:") } + Indented(update.MissingIDs);
+}
+
+QStringList Indented(const QStringList& texts)
+{
+    QStringList lines;
+    for (const QString& text : texts)
+        lines.append(QStringLiteral("  ") + text);
     return lines;
 }
 

@@ -15,9 +15,6 @@ namespace Corvadine {
 // Throws TError(NotFound) if the project file is missing.
 TProjectImages ImagesOf(const TProject& project, const TGenJob& job);
 
-// What makes a job pointless or its outputs blank, one sentence each, found without decoding the sources.
-QStringList JobWarnings(const TGenJob& job);
-
 // Those changes that change something, one line each: "line 83  iPad_AppIcon152  old.png -> new.png".
 QStringList ChangeLines(const TUpdateResult& update);
 
@@ -29,6 +26,9 @@ int CountRight(const TUpdateResult& update);
 
 // A heading and a line for each ID that no element has; nothing if there are none.
 QStringList MissingLines(const TUpdateResult& update);
+
+// `texts` as they stand below a heading.
+QStringList Indented(const QStringList& texts);
 
 // "1 image", "2 images".
 QString Counted(qsizetype count, const QString& noun);

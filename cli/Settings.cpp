@@ -1,10 +1,11 @@
 #include "cli/Settings.h"
 
+#include "base/Color.h"
 #include "base/Error.h"
 #include "base/Files.h"
 #include "cli/CliOutput.h"
 #include "cli/Options.h"
-#include "generate/GenSettings.h"
+#include "generate/ResampleFilter.h"
 #include "store/ProjectsTable.h"
 
 #include <CLI/CLI.hpp>
@@ -94,8 +95,7 @@ TFieldValues ParseBackground(const QString& text)
     if (!isNumber || digits.size() != DigitCount || !digits.at(0).isLetterOrNumber())
         throw TError(
             TErrorKind::Usage, QStringLiteral("'%1' is no colour #RRGGBB, such as '#FFFFFF'").arg(text));
-    const auto channel = [rgb](int shift) { return static_cast<std::uint8_t>(rgb >> shift & 0xFFU); };
-    return { { TField::PickColor, TColor { channel(16), channel(8), channel(0) }.ToStored() } };
+    return { { TField::PickColor, TColor::FromRgb(rgb).ToStored() } };
 }
 
 QJsonValue BackgroundValue(const TProject& project)
@@ -160,8 +160,6 @@ TFieldValues ParseOutput(const QString& text)
     return { { TField::OutputFolder, ParsePath(text) } };
 }
 
-constexpr int MostTwox = 8192; // beyond it the launch images outgrow what the devices and we can hold
-
 const std::array<TSetting, 9> Settings { {
     { "icon", "FILE", "Source image of the icons; \"\" for none",
         [](const QString& text) -> TFieldValues {
@@ -180,12 +178,13 @@ const std::array<TSetting, 9> Settings { {
     { "format", "256|true", "256 colours or true colour", ParseFormat, FormatValue },
     { "compression", "1..10", "Compression of the PNG files",
         [](const QString& text) -> TFieldValues {
-            return { { TField::Compression, ParseNumber(text, 1, 10) } };
+            return { { TField::Compression,
+                ParseNumber(text, CompressionRange.Least, CompressionRange.Most) } };
         },
         [](const TProject& project) { return NumberValue(project.Compression); } },
-    { "twox", "PIXELS", "Width of the 2x launch images, 1 to 8192",
+    { "twox", "PIXELS", "Width of the 2x launch images",
         [](const QString& text) -> TFieldValues {
-            return { { TField::TwoxSize, ParseNumber(text, 1, MostTwox) } };
+            return { { TField::TwoxSize, ParseNumber(text, TwoxSizeRange.Least, TwoxSizeRange.Most) } };
         },
         [](const TProject& project) { return NumberValue(project.TwoxSize); } },
     { "filter", "NAME",

@@ -8,9 +8,20 @@ namespace Corvadine {
 
 namespace {
 
+// What the window says, with the names where its first sentence announces them, and without a backup that was
+// not made.
 QStringList UpdateLines(const TUpdateResult& update)
 {
-    return update.ClosingMessage().split(QStringLiteral("\r\n")) + MissingLines(update);
+    QStringList lines { update.CountMessage() };
+    lines += Indented(update.MissingIDs);
+    if (update.BackupPath.isEmpty())
+        return lines << QStringLiteral("Nothing had to change, so no backup was made.");
+    return lines << TUpdateResult::BackupMessage() << Indented({ update.BackupPath });
+}
+
+QString Message(const TUpdateResult& update)
+{
+    return update.BackupPath.isEmpty() ? update.CountMessage() : update.ClosingMessage();
 }
 
 QStringList DryRunLines(const TUpdateResult& update, const QString& projectFile)
@@ -50,7 +61,7 @@ protected:
             { QStringLiteral("missing"), QJsonArray::fromStringList(update.MissingIDs) },
             { QStringLiteral("backup"),
                 update.BackupPath.isEmpty() ? QJsonValue() : QJsonValue(update.BackupPath) },
-            { QStringLiteral("message"), FDryRun ? QJsonValue() : QJsonValue(update.ClosingMessage()) } };
+            { QStringLiteral("message"), FDryRun ? QJsonValue() : QJsonValue(Message(update)) } };
         result.Lines = FDryRun ? DryRunLines(update, project.ProjectFile) : UpdateLines(update);
         if (update.UpdatedCount == 0 && update.MissingIDs.isEmpty())
             result.Warnings.append(

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "project/ProjectPaths.h"
+
 #include <QSize>
 #include <QString>
 
@@ -25,14 +27,11 @@ struct TPlatforms {
     bool operator==(const TPlatforms&) const = default;
 };
 
-// The element name of the Windows icon, the only entry that is not a PNG.
-inline constexpr QStringView MainIconID = u"Icon_MainIcon";
-
 // The images that a project needs, in the order in which they are generated and written into the project
 // file. `twoxSize` is the project's "2x Width"; `launchSize` the pixel size of the launch source, 1 x 1 if
 // there is none. The launch images' height follows from width over height of the source, so a portrait source
-// gives landscape boxes; that is what the elements' users expect. It is never below 1. The Windows icon is
-// not in the list; see MainIconEntry().
+// gives landscape boxes: projects generated long ago have images of these sizes, and generated again they
+// must keep them. It is never below 1. The Windows icon is not in the list; see MainIconEntry().
 std::vector<TGenRec> BuildGenList(const TPlatforms& platforms, int twoxSize, QSize launchSize);
 
 // The entry that follows the list when Windows is ticked.

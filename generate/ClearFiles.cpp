@@ -12,8 +12,8 @@ QStringList FilesByMask(const QString& folder, const QString& mask)
 {
     if (folder.isEmpty())
         return {}; // QDir would take the current folder
-    // In this pattern language "*.*" would leave out names without a full stop.
-    const QString pattern = mask == QLatin1String("*.*") ? QStringLiteral("*") : mask;
+    // In this pattern language it would leave out names without a full stop.
+    const QString pattern = mask == AllFilesMask ? QStringLiteral("*") : mask;
     // System: links that lead nowhere, and other things that are no folders.
     return QDir(folder).entryList({ pattern }, QDir::Files | QDir::Hidden | QDir::System);
 }

@@ -5,7 +5,10 @@
 
 namespace Corvadine {
 
-// Names of the files directly in `folder` that match `mask` ("*.*" means every name), hidden ones too;
+// Matches every name, also one without a full stop.
+inline constexpr QLatin1String AllFilesMask("*.*");
+
+// Names of the files directly in `folder` that match `mask` (AllFilesMask or a pattern), hidden ones too;
 // folders are none. Empty if there is no such folder.
 QStringList FilesByMask(const QString& folder, const QString& mask);
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/Color.h"
 #include "generate/PremultipliedImage.h"
 #include "generate/Raster.h"
 
@@ -15,8 +16,9 @@ using TFittedImage = std::variant<QImage, TPremultipliedImage>;
 
 QSize SizeOf(const TFittedImage& image);
 
-// The picture with its transparency: 4 channels, straight alpha. Overshoot is limited so that no colour is
-// brighter than its alpha allows; a pixel of alpha 0 is all zero.
+// The picture with its transparency: 4 channels, straight alpha. A filtered one has its overshoot limited, so
+// that no colour is brighter than its alpha allows, and is all zero where its alpha is 0. Pixels as they were
+// in the file keep the colours that they hide.
 TRaster WithAlpha(const TFittedImage& image);
 
 // The picture blended with `background` by its alpha and centred on an opaque canvas of that colour: 3

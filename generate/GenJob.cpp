@@ -63,4 +63,13 @@ TGenJob JobOf(const TProject& project)
     return job;
 }
 
+QStringList JobWarnings(const TGenJob& job)
+{
+    if (job.Settings.Platforms == TPlatforms {})
+        return { QStringLiteral("No platform is ticked, so there is nothing to generate") };
+    if (job.IconFile.isEmpty())
+        return { QStringLiteral("No icon image is chosen; its outputs will be plain white") };
+    return {};
+}
+
 } // namespace Corvadine

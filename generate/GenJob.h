@@ -3,6 +3,7 @@
 #include "generate/GenSettings.h"
 
 #include <QString>
+#include <QStringList>
 
 namespace Corvadine {
 
@@ -11,7 +12,7 @@ struct TProject;
 // One project's generation, taken as a whole at the start of a run.
 struct TGenJob {
     TGenSettings Settings;
-    QString IconFile;   // full path; empty when none is chosen: its outputs are plain white
+    QString IconFile;   // full path; empty when none is chosen: its outputs are made from BlankSourceImage()
     QString LaunchFile; // full path; empty when none is chosen: its outputs are rendered from the icon source
 };
 
@@ -24,5 +25,8 @@ int TwoxSizeOf(const TProject& project);
 // The job that `project` asks for. An unknown output format means true colour. Throws TError(BadInput),
 // naming the project file, for an option that has no value or names no filter.
 TGenJob JobOf(const TProject& project);
+
+// What makes `job` pointless or its outputs blank, one sentence each, found without looking at the sources.
+QStringList JobWarnings(const TGenJob& job);
 
 } // namespace Corvadine

@@ -1,18 +1,13 @@
 #pragma once
 
+#include "base/Color.h"
 #include "generate/Catalogue.h"
-#include "generate/Raster.h"
 #include "generate/ResampleFilter.h"
+#include "store/Project.h"
 
 #include <QString>
 
 namespace Corvadine {
-
-// The project's "Output Format", with its stored values.
-enum class TOutputFormat {
-    Colors256 = 1, // 8-bit palette
-    TrueColor = 2, // 8 bits per sample, with alpha where the picture keeps it
-};
 
 // What a generation run needs to know beside its sources. A value: a run copies it at its start, so nothing
 // that happens to the project meanwhile can mix two projects' files.

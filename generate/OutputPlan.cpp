@@ -35,7 +35,9 @@ public:
     {
         for (const TGenRec& record : PlanGenList(FJob.Settings, FLaunch))
             AddOutput(record);
-        WarnOfSources();
+        FPlan.Warnings = JobWarnings(FJob);
+        if (!FPlan.Outputs.empty())
+            WarnOfSources();
         return FPlan;
     }
 
@@ -47,8 +49,8 @@ private:
         const TGenRec shape { isIcon ? IconSizes.back() : record.Width,
             isIcon ? IconSizes.back() : record.Height, record.ID };
         const TRecipe recipe = RecipeOf(shape, FIcon, FLaunch);
-        FPlan.Outputs.push_back({ record, recipe.Canvas, recipe.FromLaunch ? FJob.LaunchFile : FJob.IconFile,
-            OutputPath(FJob.Settings, record) });
+        FPlan.Outputs.push_back({ record, recipe.Canvas, recipe.FromLaunch,
+            recipe.FromLaunch ? FJob.LaunchFile : FJob.IconFile, OutputPath(FJob.Settings, record) });
         const QSize source = recipe.FromLaunch ? FLaunch->Size : FIcon.Size;
         const double factor = static_cast<double>(recipe.Fitted.width()) / source.width();
         TEnlargement& most = recipe.FromLaunch ? FMostLaunch : FMostIcon;
@@ -58,9 +60,7 @@ private:
 
     void WarnOfSources()
     {
-        if (FJob.IconFile.isEmpty()) {
-            FPlan.Warnings.append(QStringLiteral("No icon image is chosen; its outputs will be plain white"));
-        } else {
+        if (!FJob.IconFile.isEmpty()) {
             if (FIcon.Size.width() != FIcon.Size.height())
                 FPlan.Warnings.append(QStringLiteral(
                     "The icon image has %1 pixels; it is not square, and so its outputs are not either")

@@ -11,8 +11,9 @@ namespace Corvadine {
 
 struct TPlannedOutput {
     TGenRec Record;
-    QSize Size;         // of the file in pixels; of the largest image for the Windows icon
-    QString SourceFile; // empty: no source is chosen, the output is plain white
+    QSize Size;              // of the file in pixels; of the largest image for the Windows icon
+    bool FromLaunch = false; // otherwise from the icon source
+    QString SourceFile;      // empty: no source is chosen, the output is plain white
     QString Path;
 };
 
@@ -21,9 +22,9 @@ struct TOutputPlan {
     QStringList Warnings; // what a user would want to know before generating, one sentence each
 };
 
-// What a run of `job` would write, and where. Decodes the sources, writes nothing. Warns when a source is
-// smaller than the largest output made from it (with the enlargement factor), when the icon is not square or
-// missing, and when the launch image is transparent. Throws TError when a source cannot be loaded
+// What a run of `job` would write, and where. Decodes the sources, writes nothing. Warns as JobWarnings()
+// does, when a source is smaller than the largest output made from it (with the enlargement factor), when the
+// icon is not square, and when the launch image is transparent. Throws TError when a source cannot be loaded
 // or an output would be too large, with the words of the run.
 TOutputPlan PlanOutputs(const TGenJob& job);
 

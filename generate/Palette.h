@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/Color.h"
 #include "generate/Raster.h"
 
 #include <optional>

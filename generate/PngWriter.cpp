@@ -5,7 +5,8 @@
 #include <png.h>
 
 #include <algorithm>
-#include <string>
+#include <array>
+#include <new>
 
 namespace Corvadine {
 
@@ -15,15 +16,27 @@ constexpr int MostCompression = 9;
 constexpr std::size_t IdatBytes = std::size_t { 64 } * 1024;
 
 // libpng reports errors by leaving the call; throwing is allowed across its C frames only when they were
-// compiled for it, so the text is kept and the jump ends in Write().
+// compiled for it, so what happened is kept, in memory that is there, and the jump ends in Write().
 struct TWriteState {
     QByteArray Bytes;
-    std::string Error;
+    std::array<char, 160> Error {};
+    bool IsOutOfMemory = false;
+
+    bool Append(const png_byte* bytes, std::size_t count) noexcept
+    {
+        try {
+            Bytes.append(reinterpret_cast<const char*>(bytes), static_cast<qsizetype>(count));
+        } catch (const std::bad_alloc&) {
+            IsOutOfMemory = true;
+        }
+        return !IsOutOfMemory;
+    }
 };
 
 void OnError(png_structp png, png_const_charp text)
 {
-    static_cast<TWriteState*>(png_get_error_ptr(png))->Error = text;
+    auto* const state = static_cast<TWriteState*>(png_get_error_ptr(png));
+    qstrncpy(state->Error.data(), text, state->Error.size());
     png_longjmp(png, 1);
 }
 
@@ -31,8 +44,8 @@ void OnWarning(png_structp, png_const_charp) { }
 
 void OnBytes(png_structp png, png_bytep bytes, std::size_t count)
 {
-    static_cast<TWriteState*>(png_get_io_ptr(png))
-        ->Bytes.append(reinterpret_cast<const char*>(bytes), static_cast<qsizetype>(count));
+    if (!static_cast<TWriteState*>(png_get_io_ptr(png))->Append(bytes, count))
+        png_error(png, "out of memory");
 }
 
 void OnFlush(png_structp) { }
@@ -81,14 +94,18 @@ QByteArray Write(const TPngPlan& plan)
     if (info != nullptr) {
         png_set_write_fn(png, &state, OnBytes, OnFlush);
         written = WriteSteps(png, info, plan);
+    } else {
+        state.IsOutOfMemory = true;
     }
     png_destroy_write_struct(&png, &info);
+    if (state.IsOutOfMemory)
+        throw std::bad_alloc();
     if (!written)
         throw TError(TErrorKind::BadInput,
             QStringLiteral("Cannot encode a PNG of %1 x %2 pixels: %3")
                 .arg(plan.Size.width())
                 .arg(plan.Size.height())
-                .arg(QString::fromStdString(state.Error)));
+                .arg(QLatin1String(state.Error.data())));
     return state.Bytes;
 }
 

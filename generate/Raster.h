@@ -9,18 +9,6 @@
 
 namespace Corvadine {
 
-// A colour as the project stores it: red in bits 0 to 7, green in 8 to 15, blue in 16 to 23.
-struct TColor {
-    std::uint8_t Red = 255;
-    std::uint8_t Green = 255;
-    std::uint8_t Blue = 255;
-
-    // Bits 24 to 31 are ignored, so the invalid colour -1 is white.
-    static TColor FromStored(int stored);
-    int ToStored() const;
-    bool operator==(const TColor&) const = default;
-};
-
 // A finished picture, 8 bits per channel, straight alpha: rows of red, green, blue (and alpha) bytes from top
 // to bottom without padding, as PNG wants them.
 struct TRaster {

@@ -19,13 +19,13 @@ constexpr int IconCompression = 6;
 // A launch source of absurd shape gives absurd boxes; better a sentence than half an hour of swapping.
 void RefuseHuge(const TGenRec& record, QSize canvas, const std::optional<TSourceInfo>& launch)
 {
-    const qint64 bytes = qint64 { canvas.width() } * canvas.height() * PixelChannels;
-    if (bytes <= MaxDecodedBytes)
+    const qint64 mebibytes = MebibytesOf(canvas, PixelChannels);
+    if (mebibytes <= MaxDecodedMebibytes)
         return;
     QString reason = QStringLiteral("it would have %1 pixels, which take %2 MiB, and the limit is %3 MiB")
                          .arg(SizeText(canvas))
-                         .arg((bytes + (1 << 20) - 1) >> 20)
-                         .arg(MaxDecodedBytes >> 20);
+                         .arg(mebibytes)
+                         .arg(MaxDecodedMebibytes);
     if (launch)
         reason +=
             QStringLiteral("; its height follows from its width and the shape of the launch image, %1 pixels")

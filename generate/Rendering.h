@@ -56,7 +56,7 @@ struct TRecipe {
 };
 
 // `launch` is empty when there is no launch source; one that is a single pixel wide counts as none too.
-// Throws TError(BadInput), naming the output, for one of more than MaxDecodedBytes.
+// Throws TError(BadInput), naming the output, for one of more than MaxDecodedMebibytes.
 TRecipe RecipeOf(const TGenRec& record, const TSourceInfo& icon, const std::optional<TSourceInfo>& launch);
 
 // The PNG file of one output, from the full-size source. Square outputs keep the source's transparency (but

@@ -1,5 +1,6 @@
 #include "images/ImageView.h"
 
+#include "base/Color.h"
 #include "base/Files.h"
 #include "base/PathRules.h"
 #include "images/RecognisedImage.h"
@@ -105,10 +106,7 @@ int TImageView::ImageRow(int viewY) const
 
 int TImageView::ColorAtImagePixel(int column, int row) const
 {
-    if (!FImage.valid(column, row))
-        return -1;
-    const QRgb pixel = FImage.pixel(column, row);
-    return qRed(pixel) | qGreen(pixel) << 8 | qBlue(pixel) << 16;
+    return FImage.valid(column, row) ? TColor::FromRgb(FImage.pixel(column, row)).ToStored() : -1;
 }
 
 void TImageView::paintEvent(QPaintEvent* event)

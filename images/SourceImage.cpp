@@ -24,20 +24,23 @@ TError BadImage(const QString& path, const QString& reason)
     return { TErrorKind::BadInput, Attempt, path, reason };
 }
 
-qint64 MebibytesUp(qint64 bytes)
+constexpr qint64 MebibyteBytes = qint64 { 1024 } * 1024;
+
+qint64 RoundedUpQuotient(qint64 dividend, qint64 divisor)
 {
-    return (bytes + (1 << 20) - 1) >> 20;
+    return (dividend + divisor - 1) / divisor;
 }
 
 // A file beyond the limit of its decoded pixels is somebody's disk image or film under a wrong name. Some
 // decoders would read all of it only to tell its size.
 void RefuseHugeFile(const QFile& file)
 {
-    if (file.size() > MaxDecodedBytes)
+    const qint64 mebibytes = RoundedUpQuotient(file.size(), MebibyteBytes);
+    if (mebibytes > MaxDecodedMebibytes)
         throw BadImage(file.fileName(),
             QStringLiteral("the file has %1 MiB, and the limit is %2 MiB")
-                .arg(MebibytesUp(file.size()))
-                .arg(MebibytesUp(MaxDecodedBytes)));
+                .arg(mebibytes)
+                .arg(MaxDecodedMebibytes));
 }
 
 // Those who know a picture's size before it is decoded refuse a large one with a text that names it; this is
@@ -45,7 +48,7 @@ void RefuseHugeFile(const QFile& file)
 void LimitAllocations()
 {
     static std::once_flag isDone;
-    std::call_once(isDone, [] { QImageReader::setAllocationLimit(static_cast<int>(MaxDecodedBytes >> 20)); });
+    std::call_once(isDone, [] { QImageReader::setAllocationLimit(MaxDecodedMebibytes); });
 }
 
 // Which image of a file that holds several sizes of one picture.
@@ -80,12 +83,12 @@ public:
 
     QImage Decode()
     {
-        if (FHeader.DecodedBytes > MaxDecodedBytes)
+        if (FHeader.DecodedMebibytes > MaxDecodedMebibytes)
             throw BadImage(FPath,
                 QStringLiteral("it has %1 pixels, %2 MiB once decoded, and the limit is %3 MiB")
                     .arg(SizeText(FHeader.Size))
-                    .arg(MebibytesUp(FHeader.DecodedBytes))
-                    .arg(MebibytesUp(MaxDecodedBytes)));
+                    .arg(FHeader.DecodedMebibytes)
+                    .arg(MaxDecodedMebibytes));
         if (!FDecoded.isNull())
             return FDecoded;
         RefuseTruncated();
@@ -168,8 +171,8 @@ private:
 
     static TImageHeader HeaderOf(QSize size, QImage::Format format)
     {
-        const qint64 bitsPerPixel = QImage::toPixelFormat(format).bitsPerPixel();
-        return { size, qint64 { size.width() } * size.height() * std::max(bitsPerPixel, qint64 { 32 }) / 8 };
+        const int bytesPerPixel = QImage::toPixelFormat(format).bitsPerPixel() / 8;
+        return { size, MebibytesOf(size, std::max(bytesPerPixel, 4)) };
     }
 
     TError Damaged() const
@@ -290,6 +293,11 @@ QImage BlankSourceImage()
     QImage image(1, 1, QImage::Format_RGB32);
     image.fill(Qt::white);
     return image;
+}
+
+qint64 MebibytesOf(QSize size, int bytesPerPixel)
+{
+    return RoundedUpQuotient(qint64 { size.width() } * size.height(), MebibyteBytes / bytesPerPixel);
 }
 
 QString SizeText(QSize size)

@@ -14,12 +14,16 @@ enum class TDecoderChoice {
 // What the header of an image file tells. Formats that do not tell it there, such as Apple's icons, are
 // decoded to find it out.
 struct TImageHeader {
-    QSize Size;              // pixels, upright (EXIF orientation applied)
-    qint64 DecodedBytes = 0; // memory the decoded pixels take
+    QSize Size;                  // pixels, upright (EXIF orientation applied)
+    qint64 DecodedMebibytes = 0; // memory the decoded pixels take, rounded up
 };
 
-// A decoded picture larger than this is refused: 16384 x 8192 pixels of 32 bits.
-constexpr qint64 MaxDecodedBytes = qint64 { 512 } * 1024 * 1024;
+// A decoded picture that takes more MiB is refused: the most are 16384 x 8192 pixels of 32 bits.
+constexpr qint64 MaxDecodedMebibytes = 512;
+
+// Memory in MiB, rounded up, that a picture of any size takes; 64 bits could not count the bytes of the
+// largest. REQUIRES: bytesPerPixel is a power of two.
+qint64 MebibytesOf(QSize size, int bytesPerPixel);
 
 // Reads the header of `path`. Throws as LoadSourceImage does, as far as the header shows the fault.
 TImageHeader ReadImageHeader(const QString& path, TDecoderChoice choice);
@@ -28,7 +32,7 @@ TImageHeader ReadImageHeader(const QString& path, TDecoderChoice choice);
 // channel or transparent palette entries, Format_RGB32 otherwise; 8 bits per channel. The EXIF orientation is
 // applied, and an embedded ICC profile is converted to sRGB with the full precision of the file.
 // Throws TError: NotFound, Io (a folder, unreadable), BadInput (empty, truncated, not an image, or a picture
-// or file of more than MaxDecodedBytes).
+// or file of more than MaxDecodedMebibytes).
 QImage LoadSourceImage(const QString& path, TDecoderChoice choice);
 
 // A small picture of an image file, for lists.
@@ -41,7 +45,8 @@ struct TThumbnail {
 // that. Refuses what LoadSourceImage refuses, with the same errors.
 TThumbnail LoadThumbnail(const QString& path, QSize box);
 
-// What stands in for a source that has not been chosen: one opaque white pixel.
+// What stands in for a source that has not been chosen: one opaque pixel, white on a dark desktop too, since
+// what is generated must not depend on the colours of somebody's windows.
 QImage BlankSourceImage();
 
 // "1024 x 512", as all messages write a size in pixels.

@@ -3,6 +3,7 @@
 #include <QIODevice>
 #include <QtEndian>
 
+#include <array>
 #include <cstdlib>
 
 namespace Corvadine {
@@ -148,18 +149,25 @@ private:
 // (https://learn.microsoft.com/en-us/windows/win32/gdi/bitmap-storage).
 bool IsTruncatedBmp(QIODevice& file)
 {
-    constexpr qint64 FileAndInfoHeaderBytes = 14 + 40;
+    constexpr quint32 CoreHeaderBytes = 12; // of OS/2, with smaller fields
+    constexpr quint32 InfoHeaderBytes = 40; // later ones are longer and begin alike
+    std::array<char, 14 + InfoHeaderBytes> header {};
     file.seek(0);
-    const QByteArray header = file.read(FileAndInfoHeaderBytes);
-    if (header.size() < FileAndInfoHeaderBytes)
-        return true;
-    const auto field = [&header](qsizetype at) { return qFromLittleEndian<qint32>(header.constData() + at); };
-    const auto pixelsAt = static_cast<quint32>(field(10)); // bfOffBits
-    const qint64 width = field(18);                        // biWidth
-    const qint64 height = std::abs(qint64 { field(22) });  // biHeight, negative when the top row comes first
-    const qint64 bits = qFromLittleEndian<quint16>(header.constData() + 28); // biBitCount
-    const int compression = field(30);                                       // biCompression
-    const bool isPlain = compression == 0 || compression == 3;               // BI_RGB, BI_BITFIELDS
+    file.read(header.data(), header.size());
+    const auto word = [&](std::size_t at) { return qint64 { qFromLittleEndian<quint16>(&header[at]) }; };
+    const auto number = [&](std::size_t at) { return qint64 { qFromLittleEndian<qint32>(&header[at]) }; };
+
+    const auto headerBytes = qFromLittleEndian<quint32>(&header[14]); // bcSize, biSize
+    const bool isCore = headerBytes == CoreHeaderBytes;
+    if (!isCore && headerBytes < InfoHeaderBytes)
+        return false;
+    const auto pixelsAt = qFromLittleEndian<quint32>(&header[10]); // bfOffBits
+    const qint64 width = isCore ? word(18) : number(18);           // bcWidth, biWidth
+    // bcHeight; biHeight is negative when the top row comes first
+    const qint64 height = isCore ? word(20) : std::abs(number(22));
+    const qint64 bits = word(isCore ? 24 : 28);                // bcBitCount, biBitCount
+    const qint64 compression = isCore ? 0 : number(30);        // biCompression
+    const bool isPlain = compression == 0 || compression == 3; // BI_RGB, BI_BITFIELDS
     return isPlain && file.size() < pixelsAt + (width * bits + 31) / 32 * 4 * height;
 }
 

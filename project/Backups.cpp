@@ -3,6 +3,7 @@
 #include "base/Error.h"
 #include "base/Files.h"
 #include "base/PathRules.h"
+#include "base/StagedFile.h"
 #include "base/SystemFiles.h"
 #include "project/ProjectDocument.h"
 
@@ -168,10 +169,8 @@ QString WriteBackup(const QString& projectFile, const QByteArray& bytes, const Q
     for (qint64 later = 1;
          kept.contains(path, FileNameCase()) || AreDifferentProjects(guid, InfoOf(path).ProjectGuid); ++later)
         path = BackupPath(projectFile, backupFolder, time.addSecs(later));
-    WriteFileAtomically(path, bytes);
-    // A project may hold passwords, so its copy is not left open to more people. It stays writable, as a
-    // second backup within the second replaces it.
-    QFile::setPermissions(path, QFile::permissions(projectFile) | QFile::WriteOwner);
+    // A project may hold passwords, so its copy is not open to more people at any time.
+    TStagedFile(path, bytes, projectFile).Commit();
     return path;
 }
 

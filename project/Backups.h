@@ -12,6 +12,9 @@
 // file name share the folder; the ProjectGuid inside the copies tells them apart.
 namespace Corvadine {
 
+// The folder for backups, in the data folder.
+inline constexpr const char* BackupFolderName = "Project Backups";
+
 struct TBackup {
     QString Name; // without folder
     QString Path;

@@ -96,7 +96,7 @@ QString RelativeFolder(const QString& projectFile, const QString& outputFolder)
 
 QString ImageFileName(const QString& id)
 {
-    return id + (id == QLatin1String("Icon_MainIcon") ? QStringLiteral(".ico") : QStringLiteral(".png"));
+    return id + (id == MainIconID ? QStringLiteral(".ico") : QStringLiteral(".png"));
 }
 
 } // namespace Corvadine

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringView>
 
 // How a project file, its output folder and the images in it are named. Rules on text alone, the same on
 // every system: both '/' and '\' separate, since a project made on Windows is also built elsewhere.
@@ -18,7 +19,10 @@ QString DeriveOutputFolder(const QString& projectFile);
 // absolute.
 QString RelativeFolder(const QString& projectFile, const QString& outputFolder);
 
-// The file name of the image `id`: "Icon_MainIcon" is an icon file, all others are PNG.
+// The element name of the Windows icon, the only image that is not a PNG.
+inline constexpr QStringView MainIconID = u"Icon_MainIcon";
+
+// The file name of the image `id`, with the extension of its format.
 QString ImageFileName(const QString& id);
 
 } // namespace Corvadine

@@ -20,7 +20,7 @@ QByteArray ReadProjectFile(const QString& projectFile)
 void CheckImages(const TProjectImages& images)
 {
     if (!FileExists(images.ProjectFile))
-        throw TError(TErrorKind::NotFound, QStringLiteral("The Project does not exist!"));
+        throw TError(TErrorKind::NotFound, MissingProjectText);
     if (images.OutputFolder.isEmpty())
         throw TError(TErrorKind::Usage, QStringLiteral("update"), images.ProjectFile,
             QStringLiteral("the project has no output folder"));
@@ -65,14 +65,22 @@ TUpdateResult SetImagePaths(TProjectDocument& document, const TProjectImages& im
 QString TUpdateResult::ClosingMessage() const
 {
     const QString lineEnd = QStringLiteral("\r\n");
-    QString message = QString::number(UpdatedCount);
-    if (MissingIDs.isEmpty())
-        message += QStringLiteral(" Entries updated.");
-    else
-        message += QStringLiteral(
-                       " Entries updated, the following entries were not found and need to be set manually:")
-            + lineEnd;
-    return message + lineEnd + QStringLiteral("A backup of the project file was made first.");
+    const QString list = MissingIDs.isEmpty() ? QString() : lineEnd;
+    return CountMessage() + list + lineEnd + BackupMessage();
+}
+
+QString TUpdateResult::CountMessage() const
+{
+    const QString rest = MissingIDs.isEmpty()
+        ? QStringLiteral(" Entries updated.")
+        : QStringLiteral(
+            " Entries updated, the following entries were not found and need to be set manually:");
+    return QString::number(UpdatedCount) + rest;
+}
+
+QString TUpdateResult::BackupMessage()
+{
+    return QStringLiteral("A backup of the project file was made first.");
 }
 
 TUpdateResult PlanUpdate(const TProjectImages& images, TImageFiles files)
@@ -87,11 +95,16 @@ TUpdateResult UpdateProject(const TProjectImages& images, const TBackupOrder& ba
     CheckImages(images);
     // Read once, so that the backup holds the very content that is edited.
     const QByteArray bytes = ReadProjectFile(images.ProjectFile);
-    const QString backupPath = BackUp(images.ProjectFile, bytes, backup);
+    QString backupPath;
+    if (backup.Policy == TBackupPolicy::BestEffort)
+        backupPath = BackUp(images.ProjectFile, bytes, backup);
     TProjectDocument document(bytes, images.ProjectFile);
     TUpdateResult result = SetImagePaths(document, images, TImageFiles::Existing);
+    const QByteArray newBytes = document.Bytes();
+    if (backup.Policy == TBackupPolicy::Required && newBytes != bytes)
+        backupPath = BackUp(images.ProjectFile, bytes, backup);
     result.BackupPath = backupPath;
-    result.IsWritten = SaveProjectFile(images.ProjectFile, bytes, document.Bytes());
+    result.IsWritten = SaveProjectFile(images.ProjectFile, bytes, newBytes);
     return result;
 }
 

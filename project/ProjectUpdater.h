@@ -13,6 +13,9 @@
 // relative to the project file's folder.
 namespace Corvadine {
 
+// What the user is told of a project file that is not there.
+inline constexpr QLatin1String MissingProjectText("The Project does not exist!");
+
 // The images of one project. All paths are absolute.
 struct TProjectImages {
     QString ProjectFile;
@@ -20,10 +23,14 @@ struct TProjectImages {
     QStringList IDs; // property and base file name of each image, in the order of the generation list
 };
 
-// What to do when the backup cannot be made.
+// When a backup is made, and what to do when it cannot be.
 enum class TBackupPolicy {
-    BestEffort, // go on without it: somebody sits in front of the window and wants the update
-    Required,   // leave the project file alone; a missing backup folder is created
+    // Before every update; without it, go on: somebody sits in front of the window and wants the update.
+    BestEffort,
+    // Before an update that changes the file; without it, leave the file alone. A build server that updates
+    // at each build would bury the backups that matter under copies of the same. A missing backup folder is
+    // created.
+    Required,
 };
 
 struct TBackupOrder {
@@ -46,17 +53,20 @@ struct TUpdateResult {
     QString BackupPath;                  // empty if none was made
     bool IsWritten = false; // false: the file already was as it should be and has not been touched
 
-    // What the user is told after an update, with CR LF between lines. It names no IDs, and speaks of a
-    // backup whether or not one could be made.
+    // What the user is told after an update, with CR LF between lines: the next two. It names no IDs, and
+    // speaks of a backup whether or not one could be made.
     QString ClosingMessage() const;
+    // How many elements were set; ends in a colon if there are missing IDs.
+    QString CountMessage() const;
+    static QString BackupMessage();
 };
 
 // What UpdateProject() would set, without backup and without writing. Throws TError as that does.
 TUpdateResult PlanUpdate(const TProjectImages& images, TImageFiles files);
 
-// Backs the project file up, sets the paths of the images that exist, and saves it in one step. Throws
-// TError, the project file then being as it was: NotFound ("The Project does not exist!"), BadInput for one
-// that is no XML, Usage without an output folder, Conflict if somebody else saved it meanwhile, Io.
+// Backs the project file up as ordered, sets the paths of the images that exist, and saves it in one step.
+// Throws TError, the project file then being as it was: NotFound (MissingProjectText), BadInput
+// for one that is no XML, Usage without an output folder, Conflict if somebody else saved it meanwhile, Io.
 TUpdateResult UpdateProject(const TProjectImages& images, const TBackupOrder& backup);
 
 // Saves `newBytes` as the project file that was read as `bytesRead`. Returns false, without touching it, if

@@ -26,8 +26,8 @@ struct TProject {
     std::optional<int> TwoxSize {};       // pixels
     QString OutputFolder {};              // full path, without a trailing delimiter
     std::optional<int> PickColor {};      // background, 0xBBGGRR; -1 = invalid
-    std::optional<int> PixelFormat {};    // 1 = 256 colours, 2 = true colour
-    std::optional<int> Compression {};    // 1 to 10
+    std::optional<int> PixelFormat {};    // a TOutputFormat
+    std::optional<int> Compression {};    // in CompressionRange
     std::optional<int> ResampleFilter {}; // code of the resampling filter, 0 to 11
 
     bool operator==(const TProject&) const = default;
@@ -50,6 +50,23 @@ enum class TField {
     Compression,
     ResampleFilter,
 };
+
+// The values of PixelFormat. Whatever else a row may hold is taken for true colour.
+enum class TOutputFormat {
+    Colors256 = 1, // 8-bit palette
+    TrueColor = 2, // 8 bits per sample, with alpha where the picture keeps it
+};
+
+// The values that a bounded number may take, the ends included.
+struct TFieldRange {
+    int Least;
+    int Most;
+};
+
+inline constexpr TFieldRange CompressionRange { 1, 10 };
+// Which width is too much depends on the shape of the launch source, so that shows only when a run is
+// planned; this just keeps the doubled width inside the type.
+inline constexpr TFieldRange TwoxSizeRange { 1, 999'999'999 };
 
 using TFieldSet = std::set<TField>;
 

@@ -22,7 +22,7 @@ struct TDefault {
 // are left to whoever appends.
 constexpr TDefault NewRowDefaults[] {
     { TField::Compression, 6 },
-    { TField::PixelFormat, 1 },
+    { TField::PixelFormat, static_cast<int>(TOutputFormat::Colors256) },
     { TField::PickColor, White },
     { TField::TwoxSize, 400 },
     { TField::IncAndroid, true },

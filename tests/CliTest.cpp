@@ -116,8 +116,10 @@ TEST_F(TCliTest, DoesTheWholeJobOnTheSample)
     EXPECT_EQ(Run({ "generate", "1" }).Out, "38 images in " + FOutput.toStdString() + "\n");
     EXPECT_THAT(Run({ "update", "1", "--dry-run" }).Out, HasSubstr("57 elements would change"));
     EXPECT_EQ(FileBytes(FProject), original);
-    EXPECT_EQ(
-        Run({ "update", "1" }).Out, "57 Entries updated.\nA backup of the project file was made first.\n");
+    EXPECT_EQ(Run({ "update", "1" }).Out,
+        "57 Entries updated.\nA backup of the project file was made first.\n  "
+            + Home("data/Project Backups").toStdString() + QDir::separator().toLatin1()
+            + "Demo.20240305140709.dproj\n");
     EXPECT_THAT(FileBytes(FProject).toStdString(), HasSubstr(">Demo\\Corvadine\\Icon_MainIcon.ico</"));
     EXPECT_EQ(Run({ "check", "--all" }).Out, "OK\n");
 
@@ -171,8 +173,8 @@ TEST_F(TCliTest, RefusesWrongUsageWithOneLineAndTheAllowedValues)
         { { "add", "Demo.dpr" }, "'Demo.dpr' is no .dproj file" },
         { { "set", "1" }, "a setting to change is required (see corvadine-cli set --help)" },
         { { "set", "1", "--compression", "11" }, "--compression: '11' is no whole number from 1 to 10" },
-        { { "set", "1", "--twox", "8193" }, "1 to 8192" },
-        { { "set", "1", "--twox", "4e2" }, "1 to 8192" },
+        { { "set", "1", "--twox", "1000000000" }, "1 to 999999999" },
+        { { "set", "1", "--twox", "4e2" }, "1 to 999999999" },
         { { "set", "1", "--background", "#+12345" }, "#RRGGBB" },
         { { "set", "1", "--format", "512" }, "'512' is none of 256, true" },
         { { "set", "1", "--filter", "box" }, "none of none, bell, bicubic" },
@@ -198,14 +200,14 @@ TEST_F(TCliTest, KeepsAndShowsSettingsInItsOwnWords)
     EXPECT_EQ(before["output"], FOutput);
     ASSERT_EQ(Run({ "set", FProject, "--platforms", "IPAD,android", "--background", "ff8000", "--format",
                       "true", "--compression", "10", "--twox", "1", "--filter", "bspline",
-                      "--icon=", "--output", Path("out/") })
+                      "--icon=", "--output=" + Path("out=") })
                   .Status,
         0);
     const TOutcome shown = Run({ "show", "1" });
     EXPECT_THAT(shown.Out,
         Matches("id +1\nproject +.*Demo.dproj\nicon +\"\"\nlaunch +\"\"\nplatforms +android,ipad\n"
                 "background +#FF8000\nformat +true\ncompression +10\ntwox +1\nfilter +bspline\n"
-                "output +.*out\n"));
+                "output +.*out=\n"));
     const QStringList undo { "set", "1", "--platforms", "windows", "--background", "#FFFFFF", "--format",
         "256", "--compression", "6", "--twox", "400", "--filter", "mitchell", "--icon", FIcon, "--output",
         FOutput };
@@ -223,6 +225,7 @@ TEST_F(TCliTest, RefusesBadFilesAndChangesNothing)
     ExpectRefusal({ "set", "1", "--launch", FHome + "/none.png" }, 1, "none.png: the file does not exist");
     ExpectRefusal({ "set", "1", "--output", FIcon }, 1, "icon.png: it is a file");
     ExpectRefusal({ "show", "2" }, 1, "Cannot find the project 2: ");
+    ExpectRefusal({ "show", "--", "--x=" }, 1, "Cannot find the project --x=: ");
     ExpectRefusal({ "remove", "a\nb.dproj" }, 1, "Cannot find the project a\\nb.dproj: ");
 
     ASSERT_EQ(Run({ "generate", "1" }).Status, 0);
@@ -310,6 +313,12 @@ TEST_F(TCliTest, UpdatesCopiesOfOneTemplateInOneGoWithABackupOfEach)
     const QString backups = FData + "/Project Backups/Demo.";
     EXPECT_EQ(FileBytes(backups + "20240305140709.dproj"), originals[0]);
     EXPECT_EQ(FileBytes(backups + "20240305140710.dproj"), originals[1]);
+
+    PutFile(FProject, FileBytes(FProject).replace("UWP_DelphiLogo44>", "Other>"));
+    EXPECT_THAT(Run({ "update", "1" }).Out, // a run of its own in that second
+        Matches("[0-9]+ Entries updated, .* need to be set manually:\n  UWP_DelphiLogo44\n"
+                "Nothing had to change, so no backup was made.\n"));
+    EXPECT_EQ(FileBytes(backups + "20240305140709.dproj"), originals[0]);
 }
 
 TEST_F(TCliTest, CheckNamesFilesAndLinesAndFails)
@@ -358,7 +367,7 @@ TEST_F(TCliTest, AFullDiskChangesNothing)
     EXPECT_EQ(Files(), untouched) << "an empty database or new folders are left";
     AddProject();
     ASSERT_EQ(Run({ "generate", "1" }).Status, 0);
-    ASSERT_EQ(Run({ "set", "1", "--filter", "none", "--platforms", "android" }).Status, 0);
+    ASSERT_EQ(Run({ "set", "1", "--filter", "none", "--platforms", "android,windows" }).Status, 0);
     const QString second = Home("B.dproj");
     PutFile(second, FileBytes(FProject));
     const auto before = Files();

@@ -138,6 +138,13 @@ TEST_F(GenerationRunTest, RefusesOutputsThatAreTooLargeBeforeItDecodes)
     EXPECT_EQ(ErrorOf([&] { PlanOutputs(FJob); }), refusal);
     PutFile(FJob.IconFile, FileBytes(FJob.IconFile).chopped(100)); // shows only once it is decoded
     EXPECT_EQ(ErrorOf([&] { RunGeneration(FJob); }), refusal);
+
+    // More bytes than 64 bits count.
+    FJob.Settings.Platforms = { .IPad = true };
+    FJob.Settings.TwoxSize = 2'000'000'000;
+    ASSERT_TRUE(QImage(2, 2, QImage::Format_RGB32).save(FJob.LaunchFile));
+    EXPECT_THAT(ErrorOf([&] { RunGeneration(FJob); }),
+        ::testing::HasSubstr("2147483646 x 2147483646 pixels, which take 17592186011649 MiB"));
 }
 
 TEST_F(GenerationRunTest, PlanWarnsOfSourcesThatDoNotFit)
@@ -162,6 +169,10 @@ TEST_F(GenerationRunTest, PlanWarnsOfSourcesThatDoNotFit)
             { "The icon image has 200 x 400 pixels; it is not square, and so its outputs are not either",
                 "The icon image has 200 x 400 pixels; Icon_MainIcon enlarges it 1.28 times, to 256 x 512",
                 "The launch image is transparent; the background colour will show through" }));
+
+    FJob.Settings.Platforms = {};
+    EXPECT_EQ(
+        PlanOutputs(FJob).Warnings, QStringList("No platform is ticked, so there is nothing to generate"));
 }
 
 TEST(WorkQueueTest, RunsAllInOrderOfNeedAndStopsAtTheFirstFailure)

@@ -65,6 +65,9 @@ TEST_F(ProjectUpdaterTest, SetsEveryElementWhoseImageExists)
 
     QFile::setPermissions(FImages.ProjectFile, QFile::ReadOwner); // any write would be refused
     FImages.IDs.append("UWP_DelphiLogo44");                       // its image is there, its element is not
+    EXPECT_EQ(UpdateProject(FImages, FBackup).BackupPath, "") << "of an update that changes nothing";
+    EXPECT_EQ(FileBytes(result.BackupPath), Original);
+    FBackup.Policy = TBackupPolicy::BestEffort;
     const auto second = UpdateProject(FImages, FBackup);
     EXPECT_FALSE(second.IsWritten);
     EXPECT_EQ(FileBytes(second.BackupPath), Red) << "replaces the backup of the same second";

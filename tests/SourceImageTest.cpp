@@ -181,6 +181,12 @@ TEST_F(SourceImageTest, RefusesWhatIsNoWholeImageAndSaysWhy)
     PutFile(Path("a"), bytesOf("JPG") + "a film, in which by chance stands \xFF\xDA");
     EXPECT_EQ(Loaded(Path("a")).size(), QSize(200, 200));
 
+    const QByteArray os2 = QByteArray::fromHex( // a bitmap with OS/2's short header, red and blue
+        "424D22000000000000001A0000000C0000000200010001001800"
+        "1E1EC8C81E1E0000");
+    PutFile(Path("a"), os2);
+    EXPECT_EQ(Loaded(Path("a")).pixel(0, 0), qRgb(200, 30, 30));
+
     const QImage noise = Painted({ 400, 400 }, QImage::Format_RGB32,
         [](int x, int y) { return 0xFF000000U | static_cast<QRgb>(x + 400 * y) * 2654435761U; });
     ASSERT_TRUE(noise.save(Path("a"), "JPG", 100));
@@ -196,6 +202,7 @@ TEST_F(SourceImageTest, RefusesWhatIsNoWholeImageAndSaysWhy)
         { bytesOf("JPG").chopped(600), "the file is truncated" },
         { large.chopped(2), "the file is truncated" },
         { bytesOf("BMP").chopped(1), "the file is truncated" },
+        { os2.chopped(1), "the file is truncated" },
         { gif.chopped(3), "the file is truncated" },
         { gif.chopped(8), "the file is truncated" },
         { "P6 20000 20000 255\n",

@@ -27,4 +27,9 @@ TEST_F(StagedFilePosixTest, KeepsPermissionsAndFollowsLinks)
     ASSERT_TRUE(QFile::link("missing", Path("dangling")));
     WriteFileAtomically(Path("dangling"), "made");
     EXPECT_EQ(FileBytes(Path("missing")), "made");
+
+    ASSERT_TRUE(QFile::setPermissions(Path("real"), QFile::ReadOwner));
+    TStagedFile(Path("missing"), "copied", Path("real")).Commit();
+    constexpr auto OwnersOwn = QFile::ReadUser | QFile::WriteUser | QFile::ReadOwner | QFile::WriteOwner;
+    EXPECT_EQ(QFile::permissions(Path("missing")), OwnersOwn);
 }
