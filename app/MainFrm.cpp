@@ -94,19 +94,19 @@ TMainForm::~TMainForm()
 
 void TMainForm::StartUp()
 {
-    RunStartUp({
-                   [this] { ShowVersion(); },
-                   [this] { ApplyContentColor(); },
-                   [this] { FState.FilesGenerated = false; },
-                   [this] { OpenStore(); },
-                   [this] { QFile::remove(FState.OwnFile("Corvadine.CAB")); }, // left over from an update
-                   [this] { CreateFolder(FState.BackupFolder); },
-                   [this] { FSettings.Read(); },
-                   [this] { FSettings.ReopenProject(); },
-                   [this] { FControls.PB->setFocus(); }, // and no editor
-                   [this] { SetUpHelp(); },
-               },
-        [this](const QString& text) { FPrompts.ShowError(text); });
+    const std::vector<std::function<void()>> steps {
+        [this] { ShowVersion(); },
+        [this] { ApplyContentColor(); },
+        [this] { FState.FilesGenerated = false; },
+        [this] { OpenStore(); },
+        [this] { QFile::remove(FState.OwnFile("Corvadine.CAB")); }, // left over from an update
+        [this] { CreateFolder(FState.BackupFolder); },
+        [this] { FSettings.Read(); },
+        [this] { FSettings.ReopenProject(); },
+        [this] { FControls.PB->setFocus(); }, // and no editor
+        [this] { SetUpHelp(); },
+    };
+    RunStartUp(steps, [this](const QString& text) { FPrompts.ShowError(text); });
 }
 
 // The ribbon, group by group; the rules are in CommandRules.h.
