@@ -5,6 +5,7 @@
 #include "base/SystemFiles.h"
 
 #include <QDir>
+#include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
 
@@ -60,6 +61,24 @@ void CreateFolder(const QString& path)
     const std::error_code error = MakeFolders(path);
     if (!FolderExists(path))
         throw TError(TErrorKind::Io, attempt, path, SystemErrorText(error));
+}
+
+// By hand: what Qt and the standard library have for this walks into junctions and empties what they lead to.
+std::error_code RemoveTree(const QString& path)
+{
+    const QFileInfo info(path);
+    const bool isLink = info.isSymLink() || info.isJunction();
+    if (!isLink && !info.exists())
+        return {};
+    std::error_code first;
+    if (info.isDir() && !isLink) {
+        QDirIterator entries(path, QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+        while (entries.hasNext())
+            if (const std::error_code error = RemoveTree(entries.next()); error && !first)
+                first = error;
+    }
+    const std::error_code error = RemoveEntry(path);
+    return first ? first : error;
 }
 
 TNewFolder::TNewFolder(const QString& path)

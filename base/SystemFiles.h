@@ -18,6 +18,10 @@ std::error_code MakeFolders(const QString& path);
 // the folder alone decides that. False if it is still there.
 bool DeleteWritableFile(const QString& path);
 
+// Removes the file, the link or the empty folder of that name, one that is marked read-only too. Of a link,
+// also of one to a folder, nothing but the link goes.
+std::error_code RemoveEntry(const QString& path);
+
 // `path` as a library takes it that opens files itself by a name in UTF-8; of whatever length.
 QByteArray PathForLibrary(const QString& path);
 

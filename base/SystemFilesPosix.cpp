@@ -3,6 +3,8 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <cerrno>
+#include <cstdio>
 #include <filesystem>
 
 namespace Corvadine {
@@ -26,6 +28,12 @@ bool DeleteWritableFile(const QString& path)
     // A link has no mark of its own, and where it leads is not what is deleted.
     const bool isReadOnly = !info.isSymLink() && info.exists() && !(info.permissions() & AnyoneMayWrite);
     return !isReadOnly && QFile::remove(path);
+}
+
+std::error_code RemoveEntry(const QString& path)
+{
+    const bool isRemoved = std::remove(QFile::encodeName(path).constData()) == 0;
+    return { isRemoved ? 0 : errno, std::system_category() };
 }
 
 QByteArray PathForLibrary(const QString& path)

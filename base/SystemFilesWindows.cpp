@@ -58,6 +58,18 @@ bool DeleteWritableFile(const QString& path)
     return ::DeleteFileW(SystemPath(path).c_str()) != 0;
 }
 
+std::error_code RemoveEntry(const QString& path)
+{
+    const std::wstring name = SystemPath(path);
+    const DWORD attributes = ::GetFileAttributesW(name.c_str());
+    if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY))
+        ::SetFileAttributesW(name.c_str(), attributes & ~DWORD { FILE_ATTRIBUTE_READONLY });
+    const bool isFolder = attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY);
+    // A link to a folder counts as a folder, and neither call goes where a link leads.
+    const BOOL isRemoved = isFolder ? ::RemoveDirectoryW(name.c_str()) : ::DeleteFileW(name.c_str());
+    return { isRemoved ? 0 : static_cast<int>(::GetLastError()), std::system_category() };
+}
+
 QByteArray PathForLibrary(const QString& path)
 {
     return ExtendedPath(path).toUtf8();

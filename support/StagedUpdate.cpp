@@ -11,7 +11,6 @@
 #include <QFileInfo>
 #include <QHash>
 
-#include <filesystem>
 #include <thread>
 
 namespace Corvadine {
@@ -128,9 +127,7 @@ void RemoveStaging(const QString& programFolder)
 {
     UnmarkHandedOver(programFolder); // first: should something else stay, it is nobody's
     const QString folder = StagingFolderOf(programFolder);
-    std::error_code error; // unlike QDir::removeRecursively(), this also removes a link or file in the way
-    std::filesystem::remove_all(QFileInfo(folder).filesystemAbsoluteFilePath(), error);
-    if (error)
+    if (const std::error_code error = RemoveTree(folder))
         throw TError(TErrorKind::Io, QStringLiteral("remove"), folder, SystemErrorText(error));
 }
 
