@@ -20,6 +20,11 @@ std::error_code RenameOver(const QString& from, const QString& to);
 // folder decides that.
 void CopyOwner(const QString& from, const QString& to);
 
+// Windows' mark that keeps a file from being written, replaced and removed, and that all names of the file
+// share. Where permissions stand in the way of none of these there is no such mark, and nothing to set.
+bool IsMarkedReadOnly(const QString& path);
+void MarkReadOnly(const QString& path, bool isMarked);
+
 // A file that one process at a time has locked. The system itself ends the lock with its process, a killed
 // one and one of another computer too, so that a file that stayed behind keeps nobody out. No thread rule.
 class TFileLock {

@@ -81,6 +81,13 @@ void CopyOwner(const QString& from, const QString& to)
         const int ignored = ::chown(path.constData(), Unchanged, status.st_gid);
 }
 
+bool IsMarkedReadOnly(const QString& /*path*/)
+{
+    return false;
+}
+
+void MarkReadOnly(const QString& /*path*/, bool /*isMarked*/) { }
+
 TFileLock::~TFileLock()
 {
     if (FHandle < 0)

@@ -37,6 +37,24 @@ std::error_code RenameOver(const QString& from, const QString& to)
 
 void CopyOwner(const QString& /*from*/, const QString& /*to*/) { }
 
+bool IsMarkedReadOnly(const QString& path)
+{
+    const DWORD attributes = ::GetFileAttributesW(SystemPath(path).c_str());
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY) != 0;
+}
+
+void MarkReadOnly(const QString& path, bool isMarked)
+{
+    const std::wstring name = SystemPath(path);
+    const DWORD attributes = ::GetFileAttributesW(name.c_str());
+    if (attributes == INVALID_FILE_ATTRIBUTES)
+        return;
+    const DWORD others = attributes & ~DWORD { FILE_ATTRIBUTE_READONLY };
+    const DWORD wanted = isMarked ? others | FILE_ATTRIBUTE_READONLY : others;
+    if (wanted != attributes)
+        ::SetFileAttributesW(name.c_str(), wanted);
+}
+
 TFileLock::~TFileLock()
 {
     if (FHandle != -1)
