@@ -51,18 +51,6 @@ void WriteFileAtomically(const QString& path, const QByteArray& bytes)
     TStagedFile(path, bytes).Commit();
 }
 
-void CreateFolder(const QString& path)
-{
-    const QString attempt = QStringLiteral("create the folder");
-    if (FolderExists(path))
-        return;
-    if (FileExists(path))
-        throw TError(TErrorKind::Io, attempt, path, QStringLiteral("a file of that name is in the way"));
-    const std::error_code error = MakeFolders(path);
-    if (!FolderExists(path))
-        throw TError(TErrorKind::Io, attempt, path, SystemErrorText(error));
-}
-
 // By hand: what Qt and the standard library have for this walks into junctions and empties what they lead to.
 std::error_code RemoveTree(const QString& path)
 {
@@ -79,6 +67,19 @@ std::error_code RemoveTree(const QString& path)
     }
     const std::error_code error = RemoveEntry(path);
     return first ? first : error;
+}
+
+void CreateFolder(const QString& path)
+{
+    const QString attempt = QStringLiteral("create the folder");
+    if (FolderExists(path))
+        return;
+    if (FileExists(path))
+        throw TError(TErrorKind::Io, attempt, path, QStringLiteral("a file of that name is in the way"));
+    const std::error_code error = MakeFolders(path);
+    if (!FolderExists(path))
+        throw TError(TErrorKind::Io, attempt, path,
+            error ? SystemErrorText(error) : QStringLiteral("it cannot be found afterwards"));
 }
 
 TNewFolder::TNewFolder(const QString& path)
@@ -98,7 +99,7 @@ TNewFolder::~TNewFolder()
 
 QString AbsolutePath(const QString& path)
 {
-    return QDir::toNativeSeparators(QDir::cleanPath(QFileInfo(path).absoluteFilePath()));
+    return QDir::toNativeSeparators(WithoutDroppedEnd(QDir::cleanPath(QFileInfo(path).absoluteFilePath())));
 }
 
 } // namespace Corvadine

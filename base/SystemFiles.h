@@ -11,6 +11,10 @@ namespace Corvadine {
 // Whether names that differ in nothing but case are one file: Windows' rule, or the usual one elsewhere.
 Qt::CaseSensitivity FileNameCase();
 
+// `path`, which is clean (see QDir::cleanPath()), without what the system drops at the end of a name before
+// it looks for a file, and Qt does not: blanks and full stops on Windows, elsewhere nothing.
+QString WithoutDroppedEnd(const QString& path);
+
 // Creates `path` with every missing parent, of whatever length. No error if it is there.
 std::error_code MakeFolders(const QString& path);
 

@@ -14,6 +14,11 @@ Qt::CaseSensitivity FileNameCase()
     return Qt::CaseSensitive;
 }
 
+QString WithoutDroppedEnd(const QString& path)
+{
+    return path;
+}
+
 std::error_code MakeFolders(const QString& path)
 {
     std::error_code error; // QDir::mkpath() keeps the reason to itself

@@ -1,5 +1,6 @@
 #include "base/SystemFiles.h"
 
+#include "base/Files.h"
 #include "base/WindowsPath.h"
 
 #include <QDir>
@@ -12,17 +13,20 @@ namespace Corvadine {
 
 namespace {
 
-// The limit of a folder's path, which leaves room for a short name in it; that of a file's is 260.
-constexpr qsizetype ClassicLimit = 248;
+// The limits are 260 for a file and 248 for a folder. A staged file puts some more behind the name of its
+// file, and SQLite and others do the same.
+constexpr qsizetype LongestClassic = 200;
+
+constexpr QLatin1String ExtendedPrefix { "\\\\?\\" };
 
 QString ExtendedPath(const QString& path)
 {
-    QString full = QDir::toNativeSeparators(QDir::cleanPath(QFileInfo(path).absoluteFilePath()));
-    if (full.size() < ClassicLimit || full.startsWith(QLatin1String("\\\\?\\")))
+    const QString full = AbsolutePath(path);
+    if (full.size() <= LongestClassic || full.startsWith(ExtendedPrefix))
         return full;
     if (full.startsWith(QLatin1String("\\\\")))
         return QLatin1String("\\\\?\\UNC\\") + full.mid(2);
-    return QLatin1String("\\\\?\\") + full;
+    return ExtendedPrefix + full;
 }
 
 } // namespace
@@ -35,6 +39,16 @@ std::wstring SystemPath(const QString& path)
 Qt::CaseSensitivity FileNameCase()
 {
     return Qt::CaseInsensitive;
+}
+
+QString WithoutDroppedEnd(const QString& path)
+{
+    if (QDir::toNativeSeparators(path).startsWith(ExtendedPrefix))
+        return path; // nothing is dropped there
+    qsizetype size = path.size();
+    while (size > 0 && (path[size - 1] == u' ' || path[size - 1] == u'.'))
+        --size;
+    return QDir::cleanPath(path.left(size)); // a name of nothing else leaves a separator
 }
 
 std::error_code MakeFolders(const QString& path)
