@@ -12,8 +12,8 @@ namespace Corvadine {
 // nothing for a folder where the file system keeps the order of renames by itself.
 void SyncToDisk(const QString& path);
 
-// Renames a file, over another one if there is one, in one step. Waits up to a second for programs that look
-// at one of the two for a moment.
+// Renames a file, over another one if there is one, in one step. Waits up to five seconds for programs that
+// look at one of the two for a moment, and for one that has just ended and whose file this was.
 std::error_code RenameOver(const QString& from, const QString& to);
 
 // Gives `to` the owner and group of `from`, as far as this process may give files away. Does nothing where a
@@ -43,9 +43,23 @@ private:
     qintptr FHandle = -1; // of the system
 };
 
-// Waits until the process has ended; true at once if there is none of that number, false if it still runs
-// after `limit`.
-bool WaitForProcessEnd(qint64 processId, std::chrono::milliseconds limit);
+// Another process, to wait for its end. Systems use the number of a process that has ended again, so this is
+// to be made as soon as the number is known: from then on it means this very process. No thread rule.
+class TOtherProcess {
+public:
+    // `executable` is the absolute path of the program that it runs. Windows is quick to use numbers again;
+    // there a process that runs another program counts as ended, and so does one that we may not wait for.
+    TOtherProcess(qint64 processId, const QString& executable);
+    ~TOtherProcess();
+    Q_DISABLE_COPY_MOVE(TOtherProcess)
+
+    // Waits until it has ended, at once if there never was one; false if it still runs after `limit`.
+    bool WaitForEnd(std::chrono::milliseconds limit) const;
+
+private:
+    qint64 FProcessId;    // 0 if there is none
+    qintptr FHandle = -1; // of the system
+};
 
 // The absolute path of the program that this process runs, as it was at the first call: once an update has
 // replaced the file, the system knows no name of the old one. So ask at the start of main(); it works before

@@ -11,28 +11,51 @@
 
 namespace Corvadine {
 
+namespace {
+
+TErrorNumber Flush(const std::wstring& name)
+{
+    const HANDLE file =
+        ::CreateFileW(name.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+            nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file == INVALID_HANDLE_VALUE)
+        return ::GetLastError();
+    const TErrorNumber error = ErrorUnless(::FlushFileBuffers(file));
+    ::CloseHandle(file);
+    return error;
+}
+
+// True also when the system does not tell.
+bool Runs(HANDLE process, const QString& executable)
+{
+    constexpr DWORD LongestPath = 32768;
+    std::wstring path(LongestPath, L'\0');
+    DWORD length = LongestPath;
+    if (!::QueryFullProcessImageNameW(process, 0, path.data(), &length))
+        return true;
+    return QFileInfo(QString::fromWCharArray(path.data(), static_cast<int>(length))) == QFileInfo(executable);
+}
+
+} // namespace
+
 void SyncToDisk(const QString& path)
 {
     if (QFileInfo(path).isDir())
         return; // NTFS journals names
-    const HANDLE file = ::CreateFileW(SystemPath(path).c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr,
-        OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
-    const bool synced = file != INVALID_HANDLE_VALUE && ::FlushFileBuffers(file);
-    const DWORD errorNumber = ::GetLastError();
-    if (file != INVALID_HANDLE_VALUE)
-        ::CloseHandle(file);
-    if (!synced)
+    const TErrorNumber error = Persistently([name = SystemPath(path)] { return Flush(name); });
+    if (error != ERROR_SUCCESS)
         throw TError(TErrorKind::Io, QStringLiteral("write"), path,
-            SystemErrorText({ static_cast<int>(errorNumber), std::system_category() }));
+            SystemErrorText({ static_cast<int>(error), std::system_category() }));
 }
 
 std::error_code RenameOver(const QString& from, const QString& to)
 {
-    const TErrorNumber error = Persistently([source = SystemPath(from), target = SystemPath(to)] {
+    constexpr DWORD Patience = 5000; // ms; virus scanners like to read a whole program that has just ended
+    const auto move = [source = SystemPath(from), target = SystemPath(to)] {
         return ErrorUnless(::MoveFileExW(
             source.c_str(), target.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH));
-    });
-    return { static_cast<int>(error), std::system_category() };
+    };
+    return { static_cast<int>(Persistently(move, Patience)), std::system_category() };
 }
 
 void CopyOwner(const QString& /*from*/, const QString& /*to*/) { }
@@ -64,7 +87,7 @@ TFileLock::~TFileLock()
 // Sharing with nobody is the lock.
 std::error_code TFileLock::TryLock()
 {
-    const std::wstring name = QDir::toNativeSeparators(FPath).toStdWString();
+    const std::wstring name = SystemPath(FPath);
     const HANDLE file = ::CreateFileW(name.c_str(), GENERIC_WRITE | DELETE, 0, nullptr, OPEN_ALWAYS,
         FILE_ATTRIBUTE_NORMAL | FILE_FLAG_DELETE_ON_CLOSE, nullptr);
     if (file != INVALID_HANDLE_VALUE) {
@@ -77,14 +100,28 @@ std::error_code TFileLock::TryLock()
         : std::error_code(static_cast<int>(errorNumber), std::system_category());
 }
 
-bool WaitForProcessEnd(qint64 processId, std::chrono::milliseconds limit)
+TOtherProcess::TOtherProcess(qint64 processId, const QString& executable) : FProcessId(0)
 {
-    const HANDLE process = ::OpenProcess(SYNCHRONIZE, FALSE, static_cast<DWORD>(processId));
-    if (!process) // an ended process has no number; one that is not ours to wait for must not be replaced
-        return ::GetLastError() == ERROR_INVALID_PARAMETER;
-    const DWORD result = ::WaitForSingleObject(process, static_cast<DWORD>(limit.count()));
-    ::CloseHandle(process);
-    return result == WAIT_OBJECT_0;
+    const HANDLE process =
+        ::OpenProcess(SYNCHRONIZE | PROCESS_QUERY_LIMITED_INFORMATION, FALSE, static_cast<DWORD>(processId));
+    if (!process)
+        return;
+    FHandle = reinterpret_cast<qintptr>(process);
+    if (Runs(process, executable))
+        FProcessId = processId;
+}
+
+TOtherProcess::~TOtherProcess()
+{
+    if (FHandle != -1)
+        ::CloseHandle(reinterpret_cast<HANDLE>(FHandle));
+}
+
+bool TOtherProcess::WaitForEnd(std::chrono::milliseconds limit) const
+{
+    return FProcessId == 0
+        || ::WaitForSingleObject(reinterpret_cast<HANDLE>(FHandle), static_cast<DWORD>(limit.count()))
+        == WAIT_OBJECT_0;
 }
 
 QString RunningExecutable()

@@ -30,7 +30,7 @@ public:
     // the folder cannot be written.
     explicit TUpdateLock(const QString& programFolder);
 
-    // For the helper, which it is handed to: waits for who has it, Conflict only after `patience`.
+    // For the helper, which it is handed to: waits for who has it. Throws only after `patience`.
     TUpdateLock(const QString& programFolder, std::chrono::milliseconds patience);
 
 private:
