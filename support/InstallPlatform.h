@@ -16,6 +16,10 @@ void SyncToDisk(const QString& path);
 // look at one of the two for a moment, and for one that has just ended and whose file this was.
 std::error_code RenameOver(const QString& from, const QString& to);
 
+// Makes the folder `path`, into which nobody but its owner may look or put something; on Windows that is the
+// administrators' group for a process with their rights. An error if there is anything of that name.
+std::error_code MakePrivateFolder(const QString& path);
+
 // Gives `to` the owner and group of `from`, as far as this process may give files away. Does nothing where a
 // folder decides that.
 void CopyOwner(const QString& from, const QString& to);

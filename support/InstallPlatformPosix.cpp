@@ -69,6 +69,12 @@ std::error_code RenameOver(const QString& from, const QString& to)
     return { renamed ? 0 : errno, std::system_category() };
 }
 
+std::error_code MakePrivateFolder(const QString& path)
+{
+    const bool isMade = ::mkdir(QFile::encodeName(path).constData(), S_IRWXU) == 0;
+    return { isMade ? 0 : errno, std::system_category() };
+}
+
 void CopyOwner(const QString& from, const QString& to)
 {
     struct stat status { };

@@ -9,6 +9,10 @@
 
 #include <qt_windows.h>
 
+#include <sddl.h>
+
+#include <cstddef>
+
 namespace Corvadine {
 
 namespace {
@@ -23,6 +27,27 @@ TErrorNumber Flush(const std::wstring& name)
     const TErrorNumber error = ErrorUnless(::FlushFileBuffers(file));
     ::CloseHandle(file);
     return error;
+}
+
+// The SID, as text, that owns what this process makes; empty if the system does not tell.
+std::wstring OwnerOfNewFiles()
+{
+    struct {
+        TOKEN_OWNER Owner;
+        std::byte Sid[SECURITY_MAX_SID_SIZE];
+    } info {};
+    DWORD size = sizeof info;
+    HANDLE token = nullptr;
+    if (!::OpenProcessToken(::GetCurrentProcess(), TOKEN_QUERY, &token))
+        return {};
+    const bool isTold = ::GetTokenInformation(token, TokenOwner, &info, size, &size) != 0;
+    ::CloseHandle(token);
+    LPWSTR text = nullptr;
+    if (!isTold || !::ConvertSidToStringSidW(info.Owner.Owner, &text))
+        return {};
+    const std::wstring sid(text);
+    ::LocalFree(text);
+    return sid;
 }
 
 // True also when the system does not tell.
@@ -56,6 +81,20 @@ std::error_code RenameOver(const QString& from, const QString& to)
             source.c_str(), target.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH));
     };
     return { static_cast<int>(Persistently(move, Patience)), std::system_category() };
+}
+
+std::error_code MakePrivateFolder(const QString& path)
+{
+    // Protected: nothing is inherited from the folder around it. All rights for its owner and for the system,
+    // down to everything in it. See https://learn.microsoft.com/windows/win32/secauthz/ace-strings
+    const std::wstring rights = L"D:P(A;OICI;FA;;;" + OwnerOfNewFiles() + L")(A;OICI;FA;;;SY)";
+    SECURITY_ATTRIBUTES attributes { sizeof attributes, nullptr, FALSE };
+    TErrorNumber error = ErrorUnless(::ConvertStringSecurityDescriptorToSecurityDescriptorW(
+        rights.c_str(), SDDL_REVISION_1, &attributes.lpSecurityDescriptor, nullptr));
+    if (error == ERROR_SUCCESS)
+        error = ErrorUnless(::CreateDirectoryW(SystemPath(path).c_str(), &attributes));
+    ::LocalFree(attributes.lpSecurityDescriptor);
+    return { static_cast<int>(error), std::system_category() };
 }
 
 void CopyOwner(const QString& /*from*/, const QString& /*to*/) { }

@@ -300,6 +300,19 @@ TEST_F(UpdateInstallTest, LogStaysSmallAndItsLinesHonest)
     EXPECT_TRUE(lines.trimmed().endsWith("Replace another file: done"));
 }
 
+TEST_F(UpdateInstallTest, NobodyElseGetsIntoAPrivateFolder)
+{
+    const QString folder = Path("private");
+    ASSERT_FALSE(MakePrivateFolder(folder));
+    PutFile(folder + "/a", "made by its owner");
+    constexpr auto OfOthers = QFile::ReadGroup | QFile::WriteGroup | QFile::ExeGroup | QFile::ReadOther
+        | QFile::WriteOther | QFile::ExeOther;
+    if (CanLinkFiles()) { // elsewhere these are no rights
+        EXPECT_EQ(QFile::permissions(folder) & OfOthers, 0);
+    }
+    EXPECT_TRUE(MakePrivateFolder(folder)) << "somebody might lie in wait with it";
+}
+
 // What the next test waits for.
 TEST(UpdateInstallProcess, DISABLED_LastsAMoment)
 {
