@@ -29,4 +29,6 @@ std::optional<bool> DesktopPrefersDark()
     return scheme == PreferDark || scheme == PreferLight ? std::optional(scheme == PreferDark) : std::nullopt;
 }
 
+void DarkenFrames(QGuiApplication& /*application*/) { }
+
 } // namespace Corvadine

@@ -123,6 +123,8 @@ void ApplyTheme(QApplication& application, TTheme theme)
     QApplication::setStyle(new TThemeStyle);
     if (theme != TTheme::Auto)
         QApplication::setPalette(PaletteOf(theme == TTheme::Dark ? DarkScheme : LightScheme));
+    if (theme == TTheme::Dark)
+        DarkenFrames(application);
     QFont font = application.font();
     font.setFamilies({ QStringLiteral("Tahoma"), font.family() });
     QApplication::setFont(font);

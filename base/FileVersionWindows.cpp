@@ -1,6 +1,7 @@
 #include "base/FileVersion.h"
 
 #include "base/Error.h"
+#include "base/WindowsPath.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -19,7 +20,7 @@ class TVersionReader {
 public:
     explicit TVersionReader(const QString& file) : FFile(file)
     {
-        const std::wstring name = file.toStdWString();
+        const std::wstring name = SystemPath(file);
         const DWORD size = ::GetFileVersionInfoSizeW(name.c_str(), nullptr);
         if (size == 0)
             throw Failure();

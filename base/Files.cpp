@@ -5,6 +5,7 @@
 #include "base/SystemFiles.h"
 
 #include <QDir>
+#include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
 
@@ -50,6 +51,24 @@ void WriteFileAtomically(const QString& path, const QByteArray& bytes)
     TStagedFile(path, bytes).Commit();
 }
 
+// By hand: what Qt and the standard library have for this walks into junctions and empties what they lead to.
+std::error_code RemoveTree(const QString& path)
+{
+    const QFileInfo info(path);
+    const bool isLink = info.isSymLink() || info.isJunction();
+    if (!isLink && !info.exists())
+        return {};
+    std::error_code first;
+    if (info.isDir() && !isLink) {
+        QDirIterator entries(path, QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+        while (entries.hasNext())
+            if (const std::error_code error = RemoveTree(entries.next()); error && !first)
+                first = error;
+    }
+    const std::error_code error = RemoveEntry(path);
+    return first ? first : error;
+}
+
 void CreateFolder(const QString& path)
 {
     const QString attempt = QStringLiteral("create the folder");
@@ -59,7 +78,8 @@ void CreateFolder(const QString& path)
         throw TError(TErrorKind::Io, attempt, path, QStringLiteral("a file of that name is in the way"));
     const std::error_code error = MakeFolders(path);
     if (!FolderExists(path))
-        throw TError(TErrorKind::Io, attempt, path, SystemErrorText(error));
+        throw TError(TErrorKind::Io, attempt, path,
+            error ? SystemErrorText(error) : QStringLiteral("it cannot be found afterwards"));
 }
 
 // The folder and its parents as far as none exists, the deepest first.
@@ -93,7 +113,7 @@ TNewFolder::~TNewFolder()
 
 QString AbsolutePath(const QString& path)
 {
-    return QDir::toNativeSeparators(QDir::cleanPath(QFileInfo(path).absoluteFilePath()));
+    return QDir::toNativeSeparators(WithoutDroppedEnd(QDir::cleanPath(QFileInfo(path).absoluteFilePath())));
 }
 
 } // namespace Corvadine

@@ -4,6 +4,8 @@
 #include <QString>
 #include <QStringList>
 
+#include <system_error>
+
 class QFile;
 
 namespace Corvadine {
@@ -22,6 +24,11 @@ QByteArray ReadFile(const QString& path, const QString& attempt);
 
 // Replaces or creates `path` with `bytes` in one step (see TStagedFile). Throws TError(Io).
 void WriteFileAtomically(const QString& path, const QByteArray& bytes);
+
+// Removes the file or folder `path` with all that is in it, what is marked read-only too; of a link (on
+// Windows also a junction) the link alone. Does nothing if there is no such thing. Goes on after a failure;
+// returns the first one.
+std::error_code RemoveTree(const QString& path);
 
 // Creates `path` with every missing parent; does nothing if it is there. Throws TError(Io), also when a file
 // is in the way.

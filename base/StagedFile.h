@@ -27,7 +27,9 @@ public:
     TStagedFile(TStagedFile&& other) noexcept;
     TStagedFile& operator=(TStagedFile&&) = delete;
 
-    // Replaces the file. Throws TError(Io); the old file is then still there. REQUIRES: not committed yet.
+    // Replaces the file. Throws TError(Io); the old file is then still there. Should Windows, having moved it
+    // away, let neither the new file in nor the old one back, both stay, and the text names them.
+    // REQUIRES: not committed yet.
     void Commit();
 
 private:

@@ -44,6 +44,19 @@ TErrorNumber TryToOpen(const std::wstring& target)
     return ERROR_SUCCESS;
 }
 
+bool Exists(const std::wstring& name)
+{
+    return ::GetFileAttributesW(name.c_str()) != INVALID_FILE_ATTRIBUTES;
+}
+
+// What replacing is answered with by folders that a virtual machine or a network protocol maps into the
+// system.
+bool IsUnknownCall(TErrorNumber error)
+{
+    return error == ERROR_INVALID_FUNCTION || error == ERROR_NOT_SUPPORTED || error == ERROR_INVALID_PARAMETER
+        || error == ERROR_CALL_NOT_IMPLEMENTED;
+}
+
 } // namespace
 
 class TStagedFile::TSystemFile {
@@ -58,22 +71,27 @@ public:
 private:
     void RefuseUnwritableTarget() const;
     void Create();
-    void MarkForDeletion(bool isMarked);
+    bool MarkForDeletion(bool isMarked) const;
     void CopyAttributesOfTarget();
     void WriteAndSync(const QByteArray& bytes);
     void Close();
     TErrorNumber PutInPlace();
+    TErrorNumber Replace() const;
+    bool PutBackOld() const;
+    std::wstring Backup() const { return FTemporary + L".old"; }
 
     QString FPath;           // as the caller named it, for messages
     std::wstring FTarget;    // the file to replace, links followed
     std::wstring FTemporary; // name of the staged file; empty while there is none
     HANDLE FHandle = INVALID_HANDLE_VALUE;
+    bool FIsMarked = false;   // the staged file vanishes when it is closed
+    bool FIsStranded = false; // neither the old file nor the new one could be given its name
 };
 
 TStagedFile::TSystemFile::~TSystemFile()
 {
     Close();
-    if (!FTemporary.empty())
+    if (!FTemporary.empty() && !FIsStranded)
         ::DeleteFileW(FTemporary.c_str()); // fails where closing has deleted it
 }
 
@@ -81,7 +99,7 @@ void TStagedFile::TSystemFile::Stage(const QByteArray& bytes)
 {
     RefuseUnwritableTarget();
     Create();
-    MarkForDeletion(true); // killed now, we leave nothing behind
+    FIsMarked = MarkForDeletion(true); // killed now, we leave nothing behind
     WriteAndSync(bytes);
     CopyAttributesOfTarget();
 }
@@ -118,10 +136,10 @@ void TStagedFile::TSystemFile::Create()
 }
 
 // Where the file system knows no such mark, the destructor is enough for all but a kill.
-void TStagedFile::TSystemFile::MarkForDeletion(bool isMarked)
+bool TStagedFile::TSystemFile::MarkForDeletion(bool isMarked) const
 {
     FILE_DISPOSITION_INFO disposition { isMarked };
-    ::SetFileInformationByHandle(FHandle, FileDispositionInfo, &disposition, sizeof(disposition));
+    return ::SetFileInformationByHandle(FHandle, FileDispositionInfo, &disposition, sizeof(disposition)) != 0;
 }
 
 void TStagedFile::TSystemFile::WriteAndSync(const QByteArray& bytes)
@@ -161,30 +179,54 @@ void TStagedFile::TSystemFile::Close()
 
 void TStagedFile::TSystemFile::Commit()
 {
-    MarkForDeletion(false);
+    if (FIsMarked && !MarkForDeletion(false))
+        throw WriteError(FPath, ::GetLastError());
+    FIsMarked = false;
     Close(); // nobody can rename a file that is open for writing
     const TErrorNumber error = Persistently([this] { return PutInPlace(); });
+    FIsStranded = error != ERROR_SUCCESS && !PutBackOld();
+    if (FIsStranded)
+        throw TError(TErrorKind::Io, QStringLiteral("write"), FPath,
+            QStringLiteral("%1 (the old file is now %2, the new one %3)")
+                .arg(SystemErrorText({ static_cast<int>(error), std::system_category() }),
+                    QString::fromStdWString(Backup()), QString::fromStdWString(FTemporary)));
     if (error != ERROR_SUCCESS)
         throw WriteError(FPath, error);
+    if (Exists(Backup()))
+        Persistently([this] { return ErrorUnless(::DeleteFileW(Backup().c_str())); });
     FTemporary.clear();
 }
 
 TErrorNumber TStagedFile::TSystemFile::PutInPlace()
 {
-    if (::GetFileAttributesW(FTarget.c_str()) == INVALID_FILE_ATTRIBUTES)
-        return ErrorUnless(::MoveFileExW(
-            FTemporary.c_str(), FTarget.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH));
+    if (Exists(FTarget)) {
+        const TErrorNumber error = Replace();
+        if (!IsUnknownCall(error))
+            return error;
+    }
+    return ErrorUnless(::MoveFileExW(
+        FTemporary.c_str(), FTarget.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH));
+}
 
-    const std::wstring backup = FTemporary + L".old";
+TErrorNumber TStagedFile::TSystemFile::Replace() const
+{
     // A disk without access rights, or ones that we may not change, is no reason to fail.
     constexpr DWORD Lenient = REPLACEFILE_IGNORE_MERGE_ERRORS | REPLACEFILE_IGNORE_ACL_ERRORS;
     const TErrorNumber error = ErrorUnless(
-        ::ReplaceFileW(FTarget.c_str(), FTemporary.c_str(), backup.c_str(), Lenient, nullptr, nullptr));
+        ::ReplaceFileW(FTarget.c_str(), FTemporary.c_str(), Backup().c_str(), Lenient, nullptr, nullptr));
     if (error == ERROR_UNABLE_TO_MOVE_REPLACEMENT_2) // the old file has moved away, the new one not come in
-        ::MoveFileExW(backup.c_str(), FTarget.c_str(), MOVEFILE_WRITE_THROUGH);
-    else if (error == ERROR_SUCCESS)
-        Persistently([&] { return ErrorUnless(::DeleteFileW(backup.c_str())); });
+        ::MoveFileExW(Backup().c_str(), FTarget.c_str(), MOVEFILE_WRITE_THROUGH);
     return error;
+}
+
+// Whether the old file has its name. It may have moved away without the new one coming in.
+bool TStagedFile::TSystemFile::PutBackOld() const
+{
+    if (Exists(FTarget) || !Exists(Backup()))
+        return true;
+    return Persistently([this] {
+        return ErrorUnless(::MoveFileExW(Backup().c_str(), FTarget.c_str(), MOVEFILE_WRITE_THROUGH));
+    }) == ERROR_SUCCESS;
 }
 
 TStagedFile::TStagedFile(const QString& path, const QByteArray& bytes, const QString&)

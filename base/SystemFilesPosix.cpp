@@ -4,6 +4,8 @@
 #include <QFileInfo>
 #include <QStringDecoder>
 
+#include <cerrno>
+#include <cstdio>
 #include <filesystem>
 
 namespace Corvadine {
@@ -23,6 +25,11 @@ QString LegacyText(const QByteArray& bytes)
     return western.isValid() ? QString(western.decode(bytes)) : QString::fromLatin1(bytes);
 }
 
+QString WithoutDroppedEnd(const QString& path)
+{
+    return path;
+}
+
 std::error_code MakeFolders(const QString& path)
 {
     std::error_code error; // QDir::mkpath() keeps the reason to itself
@@ -37,6 +44,12 @@ bool DeleteWritableFile(const QString& path)
     // A link has no mark of its own, and where it leads is not what is deleted.
     const bool isReadOnly = !info.isSymLink() && info.exists() && !(info.permissions() & AnyoneMayWrite);
     return !isReadOnly && QFile::remove(path);
+}
+
+std::error_code RemoveEntry(const QString& path)
+{
+    const bool isRemoved = std::remove(QFile::encodeName(path).constData()) == 0;
+    return { isRemoved ? 0 : errno, std::system_category() };
 }
 
 QByteArray PathForLibrary(const QString& path)

@@ -1,5 +1,6 @@
 #include "base/SystemFiles.h"
 
+#include "base/Files.h"
 #include "base/WindowsPath.h"
 
 #include <QDir>
@@ -14,17 +15,20 @@ namespace Corvadine {
 
 namespace {
 
-// The limit of a folder's path, which leaves room for a short name in it; that of a file's is 260.
-constexpr qsizetype ClassicLimit = 248;
+// The limits are 260 for a file and 248 for a folder. A staged file puts some more behind the name of its
+// file, and SQLite and others do the same.
+constexpr qsizetype LongestClassic = 200;
+
+constexpr QLatin1String ExtendedPrefix { "\\\\?\\" };
 
 QString ExtendedPath(const QString& path)
 {
-    QString full = QDir::toNativeSeparators(QDir::cleanPath(QFileInfo(path).absoluteFilePath()));
-    if (full.size() < ClassicLimit || full.startsWith(QLatin1String("\\\\?\\")))
+    const QString full = AbsolutePath(path);
+    if (full.size() <= LongestClassic || full.startsWith(ExtendedPrefix))
         return full;
     if (full.startsWith(QLatin1String("\\\\")))
         return QLatin1String("\\\\?\\UNC\\") + full.mid(2);
-    return QLatin1String("\\\\?\\") + full;
+    return ExtendedPrefix + full;
 }
 
 } // namespace
@@ -55,6 +59,16 @@ QString LegacyText(const QByteArray& bytes)
     return QString::fromStdWString(text);
 }
 
+QString WithoutDroppedEnd(const QString& path)
+{
+    if (QDir::toNativeSeparators(path).startsWith(ExtendedPrefix))
+        return path; // nothing is dropped there
+    qsizetype size = path.size();
+    while (size > 0 && (path[size - 1] == u' ' || path[size - 1] == u'.'))
+        --size;
+    return QDir::cleanPath(path.left(size)); // a name of nothing else leaves a separator
+}
+
 std::error_code MakeFolders(const QString& path)
 {
     if (::CreateDirectoryW(SystemPath(path).c_str(), nullptr))
@@ -74,6 +88,18 @@ std::error_code MakeFolders(const QString& path)
 bool DeleteWritableFile(const QString& path)
 {
     return ::DeleteFileW(SystemPath(path).c_str()) != 0;
+}
+
+std::error_code RemoveEntry(const QString& path)
+{
+    const std::wstring name = SystemPath(path);
+    const DWORD attributes = ::GetFileAttributesW(name.c_str());
+    if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY))
+        ::SetFileAttributesW(name.c_str(), attributes & ~DWORD { FILE_ATTRIBUTE_READONLY });
+    const bool isFolder = attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY);
+    // A link to a folder counts as a folder, and neither call goes where a link leads.
+    const BOOL isRemoved = isFolder ? ::RemoveDirectoryW(name.c_str()) : ::DeleteFileW(name.c_str());
+    return { isRemoved ? 0 : static_cast<int>(::GetLastError()), std::system_category() };
 }
 
 QByteArray PathForLibrary(const QString& path)

@@ -2,6 +2,8 @@
 
 #include <qt_windows.h>
 
+#include <algorithm>
+
 // Calls on files that may fail for a moment while somebody else looks at them.
 namespace Corvadine {
 
@@ -30,14 +32,17 @@ inline bool MayPass(TErrorNumber error)
     }
 }
 
-// Runs `action`, which returns the number of its error, until it succeeds, for up to a second.
-template <typename TAction> TErrorNumber Persistently(TAction action)
+// Runs `action`, which returns the number of its error, until it succeeds, for up to `patience` milliseconds.
+template <typename TAction> TErrorNumber Persistently(TAction action, DWORD patience = 1000)
 {
-    constexpr DWORD FirstPause = 5; // ms; each is twice as long as the one before
-    constexpr DWORD LongestPause = 500;
+    constexpr DWORD FirstPause = 5; // ms; each is twice as long as the one before, up to
+    constexpr DWORD LongestPause = 320;
     TErrorNumber error = action();
-    for (DWORD pause = FirstPause; MayPass(error) && pause <= LongestPause; pause *= 2) {
+    DWORD waited = 0;
+    for (DWORD pause = FirstPause; MayPass(error) && waited + pause <= patience;
+         pause = std::min(pause * 2, LongestPause)) {
         ::Sleep(pause);
+        waited += pause;
         error = action();
     }
     return error;

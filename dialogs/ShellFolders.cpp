@@ -79,7 +79,8 @@ QString FolderLabel(const QString& folder)
         return QStringLiteral("Computer");
     if (!QDir(folder).isRoot())
         return QFileInfo(folder).fileName();
-    return folder.size() > 1 ? folder.chopped(1) : folder; // "C:" for a drive
+    // "C:" for a drive; a server ("//server") has nothing at its end.
+    return folder.size() > 1 && folder.endsWith(u'/') ? folder.chopped(1) : folder;
 }
 
 std::optional<QString> ExistingFolder(const QString& path)

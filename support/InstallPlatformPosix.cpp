@@ -69,6 +69,12 @@ std::error_code RenameOver(const QString& from, const QString& to)
     return { renamed ? 0 : errno, std::system_category() };
 }
 
+std::error_code MakePrivateFolder(const QString& path)
+{
+    const bool isMade = ::mkdir(QFile::encodeName(path).constData(), S_IRWXU) == 0;
+    return { isMade ? 0 : errno, std::system_category() };
+}
+
 void CopyOwner(const QString& from, const QString& to)
 {
     struct stat status { };
@@ -80,6 +86,13 @@ void CopyOwner(const QString& from, const QString& to)
     if (::chown(path.constData(), status.st_uid, status.st_gid) != 0) [[maybe_unused]]
         const int ignored = ::chown(path.constData(), Unchanged, status.st_gid);
 }
+
+bool IsMarkedReadOnly(const QString& /*path*/)
+{
+    return false;
+}
+
+void MarkReadOnly(const QString& /*path*/, bool /*isMarked*/) { }
 
 TFileLock::~TFileLock()
 {
@@ -115,18 +128,28 @@ std::error_code TFileLock::TryLock()
     }
 }
 
-bool WaitForProcessEnd(qint64 processId, std::chrono::milliseconds limit)
+// A descriptor means this very process, also if its number is given to another one meanwhile; and it tells
+// the end of a process that its parent has not asked after yet.
+TOtherProcess::TOtherProcess(qint64 processId, const QString& /*executable*/)
+    : FProcessId(processId)
+    , FHandle(::syscall(SYS_pidfd_open, static_cast<pid_t>(processId), 0)) // no wrapper for C++
+{
+    if (FHandle < 0 && errno == ESRCH)
+        FProcessId = 0;
+}
+
+TOtherProcess::~TOtherProcess()
+{
+    if (FHandle >= 0)
+        ::close(static_cast<int>(FHandle));
+}
+
+bool TOtherProcess::WaitForEnd(std::chrono::milliseconds limit) const
 {
     const auto deadline = TClock::now() + limit;
-    const auto process = static_cast<pid_t>(processId);
-    // A descriptor means this very process, also if its number is given to another one meanwhile; and it
-    // tells the end of a process that its parent has not asked after yet.
-    const auto descriptor = static_cast<int>(::syscall(SYS_pidfd_open, process, 0)); // no wrapper for C++
-    if (descriptor < 0)
-        return errno == ESRCH || PollForProcessEnd(process, deadline);
-    const bool ended = AwaitDescriptor(descriptor, deadline);
-    ::close(descriptor);
-    return ended;
+    if (FHandle >= 0)
+        return AwaitDescriptor(static_cast<int>(FHandle), deadline);
+    return FProcessId == 0 || PollForProcessEnd(static_cast<pid_t>(FProcessId), deadline);
 }
 
 QString RunningExecutable()

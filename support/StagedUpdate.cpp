@@ -11,7 +11,6 @@
 #include <QFileInfo>
 #include <QHash>
 
-#include <filesystem>
 #include <thread>
 
 namespace Corvadine {
@@ -53,27 +52,29 @@ TError InUse(const QString& programFolder)
             .arg(QDir::toNativeSeparators(programFolder), TUpdateSettings::LockFileName) };
 }
 
-// Whether it is locked now; false while somebody else has it.
-bool TryLock(TFileLock& lock, const QString& programFolder)
+// Denied is what Windows answers as well while somebody looks at the file that the last one to lock it left
+// to be deleted.
+bool MayPass(const std::error_code& error)
 {
-    const std::error_code error = lock.TryLock();
+    return error == std::errc::device_or_resource_busy || error == std::errc::permission_denied;
+}
+
+TError Refusal(const std::error_code& error, const QString& programFolder)
+{
     if (error == std::errc::device_or_resource_busy)
-        return false;
-    if (!error)
-        return true;
+        return InUse(programFolder);
     const bool isForbidden =
         error == std::errc::permission_denied || error == std::errc::read_only_file_system;
-    throw TError(TErrorKind::Io, QStringLiteral("update the program in"),
-        QDir::toNativeSeparators(programFolder),
-        isForbidden ? QStringLiteral("the folder cannot be written") : SystemErrorText(error));
+    return { TErrorKind::Io, QStringLiteral("update the program in"), QDir::toNativeSeparators(programFolder),
+        isForbidden ? QStringLiteral("the folder cannot be written") : SystemErrorText(error) };
 }
 
 } // namespace
 
 TUpdateLock::TUpdateLock(const QString& programFolder)
-    : FLock(InProgramFolder(programFolder, TUpdateSettings::LockFileName))
+    : TUpdateLock(programFolder, std::chrono::milliseconds(0))
 {
-    if (!TryLock(FLock, programFolder) || IsBeingHandedOver(programFolder))
+    if (IsBeingHandedOver(programFolder))
         throw InUse(programFolder);
 }
 
@@ -82,9 +83,9 @@ TUpdateLock::TUpdateLock(const QString& programFolder, std::chrono::milliseconds
 {
     constexpr std::chrono::milliseconds Pause(20);
     const auto deadline = std::chrono::steady_clock::now() + patience;
-    while (!TryLock(FLock, programFolder)) {
-        if (std::chrono::steady_clock::now() >= deadline)
-            throw InUse(programFolder);
+    while (const std::error_code error = FLock.TryLock()) {
+        if (!MayPass(error) || std::chrono::steady_clock::now() >= deadline)
+            throw Refusal(error, programFolder);
         std::this_thread::sleep_for(Pause);
     }
 }
@@ -128,9 +129,7 @@ void RemoveStaging(const QString& programFolder)
 {
     UnmarkHandedOver(programFolder); // first: should something else stay, it is nobody's
     const QString folder = StagingFolderOf(programFolder);
-    std::error_code error; // unlike QDir::removeRecursively(), this also removes a link or file in the way
-    std::filesystem::remove_all(QFileInfo(folder).filesystemAbsoluteFilePath(), error);
-    if (error)
+    if (const std::error_code error = RemoveTree(folder))
         throw TError(TErrorKind::Io, QStringLiteral("remove"), folder, SystemErrorText(error));
 }
 

@@ -13,7 +13,8 @@
 namespace Corvadine {
 
 // The staging folder is CorvadineUpdate.staging in the program folder, so that renaming moves files out of
-// it, and readable to its owner alone. It holds
+// it. Only its owner may look into it where permissions do not move along with a file; on Windows it has
+// those of the program folder. It holds
 //     Corvadine.INF, Corvadine.INF.sig   the control file as it was verified
 //     chosen                             the targets to be installed, one a line
 //     files/TARGET                       each file of the update under its relative name
@@ -30,7 +31,7 @@ public:
     // the folder cannot be written.
     explicit TUpdateLock(const QString& programFolder);
 
-    // For the helper, which it is handed to: waits for who has it, Conflict only after `patience`.
+    // For the helper, which it is handed to: waits for who has it. Throws only after `patience`.
     TUpdateLock(const QString& programFolder, std::chrono::milliseconds patience);
 
 private:

@@ -183,7 +183,7 @@ void TUpdateDownload::Complete()
 {
     for (const std::size_t index : FChosen)
         SetAttributes(StagedPath(FOffer.Control.Files[index]), FOffer.Control.Files[index]);
-    QDir(DownloadsFolder(FSettings)).removeRecursively();
+    RemoveTree(DownloadsFolder(FSettings));
     FUpdate = { StagingFolderOf(FSettings.ProgramFolder), FOffer.Control.Version, {} };
     InSlices([this] { return VerifyNext(); }, [this] { Finish(); });
 }

@@ -2,6 +2,7 @@
 
 #include "base/Error.h"
 #include "base/Files.h"
+#include "support/InstallPlatform.h"
 #include "support/StagedUpdate.h"
 #include "support/UpdateHelper.h"
 
@@ -12,7 +13,8 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QProcess>
-#include <QTemporaryDir>
+#include <QRandomGenerator>
+#include <QScopeGuard>
 
 #include <archive.h>
 #include <archive_entry.h>
@@ -89,13 +91,14 @@ void StartHelper(const QByteArray& cabinet, const QString& programFolder, const 
     RemoveEarlierHelpers();
     // A fresh folder that only its owner may enter: in the temporary folder itself, which everybody may write
     // to, somebody else could lie in wait with these names, or exchange the helper before it is started.
-    QTemporaryDir folder(QDir::temp().filePath(HelperFolderPrefix + QLatin1String("XXXXXX")));
-    if (!folder.isValid())
-        throw TError(
-            TErrorKind::Io, QStringLiteral("create a folder in"), QDir::tempPath(), folder.errorString());
-    const QString cabinetFile = folder.filePath(QStringLiteral("wusetup.cab"));
+    const QString folder = QDir::temp().filePath(
+        HelperFolderPrefix + QString::number(QRandomGenerator::system()->generate64(), 16));
+    if (const std::error_code error = MakePrivateFolder(folder))
+        throw TError(TErrorKind::Io, QStringLiteral("create the folder"), folder, SystemErrorText(error));
+    auto removeFolder = qScopeGuard([&folder] { RemoveTree(folder); });
+    const QString cabinetFile = folder + QStringLiteral("/wusetup.cab");
     const QString name = QStringLiteral(CORVADINE_HELPER_FILE_NAME);
-    const QString helper = folder.filePath(name);
+    const QString helper = folder + u'/' + name;
     WriteFileAtomically(cabinetFile, cabinet);
     WriteFileAtomically(helper, Unpack(cabinetFile, name));
     QFile::remove(cabinetFile);
@@ -110,7 +113,7 @@ void StartHelper(const QByteArray& cabinet, const QString& programFolder, const 
         throw TError(
             TErrorKind::Io, QStringLiteral("start the update helper"), helper, process.errorString());
     }
-    folder.setAutoRemove(false); // the helper removes it
+    removeFolder.dismiss(); // the helper removes it
 }
 
 } // namespace Corvadine

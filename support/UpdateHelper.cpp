@@ -36,7 +36,10 @@ QString ReportPath(const QString& programFolder)
 // One update by the helper. What it throws ends the step that is being taken.
 class THelperRun {
 public:
-    explicit THelperRun(const THelperJob& job) : FJob(job), FLog(job.ProgramFolder) { }
+    explicit THelperRun(const THelperJob& job)
+        : FJob(job), FProgram(job.WaitFor, job.Executable), FLog(job.ProgramFolder)
+    {
+    }
 
     bool Run();
 
@@ -47,6 +50,7 @@ private:
     void Restart() const;
 
     const THelperJob& FJob;
+    const TOtherProcess FProgram; // before the lock, which may take longer than its number lasts
     const TUpdateLog FLog;
     QString FStep;                     // for the log; empty while the installer reports for itself
     std::optional<bool> FProgramEnded; // empty until it was waited for
@@ -92,7 +96,7 @@ void THelperRun::Install()
 bool THelperRun::HasProgramEnded()
 {
     if (!FProgramEnded)
-        FProgramEnded = WaitForProcessEnd(FJob.WaitFor, EndOfProgram);
+        FProgramEnded = FProgram.WaitForEnd(EndOfProgram);
     return *FProgramEnded;
 }
 

@@ -38,7 +38,7 @@ QString OldFolderOf(const QString& programFolder)
     return programFolder + u'/' + OldFolderName;
 }
 
-std::filesystem::path SystemPath(const QString& path)
+std::filesystem::path StandardPath(const QString& path)
 {
     return QFileInfo(path).filesystemAbsoluteFilePath();
 }
@@ -54,23 +54,32 @@ void Rename(const QString& from, const QString& to)
 void Keep(const QString& file, const QString& kept)
 {
     std::error_code error;
-    std::filesystem::create_hard_link(SystemPath(file), SystemPath(kept), error);
-    if (!error)
-        return;
-    std::filesystem::copy_file(SystemPath(file), SystemPath(kept), error);
+    // All names of a file share the mark, which has to go before the file can be replaced.
+    if (!IsMarkedReadOnly(file)) {
+        std::filesystem::create_hard_link(StandardPath(file), StandardPath(kept), error);
+        if (!error)
+            return;
+    }
+    std::filesystem::copy_file(StandardPath(file), StandardPath(kept), error);
     if (error)
         throw TError(TErrorKind::Io, QStringLiteral("keep a copy of"), file, SystemErrorText(error));
+    MarkReadOnly(kept, false);
     SyncToDisk(kept);
 }
 
-// The new file is as the old one was, but executable if the release says so, for those who may read it.
+// The new file is as the old one was, but executable if the release says so, for those who may read it. A
+// mark that would keep it from being moved in has to wait until it is.
 void KeepAttributes(const QString& file, const QString& successor)
 {
     constexpr int FromReadToExe = 2; // bits between QFile::ReadX and QFile::ExeX
-    constexpr auto AnyRead = QFile::ReadOwner | QFile::ReadUser | QFile::ReadGroup | QFile::ReadOther;
-    QFile::Permissions permissions = QFile::permissions(file);
+    constexpr auto AnyRead = QFile::ReadOwner | QFile::ReadGroup | QFile::ReadOther;
+    constexpr auto OfThisProcess =
+        QFile::ReadUser | QFile::WriteUser | QFile::ExeUser; // root's are no file's
+    QFile::Permissions permissions = QFile::permissions(file) & ~OfThisProcess;
     if (QFile::permissions(successor).testFlag(QFile::ExeOwner))
         permissions |= QFile::Permissions((permissions & AnyRead) >> FromReadToExe);
+    if (IsMarkedReadOnly(file))
+        permissions |= QFile::WriteOwner;
     CopyOwner(file, successor); // first: it may take permissions away
     QFile::setPermissions(successor, permissions);
 }
@@ -79,7 +88,7 @@ void KeepAttributes(const QString& file, const QString& successor)
 TError SetAside(const QString& programFolder, const TError& error)
 {
     const QString aside = programFolder + u'/' + DamagedFolderName;
-    QDir(aside).removeRecursively();
+    RemoveTree(aside);
     Rename(OldFolderOf(programFolder), aside);
     return { TErrorKind::BadInput,
         QStringLiteral(
@@ -127,6 +136,7 @@ private:
         qint64 Size = 0;
         QByteArray Sha256;
         bool Replaces = false; // there is an old file
+        bool ReadOnly = false; // that one is marked so
     };
 
     QString InProgram(const QString& name) const { return FOwner.FProgramFolder + u'/' + name; }
@@ -134,6 +144,7 @@ private:
     QString Journal() const { return FOldFolder + u'/' + JournalName; }
     QString Settled() const { return FOldFolder + u'/' + SettledName; }
     bool IsIn(const TEntry& entry) const;
+    void MarkAsBefore() const;
     void SyncFolders() const;
     void Step(const QString& text) const
     {
@@ -155,8 +166,8 @@ TUpdateInstaller::TReplacement::TReplacement(
     for (const TStagedUpdateFile& file : update.Files) {
         const QString target = CheckedTarget(file.Target);
         CheckTargetOnDisk(owner.FProgramFolder, target);
-        FEntries.push_back(
-            { file.StagedPath, target, file.Size, file.Sha256, FileExists(InProgram(target)) });
+        FEntries.push_back({ file.StagedPath, target, file.Size, file.Sha256, FileExists(InProgram(target)),
+            IsMarkedReadOnly(InProgram(target)) });
         for (const QString& folder : MissingFolders(owner.FProgramFolder, target))
             if (!FNewFolders.contains(folder))
                 FNewFolders.append(folder);
@@ -176,7 +187,8 @@ TUpdateInstaller::TReplacement::TReplacement(const TUpdateInstaller& owner, cons
         const QString target = CheckedTarget(value[u"target"].toString());
         CheckTargetOnDisk(owner.FProgramFolder, target);
         FEntries.push_back({ {}, target, value[u"size"].toInteger(),
-            QByteArray::fromHex(value[u"sha256"].toString().toLatin1()), value[u"replaces"].toBool() });
+            QByteArray::fromHex(value[u"sha256"].toString().toLatin1()), value[u"replaces"].toBool(),
+            value[u"readOnly"].toBool() });
     }
     for (const QJsonValue value : object.value(u"newFolders").toArray())
         FNewFolders.append(CheckedTarget(value.toString()));
@@ -213,10 +225,10 @@ void TUpdateInstaller::TReplacement::WriteJournal()
 {
     QJsonArray files;
     for (const TEntry& entry : FEntries)
-        files.append(
-            QJsonObject { { QStringLiteral("target"), entry.Target }, { QStringLiteral("size"), entry.Size },
-                { QStringLiteral("sha256"), QString::fromLatin1(entry.Sha256.toHex()) },
-                { QStringLiteral("replaces"), entry.Replaces } });
+        files.append(QJsonObject { { QStringLiteral("target"), entry.Target },
+            { QStringLiteral("size"), entry.Size },
+            { QStringLiteral("sha256"), QString::fromLatin1(entry.Sha256.toHex()) },
+            { QStringLiteral("replaces"), entry.Replaces }, { QStringLiteral("readOnly"), entry.ReadOnly } });
     const QJsonObject journal { { QStringLiteral("version"), FVersion }, { QStringLiteral("files"), files },
         { QStringLiteral("newFolders"), QJsonArray::fromStringList(FNewFolders) } };
     Step(QStringLiteral("write the journal"));
@@ -233,6 +245,7 @@ void TUpdateInstaller::TReplacement::MoveIn()
     }
     for (const TEntry& entry : FEntries) {
         Step(QStringLiteral("move in ") + entry.Target);
+        MarkReadOnly(InProgram(entry.Target), false);
         Rename(entry.StagedPath, InProgram(entry.Target));
     }
     Step(QStringLiteral("sync the folders"));
@@ -250,6 +263,8 @@ void TUpdateInstaller::TReplacement::Settle()
 // Can be cut off anywhere and begun again; old files without a journal are removed at the next start.
 void TUpdateInstaller::TReplacement::Finish()
 {
+    Step(QStringLiteral("mark files as read-only again"));
+    MarkAsBefore();
     Step(QStringLiteral("record the version"));
     SyncToDisk(FOldFolder); // not earlier: what fails once it is settled must not be undone
     RecordAcceptedVersion(FOwner.FProgramFolder, FVersion);
@@ -259,7 +274,7 @@ void TUpdateInstaller::TReplacement::Finish()
     if (!QFile::remove(Settled()))
         return;
     Step(QStringLiteral("remove the old files"));
-    QDir(FOldFolder).removeRecursively();
+    RemoveTree(FOldFolder);
 }
 
 // Can be cut off anywhere and begun again. Before the journal was written there is nothing to put back.
@@ -269,18 +284,28 @@ void TUpdateInstaller::TReplacement::Undo()
         for (std::size_t i = 0; i < FEntries.size(); ++i) {
             const TEntry& entry = FEntries[i];
             Step(QStringLiteral("put back ") + entry.Target);
-            if (FileExists(Kept(i)))
+            if (FileExists(Kept(i))) {
+                MarkReadOnly(InProgram(entry.Target), false);
                 Rename(Kept(i), InProgram(entry.Target));
-            else if (!entry.Replaces && IsIn(entry))
+            } else if (!entry.Replaces && IsIn(entry))
                 QFile::remove(InProgram(entry.Target));
         }
         for (auto folder = FNewFolders.crbegin(); folder != FNewFolders.crend(); ++folder)
             QDir().rmdir(InProgram(*folder)); // refuses one that somebody uses meanwhile
         SyncFolders();
+        MarkAsBefore();
         Step(QStringLiteral("remove the journal of what was put back"));
         QFile::remove(Journal());
     }
-    QDir(FOldFolder).removeRecursively();
+    RemoveTree(FOldFolder);
+}
+
+// Not earlier: a file that is so marked can be neither synced nor replaced.
+void TUpdateInstaller::TReplacement::MarkAsBefore() const
+{
+    for (const TEntry& entry : FEntries)
+        if (entry.ReadOnly)
+            MarkReadOnly(InProgram(entry.Target), true);
 }
 
 bool TUpdateInstaller::TReplacement::IsAllIn() const
@@ -369,7 +394,7 @@ TRecovery TUpdateInstaller::Recover()
     const bool isSettled = FileExists(oldFolder + u'/' + SettledName);
     const QString journal = oldFolder + u'/' + (isSettled ? SettledName : JournalName);
     if (!FileExists(journal)) { // killed before it began, or after it had ended
-        QDir(oldFolder).removeRecursively();
+        RemoveTree(oldFolder);
         return TRecovery::NotNeeded;
     }
     const QByteArray bytes = ReadFile(journal, QStringLiteral("read the journal"));

@@ -191,6 +191,21 @@ TEST_F(ImageDlgFormTest, UpEndsAtTheRoot)
     EXPECT_EQ(FForm->ShellBreadCrumb->Path(), RootFolder());
 }
 
+TEST_F(ImageDlgFormTest, DrivesAndServersHaveTheirNames)
+{
+    if (RootFolder() == u'/')
+        GTEST_SKIP() << "there are none here";
+    const auto labels = [](const QString& path) {
+        QStringList names;
+        for (const QString& folder : FolderChain(path))
+            names.append(FolderLabel(folder));
+        return names;
+    };
+    EXPECT_EQ(labels("C:/"), QStringList({ "Computer", "C:" }));
+    EXPECT_EQ(labels("C:/art/Sub"), QStringList({ "Computer", "C:", "art", "Sub" }));
+    EXPECT_EQ(labels("//server/share/art"), QStringList({ "Computer", "//server", "share", "art" }));
+}
+
 TEST_F(ImageDlgFormTest, ListFollowsTheFolderOnReturnToTheWindow)
 {
     Click(List(), Item("red.png"));

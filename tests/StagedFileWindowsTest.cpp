@@ -82,6 +82,29 @@ TEST_F(StagedFileWindowsTest, WaitsForAFileThatIsInUseForAMoment)
     EXPECT_EQ(Names(), QStringList("a"));
 }
 
+TEST_F(StagedFileWindowsTest, TakesEveryLengthAroundTheClassicLimit)
+{
+    for (int length = 240; length <= 260; ++length) {
+        const QString path = Path(QString(length + 1 - Path("n").size(), u'n'));
+        ASSERT_EQ(path.size(), length);
+        WriteFileAtomically(path, "new");
+        WriteFileAtomically(path, "newer"); // both with a longer name for a moment
+        EXPECT_EQ(FileBytes(path), "newer") << length;
+        EXPECT_THAT(SystemPath(path), ::testing::StartsWith(L"\\\\?\\"));
+    }
+    EXPECT_EQ(Names().size(), 21);
+}
+
+TEST_F(StagedFileWindowsTest, DropsWhatTheSystemDropsAtTheEnd)
+{
+    CreateFolder(AbsolutePath(Path("Out. ")));
+    EXPECT_EQ(QDir(Path(".")).entryList(QDir::Dirs | QDir::NoDotAndDotDot), QStringList("Out"));
+    for (const char* path : { "C:\\Out", "C:\\Out ", "C:/Out..", "C:\\Out\\", "C:\\x\\..\\Out ." })
+        EXPECT_EQ(AbsolutePath(path), "C:\\Out") << path;
+    EXPECT_EQ(AbsolutePath("C:\\"), "C:\\");
+    EXPECT_EQ(AbsolutePath("C:\\ "), "C:\\");
+}
+
 TEST_F(StagedFileWindowsTest, TakesPathsOfAnyLengthAndOtherSpellings)
 {
     const QString folder = Path(QStringLiteral("Größe/%1/%1/%1").arg(QString(120, u'ö')));
