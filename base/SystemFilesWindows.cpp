@@ -23,7 +23,7 @@ constexpr QLatin1String ExtendedPrefix { "\\\\?\\" };
 
 QString ExtendedPath(const QString& path)
 {
-    const QString full = AbsolutePath(path);
+    QString full = AbsolutePath(path);
     if (full.size() <= LongestClassic || full.startsWith(ExtendedPrefix))
         return full;
     if (full.startsWith(QLatin1String("\\\\")))
