@@ -190,7 +190,7 @@ TEST_F(UpdateInstallTest, FailureAtAnyStepPutsAllBack)
     for (int failing = 0;; ++failing) {
         const TStagedUpdate update = Stage();
         // A system that lets nobody replace or remove files so marked must be talked round.
-        Put(update.StagingFolder + "/files/left over", {});
+        PutFile(update.StagingFolder + "/files/left over", {});
         for (const QString& readOnly : { Program(), update.StagingFolder + "/files/left over" })
             ASSERT_TRUE(QFile::setPermissions(readOnly, QFile::ReadOwner | QFile::ExeOwner));
         FPermissions = QFile::permissions(Program());
