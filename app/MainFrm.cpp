@@ -22,6 +22,7 @@
 #include "generate/GenJob.h"
 #include "images/ImageView.h"
 #include "images/ThumbnailView.h"
+#include "project/Backups.h"
 #include "project/ProjectPaths.h"
 #include "project/ProjectUpdater.h"
 #include "support/HelpRouter.h"
@@ -72,7 +73,7 @@ TMainForm::TMainForm(const QString& programFolder, TPrompts& prompts)
 {
     FState.ProgramFolder = WithTrailingDelimiter(programFolder);
     // Known even if the start-up ends before the folder is made: no backup may land elsewhere.
-    FState.BackupFolder = WithTrailingDelimiter(FState.OwnFile("Project Backups"));
+    FState.BackupFolder = WithTrailingDelimiter(FState.OwnFile(BackupFolderName));
     setWindowTitle(DesignedCaption);
     setWindowIcon(ApplicationIcon());
     setAcceptDrops(true);

@@ -1,132 +1,19 @@
-#include "app/MainFrm.h"
-
 #include "app/ColorBox.h"
-#include "app/FieldEditors.h"
-#include "app/ProjectLookup.h"
-#include "app/Ribbon.h"
 #include "app/SettingsFile.h"
-#include "dialogs/Prompts.h"
-#include "generate/GenerationRun.h"
 #include "images/ImageView.h"
 #include "images/ThumbnailView.h"
-#include "project/ProjectPaths.h"
-#include "tests/DialogTesting.h"
+#include "tests/MainFormTesting.h"
 
 #include <SQLiteCpp/Database.h>
 
 #include <QApplication>
-#include <QDir>
-#include <QImage>
 #include <QProgressBar>
-#include <QTest>
-#include <QToolButton>
 
 using namespace Corvadine;
 using namespace Corvadine::Testing;
 using ::testing::HasSubstr;
 
-namespace {
-
-// Answers in place of the user, and remembers what was shown.
-class TScriptedPrompts : public TPrompts {
-public:
-    void ShowError(const QString& text) override { Shown.append("error: " + text); }
-    void Inform(const QString& text) override { Shown.append("info: " + text); }
-    bool Confirm(const QString& text) override
-    {
-        Shown.append("confirm: " + text);
-        if (WhileConfirming)
-            WhileConfirming();
-        return Yes;
-    }
-    std::optional<QString> ChooseProjectFile() override { return std::exchange(ProjectFile, std::nullopt); }
-    std::optional<QString> ChooseImage(const QString& startFolder) override
-    {
-        StartFolder = startFolder;
-        return std::exchange(Image, std::nullopt);
-    }
-
-    QStringList TakeShown() { return std::exchange(Shown, {}); }
-
-    bool Yes = true;
-    std::function<void()> WhileConfirming;
-    std::optional<QString> ProjectFile;
-    std::optional<QString> Image;
-    QString StartFolder;
-    QStringList Shown;
-};
-
-} // namespace
-
-class MainFormTest : public TFolderTest {
-protected:
-    void SetUp() override
-    {
-        ASSERT_TRUE(QDir().mkpath(Path("program")));
-        for (const char* name : { "A", "B", "C" })
-            PutFile(ProjectFile(name),
-                "<Project><PropertyGroup><ProjectGuid>{1}</ProjectGuid><UWP_DelphiLogo44/>"
-                "<UWP_DelphiLogo150>x</UWP_DelphiLogo150></PropertyGroup></Project>");
-        QImage icon(60, 40, QImage::Format_ARGB32);
-        icon.fill(qRgba(10, 20, 30, 255));
-        ASSERT_TRUE(icon.save(Path("icon.png")));
-        icon.fill(qRgb(200, 0, 0));
-        ASSERT_TRUE(icon.save(Path("launch.png")));
-    }
-
-    QString ProjectFile(const QString& name) const { return Path(name + "/" + name + ".dproj"); }
-
-    // Starts the program, or restarts it, and adds projects.
-    void Start(const QStringList& projects = {})
-    {
-        FForm.reset();
-        FForm = std::make_unique<TMainForm>(Path("program"), FPrompts);
-        FForm->StartUp();
-        FForm->show();
-        LetIdle();
-        for (const QString& name : projects)
-            Add(name);
-    }
-
-    const TMainControls& Ui() const { return FForm->Controls(); }
-    TProjectsTable& Table() const { return FForm->tblProjects(); }
-    TProject Current() const { return Table().Current(); }
-    // As a user does in the lookup.
-    void Choose(qint64 id) const { Ui().cbProjects->SetValue(id); }
-
-    QToolButton* Button(const QString& caption) const
-    {
-        for (QToolButton* button : Ui().dxRibbon1->findChildren<QToolButton*>())
-            if (button->defaultAction() != nullptr && button->defaultAction()->text().remove('&') == caption)
-                return button;
-        ADD_FAILURE() << "no button " << caption.toStdString();
-        return nullptr;
-    }
-
-    void Click(const QString& caption) const
-    {
-        LetIdle();
-        QTest::mouseClick(Button(caption), Qt::LeftButton);
-        LetIdle();
-    }
-
-    bool IsEnabled(const QString& caption) const
-    {
-        LetIdle();
-        return Button(caption)->isEnabled();
-    }
-
-    void Add(const QString& name)
-    {
-        FPrompts.ProjectFile = ProjectFile(name);
-        Click("Add Project");
-    }
-
-    QString OutputFolder(const QString& name) const { return Path(name + "/" + name + "/Corvadine"); }
-
-    TScriptedPrompts FPrompts;
-    std::unique_ptr<TMainForm> FForm;
-};
+class MainFormTest : public TMainFormTest { };
 
 TEST_F(MainFormTest, FirstStartMakesItsFilesAndRestartReopensTheProject)
 {
@@ -241,52 +128,6 @@ TEST_F(MainFormTest, DeleteActsOnTheFocusedEditorAfterAQuestion)
     EXPECT_EQ(Ui().cbProjects->Text(), ProjectFile("A")) << "the lookup is not bound to the row";
 }
 
-TEST_F(MainFormTest, GeneratesShowsUpdatesAndClears)
-{
-    Start({ "A" });
-    for (const TField field : { TField::IncAndroid, TField::IncIPhone, TField::IncIPad })
-        Table().SetField(field, false);
-    Table().SetField(TField::IconImageName, Path("icon.png"));
-    Click("Save Changes");
-    EXPECT_FALSE(IsEnabled("Update Project"));
-    Click("Generate");
-    EXPECT_EQ(Ui().MView->FileNames(),
-        QStringList({ "UWP_DelphiLogo44.png", "UWP_DelphiLogo150.png", "Icon_MainIcon.ico" }));
-    EXPECT_EQ(Ui().PB->value(), 2);
-    EXPECT_EQ(FForm->State().GenList.size(), 3U);
-    EXPECT_EQ(QImage(OutputFolder("A") + "/UWP_DelphiLogo44.png").size(),
-        QSize(1, 1).scaled(44, 44, Qt::KeepAspectRatio))
-        << "the blank image: the chosen path was not loaded by the table alone";
-
-    const QByteArray projectBytes = FileBytes(ProjectFile("A"));
-    PutFile(ProjectFile("A"), "<Project>");
-    for (int i = 0; i < 2; ++i) {
-        Click("Update Project");
-        EXPECT_EQ(FPrompts.TakeShown().size(), 1) << "no XML";
-    }
-    PutFile(ProjectFile("A"), projectBytes);
-    Click("Update Project");
-    EXPECT_EQ(QApplication::overrideCursor(), nullptr) << "a failed update leaves it, but once";
-    EXPECT_EQ(FPrompts.TakeShown(),
-        QStringList("info: 2 Entries updated, the following entries were not found and need to be set "
-                    "manually:\r\n\r\n"
-                    "A backup of the project file was made first."));
-    EXPECT_THAT(FileBytes(ProjectFile("A")).toStdString(),
-        HasSubstr("<UWP_DelphiLogo44>A\\Corvadine\\UWP_DelphiLogo44.png</UWP_DelphiLogo44>"));
-
-    Click("Del All Images");
-    EXPECT_EQ(FPrompts.TakeShown(),
-        QStringList({ "confirm: This will delete all images in folder " + OutputFolder("A")
-                + " Do you wish to proceed?",
-            "info: 3 Images Deleted" }));
-    EXPECT_EQ(Ui().MView->Count(), 0);
-    EXPECT_TRUE(IsEnabled("Update Project")) << "stays as it was";
-
-    QFile::remove(ProjectFile("A"));
-    Click("Update Project");
-    EXPECT_EQ(FPrompts.TakeShown(), QStringList("error: The Project does not exist!"));
-}
-
 TEST_F(MainFormTest, SwitchingProjectsFollowsTheirFolders)
 {
     Start({ "A", "B", "C" });
@@ -390,70 +231,6 @@ TEST_F(MainFormTest, UpdateCheckRunsInTheProgramFolderAndMayEndTheProgram)
     EXPECT_FALSE(FForm->isVisible()) << "the helper waits";
     EXPECT_EQ(folders, QStringList({ folder, folder }));
     QDir::setCurrent(before);
-}
-
-TEST_F(MainFormTest, RunKeepsToItsProjectAndClosingEndsIt)
-{
-    Start({ "B", "A" });
-    // Does something in the middle of the next run, as a user might.
-    const auto during = [this](const std::function<void()>& action) {
-        QObject::connect(
-            Ui().PB, &QProgressBar::valueChanged, FForm.get(), [action, done = false](int value) mutable {
-                if (value == 5 && !std::exchange(done, true))
-                    action();
-            });
-    };
-    QDir().mkpath(OutputFolder("B"));
-    during([&] {
-        EXPECT_FALSE(Ui().dxRibbon1->isEnabled());
-        Choose(1);
-    });
-    Click("Generate");
-    EXPECT_EQ(QDir(OutputFolder("A")).entryList(QDir::Files).size(), 38);
-    EXPECT_TRUE(QDir(OutputFolder("B")).isEmpty());
-    EXPECT_EQ(Ui().MView->Count(), 0);
-    EXPECT_FALSE(FForm->State().FilesGenerated) << "the project shown now has no files";
-
-    Choose(2);
-    during([&] {
-        Choose(1);
-        Choose(2);
-    });
-    Click("Generate");
-    EXPECT_TRUE(QTest::qWaitFor([this] { return Ui().MView->Count() == 38; })) << "back before the end";
-    EXPECT_TRUE(FForm->State().FilesGenerated);
-    EXPECT_EQ(FForm->State().GenList.size(), 38U) << "the Windows icon among them";
-
-    QDir().rmdir(OutputFolder("B"));
-    during([&] { Choose(1); });
-    Click("Generate");
-    EXPECT_EQ(Ui().MView->Count(), 38) << "a missing folder leaves the thumbnails";
-    EXPECT_EQ(QApplication::overrideCursor(), nullptr);
-
-    during([this] { EXPECT_FALSE(FForm->close()); });
-    Click("Generate");
-    EXPECT_FALSE(FForm->isVisible());
-    EXPECT_EQ(QDir(OutputFolder("B")).entryList(QDir::Files).size(), 5);
-}
-
-TEST_F(MainFormTest, RunGivesTheBytesOfTheCommandLine)
-{
-    Start({ "A" });
-    for (const auto& [button, file] :
-        { std::pair("Icon Image", "icon.png"), std::pair("Launch Image", "launch.png") }) {
-        FPrompts.Image = Path(file);
-        Click(button);
-    }
-    Click("Save Changes");
-    Click("Generate");
-    TGenJob job = JobOf(Current());
-    job.Settings.OutputFolder = Path("other");
-    const auto list = RunGeneration(job);
-    EXPECT_EQ(list, FForm->State().GenList);
-    for (const TGenRec& record : list)
-        EXPECT_EQ(FileBytes(OutputPath(job.Settings, record)),
-            FileBytes(OutputFolder("A") + "/" + ImageFileName(record.ID)))
-            << record.ID.toStdString();
 }
 
 TEST_F(MainFormTest, ComingBackToTheWindowShowsWhatAnotherProgramWrote)

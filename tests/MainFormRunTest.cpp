@@ -1,0 +1,122 @@
+#include "generate/GenerationRun.h"
+#include "images/ThumbnailView.h"
+#include "tests/MainFormTesting.h"
+
+#include <QApplication>
+#include <QProgressBar>
+
+using namespace Corvadine;
+using namespace Corvadine::Testing;
+using ::testing::HasSubstr;
+
+class MainFormRunTest : public TMainFormTest { };
+
+TEST_F(MainFormRunTest, GeneratesShowsUpdatesAndClears)
+{
+    Start({ "A" });
+    for (const TField field : { TField::IncAndroid, TField::IncIPhone, TField::IncIPad })
+        Table().SetField(field, false);
+    Table().SetField(TField::IconImageName, Path("icon.png"));
+    Click("Save Changes");
+    EXPECT_FALSE(IsEnabled("Update Project"));
+    Click("Generate");
+    EXPECT_EQ(Ui().MView->FileNames(),
+        QStringList({ "UWP_DelphiLogo44.png", "UWP_DelphiLogo150.png", "Icon_MainIcon.ico" }));
+    EXPECT_EQ(Ui().PB->value(), 2);
+    EXPECT_EQ(FForm->State().GenList.size(), 3U);
+    EXPECT_EQ(QImage(OutputFolder("A") + "/UWP_DelphiLogo44.png").size(),
+        QSize(1, 1).scaled(44, 44, Qt::KeepAspectRatio))
+        << "the blank image: the chosen path was not loaded by the table alone";
+
+    const QByteArray projectBytes = FileBytes(ProjectFile("A"));
+    PutFile(ProjectFile("A"), "<Project>");
+    for (int i = 0; i < 2; ++i) {
+        Click("Update Project");
+        EXPECT_EQ(FPrompts.TakeShown().size(), 1) << "no XML";
+    }
+    PutFile(ProjectFile("A"), projectBytes);
+    Click("Update Project");
+    EXPECT_EQ(QApplication::overrideCursor(), nullptr) << "a failed update leaves it, but once";
+    EXPECT_EQ(FPrompts.TakeShown(),
+        QStringList("info: 2 Entries updated, the following entries were not found and need to be set "
+                    "manually:\r\n\r\n"
+                    "A backup of the project file was made first."));
+    EXPECT_THAT(FileBytes(ProjectFile("A")).toStdString(),
+        HasSubstr("<UWP_DelphiLogo44>A\\Corvadine\\UWP_DelphiLogo44.png</UWP_DelphiLogo44>"));
+
+    Click("Del All Images");
+    EXPECT_EQ(FPrompts.TakeShown(),
+        QStringList({ "confirm: This will delete all images in folder " + OutputFolder("A")
+                + " Do you wish to proceed?",
+            "info: 3 Images Deleted" }));
+    EXPECT_EQ(Ui().MView->Count(), 0);
+    EXPECT_TRUE(IsEnabled("Update Project")) << "stays as it was";
+
+    QFile::remove(ProjectFile("A"));
+    Click("Update Project");
+    EXPECT_EQ(FPrompts.TakeShown(), QStringList("error: The Project does not exist!"));
+}
+
+TEST_F(MainFormRunTest, RunKeepsToItsProjectAndClosingEndsIt)
+{
+    Start({ "B", "A" });
+    // Does something in the middle of the next run, as a user might.
+    const auto during = [this](const std::function<void()>& action) {
+        QObject::connect(
+            Ui().PB, &QProgressBar::valueChanged, FForm.get(), [action, done = false](int value) mutable {
+                if (value == 5 && !std::exchange(done, true))
+                    action();
+            });
+    };
+    QDir().mkpath(OutputFolder("B"));
+    during([&] {
+        EXPECT_FALSE(Ui().dxRibbon1->isEnabled());
+        Choose(1);
+    });
+    Click("Generate");
+    EXPECT_EQ(QDir(OutputFolder("A")).entryList(QDir::Files).size(), 38);
+    EXPECT_TRUE(QDir(OutputFolder("B")).isEmpty());
+    EXPECT_EQ(Ui().MView->Count(), 0);
+    EXPECT_FALSE(FForm->State().FilesGenerated) << "the project shown now has no files";
+
+    Choose(2);
+    during([&] {
+        Choose(1);
+        Choose(2);
+    });
+    Click("Generate");
+    EXPECT_TRUE(QTest::qWaitFor([this] { return Ui().MView->Count() == 38; })) << "back before the end";
+    EXPECT_TRUE(FForm->State().FilesGenerated);
+    EXPECT_EQ(FForm->State().GenList.size(), 38U) << "the Windows icon among them";
+
+    QDir().rmdir(OutputFolder("B"));
+    during([&] { Choose(1); });
+    Click("Generate");
+    EXPECT_EQ(Ui().MView->Count(), 38) << "a missing folder leaves the thumbnails";
+    EXPECT_EQ(QApplication::overrideCursor(), nullptr);
+
+    during([this] { EXPECT_FALSE(FForm->close()); });
+    Click("Generate");
+    EXPECT_FALSE(FForm->isVisible());
+    EXPECT_EQ(QDir(OutputFolder("B")).entryList(QDir::Files).size(), 5);
+}
+
+TEST_F(MainFormRunTest, RunGivesTheBytesOfTheCommandLine)
+{
+    Start({ "A" });
+    for (const auto& [button, file] :
+        { std::pair("Icon Image", "icon.png"), std::pair("Launch Image", "launch.png") }) {
+        FPrompts.Image = Path(file);
+        Click(button);
+    }
+    Click("Save Changes");
+    Click("Generate");
+    TGenJob job = JobOf(Current());
+    job.Settings.OutputFolder = Path("other");
+    const auto list = RunGeneration(job);
+    EXPECT_EQ(list, FForm->State().GenList);
+    for (const TGenRec& record : list)
+        EXPECT_EQ(FileBytes(OutputPath(job.Settings, record)),
+            FileBytes(OutputFolder("A") + "/" + ImageFileName(record.ID)))
+            << record.ID.toStdString();
+}
