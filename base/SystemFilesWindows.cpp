@@ -50,7 +50,7 @@ QString LegacyText(const QByteArray& bytes)
     // Not CP_ACP: our manifest makes that UTF-8.
     ::GetLocaleInfoEx(LOCALE_NAME_SYSTEM_DEFAULT, LOCALE_IDEFAULTANSICODEPAGE | LOCALE_RETURN_NUMBER,
         reinterpret_cast<LPWSTR>(&codePage), sizeof codePage / sizeof(WCHAR));
-    if (codePage == CP_UTF8)
+    if (codePage == CP_UTF8 || codePage == CP_ACP) // the latter for languages without a code page
         codePage = Western;
     const int size = static_cast<int>(bytes.size());
     std::wstring text(static_cast<std::size_t>(size), L'\0'); // no code page has more units than bytes

@@ -51,8 +51,8 @@ private:
 // to be made as soon as the number is known: from then on it means this very process. No thread rule.
 class TOtherProcess {
 public:
-    // `executable` is the absolute path of the program that it runs. Windows is quick to use numbers again;
-    // there a process that runs another program counts as ended, and so does one that we may not wait for.
+    // `executable` is the path of the program that it runs. Windows is quick to use numbers again; there a
+    // process whose program has another file name counts as ended, and so does one that we may not wait for.
     TOtherProcess(qint64 processId, const QString& executable);
     ~TOtherProcess();
     Q_DISABLE_COPY_MOVE(TOtherProcess)

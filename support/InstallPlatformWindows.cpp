@@ -1,6 +1,8 @@
 #include "support/InstallPlatform.h"
 
 #include "base/Error.h"
+#include "base/PathRules.h"
+#include "base/SystemFiles.h"
 #include "base/WindowsPath.h"
 #include "base/WindowsRetry.h"
 
@@ -58,7 +60,9 @@ bool Runs(HANDLE process, const QString& executable)
     DWORD length = LongestPath;
     if (!::QueryFullProcessImageNameW(process, 0, path.data(), &length))
         return true;
-    return QFileInfo(QString::fromWCharArray(path.data(), static_cast<int>(length))) == QFileInfo(executable);
+    // The system's path has no junctions and mapped drives in it, through which a program may be started.
+    const QString running = QString::fromWCharArray(path.data(), static_cast<int>(length));
+    return IsSameFileName(FileNameOf(running), FileNameOf(executable));
 }
 
 } // namespace

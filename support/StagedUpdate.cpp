@@ -72,7 +72,7 @@ TError Refusal(const std::error_code& error, const QString& programFolder)
 } // namespace
 
 TUpdateLock::TUpdateLock(const QString& programFolder)
-    : TUpdateLock(programFolder, std::chrono::milliseconds(0))
+    : TUpdateLock(programFolder, std::chrono::milliseconds(200))
 {
     if (IsBeingHandedOver(programFolder))
         throw InUse(programFolder);

@@ -31,7 +31,8 @@ public:
     // the folder cannot be written.
     explicit TUpdateLock(const QString& programFolder);
 
-    // For the helper, which it is handed to: waits for who has it. Throws only after `patience`.
+    // For the helper, which it is handed to: waits for who has it, and while the folder seems
+    // closed, for up to `patience`.
     TUpdateLock(const QString& programFolder, std::chrono::milliseconds patience);
 
 private:

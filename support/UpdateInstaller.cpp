@@ -144,6 +144,7 @@ private:
     QString Journal() const { return FOldFolder + u'/' + JournalName; }
     QString Settled() const { return FOldFolder + u'/' + SettledName; }
     bool IsIn(const TEntry& entry) const;
+    bool IsAsKept(std::size_t index) const;
     void MarkAsBefore() const;
     void SyncFolders() const;
     void Step(const QString& text) const
@@ -285,6 +286,8 @@ void TUpdateInstaller::TReplacement::Undo()
             const TEntry& entry = FEntries[i];
             Step(QStringLiteral("put back ") + entry.Target);
             if (FileExists(Kept(i))) {
+                if (IsAsKept(i)) // the running program, for one, of which Windows lets nobody rename the file
+                    continue;
                 MarkReadOnly(InProgram(entry.Target), false);
                 Rename(Kept(i), InProgram(entry.Target));
             } else if (!entry.Replaces && IsIn(entry))
@@ -321,6 +324,13 @@ bool TUpdateInstaller::TReplacement::IsIn(const TEntry& entry) const
     } catch (const TError&) {
         return false;
     }
+}
+
+// Whether the old file is still in its place, or again.
+bool TUpdateInstaller::TReplacement::IsAsKept(std::size_t index) const
+{
+    const QString target = InProgram(FEntries[index].Target);
+    return FileExists(target) && FileSha256(target) == FileSha256(Kept(index));
 }
 
 void TUpdateInstaller::TReplacement::SyncFolders() const
