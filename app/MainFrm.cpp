@@ -356,6 +356,7 @@ void TMainForm::tblProjectsAfterScroll()
 // The command-line program may have written to the same database while the user was away.
 void TMainForm::FollowOtherPrograms()
 {
+    FHasMissedActivation = false;
     const TProject before = FTable.Current();
     try {
         FTable.Refresh();
@@ -363,7 +364,9 @@ void TMainForm::FollowOtherPrograms()
         return; // locked, for instance; the user has asked for nothing, and next time it may be readable
     }
     const TProject after = FTable.Current();
-    if (after.ID == before.ID && ShowsOtherImages(before, after)) // the table has announced any other ID
+    if (after.ID != before.ID) // the table has announced it; who looks now must not think it the old one
+        FControls.cbProjects->SetValue(FTable.IsEmpty() ? std::nullopt : std::optional<qint64>(after.ID));
+    else if (ShowsOtherImages(before, after))
         Guarded([this] { FIntake.ShowCurrentProject(); });
 }
 
@@ -373,6 +376,8 @@ void TMainForm::Guarded(const std::function<void()>& action)
     ++FGuardedDepth;
     RunReporting(action, [this](const QString& text) { FPrompts.ShowError(text); });
     --FGuardedDepth;
+    if (FHasMissedActivation && isVisible() && !IsBusy())
+        FollowOtherPrograms();
 }
 
 // Whether a command is under way or a dialog open, over which no row may change.
@@ -427,8 +432,11 @@ void TMainForm::changeEvent(QEvent* event)
     QMainWindow::changeEvent(event);
     if (event->type() == QEvent::PaletteChange)
         TakeContentColor();
-    if (event->type() == QEvent::ActivationChange && isActiveWindow() && !IsBusy())
-        FollowOtherPrograms();
+    if (event->type() == QEvent::ActivationChange && isActiveWindow()) {
+        FHasMissedActivation = IsBusy();
+        if (!FHasMissedActivation)
+            FollowOtherPrograms();
+    }
 }
 
 // As a copy: a move would let the file manager delete its file.

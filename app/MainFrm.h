@@ -99,6 +99,7 @@ private:
     TMainState FState;
     bool FClosesAfterRun = false;
     int FGuardedDepth = 0; // how many commands and handlers are under way
+    bool FHasMissedActivation = false; // it came while a command was under way
     std::function<bool(QWidget*, const QString&)> FCheckForUpdates = CheckForUpdates;
     std::unique_ptr<TProjectStore> FStore;
     TProjectsTable FTable;

@@ -99,7 +99,7 @@ public:
     // Follows what other programs have written since the rows were read: reads all of them again and stays
     // on the current one; if it is gone, on the next, or the last. Does nothing, and cheaply, if nobody has
     // written, and nothing while a row is being edited, whose values would be lost. Throws TError(Database),
-    // without waiting when the database is locked at that moment.
+    // at once when the database is locked at that moment.
     void Refresh();
 
 signals:

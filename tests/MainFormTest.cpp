@@ -258,6 +258,12 @@ TEST_F(MainFormTest, ComingBackToTheWindowShowsWhatAnotherProgramWrote)
     EXPECT_EQ(FForm->Controls().cb2xWidth->Value(), 123);
     EXPECT_EQ(FForm->Controls().ImageEnViewIcon->Image().size(), QSize(60, 40));
 
+    Add("C");
+    other.Delete(FForm->tblProjects().Current());
+    comeBack();
+    EXPECT_EQ(FForm->tblProjects().Current().ID, project.ID);
+    EXPECT_EQ(FForm->Controls().cbProjects->Text(), ProjectFile("B")) << "and no project that is gone";
+
     // Not under a command: this one would delete the project that has moved up.
     FPrompts.WhileConfirming = [&] {
         other.Delete(project);
