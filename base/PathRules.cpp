@@ -8,13 +8,17 @@ namespace Corvadine {
 
 namespace {
 
+bool HasDrive(const QString& path)
+{
+    return path.size() >= 2 && path[1] == u':' && path[0].isLetter();
+}
+
 // Where the file name starts.
 qsizetype FileNameStart(const QString& path)
 {
     const auto afterLast = std::find_if(path.crbegin(), path.crend(), IsPathDelimiter);
     const qsizetype start = path.crend() - afterLast;
-    const bool hasDrive = path.size() >= 2 && path[1] == u':' && path[0].isLetter();
-    return std::max(start, hasDrive ? qsizetype { 2 } : qsizetype { 0 });
+    return std::max(start, HasDrive(path) ? qsizetype { 2 } : qsizetype { 0 });
 }
 
 } // namespace
@@ -22,6 +26,12 @@ qsizetype FileNameStart(const QString& path)
 bool IsPathDelimiter(QChar character)
 {
     return character == u'\\' || character == u'/';
+}
+
+bool IsFullPath(const QString& path)
+{
+    const qsizetype root = HasDrive(path) ? 2 : 0;
+    return path.size() > root && IsPathDelimiter(path[root]);
 }
 
 QString WithTrailingDelimiter(const QString& folder)

@@ -8,6 +8,9 @@ namespace Corvadine {
 
 bool IsPathDelimiter(QChar character);
 
+// Whether `path` begins at a root: with a delimiter, or with a drive and a delimiter.
+bool IsFullPath(const QString& path);
+
 // `folder` with the system's own delimiter appended unless it ends in one; an empty text stays empty.
 QString WithTrailingDelimiter(const QString& folder);
 

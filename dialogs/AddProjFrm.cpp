@@ -1,6 +1,6 @@
 #include "dialogs/AddProjFrm.h"
 
-#include "base/Files.h"
+#include "base/PathRules.h"
 #include "dialogs/CommandIcons.h"
 #include "dialogs/HelpKey.h"
 #include "dialogs/IdleUpdate.h"
@@ -94,18 +94,16 @@ void TAddProjForm::UpdateCommands()
     btnAddProject->setEnabled(IsProjectFileName(ProjectFile()));
 }
 
-// What was picked is there and has a full path; what was typed may be anything.
+// What was picked has a full path; what was typed may be anything, and a file may be still to come.
 void TAddProjForm::AddProject()
 {
     const QString file = ProjectFile();
     if (!IsProjectFileName(file)) // keys can come faster than the dialog gets idle
         return;
-    if (QDir::isRelativePath(file))
-        emit Refused(QStringLiteral("Please enter the full path of the project file, or choose it."));
-    else if (!FileExists(file))
-        emit Refused(QStringLiteral("There is no project file %1").arg(file));
-    else
+    if (IsFullPath(file))
         accept();
+    else
+        emit Refused(QStringLiteral("Please enter the full path of the project file, or choose it."));
 }
 
 } // namespace Corvadine

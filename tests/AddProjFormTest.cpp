@@ -132,27 +132,20 @@ TEST_F(AddProjFormTest, PromptReturnsThePastedPathAsItIs)
     EXPECT_EQ(answer([](TAddProjForm& form) { QTest::keyClick(&form, Qt::Key_Escape); }), std::nullopt);
 }
 
-TEST_F(AddProjFormTest, TypedTextMustNameAnExistingFileByItsFullPath)
+TEST_F(AddProjFormTest, TypedTextMustBeAFullPath)
 {
     TAddProjForm form(nullptr, {});
     form.show();
     QStringList reasons;
     QObject::connect(&form, &TAddProjForm::Refused, [&](const QString& reason) { reasons.append(reason); });
-    const QString missing = Path(QStringLiteral("Games/Missing.dproj"));
-    ASSERT_TRUE(QDir().mkpath(Path(QStringLiteral("Games/Folder.dproj"))));
-    const QString before = QDir::currentPath();
-    QDir::setCurrent(Path(QStringLiteral("Games")));
-    for (const QString& text : { QStringLiteral("Demo.dproj"), QStringLiteral(".dproj"), missing,
-             Path(QStringLiteral("Games/Folder.dproj")) }) {
+    for (const char* text : { "Demo.dproj", ".dproj", "C:Demo.dproj", "C:\\App\\Demo.dproj" }) {
+        EXPECT_TRUE(form.isVisible()) << "before " << text;
         form.cbWizProjectFile->setEditText(text);
         LetIdle();
         QTest::mouseClick(form.btnAddProject, Qt::LeftButton);
-        EXPECT_TRUE(form.isVisible()) << text.toStdString();
     }
-    QDir::setCurrent(before);
-    ASSERT_EQ(reasons.size(), 4);
-    EXPECT_EQ(reasons[0], QStringLiteral("Please enter the full path of the project file, or choose it."));
-    EXPECT_EQ(reasons[2], QStringLiteral("There is no project file ") + missing);
+    EXPECT_FALSE(form.isVisible()) << "it may be still to come";
+    EXPECT_EQ(reasons, QStringList(3, "Please enter the full path of the project file, or choose it."));
 }
 
 TEST_F(AddProjFormTest, MessagesAreShownAsTheyAre)

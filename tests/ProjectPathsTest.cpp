@@ -1,5 +1,6 @@
 #include "project/ProjectPaths.h"
 
+#include "base/PathRules.h"
 #include "tests/Testing.h"
 
 using namespace Corvadine;
@@ -24,6 +25,30 @@ TEST(ProjectPathsTest, RelativeFolderIsTheSameRuleOnEverySystem)
     for (const auto& [projectFile, outputFolder, expected] : cases)
         EXPECT_EQ(RelativeFolder(projectFile, outputFolder).toStdString(), expected)
             << projectFile << " to " << outputFolder;
+}
+
+TEST(ProjectPathsTest, PartsOfPathsAreTheSameOnEverySystem)
+{
+    const struct {
+        const char *Path, *Folder, *Name, *Extension;
+        bool IsFull;
+    } cases[] = {
+        { R"(C:\Dev\Demo.v2.DProj)", R"(C:\Dev\)", "Demo.v2.DProj", ".DProj", true },
+        { R"(C:/Dev.old\Demo)", R"(C:/Dev.old\)", "Demo", "", true },
+        { "C:Demo.dproj", "C:", "Demo.dproj", ".dproj", false },
+        { R"(\\server\share\a.b)", R"(\\server\share\)", "a.b", ".b", true },
+        { "/home/Größe/.dproj", "/home/Größe/", ".dproj", ".dproj", true },
+        { "no:drive/a", "no:drive/", "a", "", false },
+        { "C:/", "C:/", "", "", true },
+        { "C:", "C:", "", "", false },
+        { "", "", "", "", false },
+    };
+    for (const auto& [path, folder, name, extension, isFull] : cases) {
+        EXPECT_EQ(FolderOf(path).toStdString(), folder) << path;
+        EXPECT_EQ(FileNameOf(path).toStdString(), name) << path;
+        EXPECT_EQ(ExtensionOf(path).toStdString(), extension) << path;
+        EXPECT_EQ(IsFullPath(path), isFull) << path;
+    }
 }
 
 TEST(ProjectPathsTest, NewProjectsGetAFolderNamedAfterThem)
