@@ -98,7 +98,7 @@ private:
     TPrompts& FPrompts;
     TMainState FState;
     bool FClosesAfterRun = false;
-    int FGuardedDepth = 0; // how many commands and handlers are under way
+    int FGuardedDepth = 0;             // how many commands and handlers are under way
     bool FHasMissedActivation = false; // it came while a command was under way
     std::function<bool(QWidget*, const QString&)> FCheckForUpdates = CheckForUpdates;
     std::unique_ptr<TProjectStore> FStore;
