@@ -252,7 +252,7 @@ std::vector<TAttack> AttacksOnTheFolder()
                 QFile::link("/etc", s.Program + "/presets");
             } },
         { "a disk without any room", "of free space in", // as the kernel's own folders say
-            [](TScene& s) { s.Settings.ProgramFolder = "/sys"; } },
+            [](TScene& s) { s.Settings.ProgramFolder = "/proc"; } },
         { "a disk without room for the package",
             "Cannot download Corvadine.CAB: ", [](TScene& s) { s.LargestFile = quint64 { 64 } * 1024; } },
         { "a disk without room for the files", "Cannot write",

@@ -11,6 +11,7 @@
 #include <QEventLoop>
 #include <QFile>
 #include <QFileInfo>
+#include <QStorageInfo>
 
 using namespace Corvadine;
 using namespace Corvadine::Testing;
@@ -225,8 +226,10 @@ TEST_F(UpdateEngineTest, RemovesLeftoversUnlessSomebodyIsAtWork)
     ASSERT_EQ(RunDownload(engine, { 0 }).Signal, u"Downloaded");
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     EXPECT_THAT(ErrorOf([&] { const TUpdateLock lock(Program()); }), HasSubstr("Another copy of Corvadine"));
-    // Not even the superuser may make files there.
-    EXPECT_THAT(ErrorOf([] { const TUpdateLock lock("/sys"); }), HasSubstr("the folder cannot be written"));
+    if (QStorageInfo(QStringLiteral("/sys")).fileSystemType() == "sysfs") { // where not even root makes files
+        EXPECT_THAT(
+            ErrorOf([] { const TUpdateLock lock("/sys"); }), HasSubstr("the folder cannot be written"));
+    }
 }
 
 TEST_F(UpdateEngineTest, AStagedUpdateIsTrustedForWhatItIs)
