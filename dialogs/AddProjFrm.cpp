@@ -8,7 +8,6 @@
 #include "dialogs/ShellDropDown.h"
 #include "project/ProjectPaths.h"
 
-#include <QDir>
 #include <QHBoxLayout>
 #include <QPushButton>
 #include <QVBoxLayout>

@@ -8,8 +8,8 @@ namespace Corvadine {
 
 class TShellDropDown;
 
-// The dialog that asks for the project file to add. Run it with exec(): Accepted leaves the full path of an
-// existing file, exactly as displayed, in ProjectFile(); closed in any other way it is Rejected.
+// The dialog that asks for the project file to add. Run it with exec(): Accepted leaves a full path, exactly
+// as displayed, in ProjectFile(), whose file may be still to come; closed in any other way it is Rejected.
 class TAddProjForm : public QDialog {
     Q_OBJECT
 public:

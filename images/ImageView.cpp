@@ -29,7 +29,7 @@ QString DraggedImage(const QMimeData* data)
     if (urls.size() != 1 || !urls.first().isLocalFile())
         return {};
     const QString path = urls.first().toLocalFile();
-    return IsRecognisedImageFile(path) && FileExists(path) ? AbsolutePath(path) : QString();
+    return IsRecognisedImageName(path) && FileExists(path) ? AbsolutePath(path) : QString();
 }
 
 // The pixel that a position of a finer grid falls in.

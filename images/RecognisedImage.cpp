@@ -32,10 +32,15 @@ bool IsVideo(const QString& extension)
 
 } // namespace
 
-bool IsRecognisedImageFile(const QString& path)
+bool IsRecognisedImageName(const QString& path)
 {
     const QString extension = ExtensionOf(path).mid(1);
-    return IsReadable(extension) && !IsVideo(extension) && !FolderExists(path);
+    return IsReadable(extension) && !IsVideo(extension);
+}
+
+bool IsRecognisedImageFile(const QString& path)
+{
+    return IsRecognisedImageName(path) && !FolderExists(path);
 }
 
 } // namespace Corvadine

@@ -22,8 +22,8 @@ QStringList ImageFilesOf(const QString& folder)
     if (folder.isEmpty())
         return files;
     for (const QString& name : directory.entryList(QDir::Files, QDir::Name | QDir::IgnoreCase))
-        if (const QString path = directory.filePath(name); IsRecognisedImageFile(path))
-            files.append(path);
+        if (IsRecognisedImageName(name))
+            files.append(directory.filePath(name));
     return files;
 }
 
