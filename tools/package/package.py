@@ -36,6 +36,7 @@ FOLDER = "Corvadine"  # without the version, so that a new one is unpacked over 
 # its licence. Qt's tells of all that is bundled with it, too.
 LIBRARIES = (
     (r"libQt6.*|libq(gif|ico|jpeg|windows|windowsvistastyle|schannelbackend|certonlybackend|tuiotouchplugin)", "Qt", "qt6-base-dev"),
+    (r"libq(tiff|webp)", "Qt Image Formats", "qt6-image-formats-plugins"),
     (r"libSQLiteCpp", "SQLiteCpp", "libsqlitecpp-dev"),
     (r"libsqlite3", "SQLite", "libsqlite3-dev"),
     (r"libhwy", "Highway", "libhwy-dev"),
