@@ -1,7 +1,7 @@
 #include "app/ColorBox.h"
 
-#include "app/ColorList.h"
 #include "base/Color.h"
+#include "widgets/ColorList.h"
 
 #include <QColorDialog>
 #include <QKeyEvent>
@@ -24,9 +24,7 @@ QColor ColorOfStored(int stored)
 } // namespace
 
 TColorBox::TColorBox(TProjectsTable& table, TField field, QWidget* parent)
-    : QPushButton(parent)
-    , TFieldEditor(table, field, *this)
-    , FAskColor([this](const QColor& current) { return AskInDialog(current); })
+    : QPushButton(parent), TFieldEditor(table, field, *this)
 {
     setFocusPolicy(Qt::StrongFocus);
     connect(this, &QPushButton::clicked, this, &TColorBox::OpenList);
@@ -84,7 +82,7 @@ void TColorBox::keyPressEvent(QKeyEvent* event)
         QPushButton::keyPressEvent(event);
 }
 
-// Like the other drop-downs it opens on the press, not on the release.
+// Opens the list when the button is pressed, as other drop-downs do. QPushButton would wait for the release.
 void TColorBox::mousePressEvent(QMouseEvent* event)
 {
     if (event->button() == Qt::LeftButton)
@@ -108,20 +106,15 @@ void TColorBox::OpenList()
 
 void TColorBox::AskForColor()
 {
-    if (const auto color = FAskColor(ShownColor()))
-        Choose(*color);
+    const QColor color =
+        QColorDialog::getColor(ShownColor(), window(), accessibleName(), QColorDialog::DontUseNativeDialog);
+    if (color.isValid())
+        Choose(color);
 }
 
 void TColorBox::Choose(const QColor& color)
 {
     Write(TColor::FromRgb(color.rgb()).ToStored());
-}
-
-std::optional<QColor> TColorBox::AskInDialog(const QColor& current)
-{
-    const QColor color =
-        QColorDialog::getColor(current, window(), accessibleName(), QColorDialog::DontUseNativeDialog);
-    return color.isValid() ? std::optional(color) : std::nullopt;
 }
 
 void TColorBox::PaintSwatch(QPainter& painter, const QRect& area) const

@@ -5,33 +5,26 @@
 #include <QColor>
 #include <QPushButton>
 
-#include <functional>
 #include <optional>
-#include <utility>
 
 namespace Corvadine {
 
-// A colour field, as a drop-down of named colours that ends in "More…" for any other; a choice writes it.
-// The field's integer has red in bits 0 to 7, green in 8 to 15 and blue in 16 to 23. The invalid colour -1
-// shows as a crossed white, which is what it generates.
+// Shows and edits a color field: a drop-down of named colors, with "More…" for any other color. A choice is
+// written to the field at once. The field's integer has red in bits 0 to 7, green in 8 to 15 and blue in 16
+// to 23. The invalid color -1 is painted as white with a stroke through it, because a run uses white for it.
 class TColorBox : public QPushButton, public TFieldEditor {
     Q_OBJECT
 
 public:
-    // Asks the user for any colour, starting from the given one; nothing if cancelled.
-    using TAskColor = std::function<std::optional<QColor>(const QColor&)>;
-
     TColorBox(TProjectsTable& table, TField field, QWidget* parent = nullptr);
 
-    // Replaces the colour dialog.
-    void SetColorDialog(TAskColor ask) { FAskColor = std::move(ask); }
-
-    // Shows a stored colour without writing it, until the field is shown again.
+    // Shows a color until the field is shown again. Does not write the field. `stored` has the form of
+    // the field's integer.
     void ShowColor(int stored);
 
-    // What it shows, which the field holds unless ShowColor() was called.
+    // Whether a color is shown.
     bool HasValue() const { return FShown.has_value(); }
-    // REQUIRES: HasValue().
+    // The color shown: that of the field, or that of ShowColor(). REQUIRES: HasValue().
     int Value() const { return *FShown; }
 
     QSize sizeHint() const override;
@@ -44,15 +37,13 @@ protected:
     void mousePressEvent(QMouseEvent* event) override;
 
 private:
-    QColor ShownColor() const; // white when there is none
+    QColor ShownColor() const; // white if the field has no value
     void OpenList();
     void AskForColor();
     void Choose(const QColor& color);
-    std::optional<QColor> AskInDialog(const QColor& current);
     void PaintSwatch(QPainter& painter, const QRect& area) const;
 
     std::optional<int> FShown;
-    TAskColor FAskColor;
 };
 
 } // namespace Corvadine

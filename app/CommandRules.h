@@ -2,21 +2,24 @@
 
 namespace Corvadine {
 
-// What the enabling rules of the window's commands look at.
+// What the enabling rules of the commands depend on.
 struct TCommandState {
     bool TableOpen = false;
-    bool HasRow = false;        // there is a current row, saved or being inserted
-    bool Editing = false;       // it has unsaved changes, or is new
+    bool HasRow = false;        // there is a current row, saved or new
+    bool Editing = false;       // the current row has unsaved changes or is new
     bool CanModify = false;     // the database can be written
     bool EditorFocused = false; // the keyboard focus is in an editor of a project's field
     bool HasProjectFile = false;
     bool HasOutputFolder = false;
-    bool HasBackground = false; // the colour box shows a value
+    bool HasBackground = false; // the color box shows a color
     bool FilesGenerated = false;
     bool Running = false; // a generation run is under way
 };
 
-// The rules, one a command. During a run no command of the ribbon can be started.
+// Whether a command may be carried out in this state.
+using TCommandRule = bool (*)(const TCommandState&);
+
+// The rules of the commands. During a run no command may be carried out.
 constexpr bool MayAddProject(const TCommandState& state)
 {
     return !state.Running && !state.Editing;
@@ -27,7 +30,7 @@ constexpr bool MaySave(const TCommandState& state)
     return !state.Running && state.TableOpen && state.Editing;
 }
 
-// Acts on the focused editor's project, as a data control's own command does; hence the focus.
+// The command deletes the current row, but only while an editor of the row has the keyboard focus.
 constexpr bool MayDeleteProject(const TCommandState& state)
 {
     return !state.Running && state.EditorFocused && state.TableOpen && state.HasRow && state.CanModify;
@@ -48,7 +51,7 @@ constexpr bool MayClear(const TCommandState& state)
     return !state.Running && state.HasRow && state.HasOutputFolder && !state.Editing;
 }
 
-// Image choice, help, colour picking and the update check have no rule of their own.
+// The rule of all other commands: image choice, help, color picking and update check.
 constexpr bool MayStart(const TCommandState& state)
 {
     return !state.Running;

@@ -9,7 +9,7 @@ namespace Corvadine {
 
 bool TFieldEditor::IsFieldEditor(const QWidget* widget)
 {
-    // A drop-down list is a window of its own, whose parent is still the control.
+    // A drop-down list is a window of its own, but its parents lead to the control.
     for (; widget; widget = widget->parentWidget())
         if (dynamic_cast<const TFieldEditor*>(widget))
             return true;
@@ -29,7 +29,7 @@ void TFieldEditor::Attach()
             Reload();
     });
     QObject::connect(&FTable, &TProjectsTable::StateChanged, &FWidget, [this] {
-        if (!FTable.IsEditing()) // the start of an edit leaves alone what is shown but not written yet
+        if (!FTable.IsEditing()) // a starting edit must keep shown values that are not written yet
             Reload();
     });
     Reload();

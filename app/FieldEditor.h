@@ -14,41 +14,42 @@ namespace Corvadine {
 
 class TProjectsTable;
 
-// What the controls have in common that show and change one field of the current project. A change puts the
-// row into editing and sets the field; saving is for a command. Without a current row the control is blank
-// and disabled. What it shows is read again when the row or the field changes and when an edit ends, so that
-// cancelling takes back what is shown too.
-// A widget inherits it beside its Qt class and calls Attach() at the end of its constructor.
+// The base of the controls that show and change one field of the current project. A change starts editing the
+// row and sets the field; the command "Save Changes" saves the row. Without a current row the control is
+// blank and disabled. The control shows the field again when another row becomes current, when the field
+// changes, and when editing ends. So "Cancel Changes" also resets the control.
+//
+// A control inherits this class and a class of Qt, and calls Attach() at the end of its constructor.
 class TFieldEditor {
 public:
-    // Whether `widget` is such a control or a part of one.
+    // Whether `widget` is an editor of a field, or a part of such an editor.
     static bool IsFieldEditor(const QWidget* widget);
 
     TFieldEditor(const TFieldEditor&) = delete;
     TFieldEditor& operator=(const TFieldEditor&) = delete;
 
-    TField Field() const { return FField; }
-
-    // Told the error's text when a change could not be made; the control then shows the field as it is. Must
-    // not throw.
+    // Sets the function that is called with the error's text when a change fails. Before the call, the
+    // control returns to the value of the field. REQUIRES: `handler` does not throw.
     void SetErrorHandler(std::function<void(const QString&)> handler) { FErrorHandler = std::move(handler); }
 
 protected:
-    // `table` must outlive the widget; `widget` is the control itself.
+    // `table` must outlive the widget. `widget` is the control itself.
     TFieldEditor(TProjectsTable& table, TField field, QWidget& widget);
     virtual ~TFieldEditor() = default;
 
-    // Shows the field's value, of the type that FieldValue() gives; an invalid one is shown as nothing. Must
-    // not write.
+    // Shows `value`, which has the type that FieldValue() returns. An invalid `value` leaves the control
+    // blank. Must not write the field.
     virtual void ShowValue(const QVariant& value) = 0;
 
-    // Follows the table from now on. REQUIRES: ShowValue() works.
+    // Shows the field now and whenever the table announces a change. REQUIRES: the control is constructed,
+    // because this calls ShowValue().
     void Attach();
 
-    // Sets the field of the current row; without a row or a difference, only shows the value again.
+    // Sets the field of the current row. If there is no row, or if the field has this value already, only
+    // shows the field again.
     void Write(const QVariant& value);
 
-    // Shows what the current row holds.
+    // Shows the field of the current row.
     void Reload();
 
 private:

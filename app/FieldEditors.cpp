@@ -1,5 +1,7 @@
 #include "app/FieldEditors.h"
 
+#include "base/Literals.h"
+
 #include <QEvent>
 #include <QHBoxLayout>
 #include <QKeyEvent>
@@ -14,7 +16,7 @@ namespace Corvadine {
 
 namespace {
 
-// Whether a slider moves on this key.
+// Whether this key moves a slider.
 bool IsSliderKey(const QKeyEvent& event)
 {
     switch (event.key()) {
@@ -52,15 +54,10 @@ TFieldComboBox::TFieldComboBox(
 {
     for (const auto& [value, caption] : choices)
         addItem(caption, value);
-    setFocusPolicy(Qt::StrongFocus); // none from the mouse wheel
-    setMaxVisibleItems(count());     // the lists are short and fixed, so all of each is seen at once
+    setFocusPolicy(Qt::StrongFocus); // the mouse wheel must not move the focus here
+    setMaxVisibleItems(count());     // the list is short and needs no scroll bar
     connect(this, &QComboBox::activated, this, [this] { Write(currentData()); });
     Attach();
-}
-
-std::optional<int> TFieldComboBox::Value() const
-{
-    return currentIndex() < 0 ? std::nullopt : std::optional(currentData().toInt());
 }
 
 void TFieldComboBox::ShowValue(const QVariant& value)
@@ -70,7 +67,7 @@ void TFieldComboBox::ShowValue(const QVariant& value)
 
 void TFieldComboBox::wheelEvent(QWheelEvent* event)
 {
-    // Whoever scrolls past the box does not mean to change the project.
+    // Scrolling over a box without the focus must not change the project.
     if (hasFocus())
         QComboBox::wheelEvent(event);
     else
@@ -87,7 +84,7 @@ TFieldSlider::TFieldSlider(TProjectsTable& table, TField field, QWidget* parent)
     FSlider->setPageStep(1);
     FSlider->setTickPosition(QSlider::TicksBelow);
     FSlider->setTickInterval(1);
-    FSlider->setFocusPolicy(Qt::StrongFocus); // none from the mouse wheel
+    FSlider->setFocusPolicy(Qt::StrongFocus); // the mouse wheel must not move the focus here
     FSlider->installEventFilter(this);
     FNumber->setMinimumWidth(fontMetrics().horizontalAdvance(QString::number(Maximum)));
     setFocusProxy(FSlider);
@@ -119,11 +116,12 @@ bool TFieldSlider::eventFilter(QObject* watched, QEvent* event)
             Leave();
         break;
     case QEvent::MouseButtonRelease:
-        // A drag may end far from the slider; by the time this call is made, the slider knows that it ended.
+        // A drag can end outside of the slider. Leave() is queued because the slider handles the release only
+        // after this filter.
         if (!FSlider->rect().contains(static_cast<QMouseEvent*>(event)->pos()))
             QMetaObject::invokeMethod(this, &TFieldSlider::Leave, Qt::QueuedConnection);
         break;
-    case QEvent::ShortcutOverride: // comes before the shortcut is looked for, already for its first modifier
+    case QEvent::ShortcutOverride: // sent before a shortcut is carried out, even for Ctrl or Alt alone
     case QEvent::KeyPress:
         if (!IsSliderKey(*static_cast<QKeyEvent*>(event)))
             Leave();
@@ -152,7 +150,7 @@ void TFieldSlider::ShowValue(const QVariant& value)
 
 void TFieldSlider::showEvent(QShowEvent* event)
 {
-    // Assistive tools meet the slider, not the widget that was given the name.
+    // Screen readers read the name of the slider, not of this widget around it.
     FSlider->setAccessibleName(accessibleName());
     QWidget::showEvent(event);
 }
@@ -180,9 +178,8 @@ void TFieldSlider::ShowNumber()
 TFieldNumberEdit::TFieldNumberEdit(TProjectsTable& table, TField field, QWidget* parent)
     : QLineEdit(parent), TFieldEditor(table, field, *this)
 {
-    // As many digits as the largest width has, which is all nines. Zeros on the way to a number may be typed.
-    static const QRegularExpression Digits(
-        QStringLiteral("[0-9]{0,%1}").arg(QString::number(TwoxSizeRange.Most).size()));
+    // The greatest width is all nines, so a limit on the digits suffices. Leading zeros may be typed.
+    static const QRegularExpression Digits(u"[0-9]{0,%1}"_s.arg(QString::number(TwoxSizeRange.Most).size()));
     setValidator(new QRegularExpressionValidator(Digits, this));
     connect(this, &QLineEdit::textEdited, this, [this] {
         const auto value = Value();
@@ -200,7 +197,8 @@ std::optional<int> TFieldNumberEdit::Value() const
 
 void TFieldNumberEdit::ShowValue(const QVariant& value)
 {
-    // What is being typed may be written in another way ("007"); to replace it would move the cursor.
+    // While the user types, text that means the same number stays as it is ("007"), because replacing it
+    // would move the cursor.
     const auto shown = value.isValid() ? std::optional(value.toInt()) : std::nullopt;
     if (shown != Value() || !hasFocus())
         setText(shown ? QString::number(*shown) : QString());

@@ -15,7 +15,7 @@ class QSlider;
 
 namespace Corvadine {
 
-// A Boolean field; a click writes it.
+// Shows and edits a Boolean field. A click writes the field.
 class TFieldCheckBox : public QCheckBox, public TFieldEditor {
     Q_OBJECT
 
@@ -26,8 +26,8 @@ protected:
     void ShowValue(const QVariant& value) override;
 };
 
-// An integer field with a fixed list of values; a choice writes it. A value that is not in the list, or none,
-// shows as an empty box.
+// Shows and edits an integer field with a fixed list of values. A choice writes the field. The box is empty
+// if the field has no value or a value that is not in the list.
 class TFieldComboBox : public QComboBox, public TFieldEditor {
     Q_OBJECT
 
@@ -40,19 +40,16 @@ public:
     TFieldComboBox(
         const std::vector<TChoice>& choices, TProjectsTable& table, TField field, QWidget* parent = nullptr);
 
-    // What it shows.
-    std::optional<int> Value() const;
-
 protected:
     void ShowValue(const QVariant& value) override;
     void wheelEvent(QWheelEvent* event) override;
 };
 
-// An integer field in CompressionRange, as a slider with its number beside it. A move is written when the
-// slider is left and not before: when it loses the focus, when the pointer goes (after a drag has ended), or
-// on a key that is none of the slider's own. Thus whoever drags it and then reaches for a command by mouse,
-// Alt key or shortcut finds the change made by the time the command is carried out. While moved and not yet
-// left, the number shown is the slider's; a move of the row or the end of an edit drops it.
+// Shows and edits an integer field in CompressionRange, as a slider with its number beside it. A move is
+// written when the slider loses the focus, when the pointer leaves the slider, or on a key that does not move
+// the slider. If the pointer leaves during a drag, the move is written when the drag ends. So the field is
+// written before the user can start a command by mouse, Alt key or shortcut. A move that is not written yet
+// is dropped when another row becomes current or editing ends.
 class TFieldSlider : public QWidget, public TFieldEditor {
     Q_OBJECT
 
@@ -62,7 +59,7 @@ public:
 
     TFieldSlider(TProjectsTable& table, TField field, QWidget* parent = nullptr);
 
-    // What it shows.
+    // The number shown, if any.
     std::optional<int> Value() const;
 
     bool eventFilter(QObject* watched, QEvent* event) override;
@@ -79,19 +76,19 @@ private:
     QSlider* FSlider;
     QLabel* FNumber;
     bool FHasValue = false;
-    bool FIsMoved = false;   // the slider shows what the field does not hold yet
-    bool FIsShowing = false; // moved by us, not by the user
+    bool FIsMoved = false;   // the slider was moved and the field is not written yet
+    bool FIsShowing = false; // the slider is being set by ShowValue(), not by the user
 };
 
-// An integer field without a sign, as a line of text; every keystroke writes it. An empty line is an absent
-// number.
+// Shows and edits an integer field without a sign, as a line of text. Every keystroke writes the field. An
+// empty line means that the field has no value.
 class TFieldNumberEdit : public QLineEdit, public TFieldEditor {
     Q_OBJECT
 
 public:
     TFieldNumberEdit(TProjectsTable& table, TField field, QWidget* parent = nullptr);
 
-    // What it shows.
+    // The number shown, if any.
     std::optional<int> Value() const;
 
 protected:

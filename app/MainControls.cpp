@@ -1,14 +1,15 @@
 #include "app/MainControls.h"
 
-#include "app/CaptionGroup.h"
 #include "app/ColorBox.h"
 #include "app/FieldEditors.h"
-#include "app/NoteArea.h"
 #include "app/ProjectLookup.h"
-#include "app/Ribbon.h"
-#include "generate/ResampleFilter.h"
-#include "images/ImageView.h"
-#include "images/ThumbnailView.h"
+#include "base/Literals.h"
+#include "generate/pixels/RenderOptions.h"
+#include "widgets/CaptionGroup.h"
+#include "widgets/ImageView.h"
+#include "widgets/NoteArea.h"
+#include "widgets/Ribbon.h"
+#include "widgets/ThumbnailView.h"
 
 #include <QGridLayout>
 #include <QLabel>
@@ -25,9 +26,9 @@ constexpr int ViewSide = 230;
 constexpr int PanelWidth = 250;
 constexpr int ColumnWidth = 2 * PanelWidth + Gap;
 
-// One line each; the doubled letter is part of the text as users know it.
-const QString Instructions = QStringLiteral(
-    "1. Click on the Add Project button.\n"
+// One line for each step. Older releases have the same text, so its misspelled "Piick" is kept.
+const QString Instructions =
+    u"1. Click on the Add Project button.\n"
     "2. Add an Icon Image (1024 x 1024) recommended.\n"
     "3. Add the launch image if it is to be different to the Icon image.\n"
     "4. Tick the platforms you want images to be generated for.\n"
@@ -35,7 +36,7 @@ const QString Instructions = QStringLiteral(
     "assigned.\n"
     "6. Save any changes.\n"
     "7. Click on the generate button.\n"
-    "8. Click on the Update Project button. A backup of the project file will be automatically made.");
+    "8. Click on the Update Project button. A backup of the project file will be automatically made."_s;
 
 class TMainLayout {
 public:
@@ -95,9 +96,9 @@ private:
 
     QWidget* CurrentProject()
     {
-        FControls.layGroupCurrentProject = new TCaptionGroup(QStringLiteral("Current Project"));
+        FControls.layGroupCurrentProject = new TCaptionGroup(u"Current Project"_s);
         FControls.cbProjects = new TProjectLookup(FTable);
-        FControls.cbProjects->setAccessibleName(QStringLiteral("Current Project"));
+        FControls.cbProjects->setAccessibleName(u"Current Project"_s);
         FControls.layGroupCurrentProject->SetContent(FControls.cbProjects);
         return FControls.layGroupCurrentProject;
     }
@@ -126,7 +127,7 @@ private:
         for (const auto& [caption, field] : platforms)
             grid->addWidget(
                 Reporting(new TFieldCheckBox(QString::fromLatin1(caption), FTable, field)), 0, column++);
-        FControls.layGroupPlatforms = new TCaptionGroup(QStringLiteral("Platforms"));
+        FControls.layGroupPlatforms = new TCaptionGroup(u"Platforms"_s);
         FControls.layGroupPlatforms->SetContent(boxes);
         return FControls.layGroupPlatforms;
     }
@@ -137,8 +138,8 @@ private:
         for (const TFilterInfo& info : FilterInfos())
             choices.push_back({ static_cast<int>(info.Filter), QString::fromLatin1(info.Caption) });
         auto* filter = Reporting(new TFieldComboBox(choices, FTable, TField::ResampleFilter));
-        filter->setAccessibleName(QStringLiteral("Sampling Filter"));
-        FControls.layGroupFilter = new TCaptionGroup(QStringLiteral("Sampling Filter"));
+        filter->setAccessibleName(u"Sampling Filter"_s);
+        FControls.layGroupFilter = new TCaptionGroup(u"Sampling Filter"_s);
         FControls.layGroupFilter->setFixedWidth(200);
         FControls.layGroupFilter->SetContent(filter);
         return FControls.layGroupFilter;
@@ -147,10 +148,10 @@ private:
     QWidget* ImageOptions()
     {
         FControls.cbBackground = Reporting(new TColorBox(FTable, TField::PickColor));
-        auto* format = Reporting(new TFieldComboBox(
-            { { static_cast<int>(TOutputFormat::Colors256), QStringLiteral("256 Colors") },
-                { static_cast<int>(TOutputFormat::TrueColor), QStringLiteral("True Color") } },
-            FTable, TField::PixelFormat));
+        auto* format = Reporting(
+            new TFieldComboBox({ { static_cast<int>(TOutputFormat::Colors256), u"256 Colors"_s },
+                                   { static_cast<int>(TOutputFormat::TrueColor), u"True Color"_s } },
+                FTable, TField::PixelFormat));
         FControls.cbCompression = Reporting(new TFieldSlider(FTable, TField::Compression));
         FControls.cb2xWidth = Reporting(new TFieldNumberEdit(FTable, TField::TwoxSize));
         auto* options = new QWidget;
@@ -163,7 +164,7 @@ private:
         AddCaptioned(*grid, 2, "Compression", FControls.cbCompression, 0);
         AddCaptioned(*grid, 3, "2x Width", FControls.cb2xWidth, 70);
         grid->setColumnStretch(2, 1);
-        FControls.layGroupProjectOptions = new TCaptionGroup(QStringLiteral("Image Options"));
+        FControls.layGroupProjectOptions = new TCaptionGroup(u"Image Options"_s);
         FControls.layGroupProjectOptions->SetContent(options);
         return FControls.layGroupProjectOptions;
     }
@@ -186,15 +187,15 @@ private:
         FControls.PB->setValue(0);
         FControls.PB->setTextVisible(false);
         FControls.PB->setFixedHeight(14);
-        FControls.PB->setAccessibleName(QStringLiteral("Progress"));
+        FControls.PB->setAccessibleName(u"Progress"_s);
         return FControls.PB;
     }
 
     QWidget* Thumbnails()
     {
-        auto* group = new TCaptionGroup(QStringLiteral("Icon/Launch Images"));
+        auto* group = new TCaptionGroup(u"Icon/Launch Images"_s);
         FControls.MView = new TThumbnailView(group);
-        FControls.MView->setAccessibleName(QStringLiteral("Generated images"));
+        FControls.MView->setAccessibleName(u"Generated images"_s);
         group->SetContent(FControls.MView);
         return group;
     }

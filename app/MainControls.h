@@ -22,14 +22,14 @@ class TProjectsTable;
 class TRibbon;
 class TThumbnailView;
 
-// The controls of the main window that its commands speak to, each owned by its parent widget.
+// The controls of the main window that its commands use. Each is owned by its parent widget.
 struct TMainControls {
     TRibbon* dxRibbon1;
     TProjectLookup* cbProjects;
     TImageView* ImageEnViewIcon;
     TImageView* ImageEnViewSplash;
-    QToolButton* btnRemoveIcon; // in the headers of the two image panels
-    QToolButton* btnRemoveSplash;
+    QToolButton* btnRemoveIcon;   // in the header of the icon panel
+    QToolButton* btnRemoveSplash; // in the header of the launch panel
     TCaptionGroup* layGroupCurrentProject;
     TCaptionGroup* layGroupPlatforms;
     TCaptionGroup* layGroupFilter;
@@ -41,9 +41,9 @@ struct TMainControls {
     TThumbnailView* MView;
 };
 
-// Makes and lays out everything below `window`: the ribbon, still without buttons, the column of editors,
-// which show and change the current row of `table`, and the thumbnails. An editor's error goes to
-// `showError`.
+// Makes and lays out all controls of `window`: the ribbon without its buttons, the column of editors, and the
+// thumbnails. The editors show and change the current row of `table`. They call `showError` with the text of
+// an error. `table` must outlive the controls.
 TMainControls MakeMainControls(
     QMainWindow& window, TProjectsTable& table, const std::function<void(const QString&)>& showError);
 

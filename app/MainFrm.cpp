@@ -1,31 +1,27 @@
 #include "app/MainFrm.h"
 
-#include "app/CaptionGroup.h"
 #include "app/ColorBox.h"
-#include "app/FieldEditors.h"
-#include "app/Icons.h"
+#include "app/FieldEditor.h"
 #include "app/ProjectLookup.h"
-#include "app/Ribbon.h"
-#include "app/RibbonButton.h"
-#include "app/StartUp.h"
-#include "app/Theme.h"
-#include "app/WaitCursor.h"
 #include "app/WindowPlacement.h"
 #include "base/Error.h"
 #include "base/FileVersion.h"
 #include "base/Files.h"
 #include "base/PathRules.h"
-#include "dialogs/CommandIcons.h"
-#include "dialogs/IdleUpdate.h"
 #include "dialogs/Prompts.h"
 #include "generate/ClearFiles.h"
-#include "generate/GenJob.h"
-#include "images/ImageView.h"
-#include "images/ThumbnailView.h"
 #include "project/Backups.h"
 #include "project/ProjectPaths.h"
 #include "project/ProjectUpdater.h"
-#include "support/HelpRouter.h"
+#include "support/help/HelpRouter.h"
+#include "widgets/CaptionGroup.h"
+#include "widgets/Icons.h"
+#include "widgets/IdleUpdate.h"
+#include "widgets/ImageView.h"
+#include "widgets/Ribbon.h"
+#include "widgets/Theme.h"
+#include "widgets/ThumbnailView.h"
+#include "widgets/WaitCursor.h"
 
 #include <QApplication>
 #include <QCloseEvent>
@@ -41,10 +37,11 @@ namespace Corvadine {
 
 namespace {
 
-const QString DesignedCaption = QStringLiteral("FMX Corvadine");
-constexpr int MainWindowTopic = 90; // see help/Corvadine.hhp
+const QString DesignedCaption = u"FMX Corvadine"_s;
+constexpr std::chrono::seconds DatabasePatience { 1 }; // how long a locked database may block the window
+constexpr int MainWindowTopic = 90;                    // see help/Corvadine.hhp
 
-// The one project file that is being dragged, as a local path; empty for anything else.
+// Returns the local path of the dragged file if it is a single project file; otherwise an empty text.
 QString DraggedProjectFile(const QMimeData& data)
 {
     const QList<QUrl> urls = data.urls();
@@ -63,34 +60,30 @@ bool ShowsOtherImages(const TProject& before, const TProject& after)
 TMainForm::TMainForm(const QString& programFolder, TPrompts& prompts)
     : FPrompts(prompts)
     , FControls(MakeMainControls(*this, FTable, [this](const QString& text) { FPrompts.ShowError(text); }))
-    , FIntake({ FTable, *FControls.ImageEnViewIcon, *FControls.ImageEnViewSplash, *FControls.MView, prompts,
-          FState, [this] { FRun.Leave(); }, [this] { BuildGenList(); } })
-    , FRun({ *FControls.MView, *FControls.PB, *FControls.dxRibbon1, prompts, FState,
-          [this] { return FTable.Current().OutputFolder; }, [this] { BuildGenList(); },
-          [this] { return TakeJob(); } })
-    , FSettings({ *this, FTable, *FControls.cbProjects, FState })
+    , FState { FTable, FControls, prompts }
+    , FIntake(FState)
+    , FRun(FState)
+    , FSettings(*this, FState)
     , FPicker(FControls.ImageEnViewIcon, FControls.ImageEnViewSplash, this)
 {
     FState.ProgramFolder = WithTrailingDelimiter(programFolder);
-    // Known even if the start-up ends before the folder is made: no backup may land elsewhere.
+    // Set before StartUp(): backups must go to this folder even if the start-up fails before creating it.
     FState.BackupFolder = WithTrailingDelimiter(FState.OwnFile(BackupFolderName));
     setWindowTitle(DesignedCaption);
-    setWindowIcon(ApplicationIcon());
     setAcceptDrops(true);
     constexpr QSize ClientArea(1008, 729);
     resize(ClientArea);
-    Centre(*this);
+    Center(*this);
     MakeCommands();
     Connect();
     new TIdleUpdate(this, [this] { UpdateCommands(); });
 }
 
-// Pending edits are lost, as they would be by moving to another project.
 TMainForm::~TMainForm()
 {
     Guarded([this] { FSettings.Save(); });
     FTable.Close();
-    delete takeCentralWidget(); // while the table and the commands that it refers to are still there
+    delete takeCentralWidget(); // the controls refer to FTable and must not outlive it
 }
 
 void TMainForm::StartUp()
@@ -104,93 +97,92 @@ void TMainForm::StartUp()
         [this] { CreateFolder(FState.BackupFolder); },
         [this] { FSettings.Read(); },
         [this] { FSettings.ReopenProject(); },
-        [this] { FControls.PB->setFocus(); }, // and no editor
+        [this] { FControls.PB->setFocus(); }, // so that no editor has the focus
         [this] { SetUpHelp(); },
     };
-    RunStartUp(steps, [this](const QString& text) { FPrompts.ShowError(text); });
+    for (const auto& step : steps)
+        if (!Guarded(step))
+            return;
 }
 
-// The ribbon, group by group; the rules are in CommandRules.h.
+// Makes an action that calls `execute` if `rule` allows it. Each click evaluates the rule again, because the
+// button shows the state of the last idle time.
+QAction* TMainForm::AddCommand(const QString& caption, const QIcon& icon, const QKeySequence& shortcut,
+    TCommandRule rule, const std::function<void()>& execute)
+{
+    auto* action = new QAction(icon, caption, this);
+    action->setShortcut(shortcut);
+    connect(action, &QAction::triggered, this, [this, action, execute] {
+        UpdateCommands();
+        if (action->isEnabled())
+            Guarded(execute);
+    });
+    FCommands.push_back({ action, rule });
+    return action;
+}
+
+// Makes the ribbon's buttons, group by group. Their rules are in CommandRules.h.
 void TMainForm::MakeCommands()
 {
-    FActions.SetGuard([this](const std::function<void()>& action) { Guarded(action); });
-    struct TEntry {
-        const char* Group;
-        const char* Caption;
-        const char* Icon;
-        std::function<void()> Execute;
-        bool (*Rule)(const TCommandState&);
-        QKeySequence Shortcut;
-        TFormAction** Toggle = nullptr; // where a toggle is kept, whose state somebody asks for
+    const auto addButton = [this](const char* group, const char* caption, const char* icon,
+                               const QKeySequence& shortcut, TCommandRule rule,
+                               const std::function<void()>& execute) {
+        QAction* action =
+            AddCommand(QLatin1String(caption), CommandIcon(QLatin1String(icon)), shortcut, rule, execute);
+        return FControls.dxRibbon1->AddButton(QLatin1String(group), *action);
     };
-    const std::vector<TEntry> entries {
-        { "Project", "&Add Project", "add-project", [this] { aAddProjectExecute(); }, MayAddProject,
-            QKeySequence::New },
-        { "Project", "&Save Changes", "save", [this] { FTable.Post(); }, MaySave, QKeySequence::Save },
-        { "Project", "&Cancel Changes", "cancel", [this] { FTable.Cancel(); }, MaySave,
-            Qt::CTRL | Qt::Key_R },
-        { "Project", "&Delete Project", "delete-project", [this] { FTable.Delete(); }, MayDeleteProject,
-            Qt::CTRL | Qt::SHIFT | Qt::Key_Delete },
-        { "Load Images", "&Icon Image", "icon-image", [this] { FIntake.ChooseIcon(); }, MayStart,
-            Qt::CTRL | Qt::Key_I },
-        { "Load Images", "&Launch Image", "launch-image", [this] { FIntake.ChooseSplash(); }, MayStart,
-            Qt::CTRL | Qt::Key_L },
-        { "General", "&Help", "help", [this] { btnHelpClick(); }, MayStart, {} },
-        { "General", "&Pick Color", "pick-color", [this] { btnPickColorClick(); }, MayStart,
-            Qt::CTRL | Qt::Key_P, &btnPickColor },
-        { "General", "Del All I&mages", "delete-all", [this] { aClearExecute(); }, MayClear, {} },
-        { "General", "Check &for Update", "check-update", [this] { btnCheckUpdatesClick(); }, MayStart, {} },
-        { "Output", "&Generate", "generate", [this] { aGenerateExecute(); }, MayGenerate,
-            Qt::CTRL | Qt::Key_G },
-        { "Output", "&Update Project", "update-project", [this] { aProjectExecute(); }, MayUpdateProject,
-            Qt::CTRL | Qt::SHIFT | Qt::Key_G },
-    };
-    for (const TEntry& entry : entries) {
-        TFormAction& action =
-            FActions.Add(QString::fromLatin1(entry.Caption), CommandIcon(QString::fromLatin1(entry.Icon)),
-                entry.Execute, [this, rule = entry.Rule] { return rule(CommandState()); });
-        action.Action()->setShortcut(entry.Shortcut);
-        FControls.dxRibbon1->AddButton(QString::fromLatin1(entry.Group), action);
-        if (entry.Toggle != nullptr) {
-            action.SetCheckable(true);
-            *entry.Toggle = &action;
-        }
-    }
+    addButton("Project", "&Add Project", "add-project", QKeySequence::New, MayAddProject,
+        [this] { aAddProjectExecute(); });
+    addButton("Project", "&Save Changes", "save", QKeySequence::Save, MaySave, [this] { FTable.Post(); });
+    addButton(
+        "Project", "&Cancel Changes", "cancel", Qt::CTRL | Qt::Key_R, MaySave, [this] { FTable.Cancel(); });
+    addButton("Project", "&Delete Project", "delete-project", Qt::CTRL | Qt::SHIFT | Qt::Key_Delete,
+        MayDeleteProject, [this] { FTable.Delete(); });
+    addButton("Load Images", "&Icon Image", "icon-image", Qt::CTRL | Qt::Key_I, MayStart,
+        [this] { FIntake.Choose(FIntake.Icon); });
+    addButton("Load Images", "&Launch Image", "launch-image", Qt::CTRL | Qt::Key_L, MayStart,
+        [this] { FIntake.Choose(FIntake.Splash); });
+    addButton("General", "&Help", "help", {}, MayStart, [this] { btnHelpClick(); });
+    btnPickColor = addButton("General", "&Pick Color", "pick-color", Qt::CTRL | Qt::Key_P, MayStart,
+        [this] { btnPickColorClick(); });
+    btnPickColor->defaultAction()->setCheckable(true);
+    addButton("General", "Del All I&mages", "delete-all", {}, MayClear, [this] { aClearExecute(); });
+    addButton(
+        "General", "Check &for Update", "check-update", {}, MayStart, [this] { btnCheckUpdatesClick(); });
+    addButton(
+        "Output", "&Generate", "generate", Qt::CTRL | Qt::Key_G, MayGenerate, [this] { aGenerateExecute(); });
+    addButton("Output", "&Update Project", "update-project", Qt::CTRL | Qt::SHIFT | Qt::Key_G,
+        MayUpdateProject, [this] { aProjectExecute(); });
 
-    // F1 tells about the window; the button of the same caption opens the contents.
-    TFormAction& aF1Help = FActions.Add(
-        QStringLiteral("Help"), {}, [this] { aF1HelpExecute(); },
-        [this] { return MayStart(CommandState()); });
-    aF1Help.Action()->setShortcut(Qt::Key_F1);
-    addAction(aF1Help.Action());
+    // F1 opens the page about this window. The Help button opens the contents.
+    addAction(AddCommand(u"Help"_s, {}, Qt::Key_F1, MayStart, [this] { aF1HelpExecute(); }));
 }
 
 void TMainForm::Connect()
 {
-    const auto guarded = [this](auto method) {
-        return [this, method](auto&&... arguments) { Guarded([&] { (this->*method)(arguments...); }); };
-    };
-    FTable.SetDeleteConfirmation([this] { return FPrompts.Confirm(QStringLiteral("Delete Project?")); });
-    connect(FControls.cbProjects, &TProjectLookup::ValueChosen, this, guarded(&TMainForm::ProjectChosen));
+    FTable.SetDeleteConfirmation([this] { return FPrompts.Confirm(u"Delete Project?"_s); });
+    connect(FControls.cbProjects, &TProjectLookup::ValueChosen, this,
+        [this](qint64 id) { Guarded([&] { FTable.LocateByID(id); }); });
     connect(FControls.btnRemoveIcon, &QToolButton::clicked, this,
-        [this] { Guarded([this] { FIntake.RemoveIcon(); }); });
+        [this] { Guarded([this] { FIntake.Remove(FIntake.Icon); }); });
     connect(FControls.btnRemoveSplash, &QToolButton::clicked, this,
-        [this] { Guarded([this] { FIntake.RemoveSplash(); }); });
+        [this] { Guarded([this] { FIntake.Remove(FIntake.Splash); }); });
     connect(FControls.ImageEnViewIcon, &TImageView::FileDropped, this,
-        [this](const QString& file) { Guarded([&] { FIntake.TakeIcon(file); }); });
+        [this](const QString& file) { Guarded([&] { FIntake.Take(FIntake.Icon, file); }); });
     connect(FControls.ImageEnViewSplash, &TImageView::FileDropped, this,
-        [this](const QString& file) { Guarded([&] { FIntake.TakeSplash(file); }); });
+        [this](const QString& file) { Guarded([&] { FIntake.Take(FIntake.Splash, file); }); });
     connect(&FPicker, &TColorPicker::Previewed, FControls.cbBackground, &TColorBox::ShowColor);
-    connect(&FPicker, &TColorPicker::PickModeEnded, this, [this] { btnPickColor->SetChecked(false); });
-    connect(&FPicker, &TColorPicker::Picked, this, guarded(&TMainForm::Picked));
+    connect(&FPicker, &TColorPicker::PickModeEnded, this, [this] { btnPickColor->setChecked(false); });
+    connect(&FPicker, &TColorPicker::Picked, this,
+        [this](int color) { Guarded([&] { FTable.SetField(TField::PickColor, color); }); });
 }
 
 void TMainForm::ShowVersion()
 {
-    // The file version has four parts; users know three of them.
+    // The file version has four numbers, but releases are known by the first three.
     QString version = FileVersion();
     version.chop(2);
-    setWindowTitle(QStringLiteral("%1 (%2)").arg(DesignedCaption, version));
+    setWindowTitle(u"%1 (%2)"_s.arg(DesignedCaption, version));
 }
 
 void TMainForm::ApplyContentColor()
@@ -210,12 +202,11 @@ void TMainForm::TakeContentColor()
 
 void TMainForm::OpenStore()
 {
-    constexpr std::chrono::seconds Patience { 1 }; // the window stands still while the database is locked
-    FStore = std::make_unique<TProjectStore>(FState.OwnFile(ProjectDatabaseName), Patience);
+    FStore = std::make_unique<TProjectStore>(FState.OwnFile(ProjectDatabaseName), DatabasePatience);
     FTable.Open(*FStore);
     connect(&FTable, &TProjectsTable::CurrentChanged, this,
         [this] { Guarded([this] { tblProjectsAfterScroll(); }); });
-    tblProjectsAfterScroll(); // here, where an error ends the start-up, which it could not out of a signal
+    tblProjectsAfterScroll(); // not Guarded() here: an error must end the start-up
 }
 
 void TMainForm::SetUpHelp()
@@ -242,7 +233,7 @@ void TMainForm::AddProject(const QString& projectFile)
 
 void TMainForm::aGenerateExecute()
 {
-    Guarded([this] { FRun.Execute(); }); // an error is shown before the window closes
+    Guarded([this] { FRun.Execute(); }); // guarded here, so that an error is shown before the window closes
     if (FClosesAfterRun)
         close();
 }
@@ -256,13 +247,14 @@ void TMainForm::aProjectExecute()
     }
     TProjectImages images { project.ProjectFile, project.OutputFolder, {} };
     for (const TGenRec& record : FState.GenList)
-        images.IDs.append(record.ID);
+        images.Images.push_back({ record.ID, ImageFileName(record.ID) });
     ShowWaitCursor();
-    QApplication::processEvents(QEventLoop::ExcludeUserInputEvents); // a double click must not update twice
-    // A project file that cannot be read or written leaves the wait cursor, as users of this command know it,
-    // until the next update or run has come to its end.
-    const TUpdateResult result = UpdateProject(
-        images, { FState.BackupFolder, QDateTime::currentDateTime(), TBackupPolicy::BestEffort });
+    QApplication::processEvents(QEventLoop::ExcludeUserInputEvents); // a second click must not update twice
+    // If this throws, the wait cursor stays until the next update or run ends. Older releases did the same,
+    // so this is on purpose.
+    TBackups backups(FState.BackupFolder, FState.OwnFile(ProjectDatabaseName), DatabasePatience);
+    const TUpdateResult result =
+        UpdateProject(images, { backups, QDateTime::currentDateTime(), TBackupPolicy::BestEffort });
     ShowNormalCursor();
     FPrompts.Inform(result.ClosingMessage());
 }
@@ -272,22 +264,21 @@ void TMainForm::aClearExecute()
     const QString folder = FTable.Current().OutputFolder;
     if (!FolderExists(folder))
         return;
-    if (!FPrompts.Confirm(
-            QStringLiteral("This will delete all images in folder %1 Do you wish to proceed?").arg(folder)))
+    if (!FPrompts.Confirm(u"This will delete all images in folder %1 Do you wish to proceed?"_s.arg(folder)))
         return;
     const int count = DeleteFilesByMask(folder, AllFilesMask);
     FControls.MView->Clear();
-    FPrompts.Inform(QStringLiteral("%1 Images Deleted").arg(count));
+    FPrompts.Inform(u"%1 Images Deleted"_s.arg(count));
 }
 
 void TMainForm::btnPickColorClick()
 {
-    FPicker.SetPickMode(btnPickColor->IsChecked());
+    FPicker.SetPickMode(btnPickColor->isChecked());
 }
 
 void TMainForm::HelpContext(int topic)
 {
-    if (FState.HelpRouter != nullptr) // not after a start-up that failed before it
+    if (FState.HelpRouter != nullptr)
         FState.HelpRouter->HelpContext(topic);
 }
 
@@ -302,50 +293,12 @@ void TMainForm::btnHelpClick()
         FState.HelpRouter->HelpCommand(THelpRouter::ContentsCommand, 0);
 }
 
-// The update's log and downloads go to the current folder, which stays the program's own afterwards.
+// The program folder becomes the current folder and stays so. The update itself uses full paths.
 void TMainForm::btnCheckUpdatesClick()
 {
     QDir::setCurrent(FState.ProgramFolder);
     if (FCheckForUpdates(this, QDir::cleanPath(FState.ProgramFolder)))
-        QApplication::closeAllWindows(); // as a user would: the settings are saved
-}
-
-void TMainForm::Picked(int color)
-{
-    FTable.SetField(TField::PickColor, color);
-}
-
-// Choosing the project that is current already does nothing.
-void TMainForm::ProjectChosen(qint64 id)
-{
-    FTable.LocateByID(id);
-}
-
-void TMainForm::BuildGenList()
-{
-    const TProject project = ProjectAsShown();
-    FState.GenList.clear(); // also if there can be no new one
-    FState.GenList = Corvadine::BuildGenList(
-        PlatformsOf(project), TwoxSizeOf(project), FControls.ImageEnViewSplash->Image().size());
-}
-
-TOutputRenderer TMainForm::TakeJob() const
-{
-    TRenderSources sources { std::make_shared<TRenderSource>(FControls.ImageEnViewIcon->Image()), nullptr };
-    if (!FControls.ImageEnViewSplash->IsEmpty())
-        sources.Launch = std::make_shared<TRenderSource>(FControls.ImageEnViewSplash->Image());
-    return { std::move(sources), JobOf(ProjectAsShown()).Settings };
-}
-
-// The options count as the editors show them: a colour that was only previewed, or a slider not left yet.
-TProject TMainForm::ProjectAsShown() const
-{
-    TProject project = FTable.Current();
-    if (FControls.cbBackground->HasValue())
-        project.PickColor = FControls.cbBackground->Value();
-    project.Compression = FControls.cbCompression->Value();
-    project.TwoxSize = FControls.cb2xWidth->Value();
-    return project;
+        QApplication::closeAllWindows(); // closing the window saves the settings
 }
 
 void TMainForm::tblProjectsAfterScroll()
@@ -353,7 +306,7 @@ void TMainForm::tblProjectsAfterScroll()
     FIntake.ShowCurrentProject();
 }
 
-// The command-line program may have written to the same database while the user was away.
+// Reads the database again. The command-line program may have changed it while another window was active.
 void TMainForm::FollowOtherPrograms()
 {
     FHasMissedActivation = false;
@@ -361,26 +314,34 @@ void TMainForm::FollowOtherPrograms()
     try {
         FTable.Refresh();
     } catch (const TError&) {
-        return; // locked, for instance; the user has asked for nothing, and next time it may be readable
+        return; // no message: the database may be locked only at this moment
     }
     const TProject after = FTable.Current();
-    if (after.ID != before.ID) // the table has announced it; who looks now must not think it the old one
+    if (after.ID != before.ID) // CurrentChanged has updated the rest; the lookup does not follow rows
         FControls.cbProjects->SetValue(FTable.IsEmpty() ? std::nullopt : std::optional<qint64>(after.ID));
     else if (ShowsOtherImages(before, after))
         Guarded([this] { FIntake.ShowCurrentProject(); });
 }
 
-// Every command and handler runs in here: an error that nobody else handles shows its own text.
-void TMainForm::Guarded(const std::function<void()>& action)
+// Runs a command or handler. Shows the text of an error, because exceptions must not pass through Qt. Returns
+// whether there was no error. If the window became active meanwhile, then reads the database again.
+bool TMainForm::Guarded(const std::function<void()>& action)
 {
+    bool hasSucceeded = false;
     ++FGuardedDepth;
-    RunReporting(action, [this](const QString& text) { FPrompts.ShowError(text); });
+    try {
+        action();
+        hasSucceeded = true;
+    } catch (const std::exception& error) {
+        FPrompts.ShowError(QString::fromUtf8(error.what()));
+    }
     --FGuardedDepth;
     if (FHasMissedActivation && isVisible() && !IsBusy())
         FollowOtherPrograms();
+    return hasSucceeded;
 }
 
-// Whether a command is under way or a dialog open, over which no row may change.
+// Whether a command is under way or a dialog is open. The current row must not change during either.
 bool TMainForm::IsBusy() const
 {
     return FGuardedDepth > 0 || QApplication::activeModalWidget() != nullptr;
@@ -403,30 +364,26 @@ TCommandState TMainForm::CommandState() const
     };
 }
 
+// Enables the commands by their rules, and the editors' groups while there is a current row.
 void TMainForm::UpdateCommands()
 {
-    aGenerateUpdate();
-    FActions.UpdateAll();
-}
-
-// The editors' groups follow the table together with the command whose options they hold.
-void TMainForm::aGenerateUpdate()
-{
-    FControls.layGroupPlatforms->setEnabled(!FTable.IsEmpty());
-    for (TCaptionGroup* group :
-        { FControls.layGroupProjectOptions, FControls.layGroupCurrentProject, FControls.layGroupFilter })
-        group->setEnabled(FControls.layGroupPlatforms->isEnabled());
+    const TCommandState state = CommandState();
+    for (const auto& [action, rule] : FCommands)
+        action->setEnabled(rule(state));
+    for (TCaptionGroup* group : { FControls.layGroupPlatforms, FControls.layGroupProjectOptions,
+             FControls.layGroupCurrentProject, FControls.layGroupFilter })
+        group->setEnabled(state.HasRow);
 }
 
 void TMainForm::closeEvent(QCloseEvent* event)
 {
     FClosesAfterRun = FState.Running;
     if (FClosesAfterRun)
-        FRun.Stop(); // after the image it is at
+        FRun.Stop(); // the run ends after this image; aGenerateExecute() then closes the window
     event->setAccepted(!FClosesAfterRun);
 }
 
-// The user may change between light and dark, or the projects from elsewhere, while the program runs.
+// The desktop may change between light and dark, and other programs may change the database, at any time.
 void TMainForm::changeEvent(QEvent* event)
 {
     QMainWindow::changeEvent(event);
@@ -439,7 +396,7 @@ void TMainForm::changeEvent(QEvent* event)
     }
 }
 
-// As a copy: a move would let the file manager delete its file.
+// Only a copy is accepted: after a move the file manager would delete the file.
 void TMainForm::dragEnterEvent(QDragEnterEvent* event)
 {
     if (!MayAddProject(CommandState()) || DraggedProjectFile(*event->mimeData()).isEmpty())

@@ -1,16 +1,15 @@
 #pragma once
 
 #include "app/CommandRules.h"
-#include "app/FormAction.h"
 #include "app/MainControls.h"
 #include "app/MainState.h"
 #include "app/SourceIntake.h"
 #include "app/WindowRun.h"
 #include "app/WindowSettings.h"
 #include "app/WindowUpdate.h"
-#include "images/ColorPicker.h"
 #include "store/ProjectStore.h"
 #include "store/ProjectsTable.h"
+#include "widgets/ColorPicker.h"
 
 #include <QMainWindow>
 
@@ -24,8 +23,8 @@ namespace Corvadine {
 class TPrompts;
 
 // The program's window: the ribbon, the editors of the current project, its two source images, and the
-// thumbnails of its output folder. It composes smaller parts and connects them; what they may do is decided
-// in CommandRules.h, SourceIntake.h, WindowRun.h and the libraries below.
+// thumbnails of its output folder. The window makes its parts and connects them. The rules are elsewhere:
+// CommandRules.h, SourceIntake.h, WindowRun.h and the libraries.
 class TMainForm : public QMainWindow {
     Q_OBJECT
 
@@ -33,21 +32,17 @@ public:
     // All of the program's own files lie in `programFolder`. `prompts` must outlive the window.
     TMainForm(const QString& programFolder, TPrompts& prompts);
 
-    // Saves the settings, closes the table and the database; edits that have not been saved are lost.
+    // Saves the settings and closes the table and the database. Edits that are not saved are lost.
     ~TMainForm() override;
 
-    // Brings up the store, the settings and the first project, step by step; an error is shown and ends the
-    // list. Call once.
+    // Opens the store, reads the settings, shows the remembered project or else the first, and sets up the
+    // help. An error is shown and ends the start-up. Call this once.
     void StartUp();
 
-    // Rebuilds the generation list from what the editors and the launch view show. Throws TError when an
-    // option has no value.
-    void BuildGenList();
-
-    // Opens the help at a numbered topic; does nothing when there is no help to be had.
+    // Opens the help at a numbered topic. Does nothing if the start-up ended before the help was set up.
     void HelpContext(int topic);
 
-    // For tests, in place of CheckForUpdates().
+    // Makes the window call `check` in place of CheckForUpdates(), so that tests need no network.
     void SetUpdateCheck(std::function<bool(QWidget*, const QString&)> check)
     {
         FCheckForUpdates = std::move(check);
@@ -64,6 +59,8 @@ protected:
     void dropEvent(QDropEvent* event) override;
 
 private:
+    QAction* AddCommand(const QString& caption, const QIcon& icon, const QKeySequence& shortcut,
+        TCommandRule rule, const std::function<void()>& execute);
     void MakeCommands();
     void Connect();
 
@@ -76,7 +73,6 @@ private:
     void aAddProjectExecute();
     void AddProject(const QString& projectFile);
     void aGenerateExecute();
-    void aGenerateUpdate();
     void aProjectExecute();
     void aClearExecute();
     void aF1HelpExecute();
@@ -85,27 +81,27 @@ private:
     void btnCheckUpdatesClick();
     void tblProjectsAfterScroll();
     void FollowOtherPrograms();
-    void ProjectChosen(qint64 id);
-    void Picked(int color);
 
-    TOutputRenderer TakeJob() const;
-    TProject ProjectAsShown() const;
     TCommandState CommandState() const;
     void UpdateCommands();
-    void Guarded(const std::function<void()>& action);
+    bool Guarded(const std::function<void()>& action);
     bool IsBusy() const;
 
     TPrompts& FPrompts;
-    TMainState FState;
     bool FClosesAfterRun = false;
-    int FGuardedDepth = 0;             // how many commands and handlers are under way
-    bool FHasMissedActivation = false; // it came while a command was under way
+    int FGuardedDepth = 0;             // number of Guarded() calls under way
+    bool FHasMissedActivation = false; // the window became active while IsBusy()
     std::function<bool(QWidget*, const QString&)> FCheckForUpdates = CheckForUpdates;
     std::unique_ptr<TProjectStore> FStore;
     TProjectsTable FTable;
     TMainControls FControls;
-    TFormActions FActions;
-    TFormAction* btnPickColor = nullptr;
+    TMainState FState;
+    struct TCommand {
+        QAction* Action;
+        TCommandRule Rule;
+    };
+    std::vector<TCommand> FCommands;
+    QToolButton* btnPickColor = nullptr;
     TSourceIntake FIntake;
     TWindowRun FRun;
     TWindowSettings FSettings;

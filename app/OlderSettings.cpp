@@ -7,7 +7,7 @@ namespace Corvadine {
 
 namespace {
 
-// Blanks and control characters at both ends.
+// Returns `text` without the blanks and control characters at both ends.
 QString Trimmed(const QString& text)
 {
     qsizetype first = 0;
@@ -23,7 +23,7 @@ QString Trimmed(const QString& text)
 
 void AppendOlderProject(TProjectsTable& table, const TSettingsFile& settings)
 {
-    constexpr int InvalidColor = -1; // not the white of a new project: that release meant "none"
+    constexpr int InvalidColor = -1; // the default of the older release, which meant "no color"
     table.Append();
     table.SetField(TField::ProjectFile, Trimmed(settings.Text("ProjectFile")));
     table.SetField(TField::IconImageName, settings.Text("BaseImage"));

@@ -5,8 +5,8 @@ namespace Corvadine {
 class TProjectsTable;
 class TSettingsFile;
 
-// The older release kept its one project in its settings file. Appends that project to the table and leaves
-// it unposted. REQUIRES: settings.HasSection(); the table is open. Throws what the table throws.
+// Appends to the table the one project that the older release kept in its settings file. Does not save the
+// new row. Throws what the table throws. REQUIRES: settings.HasSection(); the table is open.
 void AppendOlderProject(TProjectsTable& table, const TSettingsFile& settings);
 
 } // namespace Corvadine

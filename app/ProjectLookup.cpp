@@ -1,11 +1,11 @@
 #include "app/ProjectLookup.h"
 
 #include "store/ProjectsTable.h"
+#include "widgets/DropDownFrame.h"
 
 #include <QAbstractItemView>
 #include <QMouseEvent>
 #include <QPainter>
-#include <QScreen>
 #include <QScrollBar>
 #include <QStyleOption>
 #include <QStylePainter>
@@ -19,13 +19,13 @@ namespace {
 
 constexpr int GripSide = 14;
 constexpr int TextMargin = 4;
-constexpr int MinimumCharacters = 20; // the box itself may be narrow, as it cuts what it shows
+constexpr int MinimumCharacters = 20; // the box may be narrower than a path, which is then shortened
 constexpr QSize SmallestList(120, 48);
 
 } // namespace
 
-// The corner by which a drop-down list is sized. Window managers do not size windows of this kind, and Qt's
-// own grip leaves it to them.
+// The corner for sizing a drop-down list. QSizeGrip does not work here: it asks the window manager to size
+// the window, but window managers do not size drop-down windows.
 class TListGrip : public QWidget {
 public:
     explicit TListGrip(QWidget* list) : QWidget(list)
@@ -34,7 +34,7 @@ public:
         setCursor(Qt::SizeFDiagCursor);
     }
 
-    // Whether the user has ever sized the list.
+    // Whether the user has sized the list.
     bool WasUsed() const { return FWasUsed; }
 
 protected:
@@ -49,7 +49,7 @@ protected:
         window()->resize((FSizeAtStart + QSize(way.x(), way.y())).expandedTo(SmallestList));
         FWasUsed = true;
     }
-    void mouseReleaseEvent(QMouseEvent*) override { } // the list would take it for a click beside it
+    void mouseReleaseEvent(QMouseEvent*) override { } // otherwise the list gets the event and closes
     void paintEvent(QPaintEvent*) override
     {
         QPainter painter(this);
@@ -70,16 +70,16 @@ TProjectLookup::TProjectLookup(TProjectsTable& table, QWidget* parent) : QComboB
     setSizeAdjustPolicy(AdjustToMinimumContentsLengthWithIcon);
     setMinimumContentsLength(MinimumCharacters);
     view()->setTextElideMode(Qt::ElideMiddle);
-    auto* belowScrollBar = new QWidget(this); // so that it ends above the grip
+    auto* belowScrollBar = new QWidget(this); // so that the scroll bar ends above the grip
     belowScrollBar->setFixedSize(GripSide, GripSide);
     view()->addScrollBarWidget(belowScrollBar, Qt::AlignBottom);
     FGrip = new TListGrip(List());
     List()->installEventFilter(this);
-    setFocusPolicy(Qt::StrongFocus); // none from the mouse wheel
+    setFocusPolicy(Qt::StrongFocus); // the mouse wheel must not move the focus here
 
     connect(&table, &TProjectsTable::RowsChanged, this, &TProjectLookup::ReadRows);
     connect(&table, &TProjectsTable::StateChanged, this, [this] {
-        if (!FTable.IsOpen()) // closing announces no change of the rows
+        if (!FTable.IsOpen()) // Close() does not emit RowsChanged
             ReadRows();
     });
     connect(this, &QComboBox::activated, this, [this] {
@@ -102,17 +102,14 @@ void TProjectLookup::SetValue(std::optional<qint64> value)
 
 void TProjectLookup::showPopup()
 {
-    const QSize sizeBefore = List()->size();
+    QSize size = List()->size();
     QComboBox::showPopup();
-    const QRect screen = this->screen()->availableGeometry();
-    const int fittingWidth = view()->sizeHintForColumn(0) + view()->verticalScrollBar()->sizeHint().width()
-        + List()->width() - view()->viewport()->width();
-    QSize size =
-        FGrip->WasUsed() ? sizeBefore : QSize(std::max(List()->width(), fittingWidth), List()->height());
-    List()->resize(size.boundedTo(screen.size()));
-    const int overhang = List()->geometry().right() - screen.right();
-    if (overhang > 0)
-        List()->move(List()->x() - overhang, List()->y());
+    if (!FGrip->WasUsed()) {
+        const int fittingWidth = view()->sizeHintForColumn(0)
+            + view()->verticalScrollBar()->sizeHint().width() + List()->width() - view()->viewport()->width();
+        size = QSize(std::max(List()->width(), fittingWidth), List()->height());
+    }
+    List()->setGeometry(DropDownPlace(*this, size));
 }
 
 bool TProjectLookup::eventFilter(QObject* watched, QEvent* event)
@@ -131,7 +128,7 @@ void TProjectLookup::paintEvent(QPaintEvent*)
     initStyleOption(&option);
     const QRect area =
         style()->subControlRect(QStyle::CC_ComboBox, &option, QStyle::SC_ComboBoxEditField, this);
-    // A path says most at its ends.
+    // Cuts the middle, because paths differ most at their beginnings and ends.
     option.currentText = fontMetrics().elidedText(FText, Qt::ElideMiddle, area.width() - TextMargin);
     painter.drawComplexControl(QStyle::CC_ComboBox, option);
     painter.drawControl(QStyle::CE_ComboBoxLabel, option);
@@ -139,11 +136,10 @@ void TProjectLookup::paintEvent(QPaintEvent*)
 
 void TProjectLookup::wheelEvent(QWheelEvent* event)
 {
-    // Whoever scrolls past the box does not mean to change to another project.
-    event->ignore();
+    event->ignore(); // scrolling over the box must not change to another project
 }
 
-// The window of the drop-down.
+// The window that contains the drop-down list.
 QWidget* TProjectLookup::List() const
 {
     return view()->parentWidget();
@@ -157,7 +153,7 @@ void TProjectLookup::ReadRows()
     ShowSelected();
 }
 
-// Without such a row the text stays as it was.
+// Keeps the text if no row has the ID FValue. So a deleted project stays shown.
 void TProjectLookup::ShowSelected()
 {
     setCurrentIndex(FValue ? findData(QVariant::fromValue<qlonglong>(*FValue)) : -1);

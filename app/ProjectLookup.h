@@ -9,31 +9,29 @@ namespace Corvadine {
 class TListGrip;
 class TProjectsTable;
 
-// The drop-down that lists the project file of every saved row; it can be sized by its lower right corner.
-// Its value is a project's ID. It is not bound to the current row: only the user and SetValue() change the
-// value, so after a delete, for instance, it still shows the text it had. Following the value with the
-// current row is the owner's part.
+// The drop-down that lists the project file of every saved row. The user can size the list at its lower right
+// corner. The value is the ID of a project. Only the user and SetValue() change the value: it does not follow
+// the current row, and a deleted project stays shown. The owner must make the chosen project current.
 class TProjectLookup : public QComboBox {
     Q_OBJECT
 
 public:
-    // `table` must outlive it.
+    // `table` must outlive this object.
     explicit TProjectLookup(TProjectsTable& table, QWidget* parent = nullptr);
 
-    std::optional<qint64> Value() const { return FValue; }
-
-    // Shows the row with this ID, nothing if there is none, and announces a value that has changed to an ID.
+    // Shows the project with the ID `value`, or nothing if there is no such row. Emits ValueChosen() if
+    // `value` is an ID and differs from the former value.
     void SetValue(std::optional<qint64> value);
 
-    // The whole text that it shows, which may be cut in the middle.
+    // The whole text of the box, even if the box paints it without its middle.
     const QString& Text() const { return FText; }
 
     void showPopup() override;
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 signals:
-    // The value is now `id`, set by SetValue() or chosen from the list; choosing what it is already announces
-    // it again.
+    // SetValue() has changed the value to `id`, or the user has chosen `id` from the list. The signal also
+    // comes when the user chooses the present value.
     void ValueChosen(qint64 id);
 
 protected:

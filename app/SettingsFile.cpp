@@ -6,7 +6,8 @@
 
 #include <QStringConverter>
 
-// UTF-8 goes in and comes out, so no converter is needed; the code of the templates is wanted here.
+// The library needs no converter: it gets only UTF-8, because Decoded() converts the file first.
+// SI_IMPLEMENTATION makes this file contain the code of the library.
 #define SI_NO_CONVERSION
 #define SI_IMPLEMENTATION
 #include <SimpleIni.h>
@@ -19,7 +20,7 @@ namespace {
 
 constexpr const char* Section = "Corvadine";
 
-// The file's text whatever program of this kind wrote it.
+// Decodes the file by its byte order mark, otherwise as UTF-8, otherwise from the 8-bit code page.
 QString Decoded(const QByteArray& bytes)
 {
     if (const auto marked = QStringConverter::encodingForData(bytes))
@@ -32,14 +33,14 @@ QString Decoded(const QByteArray& bytes)
 } // namespace
 
 struct TSettingsFile::TIni {
-    CSimpleIniA Values { true }; // UTF-8; the case of section and keys does not count
+    CSimpleIniA Values { true }; // UTF-8; this type ignores upper and lower case in names
 };
 
 TSettingsFile::TSettingsFile(const QString& path) : FPath(path), FIni(std::make_unique<TIni>())
 {
     if (!FileExists(path))
         return;
-    const QByteArray utf8 = Decoded(ReadFile(path, QStringLiteral("read the settings file"))).toUtf8();
+    const QByteArray utf8 = Decoded(ReadFile(path, u"read the settings file"_s)).toUtf8();
     FIni->Values.LoadData(utf8.constData(), static_cast<std::size_t>(utf8.size()));
 }
 

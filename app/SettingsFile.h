@@ -6,33 +6,34 @@
 
 namespace Corvadine {
 
-// A settings file: "key=value" lines under "[section]" lines, of which this program uses the section
-// "Corvadine". Values are raw text: a backslash is a backslash, quotes belong to the value; blanks around it
-// do not count. Reads UTF-8, UTF-16 with a byte order mark, and files in the system's 8-bit code page; writes
-// UTF-8. What the file holds beside our keys is kept.
+// A settings file: "key=value" lines below "[section]" lines. This class uses only the section "Corvadine"
+// and keeps the rest of the file. Values are raw text: backslashes and quotes have no meaning, and blanks
+// around a value do not count. Reads UTF-8, UTF-16 with a byte order mark, and the system's 8-bit code
+// page. Writes UTF-8.
 class TSettingsFile {
 public:
-    // Reads `path`; a missing file is an empty one, and lines that make no sense are passed over. Throws
-    // TError(Io) for a file that cannot be read.
+    // Reads `path`. A missing file counts as empty, and lines without a meaning are skipped. Throws
+    // TError(Io) if the file cannot be read.
     explicit TSettingsFile(const QString& path);
     ~TSettingsFile();
     TSettingsFile(const TSettingsFile&) = delete;
     TSettingsFile& operator=(const TSettingsFile&) = delete;
 
-    // Whether the section is there, even if it is empty.
+    // Whether the section exists, even if it is empty.
     bool HasSection() const;
 
+    // The value of `key`, or `missing` if the file does not have the key.
     QString Text(const char* key, const QString& missing = {}) const;
-    // A value that is no integer counts as missing.
+    // `missing` also stands for a value that is no integer.
     int Integer(const char* key, int missing) const;
-    // Written as 0 or 1; "true", "yes" and the like are understood.
+    // Reads 1, "true", "yes" and "on" as true, and 0, "false", "no" and "off" as false.
     bool Boolean(const char* key, bool missing) const;
 
-    // New keys are appended in the order of these calls.
+    // Sets a value in memory. New keys come last in the file, in the order of the calls.
     void SetText(const char* key, const QString& value);
     void SetInteger(const char* key, int value);
 
-    // Replaces the file in one step. Throws TError(Io).
+    // Replaces the file in one step: a crash leaves the old file or the new one. Throws TError(Io).
     void Save() const;
 
 private:

@@ -4,98 +4,71 @@
 #include "base/Files.h"
 #include "base/PathRules.h"
 #include "dialogs/Prompts.h"
-#include "images/ImageView.h"
-#include "images/ThumbnailView.h"
 #include "store/ProjectsTable.h"
-
-#include <utility>
+#include "widgets/ImageView.h"
+#include "widgets/ThumbnailView.h"
 
 namespace Corvadine {
 
-TSourceIntake::TSourceIntake(TParts parts) : FParts(std::move(parts)) { }
-
-void TSourceIntake::ChooseIcon()
+TSourceIntake::TSourceIntake(TMainState& state)
+    : Icon { TField::IconImageName, *state.Controls.ImageEnViewIcon }
+    , Splash { TField::SplashImageName, *state.Controls.ImageEnViewSplash }
+    , FState(state)
 {
-    Choose(TField::IconImageName, FParts.Icon);
 }
 
-void TSourceIntake::ChooseSplash()
+void TSourceIntake::Choose(const TSource& source)
 {
-    Choose(TField::SplashImageName, FParts.Splash);
-}
-
-void TSourceIntake::TakeIcon(const QString& file)
-{
-    Take(TField::IconImageName, FParts.Icon, file);
-}
-
-void TSourceIntake::TakeSplash(const QString& file)
-{
-    Take(TField::SplashImageName, FParts.Splash, file);
-}
-
-void TSourceIntake::RemoveIcon()
-{
-    Remove(TField::IconImageName, FParts.Icon);
-}
-
-void TSourceIntake::RemoveSplash()
-{
-    Remove(TField::SplashImageName, FParts.Splash);
-}
-
-void TSourceIntake::Choose(TField field, TImageView& view)
-{
-    const TProject project = FParts.Table.Current();
-    const QString folder = FolderOf(FieldValue(project, field).toString());
+    const TProject project = FState.Table.Current();
+    const QString folder = FolderOf(FieldValue(project, source.Field).toString());
     const QString start = FolderExists(folder) ? folder : FolderOf(project.ProjectFile);
-    if (const auto file = FParts.Prompts.ChooseImage(start))
-        Take(field, view, *file);
+    if (const auto file = FState.Prompts.ChooseImage(start))
+        Take(source, *file);
 }
 
-void TSourceIntake::Take(TField field, TImageView& view, const QString& file)
+void TSourceIntake::Take(const TSource& source, const QString& file)
 {
-    FParts.Table.Edit(); // first: without a project it begins one, which clears the views
-    view.Load(file, TDecoderChoice::ByExtension);
-    FParts.Table.SetField(field, file);
+    FState.Table.Edit(); // before loading: if there is no row, this appends one and clears the views
+    source.View.Load(file, TDecoderChoice::ByExtension);
+    FState.Table.SetField(source.Field, file);
 }
 
-void TSourceIntake::Remove(TField field, TImageView& view)
+void TSourceIntake::Remove(const TSource& source)
 {
-    FParts.Table.SetField(field, QString());
-    view.Clear();
+    FState.Table.SetField(source.Field, QString());
+    source.View.Clear();
 }
 
 void TSourceIntake::ShowCurrentProject()
 {
-    const TProject project = FParts.Table.Current();
-    FParts.Icon.Clear();
-    FParts.Splash.Clear();
-    if (FileExists(project.IconImageName))
-        FParts.Icon.Load(project.IconImageName, TDecoderChoice::ByContent);
-    if (FileExists(project.SplashImageName))
-        FParts.Splash.Load(project.SplashImageName, TDecoderChoice::ByContent);
+    const TProject project = FState.Table.Current();
+    for (const TSource& source : { Icon, Splash }) {
+        source.View.Clear();
+        const QString file = FieldValue(project, source.Field).toString();
+        if (FileExists(file))
+            source.View.Load(file, TDecoderChoice::ByContent);
+    }
     ShowOutputs(project.OutputFolder);
 }
 
-// A folder that is shown already, or that is missing, leaves thumbnails and FilesGenerated as they are, even
-// if a project without a folder has cleared the thumbnails in between.
+// Shows the images in `folder`; an empty path clears the thumbnails. Nothing changes if the folder is missing
+// or is LastOutputFolder, even if the thumbnails were cleared since then.
 void TSourceIntake::ShowOutputs(const QString& folder)
 {
-    TMainState& state = FParts.State;
+    TThumbnailView& thumbnails = *FState.Controls.MView;
     if (folder.isEmpty()) {
-        FParts.ThumbnailsReplaced();
-        FParts.MView.Clear();
-        state.FilesGenerated = false;
-    } else if (folder != state.LastOutputFolder && FolderExists(folder)) {
-        state.LastOutputFolder = folder;
-        FParts.ThumbnailsReplaced();
-        const bool hasImages = FParts.MView.Fill(folder);
-        state.FilesGenerated = false;
+        FState.RunIsShown = false;
+        thumbnails.Clear();
+        FState.FilesGenerated = false;
+    } else if (folder != FState.LastOutputFolder && FolderExists(folder)) {
+        FState.LastOutputFolder = folder;
+        FState.RunIsShown = false;
+        const bool hasImages = thumbnails.Fill(folder);
+        FState.FilesGenerated = false; // stays false if BuildGenList() throws
         if (hasImages) {
-            FParts.BuildGenList(); // may fail; the list of another project must not count as this one's
-            state.FilesGenerated = true;
-            FParts.MView.SelectFirst();
+            FState.BuildGenList();
+            FState.FilesGenerated = true;
+            thumbnails.SelectFirst();
         }
     }
 }

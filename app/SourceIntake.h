@@ -4,55 +4,43 @@
 
 #include <QString>
 
-#include <functional>
-
 namespace Corvadine {
 
 class TImageView;
-class TProjectsTable;
-class TPrompts;
-class TThumbnailView;
 struct TMainState;
 
-// The two source images of the current project: chosen, dropped, removed, and shown together with the images
-// of its output folder when another project becomes current. Chosen and removed images are pending changes of
-// the row.
+// The two source images of the current project. The user can choose, drop and remove them; a change waits in
+// the row until the row is saved. When another project becomes current, its source images and the images in
+// its output folder are shown.
 class TSourceIntake {
 public:
-    struct TParts {
-        TProjectsTable& Table;
-        TImageView& Icon;
-        TImageView& Splash;
-        TThumbnailView& MView;
-        TPrompts& Prompts;
-        TMainState& State;
-        std::function<void()> ThumbnailsReplaced; // the thumbnails are about to be another folder's, or none
-        std::function<void()> BuildGenList;
+    // One source image: the field that has its path, and the view that shows it.
+    struct TSource {
+        TField Field;
+        TImageView& View;
     };
 
-    explicit TSourceIntake(TParts parts);
+    // `state` must outlive this object.
+    explicit TSourceIntake(TMainState& state);
 
-    // Asks for a file, starting in the folder of the present one, or else beside the project file; a file
-    // that does not decode is taken all the same.
-    void ChooseIcon();
-    void ChooseSplash();
+    const TSource Icon;
+    const TSource Splash;
 
-    // Takes `file` as if it had been chosen.
-    void TakeIcon(const QString& file);
-    void TakeSplash(const QString& file);
+    // Asks the user for a file and passes it to Take(). The picker opens in the folder of the present source
+    // image. If that folder is missing, the picker opens in the folder of the project file.
+    void Choose(const TSource& source);
 
-    void RemoveIcon();
-    void RemoveSplash();
+    // Makes `file` the source image, even if the file does not decode.
+    void Take(const TSource& source, const QString& file);
+
+    void Remove(const TSource& source);
 
     void ShowCurrentProject();
 
 private:
-    void Choose(TField field, TImageView& view);
-    void Take(TField field, TImageView& view, const QString& file);
-    void Remove(TField field, TImageView& view);
     void ShowOutputs(const QString& folder);
 
-    TParts FParts;
+    TMainState& FState;
 };
 
 } // namespace Corvadine

@@ -14,8 +14,8 @@ namespace Corvadine {
 
 namespace {
 
-// A remembered screen may be gone, and a file may hold anything: enough of the window must stay in reach to
-// be dragged back.
+// Moves `bounds` onto the primary screen if too little of the title bar is visible to drag the window. The
+// remembered screen may be gone, and the settings file may contain any numbers.
 QRect OnSomeScreen(QRect bounds, QSize smallest)
 {
     bounds.setSize(bounds.size().expandedTo(smallest));
@@ -33,8 +33,8 @@ QRect OnSomeScreen(QRect bounds, QSize smallest)
     return bounds;
 }
 
-// Gives a window that is not shown yet the bounds of its frame. How much of them the frame takes is known
-// when the native window is there, on Windows, or has been framed by the window manager, on X11.
+// Gives a window that is not shown yet a size that includes its frame. The margins of the frame are known
+// only later: on Windows when the native window exists, on X11 when the window manager has framed it.
 class TFrameFitter : public QObject {
 public:
     TFrameFitter(QWidget& window, const QRect& bounds)
@@ -74,8 +74,8 @@ private:
 
 TWindowPlacement ReadPlacement(const TSettingsFile& settings)
 {
-    const int state = settings.Integer("WindowsState", TWindowPlacement::Maximised);
-    // A file may hold anything; a rectangle of numbers beyond these would overflow.
+    const int state = settings.Integer("WindowsState", TWindowPlacement::Maximized);
+    // The settings file may contain any numbers. Numbers beyond these limits could overflow in QRect.
     constexpr int MostCoordinate = 32767;
     constexpr int MostSide = 16384;
     const auto coordinate = [&](const char* key) {
@@ -100,21 +100,21 @@ void WritePlacement(TSettingsFile& settings, const TWindowPlacement& placement)
 
 TWindowPlacement PlacementOf(const QWidget& window)
 {
-    const int state = window.isMinimized() ? TWindowPlacement::Minimised
-        : window.isMaximized()             ? TWindowPlacement::Maximised
+    const int state = window.isMinimized() ? TWindowPlacement::Minimized
+        : window.isMaximized()             ? TWindowPlacement::Maximized
                                            : TWindowPlacement::Normal;
     return { state, QRect(window.pos(), window.frameGeometry().size()) };
 }
 
 void Place(QWidget& window, const TWindowPlacement& placement)
 {
-    if (placement.State == TWindowPlacement::Minimised || placement.State == TWindowPlacement::Maximised)
+    if (placement.State == TWindowPlacement::Minimized || placement.State == TWindowPlacement::Maximized)
         window.setWindowState(window.windowState() | Qt::WindowMaximized);
     else
         new TFrameFitter(window, OnSomeScreen(placement.Bounds, window.minimumSizeHint()));
 }
 
-void Centre(QWidget& window)
+void Center(QWidget& window)
 {
     const QRect home = QGuiApplication::primaryScreen()->availableGeometry();
     const QPoint corner = home.center() - window.rect().center();

@@ -8,12 +8,12 @@ namespace Corvadine {
 
 class TSettingsFile;
 
-// Where the window stood when its settings were saved, its frame included.
+// The position, size and state of the window when its settings were saved.
 struct TWindowPlacement {
-    enum TState { Normal = 0, Minimised = 1, Maximised = 2 };
+    enum TState { Normal = 0, Minimized = 1, Maximized = 2 };
 
-    int State = Maximised;
-    QRect Bounds; // pixels of the screen, as they were at the moment, also while maximised
+    int State = Maximized;
+    QRect Bounds; // with the frame; on the screen, in device-independent pixels
 };
 
 TWindowPlacement ReadPlacement(const TSettingsFile& settings);
@@ -21,12 +21,13 @@ void WritePlacement(TSettingsFile& settings, const TWindowPlacement& placement);
 
 TWindowPlacement PlacementOf(const QWidget& window);
 
-// Restores the window: minimised comes back maximised; bounds that lie off every screen are moved onto one.
-// Where the system frames a window only as it is shown, its size follows then.
+// Restores the window's placement. A minimized window comes back maximized. A window that would lie outside
+// of every screen is moved onto the primary screen. The width of the frame may be known only after the window
+// is shown; the size is then corrected.
 void Place(QWidget& window, const TWindowPlacement& placement);
 
-// Puts the window, at the size it has, in the middle of the primary screen; a larger one begins at its
-// corner.
-void Centre(QWidget& window);
+// Centers the window on the primary screen without changing its size. A window larger than the screen starts
+// at the corner of the screen.
+void Center(QWidget& window);
 
 } // namespace Corvadine

@@ -1,18 +1,19 @@
 #include "app/WindowRun.h"
 
 #include "app/MainState.h"
-#include "app/WaitCursor.h"
 #include "base/Error.h"
 #include "base/Files.h"
 #include "dialogs/Prompts.h"
-#include "images/ThumbnailView.h"
+#include "store/ProjectsTable.h"
+#include "widgets/Ribbon.h"
+#include "widgets/ThumbnailView.h"
+#include "widgets/WaitCursor.h"
 
 #include <QApplication>
 #include <QProgressBar>
 #include <QScopeGuard>
 
 #include <algorithm>
-#include <utility>
 
 namespace Corvadine {
 
@@ -23,100 +24,97 @@ bool EnsureFolder(const QString& folder)
     try {
         CreateFolder(folder);
     } catch (const TError&) {
-        return false; // the caller's own message says it
+        return false; // the caller shows a message of its own
     }
     return FolderExists(folder);
 }
 
 } // namespace
 
-TWindowRun::TWindowRun(TParts parts) : FParts(std::move(parts)) { }
-
 void TWindowRun::Execute()
 {
-    if (!EnsureFolder(FParts.OutputFolder())) {
-        FParts.Prompts.ShowError(QStringLiteral("The Output Folder does not exist!"));
+    if (!EnsureFolder(FState.Table.Current().OutputFolder)) {
+        FState.Prompts.ShowError(u"The Output Folder does not exist!"_s);
         return;
     }
     FStopped = false;
-    FLeft = false;
-    FParts.State.Running = true;
+    FState.RunIsShown = true;
+    FState.Running = true;
     ShowWaitCursor();
-    FParts.Ribbon.setEnabled(false);
+    FState.Controls.dxRibbon1->setEnabled(false);
     const auto restore = qScopeGuard([this] {
         ShowNormalCursor();
-        FParts.Ribbon.setEnabled(true);
-        FParts.State.Running = false;
+        FState.Controls.dxRibbon1->setEnabled(true);
+        FState.Running = false;
     });
     GenerateAll();
 }
 
 void TWindowRun::GenerateAll()
 {
-    FParts.MView.Clear();
-    // Taken before anything is processed: from here on the user may choose another project.
-    TOutputRenderer renderer = FParts.TakeJob();
-    FParts.BuildGenList();
-    const std::vector<TGenRec> list = FParts.State.GenList;
+    TThumbnailView& thumbnails = *FState.Controls.MView;
+    QProgressBar& progress = *FState.Controls.PB;
+    thumbnails.Clear();
+    // The job is taken before the first event is handled, because the user may then choose another project.
+    TOutputRenderer renderer = FState.TakeJob();
+    FState.BuildGenList();
+    const int steps = static_cast<int>(FState.GenList.size()); // without the Windows icon
     QApplication::processEvents();
-    if (!FLeft)
-        FParts.MView.Clear();
-    FParts.PB.setRange(0, std::max(static_cast<int>(list.size()), 1)); // an empty range would mean "busy"
-    FParts.PB.setValue(0);
-    for (const TGenRec& record : list) {
-        GenerateImage(renderer, record);
-        FParts.PB.setValue(FParts.PB.value() + 1);
-        FParts.PB.repaint();
+    if (FState.RunIsShown)
+        thumbnails.Clear();
+    progress.setRange(0, std::max(steps, 1)); // QProgressBar shows an empty range as "busy"
+    progress.setValue(0);
+    for (const TOutput& output : renderer.Outputs()) {
+        if (output.Kind == TOutputKind::MainIcon) {
+            GenerateMainIcon(renderer, output);
+            continue;
+        }
+        GenerateImage(renderer, output);
+        progress.setValue(progress.value() + 1);
+        progress.repaint();
         QApplication::processEvents();
         if (FStopped)
             return;
     }
-    if (renderer.Settings().Platforms.Windows)
-        GenerateMainIcon(renderer);
-    if (FLeft)
-        ShowAfterReturn(renderer.Settings(), list);
-    else
+    if (FState.RunIsShown)
         FinishView();
+    else
+        ShowAfterReturn(renderer);
 }
 
 void TWindowRun::FinishView()
 {
-    FParts.MView.SelectFirst();
-    FParts.State.FilesGenerated = true;
+    FState.Controls.MView->SelectFirst();
+    FState.FilesGenerated = true;
 }
 
-// Who looked at another project and came back before the end saw only what there was by then. The generation
-// list is the run's again, as it would be had they stayed.
-void TWindowRun::ShowAfterReturn(const TGenSettings& settings, const std::vector<TGenRec>& list)
+// Completes the view if the user has chosen another project during the run and then the run's project again.
+// The thumbnails may lack files, and GenList may belong to the other project, so both are built again.
+void TWindowRun::ShowAfterReturn(const TOutputRenderer& renderer)
 {
-    if (FParts.OutputFolder() != settings.OutputFolder)
+    const QString& folder = renderer.Job().OutputFolder;
+    if (FState.Table.Current().OutputFolder != folder)
         return;
-    FParts.State.GenList = list;
-    if (settings.Platforms.Windows)
-        FParts.State.GenList.push_back(MainIconEntry());
-    FParts.State.LastOutputFolder = settings.OutputFolder;
-    FParts.MView.Fill(settings.OutputFolder);
+    FState.GenList.clear();
+    for (const TOutput& output : renderer.Outputs())
+        FState.GenList.push_back(output.Record());
+    FState.LastOutputFolder = folder;
+    FState.Controls.MView->Fill(folder);
     FinishView();
 }
 
-void TWindowRun::GenerateImage(TOutputRenderer& renderer, const TGenRec& record)
+void TWindowRun::GenerateImage(TOutputRenderer& renderer, const TOutput& output, const QString& info)
 {
-    Write(renderer, record, {});
+    WriteFileAtomically(output.Path, renderer.Render(output));
+    if (FState.RunIsShown)
+        FState.Controls.MView->Append(output.Path, info);
 }
 
-void TWindowRun::GenerateMainIcon(TOutputRenderer& renderer)
+void TWindowRun::GenerateMainIcon(TOutputRenderer& renderer, const TOutput& output)
 {
-    Write(renderer, MainIconEntry(), QStringLiteral("Max 512 x 512"));
-    if (!FLeft)
-        FParts.State.GenList.push_back(MainIconEntry());
-}
-
-void TWindowRun::Write(TOutputRenderer& renderer, const TGenRec& record, const QString& info)
-{
-    const QString path = OutputPath(renderer.Settings(), record);
-    WriteFileAtomically(path, renderer.Render(record));
-    if (!FLeft)
-        FParts.MView.Append(path, info);
+    GenerateImage(renderer, output, u"Max 512 x 512"_s);
+    if (FState.RunIsShown)
+        FState.GenList.push_back(output.Record());
 }
 
 } // namespace Corvadine

@@ -1,61 +1,38 @@
 #pragma once
 
-#include "generate/OutputRenderer.h"
-
 #include <QString>
-
-#include <functional>
-#include <vector>
-
-class QProgressBar;
-class QWidget;
 
 namespace Corvadine {
 
-class TPrompts;
-class TThumbnailView;
+class TOutputRenderer;
 struct TMainState;
+struct TOutput;
 
-// The generation run of the window: one output after the other on the window's own thread, each shown as soon
-// as it is written; the window stays alive in between. What is rendered, from what and into which folder is
-// fixed at the start. Files written before a failure stay.
+// The generation run of the window. It renders one output after the other on the window's own thread. It
+// shows each output as soon as the file is written, and handles events between two outputs. Settings, sources
+// and output folder are fixed at the start. Files written before a failure stay.
 class TWindowRun {
 public:
-    struct TParts {
-        TThumbnailView& MView;
-        QProgressBar& PB;
-        QWidget& Ribbon;
-        TPrompts& Prompts;
-        TMainState& State;
-        std::function<QString()> OutputFolder; // the current project's
-        std::function<void()> BuildGenList;
-        // Settings and sources of the current project as the window shows them. May throw TError.
-        std::function<TOutputRenderer()> TakeJob;
-    };
+    // `state` must outlive this object.
+    explicit TWindowRun(TMainState& state) : FState(state) { }
 
-    explicit TWindowRun(TParts parts);
-
-    // Generates into the current project's output folder. Throws TError for whatever fails once that is
-    // there; cursor and ribbon are restored then too.
+    // Generates into the current project's output folder, and creates the folder if it is missing. If that
+    // fails, shows a message and returns. Throws TError for any later failure. Always restores the cursor
+    // and the ribbon.
     void Execute();
 
-    // Ends the run under way after the output it is at.
+    // Ends the run after the output that is being rendered.
     void Stop() { FStopped = true; }
-
-    // The thumbnails become another project's: the run goes on, but adds no more to them.
-    void Leave() { FLeft = true; }
 
 private:
     void GenerateAll();
+    void ShowAfterReturn(const TOutputRenderer& renderer);
     void FinishView();
-    void ShowAfterReturn(const TGenSettings& settings, const std::vector<TGenRec>& list);
-    void GenerateImage(TOutputRenderer& renderer, const TGenRec& record);
-    void GenerateMainIcon(TOutputRenderer& renderer);
-    void Write(TOutputRenderer& renderer, const TGenRec& record, const QString& info);
+    void GenerateImage(TOutputRenderer& renderer, const TOutput& output, const QString& info = {});
+    void GenerateMainIcon(TOutputRenderer& renderer, const TOutput& output);
 
-    TParts FParts;
+    TMainState& FState;
     bool FStopped = false;
-    bool FLeft = false;
 };
 
 } // namespace Corvadine

@@ -12,51 +12,49 @@
 
 namespace Corvadine {
 
-TWindowSettings::TWindowSettings(TParts parts) : FParts(parts) { }
-
 void TWindowSettings::Read()
 {
-    const QString older = FParts.State.OwnFile("Corvadine.ini");
-    FParts.State.MyIniFileName = FParts.State.OwnFile("CorvadineBase.ini");
+    const QString older = FState.OwnFile("Corvadine.ini");
+    FState.MyIniFileName = FState.OwnFile("CorvadineBase.ini");
     if (FileExists(older)) {
         ImportOlder(TSettingsFile(older));
         QFile::remove(older);
-        Save(); // so that the new file is there from now on
+        Save(); // otherwise a crash would lose the settings
         return;
     }
-    const TSettingsFile settings(FParts.State.MyIniFileName);
+    const TSettingsFile settings(FState.MyIniFileName);
     if (settings.HasSection()) {
         FRememberedProject = settings.Text("ProjectFile");
-        Place(FParts.Window, ReadPlacement(settings));
+        Place(FWindow, ReadPlacement(settings));
     }
 }
 
-// A row that cannot be saved stays as it is, and so does the older file: the next start tries again.
+// If the row cannot be saved, the older file stays and the next start tries again.
 void TWindowSettings::ImportOlder(const TSettingsFile& settings)
 {
     if (!settings.HasSection())
         return;
-    AppendOlderProject(FParts.Table, settings);
-    FRememberedProject = FParts.Table.Current().ProjectFile;
-    Place(FParts.Window, ReadPlacement(settings));
-    FParts.Table.Post();
+    AppendOlderProject(FState.Table, settings);
+    FRememberedProject = FState.Table.Current().ProjectFile;
+    Place(FWindow, ReadPlacement(settings));
+    FState.Table.Post();
 }
 
 void TWindowSettings::ReopenProject()
 {
     if (!FileExists(FRememberedProject))
         return;
-    if (const auto id = FParts.Table.LookupByProjectFile(FRememberedProject))
-        FParts.Lookup.SetValue(*id);
+    if (const auto id = FState.Table.LookupByProjectFile(FRememberedProject))
+        FState.Controls.cbProjects->SetValue(*id);
 }
 
 void TWindowSettings::Save() const
 {
-    if (FParts.State.MyIniFileName.isEmpty())
-        return; // the start-up has failed before it came to them
-    TSettingsFile settings(FParts.State.MyIniFileName);
-    settings.SetText("ProjectFile", FParts.Table.Current().ProjectFile);
-    WritePlacement(settings, PlacementOf(FParts.Window));
+    if (FState.MyIniFileName.isEmpty())
+        return; // the start-up failed before Read()
+    TSettingsFile settings(FState.MyIniFileName);
+    settings.SetText("ProjectFile", FState.Table.Current().ProjectFile);
+    WritePlacement(settings, PlacementOf(FWindow));
     settings.Save();
 }
 

@@ -6,38 +6,31 @@ class QWidget;
 
 namespace Corvadine {
 
-class TProjectLookup;
-class TProjectsTable;
 class TSettingsFile;
 struct TMainState;
 
-// What the window remembers from one run of the program to the next, in a file in the program folder: where
-// it stood, and which project was current.
+// Keeps the window's placement and current project for the next start, in a file in the program folder.
 class TWindowSettings {
 public:
-    struct TParts {
-        QWidget& Window;
-        TProjectsTable& Table;
-        TProjectLookup& Lookup;
-        TMainState& State; // gets MyIniFileName
-    };
+    // `window` and `state` must outlive this object.
+    TWindowSettings(QWidget& window, TMainState& state) : FWindow(window), FState(state) { }
 
-    explicit TWindowSettings(TParts parts);
-
-    // Places the window as the file says. The file of the older release, if there is one, is taken instead:
-    // its project is added to the table, and it is deleted once that has been saved. Throws TError.
+    // Sets MyIniFileName, reads that settings file, and places the window accordingly. If the settings file
+    // of the older release exists, reads the older file instead: adds its project to the table, saves the
+    // row, and then deletes the older file. Throws TError.
     void Read();
 
-    // Makes the remembered project current if its file and its row are still there.
+    // Makes the remembered project current if its file and its row still exist.
     void ReopenProject();
 
-    // Writes the file as things stand; does nothing before Read(). Throws TError(Io).
+    // Writes the settings file. Does nothing before Read(). Throws TError(Io).
     void Save() const;
 
 private:
     void ImportOlder(const TSettingsFile& settings);
 
-    TParts FParts;
+    QWidget& FWindow;
+    TMainState& FState;
     QString FRememberedProject;
 };
 

@@ -1,22 +1,23 @@
 #include "app/WindowUpdate.h"
 
-#include "support/ExecutableResource.h"
-#include "support/InstallPlatform.h"
-#include "support/UpdateEngine.h"
-#include "support/UpdateHandOver.h"
-#include "support/UpdateWizard.h"
+#include "base/Literals.h"
+#include "support/update/ExecutableResource.h"
+#include "support/update/UpdateEngine.h"
+#include "support/update/UpdateHandOver.h"
+#include "support/update/UpdateWizard.h"
+#include "support/update/rules/InstallPlatform.h"
 
 namespace Corvadine {
 
-// Engine and wizard exist only while the wizard is shown.
 bool CheckForUpdates(QWidget* window, const QString& programFolder)
 {
-    TUpdateEngine webUpdate(LoadUpdateSettings(programFolder));
-    webUpdate.setObjectName(QStringLiteral("WebUpdate1"));
+    const TUpdateFolder folder(programFolder);
+    TUpdateEngine webUpdate(LoadUpdateSettings(folder));
+    webUpdate.setObjectName(u"WebUpdate1"_s);
     const QString executable = RunningExecutable();
-    const auto startHelper = [&] { StartHelper(ExecutableResource("UPD"), programFolder, executable); };
+    const auto startHelper = [&] { StartHelper(ExecutableResource("UPD"), folder, executable); };
     TUpdateWizard wizard({ webUpdate, executable, startHelper }, window);
-    wizard.setObjectName(QStringLiteral("WebUpdateWizard1"));
+    wizard.setObjectName(u"WebUpdateWizard1"_s);
     wizard.exec();
     return wizard.EndsProgram();
 }

@@ -6,8 +6,9 @@ class QWidget;
 
 namespace Corvadine {
 
-// Shows the update wizard over `window`, for the program in `programFolder`, and returns when it is closed:
-// true when an update waits for the program to end. Throws TError when the update's settings make no sense.
+// Shows the update wizard over `window` for the program in `programFolder`, until the wizard is closed.
+// Returns true if an update is ready and waits for the program to end; the caller must then end the program.
+// Throws TError if the update's settings are invalid.
 bool CheckForUpdates(QWidget* window, const QString& programFolder);
 
 } // namespace Corvadine

@@ -1,58 +1,58 @@
-#include "app/Icons.h"
 #include "app/MainFrm.h"
-#include "app/Theme.h"
 #include "base/Error.h"
 #include "base/Platform.h"
 #include "dialogs/WidgetPrompts.h"
-#include "support/InstallPlatform.h"
-#include "support/UpdateHelper.h"
-#include "support/UpdateInstaller.h"
+#include "support/update/rules/InstallPlatform.h"
+#include "support/update/rules/UpdateInstaller.h"
+#include "widgets/Icons.h"
+#include "widgets/Theme.h"
 
 #include <QApplication>
 #include <QFileInfo>
 
+using namespace Corvadine;
+
 namespace {
 
-// What the window has to say before it opens, and whether it may.
+// The result of RecoverInterruptedUpdate().
 struct TUpdateNews {
-    QString Text;
-    bool MustEnd = false;
+    QString Text;         // a message to show; empty if there is none
+    bool MustEnd = false; // the program must end after the message
 };
 
-// Before anything else is loaded, since it may be of the update that was cut off. The program starts all the
-// same when it fails: what it needs may well be whole.
+// Runs before the program loads other files, because an interrupted update may have left old ones. If the
+// recovery fails, the program starts all the same, because its own files may be intact.
 TUpdateNews RecoverInterruptedUpdate()
 {
-    const QString programFolder = QFileInfo(Corvadine::RunningExecutable()).path();
+    const TUpdateFolder folder(QFileInfo(RunningExecutable()).path());
     try {
-        if (Corvadine::RecoverUpdate(programFolder) == Corvadine::TRecovery::BeingInstalled)
-            return { QStringLiteral(
-                         "An update of Corvadine is being installed. If Corvadine does not start by "
-                         "itself, please start it again in a minute."),
+        if (RecoverUpdate(folder) == TRecovery::BeingInstalled)
+            return { u"An update of Corvadine is being installed. If Corvadine does not start by "
+                     "itself, please start it again in a minute."_s,
                 true };
-    } catch (const Corvadine::TError& error) {
+    } catch (const TError& error) {
         return { error.Text(), false };
     }
-    return { Corvadine::TakeHelperReport(programFolder), false };
+    return { folder.TakeReport(), false };
 }
 
 } // namespace
 
 int main(int argc, char** argv)
 {
-    Corvadine::PrepareProcess();
+    PrepareProcess();
     const TUpdateNews news = RecoverInterruptedUpdate();
     QApplication application(argc, argv);
-    QApplication::setApplicationName(QStringLiteral("FMX Corvadine"));
+    QApplication::setApplicationName(u"FMX Corvadine"_s);
     QApplication::setApplicationDisplayName(QString());
-    Corvadine::ApplyTheme(application);
-    QApplication::setWindowIcon(Corvadine::ApplicationIcon());
-    Corvadine::TWidgetPrompts prompts;
+    ApplyTheme(application);
+    QApplication::setWindowIcon(ApplicationIcon());
+    TWidgetPrompts prompts;
     if (!news.Text.isEmpty())
         prompts.Inform(news.Text);
     if (news.MustEnd)
         return 0;
-    Corvadine::TMainForm form(QApplication::applicationDirPath(), prompts);
+    TMainForm form(QApplication::applicationDirPath(), prompts);
     prompts.SetWindow(&form);
     prompts.SetHelp([&form](int topic) { form.HelpContext(topic); });
     form.StartUp();

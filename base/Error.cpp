@@ -8,14 +8,14 @@ TError::TError(TErrorKind kind, const QString& text)
 }
 
 TError::TError(TErrorKind kind, const QString& attempt, const QString& file, const QString& reason)
-    : TError(kind, QStringLiteral("Cannot %1 %2: %3").arg(attempt, file, reason))
+    : TError(kind, u"Cannot %1 %2: %3"_s.arg(attempt, file, reason))
 {
     FReason = reason;
 }
 
 QString SystemErrorText(const std::error_code& error)
 {
-    // Qt knows the text as Unicode; the standard library has it in whatever code page is the system's.
+    // Qt gives the text in Unicode; the standard library gives it in the code page of the system.
     const bool isSystems = error.category() == std::system_category();
     QString text =
         (isSystems ? qt_error_string(error.value()) : QString::fromStdString(error.message())).trimmed();

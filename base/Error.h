@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/Literals.h"
+
 #include <QString>
 
 #include <stdexcept>
@@ -7,18 +9,16 @@
 
 namespace Corvadine {
 
-// What went wrong, for the program; people read the text.
+// Tells code what went wrong. Users read the text.
 enum class TErrorKind {
-    NotFound, // a file, folder or project that was named does not exist
-    BadInput, // it exists but its content cannot be used
-    Io,       // the operating system refused to read or write
-    Database, // the project database refused
-    Conflict, // somebody else changed what we were about to replace
+    Io,       // a file, a folder or the database is missing, or cannot be read or written
+    BadInput, // it can be read, but its content cannot be used
+    Conflict, // another program changed what we were about to replace
     Usage,    // the caller asked for something that makes no sense
 };
 
-// The one exception type of this project. Its text is a single sentence that says what was attempted,
-// on which file, and the reason; it is shown to the user as it stands.
+// The one exception type of this project. Its text is a single sentence: what was attempted, on which file,
+// and the reason. It is shown to the user unchanged.
 class TError : public std::runtime_error {
 public:
     TError(TErrorKind kind, const QString& text);
@@ -29,7 +29,8 @@ public:
     TErrorKind Kind() const { return FKind; }
     QString Text() const { return QString::fromUtf8(what()); }
 
-    // The last of the parts, for callers that name the file themselves; the whole text where there are none.
+    // The `reason` of the second constructor, for callers that name the file themselves. After the first
+    // constructor: the whole text.
     const QString& Reason() const { return FReason; }
 
 private:
@@ -37,8 +38,8 @@ private:
     QString FReason;
 };
 
-// The operating system's text for `error`, without a final full stop. Of std::system_category() are the
-// numbers that its own calls give (errno, or Windows' GetLastError()), of std::generic_category() those of
+// The operating system's text for `error`, without a final full stop. Use std::system_category() for numbers
+// of the system's own calls (errno, or GetLastError() on Windows), and std::generic_category() for those of
 // the C library.
 QString SystemErrorText(const std::error_code& error);
 

@@ -29,17 +29,15 @@ public:
             throw Failure();
     }
 
-    // One of the texts in the first language that the resource has.
+    // The text called `name` in the first language of the resource.
     QString Text(const char* name) const
     {
         struct TTranslation {
             WORD Language;
             WORD CodePage;
         };
-        const auto* first =
-            static_cast<const TTranslation*>(Value(QStringLiteral("\\VarFileInfo\\Translation")));
-        const QString path = QStringLiteral("\\StringFileInfo\\%1%2\\%3")
-                                 .arg(first->Language, 4, 16, QLatin1Char('0'))
+        const auto* first = static_cast<const TTranslation*>(Value(u"\\VarFileInfo\\Translation"_s));
+        const QString path = u"\\StringFileInfo\\%1%2\\%3"_s.arg(first->Language, 4, 16, QLatin1Char('0'))
                                  .arg(first->CodePage, 4, 16, QLatin1Char('0'))
                                  .arg(QLatin1String(name));
         return QString::fromWCharArray(static_cast<const wchar_t*>(Value(path)));
@@ -58,7 +56,7 @@ private:
     TError Failure() const
     {
         const std::error_code error(static_cast<int>(::GetLastError()), std::system_category());
-        return { TErrorKind::Io, QStringLiteral("read the version of"), FFile, SystemErrorText(error) };
+        return { TErrorKind::Io, u"read the version of"_s, FFile, SystemErrorText(error) };
     }
 
     QString FFile;

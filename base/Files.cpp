@@ -26,12 +26,11 @@ void OpenForReading(QFile& file, const QString& attempt)
 {
     const QFileInfo info(file.fileName());
     if (!info.exists())
-        throw TError(
-            TErrorKind::NotFound, attempt, file.fileName(), QStringLiteral("the file does not exist"));
+        throw TError(TErrorKind::Io, attempt, file.fileName(), u"the file does not exist"_s);
     if (info.isDir())
-        throw TError(TErrorKind::Io, attempt, file.fileName(), QStringLiteral("it is a folder"));
-    if (!info.isFile()) // opening a pipe would wait until somebody writes to it
-        throw TError(TErrorKind::Io, attempt, file.fileName(), QStringLiteral("it is not a regular file"));
+        throw TError(TErrorKind::Io, attempt, file.fileName(), u"it is a folder"_s);
+    if (!info.isFile()) // opening a pipe would wait until another program writes to it
+        throw TError(TErrorKind::Io, attempt, file.fileName(), u"it is not a regular file"_s);
     if (!file.open(QIODevice::ReadOnly))
         throw TError(TErrorKind::Io, attempt, file.fileName(), file.errorString());
 }
@@ -51,7 +50,8 @@ void WriteFileAtomically(const QString& path, const QByteArray& bytes)
     TStagedFile(path, bytes).Commit();
 }
 
-// By hand: what Qt and the standard library have for this walks into junctions and empties what they lead to.
+// Not QDir::removeRecursively() or std::filesystem::remove_all(): they follow junctions and empty the folders
+// behind them.
 std::error_code RemoveTree(const QString& path)
 {
     const QFileInfo info(path);
@@ -71,18 +71,18 @@ std::error_code RemoveTree(const QString& path)
 
 void CreateFolder(const QString& path)
 {
-    const QString attempt = QStringLiteral("create the folder");
+    const QString attempt = u"create the folder"_s;
     if (FolderExists(path))
         return;
     if (FileExists(path))
-        throw TError(TErrorKind::Io, attempt, path, QStringLiteral("a file of that name is in the way"));
+        throw TError(TErrorKind::Io, attempt, path, u"a file of that name is in the way"_s);
     const std::error_code error = MakeFolders(path);
     if (!FolderExists(path))
         throw TError(TErrorKind::Io, attempt, path,
-            error ? SystemErrorText(error) : QStringLiteral("it cannot be found afterwards"));
+            error ? SystemErrorText(error) : u"it cannot be found afterwards"_s);
 }
 
-// The folder and its parents as far as none exists, the deepest first.
+// The folder and those of its parents that do not exist, the deepest first.
 static QStringList MissingFolders(const QString& path)
 {
     QStringList missing;
@@ -90,7 +90,7 @@ static QStringList MissingFolders(const QString& path)
     while (!QFileInfo::exists(folder)) {
         missing.append(folder);
         const QString parent = QFileInfo(folder).path();
-        if (parent == folder) // the root of a drive that is not there
+        if (parent == folder) // the root of a missing drive
             break;
         folder = parent;
     }

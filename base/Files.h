@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/Literals.h"
+
 #include <QByteArray>
 #include <QString>
 #include <QStringList>
@@ -10,13 +12,13 @@ class QFile;
 
 namespace Corvadine {
 
-// Whether `path` names an existing file; a folder counts as none. Links are followed.
+// Whether `path` names an existing file. Returns false for a folder. Follows links.
 bool FileExists(const QString& path);
 
 bool FolderExists(const QString& path);
 
-// Opens the file whose name `file` has for reading. `attempt` opens the message: "read the project file".
-// Throws TError: NotFound for a missing file, Io for a folder, a pipe or whatever the system refuses.
+// Opens `file` for reading. An error text begins with `attempt`: "read the project file". Throws TError(Io)
+// for a missing file, a folder, a pipe, or when the system refuses.
 void OpenForReading(QFile& file, const QString& attempt);
 
 // The whole content of a file. Throws as OpenForReading does.
@@ -25,18 +27,18 @@ QByteArray ReadFile(const QString& path, const QString& attempt);
 // Replaces or creates `path` with `bytes` in one step (see TStagedFile). Throws TError(Io).
 void WriteFileAtomically(const QString& path, const QByteArray& bytes);
 
-// Removes the file or folder `path` with all that is in it, what is marked read-only too; of a link (on
-// Windows also a junction) the link alone. Does nothing if there is no such thing. Goes on after a failure;
-// returns the first one.
+// Removes the file or the folder `path` with everything in it, also what is marked read-only. Of a link (on
+// Windows also of a junction) only the link is removed, not its target. Does nothing if `path` does not
+// exist. Goes on after a failure, and returns the first one.
 std::error_code RemoveTree(const QString& path);
 
-// Creates `path` with every missing parent; does nothing if it is there. Throws TError(Io), also when a file
-// is in the way.
+// Creates `path` with every missing parent; does nothing if it exists. Throws TError(Io), also when a file
+// has that name.
 void CreateFolder(const QString& path);
 
-// A folder for the duration of a job that may fail: created with its missing parents by the constructor (as
-// CreateFolder does), and those that it created removed again by the destructor, or when the constructor
-// throws, if they are still empty.
+// A folder for a job that may fail. The constructor creates it with its missing parents, as CreateFolder
+// does. The destructor removes those new folders that are still empty, so a failed job leaves none behind. If
+// the constructor throws, it has removed them already.
 class TNewFolder {
 public:
     explicit TNewFolder(const QString& path);

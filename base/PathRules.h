@@ -1,14 +1,16 @@
 #pragma once
 
+#include "base/Literals.h"
+
 #include <QString>
 
-// Rules on the text of paths; nothing here looks at the disk. Both separators count on every system, since
-// project files and databases move between them; a colon counts after a drive letter only.
+// Rules on the text of paths; nothing here looks at the disk. Both '/' and '\' separate on every system,
+// since project files and databases move between systems. A colon separates only after a drive letter.
 namespace Corvadine {
 
 bool IsPathDelimiter(QChar character);
 
-// Whether `path` begins at a root: with a delimiter, or with a drive and a delimiter.
+// Whether `path` begins with a delimiter, or with a drive and a delimiter.
 bool IsFullPath(const QString& path);
 
 // `folder` with the system's own delimiter appended unless it ends in one; an empty text stays empty.
@@ -23,8 +25,8 @@ QString FolderOf(const QString& path);
 // From the last full stop of the file name to its end, the stop included; empty if it has none.
 QString ExtensionOf(const QString& path);
 
-// Whether the extension of `path` equals `upperExtension` (".DPROJ") once a to z are raised; other letters
-// are compared as they are.
+// Whether the extension of `path` equals `upperExtension` (".DPROJ") after a to z are changed to A to Z.
+// Other letters are not changed.
 bool HasExtension(const QString& path, const QString& upperExtension);
 
 } // namespace Corvadine

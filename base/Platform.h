@@ -5,16 +5,18 @@
 // Process-wide matters of the operating system. Files are in StagedFile.h and Files.h.
 namespace Corvadine {
 
-// Call once at the start of main(): a write past a file-size limit then fails with an error that we report,
-// instead of ending the process.
+// Prepares signals and standard streams; call once at the start of main(). A write past a file-size limit
+// then fails with an error, which we report, instead of ending the process. On Windows the standard streams
+// then print UTF-8 and keep LF.
 void PrepareProcess();
 
-// Takes the error stream for the program's own lines: returns a new stream to where it led, and sends
-// whatever else is printed there to nowhere. Image decoders print there what they think of a bad file, past
-// every hook. Null, and nothing has changed, if the system refuses.
+// Keeps the error stream for the program's own lines. Returns a new stream to the same place, and discards
+// everything else that is printed to stderr: image decoders print their complaints there, and cannot be told
+// not to. Returns null, with nothing changed, if the system refuses.
 std::FILE* TakeErrorStream();
 
-// Whether diagnostics go to a person's terminal, so that progress may be drawn there.
-bool ErrorStreamIsTerminal(); // ask before the stream is taken
+// Whether the error stream is a terminal, so that progress can be drawn there. REQUIRES: TakeErrorStream()
+// has not been called.
+bool ErrorStreamIsTerminal();
 
 } // namespace Corvadine

@@ -12,14 +12,14 @@ namespace Corvadine {
 
 namespace {
 
-UINT ConsoleCodePage = 0; // as we found it; 0 without a console
+UINT ConsoleCodePage = 0; // of the time before we changed it; 0 without a console
 
 void RestoreConsole()
 {
     ::SetConsoleOutputCP(ConsoleCodePage);
 }
 
-// A new stream to where `handle` leads; programs that we start do not get it. Null if the system refuses.
+// A new stream to the file of `handle`; programs that we start do not inherit it. Null if the system refuses.
 std::FILE* StreamTo(HANDLE handle)
 {
     const HANDLE process = ::GetCurrentProcess();
@@ -36,11 +36,11 @@ std::FILE* StreamTo(HANDLE handle)
 
 void PrepareProcess()
 {
-    // The C library's streams would turn LF into CR LF; what we print is the same on every system.
+    // In text mode the C library would print CR LF for LF. Our output is the same on every system.
     ::_setmode(::_fileno(stdout), _O_BINARY);
     ::_setmode(::_fileno(stderr), _O_BINARY);
 
-    // We print UTF-8. The console is the shell's, too, so it gets its own code page back.
+    // We print UTF-8. The shell uses the same console after us, so its code page is restored.
     ConsoleCodePage = ::GetConsoleOutputCP();
     if (ConsoleCodePage != 0 && ConsoleCodePage != CP_UTF8 && ::SetConsoleOutputCP(CP_UTF8))
         std::atexit(RestoreConsole);
@@ -59,7 +59,7 @@ std::FILE* TakeErrorStream()
 
 bool ErrorStreamIsTerminal()
 {
-    DWORD mode = 0; // _isatty() would also take the null device for a terminal
+    DWORD mode = 0; // _isatty() is true for the null device, too
     return ::GetConsoleMode(::GetStdHandle(STD_ERROR_HANDLE), &mode) != 0;
 }
 

@@ -1,17 +1,24 @@
 #include "base/StagedFile.h"
 
 #include "base/Error.h"
+#include "base/FileAccessPosix.h"
 
 #include <QFile>
 #include <QFileInfo>
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <cstdio>
-#include <cstdlib>
+#include <filesystem>
+#include <map>
+#include <mutex>
+#include <set>
 
 namespace Corvadine {
 
@@ -19,8 +26,7 @@ namespace {
 
 TError WriteError(const QString& path, int errorNumber)
 {
-    return { TErrorKind::Io, QStringLiteral("write"), path,
-        SystemErrorText({ errorNumber, std::system_category() }) };
+    return { TErrorKind::Io, u"write"_s, path, SystemErrorText({ errorNumber, std::system_category() }) };
 }
 
 QByteArray FollowLinks(const QString& path)
@@ -31,8 +37,8 @@ QByteArray FollowLinks(const QString& path)
     return QFile::encodeName(info.isSymLink() ? info.symLinkTarget() : path);
 }
 
-// Renaming over a file needs no permission on the file itself, so a read-only one is refused here by hand.
-// The mode bits are looked at because the superuser is never refused by access().
+// A rename over a file needs no permission on that file, so read-only files are refused here. The mode bits
+// are checked as well, since access() never refuses the superuser.
 void RefuseUnwritableTarget(const QString& path, const QByteArray& target)
 {
     struct stat status { };
@@ -42,7 +48,7 @@ void RefuseUnwritableTarget(const QString& path, const QByteArray& target)
         throw WriteError(path, EISDIR);
     constexpr mode_t AnyoneMayWrite = S_IWUSR | S_IWGRP | S_IWOTH;
     if ((status.st_mode & AnyoneMayWrite) == 0)
-        throw TError(TErrorKind::Io, QStringLiteral("write"), path, QStringLiteral("the file is read-only"));
+        throw TError(TErrorKind::Io, u"write"_s, path, u"the file is read-only"_s);
     if (::access(target.constData(), W_OK) != 0)
         throw WriteError(path, errno);
 }
@@ -55,6 +61,76 @@ QByteArray FolderPart(const QByteArray& target)
 
 constexpr mode_t NewFileMode = 0666; // narrowed by the umask
 
+// A staged file under a name is called TARGET.newPROCESS.COUNT. It is locked from before it has that name
+// until its process ends, so a file of such a name without a lock was left by a process that was killed.
+const QByteArray StagedMark = ".new";
+
+QByteArray StagedName(const QByteArray& target)
+{
+    static std::atomic<int> count = 0;
+    return target + StagedMark + QByteArray::number(::getpid()) + '.' + QByteArray::number(++count);
+}
+
+// Whether `name` is one that StagedName() gives for `target`, with or without its count.
+bool IsStagedName(const QByteArray& name, const QByteArray& target)
+{
+    const QByteArray start = target + StagedMark;
+    return name.startsWith(start) && name.size() > start.size()
+        && std::all_of(name.cbegin() + start.size(), name.cend(),
+            [](char character) { return (character >= '0' && character <= '9') || character == '.'; });
+}
+
+void RemoveUnlessLocked(const QByteArray& file)
+{
+    const int descriptor = ::open(file.constData(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+    if (descriptor < 0)
+        return;
+    struct stat status { };
+    if (::fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode)
+        && ::flock(descriptor, LOCK_EX | LOCK_NB) == 0)
+        ::unlink(file.constData());
+    ::close(descriptor);
+}
+
+// The files in `folder` whose names may be those of staged ones.
+std::vector<QByteArray> StagedFilesIn(const QByteArray& folder)
+{
+    std::vector<QByteArray> files;
+    std::error_code error;
+    for (std::filesystem::directory_iterator entry(folder.constData(), error), end; !error && entry != end;
+         entry.increment(error))
+        if (entry->path().native().find(StagedMark.constData()) != std::string::npos)
+            files.push_back(QByteArray::fromStdString(entry->path().native()));
+    return files;
+}
+
+// Removes the staged files for `target` that killed processes have left. A folder is read once in the life of
+// this process, since many files may be written there.
+void RemoveAbandoned(const QByteArray& target)
+{
+    static std::mutex mutex;
+    static std::map<QByteArray, std::vector<QByteArray>> found;
+    const QByteArray folder = FolderPart(target);
+    const std::lock_guard lock(mutex);
+    auto files = found.find(folder);
+    if (files == found.end())
+        files = found.emplace(folder, StagedFilesIn(folder)).first;
+    for (const QByteArray& file : files->second)
+        if (IsStagedName(file, target))
+            RemoveUnlessLocked(file);
+}
+
+// Makes the names in a folder survive a loss of power. The files are in place by now, so a folder that cannot
+// be synced is no failure.
+void SyncFolder(const QByteArray& folder)
+{
+    const int descriptor = ::open(folder.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (descriptor < 0)
+        return;
+    ::fsync(descriptor);
+    ::close(descriptor);
+}
+
 } // namespace
 
 class TStagedFile::TSystemFile {
@@ -64,15 +140,16 @@ public:
     Q_DISABLE_COPY_MOVE(TSystemFile)
 
     void Stage(const QByteArray& bytes, const QString& original);
-    void Commit();
+    // Gives the file its name. False if `isNew` is asked for and the name is taken.
+    bool PutInPlace(bool isNew);
+    QByteArray Folder() const { return FolderPart(FTarget); }
 
 private:
-    void Create();
-    void CopyAttributesOfTarget();
-    void CopyAccessOf(const QString& original);
+    void Create(mode_t mode);
+    bool LinkAs(const QByteArray& name) const;
     void WriteAndSync(const QByteArray& bytes);
 
-    QString FPath;         // as the caller named it, for messages
+    QString FPath;         // as the caller wrote it, for messages
     QByteArray FTarget;    // the file to replace, links followed, in the file system's encoding
     QByteArray FTemporary; // name of the staged file; empty while it has none
     int FDescriptor = -1;
@@ -89,49 +166,64 @@ TStagedFile::TSystemFile::~TSystemFile()
 void TStagedFile::TSystemFile::Stage(const QByteArray& bytes, const QString& original)
 {
     RefuseUnwritableTarget(FPath, FTarget);
-    Create();
+    RemoveAbandoned(FTarget);
+    // A file that takes over the access of another one is closed to everybody else from the beginning.
+    const bool takesOver = !original.isEmpty() || QFileInfo::exists(QFile::decodeName(FTarget));
+    Create(takesOver ? S_IRUSR | S_IWUSR : NewFileMode);
     if (original.isEmpty())
-        CopyAttributesOfTarget();
+        KeepAccess(FDescriptor, FTarget, FPath);
     else
-        CopyAccessOf(original);
+        CopyAccess(FDescriptor, QFile::encodeName(original), FPath);
     WriteAndSync(bytes);
 }
 
-void TStagedFile::TSystemFile::Create()
+void TStagedFile::TSystemFile::Create(mode_t mode)
 {
 #ifdef O_TMPFILE
-    // A file without a name: killed now, we leave nothing behind.
-    FDescriptor = ::open(FolderPart(FTarget).constData(), O_TMPFILE | O_WRONLY | O_CLOEXEC, NewFileMode);
-    if (FDescriptor >= 0)
-        return;
+    // A file without a name: a process that is killed now leaves nothing behind.
+    FDescriptor = ::open(FolderPart(FTarget).constData(), O_TMPFILE | O_WRONLY | O_CLOEXEC, mode);
 #endif
-    // The file system cannot do that, or the folder is at fault and the next call says so.
-    FTemporary = FTarget + ".XXXXXX";
-    FDescriptor = ::mkostemp(FTemporary.data(), O_CLOEXEC);
+    // Either the file system has no such files, or the folder cannot be written. In that case the next call
+    // gives the reason.
     if (FDescriptor < 0) {
-        FTemporary.clear();
-        throw WriteError(FPath, errno);
+        const QByteArray name = StagedName(FTarget);
+        FDescriptor = ::open(name.constData(), O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, mode);
+        if (FDescriptor < 0)
+            throw WriteError(FPath, errno);
+        FTemporary = name;
     }
-    const mode_t mask = ::umask(0);
-    ::umask(mask);
-    ::fchmod(FDescriptor, NewFileMode & ~mask);
+    // Where the file system has no locks this fails, and RemoveAbandoned() removes nothing there.
+    ::flock(FDescriptor, LOCK_EX | LOCK_NB);
 }
 
-void TStagedFile::TSystemFile::Commit()
+bool TStagedFile::TSystemFile::LinkAs(const QByteArray& name) const
 {
-    if (FTemporary.isEmpty()) {
-        const QByteArray byDescriptor = "/proc/self/fd/" + QByteArray::number(FDescriptor);
-        FTemporary = FTarget + ".new" + QByteArray::number(::getpid());
-        ::unlink(FTemporary.constData());
-        if (::linkat(AT_FDCWD, byDescriptor.constData(), AT_FDCWD, FTemporary.constData(), AT_SYMLINK_FOLLOW)
-            != 0) {
-            FTemporary.clear();
+    const QByteArray source =
+        FTemporary.isEmpty() ? "/proc/self/fd/" + QByteArray::number(FDescriptor) : FTemporary;
+    return ::linkat(AT_FDCWD, source.constData(), AT_FDCWD, name.constData(), AT_SYMLINK_FOLLOW) == 0;
+}
+
+bool TStagedFile::TSystemFile::PutInPlace(bool isNew)
+{
+    // Nothing is left behind by a kill where the name is free, and nothing is replaced.
+    if (FTemporary.isEmpty() || isNew) {
+        if (LinkAs(FTarget))
+            return true;
+        if (errno != EEXIST)
             throw WriteError(FPath, errno);
-        }
+        if (isNew)
+            return false;
+    }
+    if (FTemporary.isEmpty()) {
+        const QByteArray name = StagedName(FTarget);
+        if (!LinkAs(name))
+            throw WriteError(FPath, errno);
+        FTemporary = name;
     }
     if (::rename(FTemporary.constData(), FTarget.constData()) != 0)
         throw WriteError(FPath, errno);
     FTemporary.clear();
+    return true;
 }
 
 void TStagedFile::TSystemFile::WriteAndSync(const QByteArray& bytes)
@@ -151,31 +243,6 @@ void TStagedFile::TSystemFile::WriteAndSync(const QByteArray& bytes)
         throw WriteError(FPath, errno);
 }
 
-void TStagedFile::TSystemFile::CopyAttributesOfTarget()
-{
-    struct stat status { };
-    if (::stat(FTarget.constData(), &status) != 0)
-        return;
-    // Only the superuser may give files away; anybody else writes files of his own anyway.
-    [[maybe_unused]] const int ignored = ::fchown(FDescriptor, status.st_uid, status.st_gid);
-    ::fchmod(FDescriptor, status.st_mode & 07777);
-}
-
-void TStagedFile::TSystemFile::CopyAccessOf(const QString& original)
-{
-    mode_t mode = S_IRUSR;
-    struct stat status { };
-    if (::stat(QFile::encodeName(original).constData(), &status) == 0) {
-        mode = status.st_mode & 0777;
-        const auto giveTo = [&](uid_t owner) { return ::fchown(FDescriptor, owner, status.st_gid) == 0; };
-        constexpr auto SameOwner = static_cast<uid_t>(-1);
-        if (!giveTo(status.st_uid) && !giveTo(SameOwner)) // our group are others to the original
-            mode = (mode & ~mode_t { S_IRWXG }) | (mode & S_IRWXO) << 3;
-    }
-    if (::fchmod(FDescriptor, mode | S_IWUSR) != 0)
-        throw WriteError(FPath, errno);
-}
-
 TStagedFile::TStagedFile(const QString& path, const QByteArray& bytes, const QString& original)
     : FFile(std::make_unique<TSystemFile>(path))
 {
@@ -187,7 +254,26 @@ TStagedFile::TStagedFile(TStagedFile&& other) noexcept = default;
 
 void TStagedFile::Commit()
 {
-    FFile->Commit();
+    FFile->PutInPlace(false);
+    SyncFolder(FFile->Folder());
+}
+
+bool TStagedFile::CommitIfNew()
+{
+    const bool isPlaced = FFile->PutInPlace(true);
+    if (isPlaced)
+        SyncFolder(FFile->Folder());
+    return isPlaced;
+}
+
+void TStagedFile::CommitAll(std::vector<TStagedFile>& files)
+{
+    std::set<QByteArray> folders;
+    for (TStagedFile& file : files) {
+        file.FFile->PutInPlace(false);
+        folders.insert(file.FFile->Folder());
+    }
+    std::for_each(folders.cbegin(), folders.cend(), SyncFolder);
 }
 
 } // namespace Corvadine

@@ -19,10 +19,10 @@ namespace {
 TError WriteError(const QString& path, TErrorNumber error)
 {
     const std::error_code code(static_cast<int>(error), std::system_category());
-    return { TErrorKind::Io, QStringLiteral("write"), path, SystemErrorText(code) };
+    return { TErrorKind::Io, u"write"_s, path, SystemErrorText(code) };
 }
 
-// Shell links (.lnk) are files of their own here, whatever Qt says.
+// QFileInfo::isSymLink() is true for shell links (.lnk), too. These are ordinary files, and not followed.
 QString FollowLinks(const QString& path)
 {
     const QFileInfo info(path);
@@ -33,7 +33,7 @@ QString FollowLinks(const QString& path)
 
 constexpr DWORD ShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 
-// Opens the file as its replacement will, which tells whether that can succeed.
+// Opens the file with the access that replacing it needs, to learn whether that can succeed.
 TErrorNumber TryToOpen(const std::wstring& target)
 {
     const HANDLE handle = ::CreateFileW(target.c_str(), GENERIC_READ | DELETE, ShareAll, nullptr,
@@ -49,8 +49,8 @@ bool Exists(const std::wstring& name)
     return ::GetFileAttributesW(name.c_str()) != INVALID_FILE_ATTRIBUTES;
 }
 
-// What replacing is answered with by folders that a virtual machine or a network protocol maps into the
-// system.
+// The errors with which ReplaceFileW() fails in folders that a virtual machine or a network protocol maps
+// into the system.
 bool IsUnknownCall(TErrorNumber error)
 {
     return error == ERROR_INVALID_FUNCTION || error == ERROR_NOT_SUPPORTED || error == ERROR_INVALID_PARAMETER
@@ -67,6 +67,7 @@ public:
 
     void Stage(const QByteArray& bytes);
     void Commit();
+    bool CommitIfNew();
 
 private:
     void RefuseUnwritableTarget() const;
@@ -75,12 +76,13 @@ private:
     void CopyAttributesOfTarget();
     void WriteAndSync(const QByteArray& bytes);
     void Close();
+    void Finish();
     TErrorNumber PutInPlace();
     TErrorNumber Replace() const;
     bool PutBackOld() const;
     std::wstring Backup() const { return FTemporary + L".old"; }
 
-    QString FPath;           // as the caller named it, for messages
+    QString FPath;           // as the caller wrote it, for messages
     std::wstring FTarget;    // the file to replace, links followed
     std::wstring FTemporary; // name of the staged file; empty while there is none
     HANDLE FHandle = INVALID_HANDLE_VALUE;
@@ -92,14 +94,14 @@ TStagedFile::TSystemFile::~TSystemFile()
 {
     Close();
     if (!FTemporary.empty() && !FIsStranded)
-        ::DeleteFileW(FTemporary.c_str()); // fails where closing has deleted it
+        ::DeleteFileW(FTemporary.c_str()); // fails if closing has deleted it
 }
 
 void TStagedFile::TSystemFile::Stage(const QByteArray& bytes)
 {
     RefuseUnwritableTarget();
     Create();
-    FIsMarked = MarkForDeletion(true); // killed now, we leave nothing behind
+    FIsMarked = MarkForDeletion(true); // if we are killed now, nothing is left behind
     WriteAndSync(bytes);
     CopyAttributesOfTarget();
 }
@@ -110,10 +112,10 @@ void TStagedFile::TSystemFile::RefuseUnwritableTarget() const
     if (attributes == INVALID_FILE_ATTRIBUTES)
         return;
     if (attributes & FILE_ATTRIBUTE_DIRECTORY)
-        throw TError(TErrorKind::Io, QStringLiteral("write"), FPath,
+        throw TError(TErrorKind::Io, u"write"_s, FPath,
             SystemErrorText(std::make_error_code(std::errc::is_a_directory)));
     if (attributes & FILE_ATTRIBUTE_READONLY)
-        throw TError(TErrorKind::Io, QStringLiteral("write"), FPath, QStringLiteral("the file is read-only"));
+        throw TError(TErrorKind::Io, u"write"_s, FPath, u"the file is read-only"_s);
     const TErrorNumber error = Persistently([this] { return TryToOpen(FTarget); });
     if (error != ERROR_SUCCESS && error != ERROR_FILE_NOT_FOUND)
         throw WriteError(FPath, error);
@@ -122,8 +124,7 @@ void TStagedFile::TSystemFile::RefuseUnwritableTarget() const
 void TStagedFile::TSystemFile::Create()
 {
     do {
-        const QString suffix =
-            QStringLiteral(".%1").arg(QRandomGenerator::global()->generate(), 8, 16, QLatin1Char('0'));
+        const QString suffix = u".%1"_s.arg(QRandomGenerator::global()->generate(), 8, 16, QLatin1Char('0'));
         FTemporary = FTarget + suffix.toStdWString();
         FHandle = ::CreateFileW(FTemporary.c_str(), GENERIC_WRITE | DELETE,
             FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
@@ -135,7 +136,7 @@ void TStagedFile::TSystemFile::Create()
     throw WriteError(FPath, error);
 }
 
-// Where the file system knows no such mark, the destructor is enough for all but a kill.
+// Not every file system has this mark. Without it the destructor deletes the file, except after a kill.
 bool TStagedFile::TSystemFile::MarkForDeletion(bool isMarked) const
 {
     FILE_DISPOSITION_INFO disposition { isMarked };
@@ -156,8 +157,7 @@ void TStagedFile::TSystemFile::WriteAndSync(const QByteArray& bytes)
         throw WriteError(FPath, ::GetLastError());
 }
 
-// The system's replacement takes over the access rights; whether it does the same for attributes is left
-// open.
+// ReplaceFileW() keeps the access rights of the old file; whether also its attributes is not documented.
 void TStagedFile::TSystemFile::CopyAttributesOfTarget()
 {
     constexpr DWORD Copied =
@@ -177,19 +177,39 @@ void TStagedFile::TSystemFile::Close()
     FHandle = INVALID_HANDLE_VALUE;
 }
 
-void TStagedFile::TSystemFile::Commit()
+// Makes the staged file one that can be renamed, which is none that is open for writing.
+void TStagedFile::TSystemFile::Finish()
 {
     if (FIsMarked && !MarkForDeletion(false))
         throw WriteError(FPath, ::GetLastError());
     FIsMarked = false;
-    Close(); // nobody can rename a file that is open for writing
+    Close();
+}
+
+bool TStagedFile::TSystemFile::CommitIfNew()
+{
+    Finish();
+    const TErrorNumber error = Persistently([this] {
+        return ErrorUnless(::MoveFileExW(FTemporary.c_str(), FTarget.c_str(), MOVEFILE_WRITE_THROUGH));
+    });
+    if (error == ERROR_ALREADY_EXISTS || error == ERROR_FILE_EXISTS)
+        return false;
+    if (error != ERROR_SUCCESS)
+        throw WriteError(FPath, error);
+    FTemporary.clear();
+    return true;
+}
+
+void TStagedFile::TSystemFile::Commit()
+{
+    Finish();
     const TErrorNumber error = Persistently([this] { return PutInPlace(); });
     FIsStranded = error != ERROR_SUCCESS && !PutBackOld();
     if (FIsStranded)
-        throw TError(TErrorKind::Io, QStringLiteral("write"), FPath,
-            QStringLiteral("%1 (the old file is now %2, the new one %3)")
-                .arg(SystemErrorText({ static_cast<int>(error), std::system_category() }),
-                    QString::fromStdWString(Backup()), QString::fromStdWString(FTemporary)));
+        throw TError(TErrorKind::Io, u"write"_s, FPath,
+            u"%1 (the old file is now %2, the new one %3)"_s.arg(
+                SystemErrorText({ static_cast<int>(error), std::system_category() }),
+                QString::fromStdWString(Backup()), QString::fromStdWString(FTemporary)));
     if (error != ERROR_SUCCESS)
         throw WriteError(FPath, error);
     if (Exists(Backup()))
@@ -210,16 +230,16 @@ TErrorNumber TStagedFile::TSystemFile::PutInPlace()
 
 TErrorNumber TStagedFile::TSystemFile::Replace() const
 {
-    // A disk without access rights, or ones that we may not change, is no reason to fail.
+    // Replacing must not fail on a disk without access rights, or with rights that we may not change.
     constexpr DWORD Lenient = REPLACEFILE_IGNORE_MERGE_ERRORS | REPLACEFILE_IGNORE_ACL_ERRORS;
     const TErrorNumber error = ErrorUnless(
         ::ReplaceFileW(FTarget.c_str(), FTemporary.c_str(), Backup().c_str(), Lenient, nullptr, nullptr));
-    if (error == ERROR_UNABLE_TO_MOVE_REPLACEMENT_2) // the old file has moved away, the new one not come in
+    if (error == ERROR_UNABLE_TO_MOVE_REPLACEMENT_2) // the old file has lost its name, the new one not got it
         ::MoveFileExW(Backup().c_str(), FTarget.c_str(), MOVEFILE_WRITE_THROUGH);
     return error;
 }
 
-// Whether the old file has its name. It may have moved away without the new one coming in.
+// Gives the old file its name back if replacing failed after taking it. False if that fails, too.
 bool TStagedFile::TSystemFile::PutBackOld() const
 {
     if (Exists(FTarget) || !Exists(Backup()))
@@ -241,6 +261,17 @@ TStagedFile::TStagedFile(TStagedFile&& other) noexcept = default;
 void TStagedFile::Commit()
 {
     FFile->Commit();
+}
+
+bool TStagedFile::CommitIfNew()
+{
+    return FFile->CommitIfNew();
+}
+
+void TStagedFile::CommitAll(std::vector<TStagedFile>& files)
+{
+    for (TStagedFile& file : files)
+        file.Commit();
 }
 
 } // namespace Corvadine

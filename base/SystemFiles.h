@@ -5,38 +5,40 @@
 
 #include <system_error>
 
-// What the operating systems do differently with files; Files.h is for everybody, this is what it stands on.
+// What the operating systems do differently with files. Prefer Files.h, which is built on this.
 namespace Corvadine {
 
-// Whether names that differ in nothing but case are one file: Windows' rule, or the usual one elsewhere.
+// Whether names that differ only in upper and lower case name two files. On Windows they name one file;
+// elsewhere they usually name two.
 Qt::CaseSensitivity FileNameCase();
 
-// Whether two names or paths, written alike, are one file by that rule.
+// Whether two names or paths are the same by that rule. REQUIRES: both are written in the same form, for
+// example both absolute.
 inline bool IsSameFileName(const QString& left, const QString& right)
 {
     return left.compare(right, FileNameCase()) == 0;
 }
 
-// The text of a file that is not Unicode: in the code page of this system, or where that is Unicode itself in
-// the one of Western Windows.
+// Decodes the text of a file that is not Unicode: from the code page of this system, or from Windows-1252 if
+// that code page is a Unicode one.
 QString LegacyText(const QByteArray& bytes);
 
-// `path`, which is clean (see QDir::cleanPath()), without what the system drops at the end of a name before
-// it looks for a file, and Qt does not: blanks and full stops on Windows, elsewhere nothing.
+// `path` without the characters that the system ignores at the end of a name, though Qt does not: blanks and
+// full stops on Windows, elsewhere none. REQUIRES: `path` is clean (see QDir::cleanPath()).
 QString WithoutDroppedEnd(const QString& path);
 
-// Creates `path` with every missing parent, of whatever length. No error if it is there.
+// Creates `path`, of any length, with every missing parent. No error if it exists.
 std::error_code MakeFolders(const QString& path);
 
-// Deletes the file, a hidden one too, for good. One that is marked read-only stays, on systems as well where
-// the folder alone decides that. False if it is still there.
+// Deletes the file for good, also a hidden one. Does not delete a file that is marked read-only, though some
+// systems would. Returns false if the file is still there.
 bool DeleteWritableFile(const QString& path);
 
-// Removes the file, the link or the empty folder of that name, one that is marked read-only too. Of a link,
-// also of one to a folder, nothing but the link goes.
+// Removes the file, link or empty folder `path`, also if it is marked read-only. The target of a link stays,
+// be it a file or a folder.
 std::error_code RemoveEntry(const QString& path);
 
-// `path` as a library takes it that opens files itself by a name in UTF-8; of whatever length.
+// `path`, of any length, for libraries that open files by a name in UTF-8.
 QByteArray PathForLibrary(const QString& path);
 
 } // namespace Corvadine

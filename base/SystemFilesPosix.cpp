@@ -32,7 +32,7 @@ QString WithoutDroppedEnd(const QString& path)
 
 std::error_code MakeFolders(const QString& path)
 {
-    std::error_code error; // QDir::mkpath() keeps the reason to itself
+    std::error_code error; // not QDir::mkpath(), which does not tell the reason
     std::filesystem::create_directories(QFileInfo(path).filesystemAbsoluteFilePath(), error);
     return error;
 }
@@ -41,7 +41,7 @@ bool DeleteWritableFile(const QString& path)
 {
     constexpr auto AnyoneMayWrite = QFile::WriteOwner | QFile::WriteGroup | QFile::WriteOther;
     const QFileInfo info(path);
-    // A link has no mark of its own, and where it leads is not what is deleted.
+    // A link has no permissions of its own. Its target's do not count, since the target is not deleted.
     const bool isReadOnly = !info.isSymLink() && info.exists() && !(info.permissions() & AnyoneMayWrite);
     return !isReadOnly && QFile::remove(path);
 }

@@ -15,8 +15,8 @@ namespace Corvadine {
 
 namespace {
 
-// The limits are 260 for a file and 248 for a folder. A staged file puts some more behind the name of its
-// file, and SQLite and others do the same.
+// The limits are 260 characters for a file and 248 for a folder. This is less, since staged files, SQLite and
+// others append to the name.
 constexpr qsizetype LongestClassic = 200;
 
 constexpr QLatin1String ExtendedPrefix { "\\\\?\\" };
@@ -26,8 +26,8 @@ QString ExtendedPath(const QString& path)
     QString full = AbsolutePath(path);
     if (full.size() <= LongestClassic || full.startsWith(ExtendedPrefix))
         return full;
-    if (full.startsWith(QLatin1String("\\\\")))
-        return QLatin1String("\\\\?\\UNC\\") + full.mid(2);
+    if (full.startsWith("\\\\"_L1))
+        return "\\\\?\\UNC\\"_L1 + full.mid(2);
     return ExtendedPrefix + full;
 }
 
@@ -47,13 +47,13 @@ QString LegacyText(const QByteArray& bytes)
 {
     constexpr DWORD Western = 1252;
     DWORD codePage = Western;
-    // Not CP_ACP: our manifest makes that UTF-8.
+    // Not CP_ACP, which our manifest makes UTF-8.
     ::GetLocaleInfoEx(LOCALE_NAME_SYSTEM_DEFAULT, LOCALE_IDEFAULTANSICODEPAGE | LOCALE_RETURN_NUMBER,
         reinterpret_cast<LPWSTR>(&codePage), sizeof codePage / sizeof(WCHAR));
-    if (codePage == CP_UTF8 || codePage == CP_ACP) // the latter for languages without a code page
+    if (codePage == CP_UTF8 || codePage == CP_ACP) // CP_ACP: the language has no code page
         codePage = Western;
     const int size = static_cast<int>(bytes.size());
-    std::wstring text(static_cast<std::size_t>(size), L'\0'); // no code page has more units than bytes
+    std::wstring text(static_cast<std::size_t>(size), L'\0'); // never too small: no byte gives two characters
     const int length = ::MultiByteToWideChar(codePage, 0, bytes.constData(), size, text.data(), size);
     text.resize(static_cast<std::size_t>(length));
     return QString::fromStdWString(text);
@@ -62,11 +62,11 @@ QString LegacyText(const QByteArray& bytes)
 QString WithoutDroppedEnd(const QString& path)
 {
     if (QDir::toNativeSeparators(path).startsWith(ExtendedPrefix))
-        return path; // nothing is dropped there
+        return path; // behind this prefix the system ignores nothing
     qsizetype size = path.size();
     while (size > 0 && (path[size - 1] == u' ' || path[size - 1] == u'.'))
         --size;
-    return QDir::cleanPath(path.left(size)); // a name of nothing else leaves a separator
+    return QDir::cleanPath(path.left(size)); // if the whole name was ignored, a separator is left
 }
 
 std::error_code MakeFolders(const QString& path)
@@ -97,7 +97,7 @@ std::error_code RemoveEntry(const QString& path)
     if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY))
         ::SetFileAttributesW(name.c_str(), attributes & ~DWORD { FILE_ATTRIBUTE_READONLY });
     const bool isFolder = attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY);
-    // A link to a folder counts as a folder, and neither call goes where a link leads.
+    // A link to a folder counts as a folder. Neither call follows links.
     const BOOL isRemoved = isFolder ? ::RemoveDirectoryW(name.c_str()) : ::DeleteFileW(name.c_str());
     return { isRemoved ? 0 : static_cast<int>(::GetLastError()), std::system_category() };
 }

@@ -6,9 +6,10 @@
 
 namespace Corvadine {
 
-// `path` as Windows' own calls take it: as AbsolutePath() has it, and where it or what is put behind it may
-// exceed the classic limit, with the prefix \\?\ that lifts it on every computer (a manifest can only ask for
-// that). Shorter paths go without, as the prefix also switches off the system's rules on names.
+// `path` as calls of Windows need it: in the form of AbsolutePath(). A long path also gets the prefix \\?\,
+// which lifts the limit of 260 characters on every computer. (The manifest lifts it only where the user has
+// allowed that.) Other paths get no prefix, because with it Windows would no longer adjust or refuse names
+// such as "a." and "NUL". A path gets it well before the limit, so that names can still be appended.
 std::wstring SystemPath(const QString& path);
 
 } // namespace Corvadine

@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-// Calls on files that may fail for a moment while somebody else looks at them.
+// Repeats calls on files that fail while another program has the file open for a moment.
 namespace Corvadine {
 
 using TErrorNumber = DWORD; // of GetLastError()
@@ -14,14 +14,15 @@ inline TErrorNumber ErrorUnless(BOOL succeeded)
     return succeeded ? ERROR_SUCCESS : ::GetLastError();
 }
 
-// What virus scanners, indexers and backup programs cause while they look at a file for a moment.
+// Whether a call that failed with `error` may succeed later, because another program, such as a virus
+// scanner, was using the file or has deleted it.
 inline bool MayPass(TErrorNumber error)
 {
     switch (error) {
     case ERROR_SHARING_VIOLATION:
     case ERROR_LOCK_VIOLATION:
-    case ERROR_ACCESS_DENIED:  // also what a file is answered with that somebody has deleted but still holds
-    case ERROR_FILE_NOT_FOUND: // deleted between two of our calls
+    case ERROR_ACCESS_DENIED:  // also for a file that is deleted, but still open in another program
+    case ERROR_FILE_NOT_FOUND: // another program deleted the file after we had found it
     case ERROR_USER_MAPPED_FILE:
     case ERROR_UNABLE_TO_REMOVE_REPLACED:
     case ERROR_UNABLE_TO_MOVE_REPLACEMENT:
@@ -35,7 +36,7 @@ inline bool MayPass(TErrorNumber error)
 // Runs `action`, which returns the number of its error, until it succeeds, for up to `patience` milliseconds.
 template <typename TAction> TErrorNumber Persistently(TAction action, DWORD patience = 1000)
 {
-    constexpr DWORD FirstPause = 5; // ms; each is twice as long as the one before, up to
+    constexpr DWORD FirstPause = 5; // ms; every further pause is twice as long
     constexpr DWORD LongestPause = 320;
     TErrorNumber error = action();
     DWORD waited = 0;

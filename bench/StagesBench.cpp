@@ -1,14 +1,15 @@
-// Where the time of a run goes, stage by stage on one thread, next to the least that any program must spend:
-// decoding the two sources once and deflating the output's bytes once.
+// Measures each stage of a run on one thread. For comparison, also measures the least that any program must
+// do: decode the two sources once, and deflate the output's bytes once.
 // usage: StagesBench ICON LAUNCH [Google Benchmark's options]
 
+#include "base/Literals.h"
 #include "base/StagedFile.h"
-#include "generate/Composition.h"
 #include "generate/GenerationRun.h"
-#include "generate/IcoWriter.h"
-#include "generate/Palette.h"
-#include "generate/PngWriter.h"
-#include "generate/Resampler.h"
+#include "generate/pixels/Composition.h"
+#include "generate/pixels/IcoWriter.h"
+#include "generate/pixels/Palette.h"
+#include "generate/pixels/PngWriter.h"
+#include "generate/pixels/Resampler.h"
 #include "images/SourceImage.h"
 
 #include <QCoreApplication>
@@ -26,23 +27,20 @@ namespace {
 
 constexpr int Compression = 6;
 
-// Everything a stage needs from the ones before it.
+// The stages of a run. A stage gets the results of earlier stages as arguments.
 class TStages {
 public:
     TStages(const QString& icon, const QString& launch)
     {
         FJob.IconFile = icon;
         FJob.LaunchFile = launch;
-        FJob.Settings.Platforms = { true, true, true, true };
-        FJob.Settings.Format = TOutputFormat::TrueColor;
+        FJob.Platforms = { true, true, true, true };
+        FJob.Options.Format = TOutputFormat::TrueColor;
         FSources = LoadSources(FJob);
-        const auto launchInfo = FSources.Launch->Info();
-        for (const TGenRec& record :
-            BuildGenList(FJob.Settings.Platforms, FJob.Settings.TwoxSize, launchInfo.Size)) {
-            const TRecipe recipe = RecipeOf(record, FSources.Icon->Info(), launchInfo);
-            if (std::find(FRecipes.begin(), FRecipes.end(), recipe) == FRecipes.end())
-                FRecipes.push_back(recipe);
-        }
+        const auto outputs = OutputsOf(FJob, FSources.Sizes());
+        for (std::size_t i = 0; i < outputs.size(); ++i)
+            if (outputs[i].SameAs == i && outputs[i].Kind != TOutputKind::MainIcon)
+                FOutputs.push_back(outputs[i]);
     }
 
     void Decode(bool launch) const
@@ -62,16 +60,15 @@ public:
         }
     }
 
-    // The different sizes of the catalogue, and the ten of the Windows icon.
+    // The sources at all different sizes of the catalogue, then at the ten sizes of the Windows icon.
     std::vector<TFittedImage> Resample(TResampleFilter filter) const
     {
         std::vector<TFittedImage> fitted;
-        for (const TRecipe& recipe : FRecipes)
+        for (const TOutput& output : FOutputs)
             fitted.push_back(
-                (recipe.FromLaunch ? FSources.Launch : FSources.Icon)->At(recipe.Fitted, filter));
+                (output.FromLaunch ? FSources.Launch : FSources.Icon)->At(output.Recipe.Fitted, filter));
         for (const int side : IconSizes)
-            fitted.push_back(
-                FSources.Icon->At(FittedSize(FSources.Icon->Info().Size, { side, side }), filter));
+            fitted.push_back(FSources.Icon->At(FittedSize(FSources.Sizes().Icon, { side, side }), filter));
         return fitted;
     }
 
@@ -79,9 +76,9 @@ public:
     {
         std::vector<TRaster> rasters;
         for (std::size_t i = 0; i < fitted.size(); ++i) {
-            const bool keeps = i >= FRecipes.size() || FRecipes[i].KeepsAlpha;
+            const bool keeps = i >= FOutputs.size() || KeepsAlpha(FOutputs[i]);
             rasters.push_back(
-                keeps ? WithAlpha(fitted[i]) : FlattenedOnCanvas(fitted[i], FRecipes[i].Canvas, {}));
+                keeps ? WithAlpha(fitted[i]) : FlattenedOnCanvas(fitted[i], FOutputs[i].Recipe.Canvas, {}));
         }
         return rasters;
     }
@@ -89,14 +86,14 @@ public:
     std::vector<TPaletteRaster> Reduce(const std::vector<TRaster>& rasters) const
     {
         std::vector<TPaletteRaster> reduced;
-        for (std::size_t i = 0; i < FRecipes.size(); ++i)
+        for (std::size_t i = 0; i < FOutputs.size(); ++i)
             reduced.push_back(ReduceColors(rasters[i], TColor {}));
         return reduced;
     }
 
     std::vector<QByteArray> Encode(const std::vector<TRaster>& rasters) const
     {
-        const auto icons = rasters.begin() + static_cast<std::ptrdiff_t>(FRecipes.size());
+        const auto icons = rasters.begin() + static_cast<std::ptrdiff_t>(FOutputs.size());
         std::vector<QByteArray> files;
         for (auto raster = rasters.begin(); raster != icons; ++raster)
             files.push_back(EncodePng(*raster, Compression));
@@ -104,7 +101,8 @@ public:
         return files;
     }
 
-    // The same bytes through zlib alone, without row filters, chunks or checksums of ours.
+    // Deflates the same bytes with zlib alone, without the row filters, chunks and checksums of PNG. Returns
+    // the total size.
     static std::size_t Deflate(const std::vector<TRaster>& rasters)
     {
         std::size_t total = 0;
@@ -118,21 +116,27 @@ public:
         return total;
     }
 
-    // As many files as a run writes.
+    // Writes as many files as a run does.
     static void Write(const QString& folder, const std::vector<QByteArray>& files)
     {
         constexpr std::size_t FileCount = 38;
         std::vector<TStagedFile> staged;
         for (std::size_t i = 0; i < FileCount; ++i)
-            staged.emplace_back(folder + QStringLiteral("/%1").arg(i), files[i % files.size()]);
+            staged.emplace_back(folder + u"/%1"_s.arg(i), files[i % files.size()]);
         for (TStagedFile& file : staged)
             file.Commit();
     }
 
 private:
+    bool KeepsAlpha(const TOutput& output) const
+    {
+        const auto& source = output.FromLaunch ? FSources.Launch : FSources.Icon;
+        return output.Recipe.KeepsAlpha && source->Image().hasAlphaChannel();
+    }
+
     TGenJob FJob;
     TRenderSources FSources;
-    std::vector<TRecipe> FRecipes;
+    std::vector<TOutput> FOutputs; // without the Windows icon; one of each group of equal outputs
 };
 
 template <typename TAction> void Register(const std::string& name, TAction action)
@@ -174,7 +178,7 @@ int main(int argc, char** argv)
             [&stages, filter = info.Filter] { benchmark::DoNotOptimize(stages.Resample(filter)); });
     Register("stage: compose", [&] { benchmark::DoNotOptimize(stages.Compose(fitted)); });
     Register("stage: encode", [&] { benchmark::DoNotOptimize(stages.Encode(rasters)); });
-    Register("stage: reduce to 256 colours", [&] { benchmark::DoNotOptimize(stages.Reduce(rasters)); });
+    Register("stage: reduce to 256 colors", [&] { benchmark::DoNotOptimize(stages.Reduce(rasters)); });
     Register("stage: write and sync", [&] { TStages::Write(folder.path(), files); });
 
     argc -= 2;

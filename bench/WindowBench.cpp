@@ -1,13 +1,15 @@
-// What the window costs: its start, a change of project, a whole run against the same run without a window,
-// and its memory after many runs. Runs on the offscreen platform. usage: WindowBench ICON LAUNCH
+// Measures the window: its start, a change of project, a whole run, and its memory after many runs. For
+// comparison, also measures the same run without a window. Runs on the offscreen platform.
+// usage: WindowBench ICON LAUNCH
 
 #include "app/MainFrm.h"
 #include "app/ProjectLookup.h"
-#include "app/Ribbon.h"
-#include "app/Theme.h"
+#include "base/Literals.h"
 #include "generate/GenerationRun.h"
-#include "images/ThumbnailView.h"
 #include "tools/SilentPrompts.h"
+#include "widgets/Ribbon.h"
+#include "widgets/Theme.h"
+#include "widgets/ThumbnailView.h"
 
 #include <QApplication>
 #include <QDir>
@@ -23,7 +25,7 @@ using namespace Corvadine;
 
 namespace {
 
-// Until nothing is left to do, when the enabling rules are brought up to date.
+// Handles all events, and lets the event loop idle so that the enabling rules are evaluated.
 void LetIdle()
 {
     QEventLoop loop;
@@ -31,10 +33,10 @@ void LetIdle()
     loop.exec();
 }
 
-// Pages of this process that are in memory, in MiB (proc_pid_statm(5)).
+// The memory that this process occupies, in MiB (proc_pid_statm(5)), for pages of 4 KiB.
 double ResidentMiB()
 {
-    QFile file(QStringLiteral("/proc/self/statm"));
+    QFile file(u"/proc/self/statm"_s);
     if (!file.open(QIODevice::ReadOnly))
         return 0;
     constexpr double PageMiB = 4096.0 / (1024 * 1024);
@@ -45,8 +47,8 @@ void AddProject(
     TProjectsTable& table, const QString& folder, int number, const QString& icon, const QString& launch)
 {
     table.Append();
-    table.SetField(TField::ProjectFile, QStringLiteral("%1/P%2/P%2.dproj").arg(folder).arg(number));
-    table.SetField(TField::OutputFolder, QStringLiteral("%1/P%2/out").arg(folder).arg(number));
+    table.SetField(TField::ProjectFile, u"%1/P%2/P%2.dproj"_s.arg(folder).arg(number));
+    table.SetField(TField::OutputFolder, u"%1/P%2/out"_s.arg(folder).arg(number));
     table.SetField(TField::PixelFormat, 2);
     table.SetField(TField::IconImageName, icon);
     table.SetField(TField::SplashImageName, launch);
@@ -110,7 +112,7 @@ private:
         double best = 1e9;
         double bestWindow = 1e9;
         double memoryAfterTwo = 0;
-        for (int round = 0; round < 10; ++round) { // in turns, so that both see the same machine
+        for (int round = 0; round < 10; ++round) { // alternating, so that other load affects both
             QElapsedTimer timer;
             timer.start();
             RunGeneration(job, 1);

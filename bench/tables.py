@@ -5,9 +5,9 @@ Usage: tables.py --runs N [--ratio peer|first] [--column TITLE] {-- NAME COMMAND
        tables.py --stages JSON
        tables.py --replace DOCUMENT TABLE < text
 
-The first form runs the commands in turn, N times after one unmeasured round, so that whatever else the machine does
-meets all of them alike. The second one reads what StagesBench wrote. The third one puts the text in place of what
-stands between "<!-- table: TABLE -->" and "<!-- end -->" in the document.
+The first form runs the commands in turns, so that other load on the machine affects all of them alike: N times, after
+one round that is not measured. The second one reads the output of StagesBench. The third one replaces the text
+between "<!-- table: TABLE -->" and "<!-- end -->" in the document.
 """
 
 import argparse
@@ -20,7 +20,7 @@ import sys
 import time
 from pathlib import Path
 
-# What a True Color run goes through, by StagesBench's names.
+# The stages of a True Color run, by StagesBench's names.
 RUN_STAGES = ["decode the icon", "decode the launch image", "convert both", "resample, mitchell", "compose", "encode",
               "write and sync"]
 
@@ -52,7 +52,7 @@ def table(title, columns, rows):
 
 
 def ratio(numerators, denominators):
-    """The typical ratio of runs that were neighbours in time."""
+    """The median of the ratios of runs that followed each other."""
     return f"{statistics.median(a / b for a, b in zip(numerators, denominators)):.2f}"
 
 

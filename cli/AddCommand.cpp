@@ -26,8 +26,7 @@ public:
     void CheckUsage() const override
     {
         if (!IsProjectFileName(QString::fromStdString(FFile)))
-            throw TError(TErrorKind::Usage,
-                QStringLiteral("'%1' is no .dproj file").arg(QString::fromStdString(FFile)));
+            throw TError(TErrorKind::Usage, u"'%1' is no .dproj file"_s.arg(QString::fromStdString(FFile)));
     }
 
     TCommandResult Run(TCliContext& context) override
@@ -45,26 +44,27 @@ public:
         table.Post();
 
         const TProject project = table.Current();
-        return { { { QStringLiteral("project"), ProjectJson(project) } }, { QString::number(project.ID) } };
+        return { { { u"project"_s, ProjectJson(project) } }, { QString::number(project.ID) } };
     }
 
 private:
     static void CheckFile(const QString& file)
     {
-        const QString attempt = QStringLiteral("add the project");
+        const QString attempt = u"add the project"_s;
         if (FolderExists(file))
-            throw TError(TErrorKind::BadInput, attempt, file, QStringLiteral("it is a folder"));
+            throw TError(TErrorKind::BadInput, attempt, file, u"it is a folder"_s);
         if (!FileExists(file))
-            throw TError(TErrorKind::NotFound, attempt, file, QStringLiteral("the file does not exist"));
+            throw TError(TErrorKind::Io, attempt, file, u"the file does not exist"_s);
     }
 
-    // The database holds to this too, but says it in its own words and tells capitals from small letters.
+    // The database refuses duplicates, too, but its error text is technical, and it tells capitals from small
+    // letters even where file names do not.
     static void CheckIsNew(TCliContext& context, const QString& file)
     {
         for (const TProject& project : context.Projects())
             if (IsSameFileName(project.ProjectFile, file))
-                throw TError(TErrorKind::BadInput, QStringLiteral("add the project"), file,
-                    QStringLiteral("it has been added before, with the ID %1").arg(project.ID));
+                throw TError(TErrorKind::BadInput, u"add the project"_s, file,
+                    u"it has been added before, with the ID %1"_s.arg(project.ID));
     }
 
     std::string FFile;

@@ -1,3 +1,4 @@
+#include "cli/CliOutput.h"
 #include "cli/ProjectCommands.h"
 #include "cli/ProjectElements.h"
 #include "generate/OutputCheck.h"
@@ -6,16 +7,16 @@ namespace Corvadine {
 
 namespace {
 
-// Findings as lines that name the file first, as compilers do, and as objects.
+// The findings in two forms: as lines that begin with the file, like those of a compiler, and as JSON
+// objects.
 struct TFindings {
     QStringList Lines;
     QJsonArray Json;
 
     void Add(const QString& id, const QString& path, const QString& place, const QString& text)
     {
-        Lines.append(QStringLiteral("%1: %2").arg(place, text));
-        Json.append(QJsonObject { { QStringLiteral("id"), id }, { QStringLiteral("path"), path },
-            { QStringLiteral("text"), text } });
+        Lines.append(u"%1: %2"_s.arg(place, text));
+        Json.append(QJsonObject { { u"id"_s, id }, { u"path"_s, path }, { u"text"_s, text } });
     }
 };
 
@@ -29,8 +30,8 @@ void AddElementFindings(TFindings& findings, const QString& projectFile, const T
 {
     for (const TElementChange& change : update.Changes)
         if (change.Differs)
-            findings.Add(change.ID, projectFile, QStringLiteral("%1:%2").arg(projectFile).arg(change.Line),
-                QStringLiteral("%1 is '%2' instead of '%3'").arg(change.ID, change.OldText, change.NewText));
+            findings.Add(change.ID, projectFile, u"%1:%2"_s.arg(projectFile).arg(change.Line),
+                u"%1 is '%2' instead of '%3'"_s.arg(change.ID, change.OldText, change.NewText));
 }
 
 class TCheckCommand : public TProjectsCommand {
@@ -51,16 +52,15 @@ protected:
         AddElementFindings(findings, project.ProjectFile, update);
 
         TCommandResult result;
-        result.Json = { { QStringLiteral("findings"), findings.Json },
-            { QStringLiteral("missing"), QJsonArray::fromStringList(update.MissingIDs) } };
-        // Which elements there are depends on the IDE that wrote the file, so a missing one is no fault.
+        result.Json = { { u"findings"_s, findings.Json },
+            { u"missing"_s, QJsonArray::fromStringList(update.MissingIDs) } };
+        // A missing element is no fault, because each version of the IDE writes other elements.
         result.Lines = findings.Lines;
         if (!update.MissingIDs.isEmpty())
-            result.Lines.append(QStringLiteral("note: no element in %1 for %2")
-                                    .arg(project.ProjectFile, update.MissingIDs.join(QStringLiteral(", "))));
-        result.Lines.append(findings.Lines.isEmpty()
-                ? QStringLiteral("OK")
-                : Counted(findings.Lines.size(), QStringLiteral("finding")));
+            result.Lines.append(
+                u"note: no element in %1 for %2"_s.arg(project.ProjectFile, update.MissingIDs.join(u", "_s)));
+        result.Lines.append(
+            findings.Lines.isEmpty() ? u"OK"_s : Counted(findings.Lines.size(), u"finding"_s));
         result.Warnings = JobWarnings(job);
         result.Exit = findings.Lines.isEmpty() ? TExit::Done : TExit::Failed;
         return result;

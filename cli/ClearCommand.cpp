@@ -1,7 +1,7 @@
 #include "base/Error.h"
 #include "base/Files.h"
+#include "cli/CliOutput.h"
 #include "cli/ProjectCommands.h"
-#include "cli/ProjectElements.h"
 #include "generate/ClearFiles.h"
 
 #include <CLI/CLI.hpp>
@@ -26,16 +26,16 @@ protected:
     {
         const QString folder = project.OutputFolder;
         if (!FYes)
-            throw TError(TErrorKind::Usage, QStringLiteral("clear"), folder,
-                QStringLiteral("this would delete %1 in it, which needs --yes")
-                    .arg(Counted(FilesByMask(folder, AllFilesMask).size(), QStringLiteral("file"))));
+            throw TError(TErrorKind::Usage, u"clear"_s, folder,
+                u"this would delete %1 in it, which needs --yes"_s.arg(
+                    Counted(FilesByMask(folder, AllFilesMask).size(), u"file"_s)));
         TCommandResult result;
         int count = 0;
         if (FolderExists(folder)) {
             count = DeleteFilesByMask(folder, AllFilesMask);
-            result.Lines.append(QStringLiteral("%1 Images Deleted").arg(count));
+            result.Lines.append(u"%1 Images Deleted"_s.arg(count));
         }
-        result.Json = { { QStringLiteral("folder"), folder }, { QStringLiteral("deleted"), count } };
+        result.Json = { { u"folder"_s, folder }, { u"deleted"_s, count } };
         return result;
     }
 

@@ -22,7 +22,7 @@ constexpr const char* ExitStatusHelp =
 constexpr const char* CommonOptionsHelp =
     "--data DIR and --json, described by corvadine-cli --help, go with every command.";
 
-// One command line: the parser with all commands declared, and what it found.
+// Parses one command line: the parser with all commands declared, and the values found.
 class TCommandLine {
 public:
     TCommandLine() : FApp(Overview, "corvadine-cli")
@@ -50,14 +50,14 @@ public:
         std::vector<std::string> words;
         bool mayBeOption = true;
         for (const QString& argument : arguments) {
-            mayBeOption = mayBeOption && argument != QLatin1String("--");
-            const bool hasEmptyValue = mayBeOption && argument.startsWith(QLatin1String("--"))
-                && argument.indexOf(u'=') == argument.size() - 1;
+            mayBeOption = mayBeOption && argument != "--"_L1;
+            const bool hasEmptyValue =
+                mayBeOption && argument.startsWith("--"_L1) && argument.indexOf(u'=') == argument.size() - 1;
             words.push_back((hasEmptyValue ? argument.chopped(1) : argument).toStdString());
             if (hasEmptyValue) // the parser would take the next word for the value of "--icon="
                 words.emplace_back();
         }
-        std::reverse(words.begin(), words.end()); // as the parser takes them
+        std::reverse(words.begin(), words.end()); // the parser takes the last word first
         FApp.parse(std::move(words));
         if (TCommand* const command = Command())
             command->CheckUsage();
@@ -76,24 +76,24 @@ public:
     QString Help() const
     {
         // The parser leaves two blank lines between groups of options.
-        return QString::fromStdString(FApp.help()).replace(QLatin1String("\n\n\n"), QLatin1String("\n\n"));
+        return QString::fromStdString(FApp.help()).replace("\n\n\n"_L1, "\n\n"_L1);
     }
 
-    // What is wrong, in words that fit the case where the parser's own do not.
+    // What is wrong. For an unknown command the parser's own text would be misleading.
     QString TextOf(const CLI::ParseError& error) const
     {
         const std::vector<std::string> unknown = FApp.remaining();
         if (!Command() && !unknown.empty() && unknown.front().rfind('-', 0) != 0)
-            return QStringLiteral("'%1' is no command").arg(QString::fromStdString(unknown.front()));
+            return u"'%1' is no command"_s.arg(QString::fromStdString(unknown.front()));
         return QString::fromUtf8(error.what());
     }
 
-    // "corvadine-cli set --help" while set is the command.
+    // The command line that prints the help of the given command: "corvadine-cli set --help".
     QString HelpCommand() const
     {
         const TCommand* const command = Command();
         const QString name = command ? QLatin1String(command->Name()) + u' ' : QString();
-        return QStringLiteral("corvadine-cli %1--help").arg(name);
+        return u"corvadine-cli %1--help"_s.arg(name);
     }
 
 private:
@@ -103,15 +103,15 @@ private:
     {
         CLI::App& app = *FApp.add_subcommand(command.Name(), command.Description());
         app.group("Commands");
-        app.fallthrough(); // the program's own options are also taken behind the command
+        app.fallthrough(); // the program's own options may also follow the command
         app.footer(CommonOptionsHelp);
         command.Declare(app);
     }
 
     void SetDataFolder(const QString& folder)
     {
-        if (folder.isEmpty()) // a script's variable that is not set must not mean another database
-            throw TError(TErrorKind::Usage, QStringLiteral("a folder is required"));
+        if (folder.isEmpty()) // a script's variable that is not set must not select another database
+            throw TError(TErrorKind::Usage, u"a folder is required"_s);
         FDataFolder = folder;
     }
 
@@ -120,10 +120,10 @@ private:
     QString FDataFolder; // empty: the program's own
 };
 
-// Whether the output is to be JSON, told before parsing: a wrong command line is answered in JSON too.
+// The form of the output. Decided before parsing, since errors of parsing are printed in this form, too.
 TOutputForm FormOf(const QStringList& arguments)
 {
-    return arguments.contains(QLatin1String("--json")) ? TOutputForm::Json : TOutputForm::Text;
+    return arguments.contains("--json"_L1) ? TOutputForm::Json : TOutputForm::Text;
 }
 
 TCommandResult TextResult(const char* member, const QString& text)
@@ -134,7 +134,7 @@ TCommandResult TextResult(const char* member, const QString& text)
 TCommandResult WrongUsage(const TCommandLine& line, const QString& text)
 {
     TCommandResult result;
-    result.Error = QStringLiteral("Wrong usage: %1 (see %2)").arg(text, line.HelpCommand());
+    result.Error = u"Wrong usage: %1 (see %2)"_s.arg(text, line.HelpCommand());
     result.Exit = TExit::WrongUsage;
     return result;
 }
@@ -156,7 +156,7 @@ TCommandResult RunLine(const QStringList& arguments, const TCliEnvironment& envi
     TCommand* const command = line.Command();
     if (!command)
         return arguments.isEmpty() ? TextResult("help", line.Help())
-                                   : WrongUsage(line, QStringLiteral("a command is required"));
+                                   : WrongUsage(line, u"a command is required"_s);
     TCliContext context(environment, output, line.DataFolder());
     return command->Run(context);
 }

@@ -11,19 +11,19 @@
 // The command-line program without its main(): parsing, the commands, and what they print.
 namespace Corvadine {
 
-// What the program runs in. A test gives it streams and a clock of its own.
+// What the program gets from outside. Tests give it streams and a clock of their own.
 struct TCliEnvironment {
     std::ostream& Out;
     std::ostream& Err;
     QString ProgramFolder;      // holds the database and the backups unless --data names another folder
-    bool ShowsProgress = false; // whether a person watches Err
+    bool ShowsProgress = false; // Err is a terminal
     std::function<QDateTime()> Now = [] { return QDateTime::currentDateTime(); }; // local
-    std::chrono::milliseconds BusyTimeout = std::chrono::seconds(5); // wait for other users of the database
+    std::chrono::milliseconds BusyTimeout = std::chrono::seconds(5); // for a database that is locked
 };
 
 // Runs one command line (without the program's name) and returns the exit status: 0 done, 1 the job failed or
 // a check found something, 2 wrong usage. Results go to Out in UTF-8, warnings and errors to Err, one line
-// each; with --json, Out gets exactly one JSON document whatever happens. Lets no exception out.
+// each; with --json, Out always gets exactly one JSON document. Throws nothing.
 int RunCli(const QStringList& arguments, const TCliEnvironment& environment);
 
 } // namespace Corvadine

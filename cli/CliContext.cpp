@@ -21,8 +21,8 @@ bool IsID(const QString& name)
     });
 }
 
-// Whether `name` is what the user may call this project. A path is also compared as typed, since the database
-// may have come from another system, where paths look different.
+// Whether `name` means this project. A path is also compared as it was typed, since the database may come
+// from another system, where paths look different.
 bool IsCalled(const TProject& project, const QString& name)
 {
     if (IsID(name))
@@ -41,16 +41,19 @@ TCliContext::TCliContext(const TCliEnvironment& environment, TCliOutput& output,
 
 TCliContext::~TCliContext() = default;
 
-QString TCliContext::BackupFolder() const
+TBackups& TCliContext::Backups()
 {
-    return WithTrailingDelimiter(FDataFolder) + QString::fromLatin1(BackupFolderName);
+    if (!FBackups)
+        FBackups = std::make_unique<TBackups>(
+            WithTrailingDelimiter(FDataFolder) + QString::fromLatin1(BackupFolderName), DatabasePath(),
+            FEnvironment.BusyTimeout);
+    return *FBackups;
 }
 
 std::vector<TProject> TCliContext::Projects()
 {
     if (!FolderExists(FDataFolder))
-        throw TError(TErrorKind::NotFound, QStringLiteral("open the data folder"), FDataFolder,
-            QStringLiteral("the folder does not exist"));
+        throw TError(TErrorKind::Io, u"open the data folder"_s, FDataFolder, u"the folder does not exist"_s);
     if (!FileExists(DatabasePath()) && !FolderExists(DatabasePath()))
         return {};
     return Store().ReadProjects();
@@ -58,16 +61,14 @@ std::vector<TProject> TCliContext::Projects()
 
 TProject TCliContext::FindProject(const QString& name)
 {
-    if (name.isEmpty()) // more likely a variable of a script that is not set than a search for nothing
-        throw TError(
-            TErrorKind::Usage, QStringLiteral("Cannot find the project: the ID or path given is empty"));
+    if (name.isEmpty()) // probably from a script with a variable that is not set
+        throw TError(TErrorKind::Usage, u"Cannot find the project: the ID or path given is empty"_s);
     const auto projects = Projects();
     const auto found = std::find_if(projects.cbegin(), projects.cend(),
         [&name](const TProject& project) { return IsCalled(project, name); });
     if (found == projects.cend())
-        throw TError(TErrorKind::NotFound, QStringLiteral("find the project"), name,
-            QStringLiteral("%1 has no project of this %2")
-                .arg(DatabasePath(), IsID(name) ? QStringLiteral("ID") : QStringLiteral("path")));
+        throw TError(TErrorKind::Io, u"find the project"_s, name,
+            u"%1 has no project of this %2"_s.arg(DatabasePath(), IsID(name) ? u"ID"_s : u"path"_s));
     return *found;
 }
 

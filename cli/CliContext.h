@@ -12,6 +12,7 @@
 
 namespace Corvadine {
 
+class TBackups;
 class TProjectStore;
 class TProjectsTable;
 
@@ -27,17 +28,18 @@ public:
     TCliOutput& Output() const { return FOutput; }
     const TCliEnvironment& Environment() const { return FEnvironment; }
     QString DataFolder() const { return FDataFolder; }
-    QString BackupFolder() const;
+    // The backups in the data folder.
+    TBackups& Backups();
 
-    // All projects in the order in which they were added; none while there is no database, which is not
-    // created for that. Throws TError: NotFound for a missing data folder, Database.
+    // All projects in the order in which they were added. None if there is no database; none is created.
+    // Throws TError(Io), also for a missing data folder.
     std::vector<TProject> Projects();
 
-    // The project that the user calls `name`: its ID, or the path of its file, relative or not.
-    // Throws TError as Projects does, NotFound, and Usage for an empty name.
+    // The project with the ID `name`, or with the project file `name`, as a relative or full path.
+    // Throws TError: Io as Projects does, and if there is no such project; Usage for an empty name.
     TProject FindProject(const QString& name);
 
-    // The table for writing, open; the database is created when missing. Throws TError(Database).
+    // The table for writing, open; the database is created when missing. Throws TError(Io).
     // REQUIRES: the data folder exists.
     TProjectsTable& Table();
 
@@ -48,6 +50,7 @@ private:
     const TCliEnvironment& FEnvironment;
     TCliOutput& FOutput;
     QString FDataFolder;
+    std::unique_ptr<TBackups> FBackups;
     std::unique_ptr<TProjectStore> FStore;
     std::unique_ptr<TProjectsTable> FTable;
 };

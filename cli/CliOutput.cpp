@@ -1,5 +1,7 @@
 #include "cli/CliOutput.h"
 
+#include "base/Literals.h"
+
 #include <QJsonDocument>
 
 #include <algorithm>
@@ -13,7 +15,7 @@ void TCliOutput::Show(const TCommandResult& result)
     if (FForm == TOutputForm::Text)
         for (const QString& line : result.Lines)
             FOut << OneLine(line) << '\n';
-    // Whoever reads both streams in one place sees the lines in the order in which they came.
+    // Without this the lines of both streams would be out of order where both go to one terminal or file.
     FOut.flush();
     if (!result.Error.isEmpty())
         FErr << OneLine(result.Error) << '\n';
@@ -32,17 +34,30 @@ std::string OneLine(const QString& text)
     QString line;
     for (const QChar character : text) {
         if (character == u'\n')
-            line += QLatin1String("\\n");
+            line += "\\n"_L1;
         else if (character == u'\r')
-            line += QLatin1String("\\r");
+            line += "\\r"_L1;
         else if (character == u'\t')
-            line += QLatin1String("\\t");
+            line += "\\t"_L1;
         else if (character.category() == QChar::Other_Control)
-            line += QStringLiteral("\\x%1").arg(uint { character.unicode() }, 2, 16, QLatin1Char('0'));
+            line += u"\\x%1"_s.arg(uint { character.unicode() }, 2, 16, QLatin1Char('0'));
         else
             line += character;
     }
     return line.toStdString();
+}
+
+QString Counted(qsizetype count, const QString& noun)
+{
+    return u"%1 %2%3"_s.arg(count).arg(noun, count == 1 ? QString() : u"s"_s);
+}
+
+QStringList Indented(const QStringList& texts)
+{
+    QStringList lines;
+    for (const QString& text : texts)
+        lines.append(u"  "_s + text);
+    return lines;
 }
 
 QStringList AlignedRows(const std::vector<QStringList>& rows)

@@ -15,16 +15,16 @@ enum class TOutputForm {
     Json,
 };
 
-// Puts results onto the program's two streams.
+// Prints results to the program's two streams.
 class TCliOutput {
 public:
     TCliOutput(std::ostream& out, std::ostream& err, TOutputForm form) : FOut(out), FErr(err), FForm(form) { }
 
-    // Prints warnings and error to the error stream and, as text, the lines. A command over several projects
-    // calls this after each; the JSON document waits for Finish.
+    // Prints the warnings and the error to the error stream, and the lines unless the output is JSON. A
+    // command on several projects calls this after each project.
     void Show(const TCommandResult& result);
 
-    // Show, and the one JSON document.
+    // Shows the last result, and prints the JSON document.
     void Finish(const TCommandResult& result);
 
 private:
@@ -33,9 +33,15 @@ private:
     TOutputForm FForm;
 };
 
-// `text` in UTF-8 with its control characters written as escapes: a file name that has a line end or a
-// terminal's control sequence in it must not break the one-line rule or the terminal.
+// `text` in UTF-8 with its control characters written as escapes. A file name may contain line ends or
+// control sequences, which would break the rule of one line each or confuse the terminal.
 std::string OneLine(const QString& text);
+
+// "1 image", "2 images".
+QString Counted(qsizetype count, const QString& noun);
+
+// `texts` indented, as lines below a heading.
+QStringList Indented(const QStringList& texts);
 
 // The rows with their cells padded to columns, two spaces between them; the last column is not padded.
 // REQUIRES: all rows have as many cells as the first.

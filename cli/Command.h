@@ -24,11 +24,11 @@ public:
     virtual const char* Name() const = 0;
     virtual const char* Description() const = 0; // one line, for the list of commands and the command's help
 
-    // Declares positionals and options; their values land in this object, which must outlive `app`'s parsing.
-    // A value out of its range is refused while parsing.
+    // Declares positionals and options. Parsing stores their values in this object, which must live as long,
+    // and refuses values out of range.
     virtual void Declare(CLI::App& app) = 0;
 
-    // Refuses combinations of options that make no sense: throws TError(Usage). Looks at nothing else.
+    // Throws TError(Usage) for combinations of options that make no sense. Reads no files.
     virtual void CheckUsage() const { }
 
     // Does the work. Throws TError.
@@ -37,7 +37,7 @@ public:
 
 using TCommandPtr = std::unique_ptr<TCommand>;
 
-// One function per command, each in the file named after it.
+// One function per command, each in the file of the command's name.
 TCommandPtr MakeAddCommand();
 TCommandPtr MakeListCommand();
 TCommandPtr MakeShowCommand();

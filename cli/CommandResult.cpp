@@ -19,11 +19,11 @@ TCommandResult FailureOf(const std::exception_ptr& exception)
         if (error.Kind() == TErrorKind::Usage)
             result.Exit = TExit::WrongUsage;
     } catch (const std::bad_alloc&) {
-        result.Error = QStringLiteral("Cannot go on: out of memory");
+        result.Error = u"Cannot go on: out of memory"_s;
     } catch (const std::exception& error) {
         result.Error = QString::fromLocal8Bit(error.what());
     } catch (...) {
-        result.Error = QStringLiteral("Cannot go on: an unknown error occurred");
+        result.Error = u"Cannot go on: an unknown error occurred"_s;
     }
     return result;
 }
@@ -31,11 +31,11 @@ TCommandResult FailureOf(const std::exception_ptr& exception)
 QJsonObject JsonOf(const TCommandResult& result)
 {
     QJsonObject json = result.Json;
-    json.insert(QLatin1String("ok"), result.Exit == TExit::Done);
+    json.insert("ok"_L1, result.Exit == TExit::Done);
     if (!result.Error.isEmpty())
-        json.insert(QLatin1String("error"), result.Error);
+        json.insert("error"_L1, result.Error);
     if (!result.Warnings.isEmpty())
-        json.insert(QLatin1String("warnings"), QJsonArray::fromStringList(result.Warnings));
+        json.insert("warnings"_L1, QJsonArray::fromStringList(result.Warnings));
     return json;
 }
 

@@ -15,7 +15,7 @@ enum class TExit {
     WrongUsage = 2,
 };
 
-// What a command found out or did, once as text for people and once as members of a JSON document.
+// What a command found out or did, in two forms: as text, and as members of a JSON document.
 struct TCommandResult {
     QJsonObject Json;
     QStringList Lines;
@@ -24,10 +24,10 @@ struct TCommandResult {
     TExit Exit = TExit::Done;
 };
 
-// The result that tells of an exception: its text, and wrong usage for TError(Usage).
+// The result of a command that ended with `exception`: its text, and the status WrongUsage for TError(Usage).
 TCommandResult FailureOf(const std::exception_ptr& exception);
 
-// The JSON object of one result, complete: its members, "ok", and "error" and "warnings" if there are any.
+// The whole JSON object of one result: its members, "ok", and "error" and "warnings" if there are any.
 QJsonObject JsonOf(const TCommandResult& result);
 
 } // namespace Corvadine

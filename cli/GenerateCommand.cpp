@@ -4,7 +4,6 @@
 #include "cli/ProjectCommands.h"
 #include "cli/ProjectElements.h"
 #include "generate/GenerationRun.h"
-#include "project/ProjectPaths.h"
 
 #include <CLI/CLI.hpp>
 
@@ -12,7 +11,7 @@ namespace Corvadine {
 
 namespace {
 
-// One line of a terminal that is drawn over again and again, and removed at the end.
+// The progress in one line of a terminal, which the destructor clears.
 class TProgressLine {
 public:
     TProgressLine(std::ostream& stream, const QString& title) : FStream(stream), FTitle(OneLine(title)) { }
@@ -29,7 +28,7 @@ public:
 private:
     std::ostream& FStream;
     std::string FTitle;
-    std::size_t FLength = 0; // bytes, so at least the columns taken
+    std::size_t FLength = 0; // bytes of the longest text, at least as many as its columns
 };
 
 class TGenerateCommand : public TProjectsCommand {
@@ -49,20 +48,18 @@ protected:
     TCommandResult RunOn(TCliContext& context, const TProject& project) override
     {
         const TGenJob job = JobOf(project);
-        const auto records = Generate(context, project, job);
         QJsonArray images;
-        for (const TGenRec& record : records)
-            images.append(OutputPath(job.Settings, record));
-        const QString line = QStringLiteral("%1 in %2")
-                                 .arg(Counted(images.size(), QStringLiteral("image")), project.OutputFolder);
-        return { { { QStringLiteral("folder"), project.OutputFolder }, { QStringLiteral("images"), images } },
-            { line }, JobWarnings(job) };
+        for (const TOutput& output : Generate(context, project, job))
+            images.append(output.Path);
+        const QString line = u"%1 in %2"_s.arg(Counted(images.size(), u"image"_s), project.OutputFolder);
+        return { { { u"folder"_s, project.OutputFolder }, { u"images"_s, images } }, { line },
+            JobWarnings(job) };
     }
 
 private:
     static constexpr int MostJobs = 1024;
 
-    std::vector<TGenRec> Generate(TCliContext& context, const TProject& project, const TGenJob& job) const
+    std::vector<TOutput> Generate(TCliContext& context, const TProject& project, const TGenJob& job) const
     {
         if (!context.Environment().ShowsProgress)
             return RunGeneration(job, FJobs);

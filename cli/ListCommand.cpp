@@ -1,3 +1,4 @@
+#include "base/Literals.h"
 #include "cli/CliContext.h"
 #include "cli/Command.h"
 #include "cli/Settings.h"
@@ -23,7 +24,7 @@ public:
             projects.append(ProjectJson(project));
             rows.push_back({ QString::number(project.ID), project.ProjectFile });
         }
-        return { { { QStringLiteral("projects"), projects } }, AlignedRows(rows) };
+        return { { { u"projects"_s, projects } }, AlignedRows(rows) };
     }
 };
 

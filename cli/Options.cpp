@@ -29,8 +29,8 @@ int ParseNumber(const QString& text, int least, int most)
     bool isNumber = false;
     const int number = text.toInt(&isNumber);
     if (!isNumber || number < least || number > most)
-        throw TError(TErrorKind::Usage,
-            QStringLiteral("'%1' is no whole number from %2 to %3").arg(text).arg(least).arg(most));
+        throw TError(
+            TErrorKind::Usage, u"'%1' is no whole number from %2 to %3"_s.arg(text).arg(least).arg(most));
     return number;
 }
 

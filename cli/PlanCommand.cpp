@@ -7,46 +7,43 @@ namespace Corvadine {
 
 namespace {
 
-QString SourceName(const TPlannedOutput& output)
+// The path of the source that fills the output. Empty if none is chosen; the output is then plain white.
+QString SourceFile(const TOutput& output, const TGenJob& job)
 {
-    if (output.SourceFile.isEmpty())
-        return QStringLiteral("none");
-    return output.FromLaunch ? QStringLiteral("launch") : QStringLiteral("icon");
+    return output.FromLaunch ? job.LaunchFile : job.IconFile;
+}
+
+QString SourceName(const TOutput& output, const TGenJob& job)
+{
+    if (SourceFile(output, job).isEmpty())
+        return u"none"_s;
+    return output.FromLaunch ? u"launch"_s : u"icon"_s;
 }
 
 QStringList OutputLines(const TOutputPlan& plan, const TGenJob& job)
 {
-    const auto chosen = [](const QString& file) { return file.isEmpty() ? QStringLiteral("(none)") : file; };
-    QStringList lines { QStringLiteral("Icon image:    ") + chosen(job.IconFile),
-        QStringLiteral("Launch image:  ") + chosen(job.LaunchFile), QString(),
-        Counted(static_cast<qsizetype>(plan.Outputs.size()), QStringLiteral("image")) };
+    const auto chosen = [](const QString& file) { return file.isEmpty() ? u"(none)"_s : file; };
+    QStringList lines { u"Icon image:    "_s + chosen(job.IconFile),
+        u"Launch image:  "_s + chosen(job.LaunchFile), QString(),
+        Counted(static_cast<qsizetype>(plan.Outputs.size()), u"image"_s) };
     std::vector<QStringList> rows;
-    for (const TPlannedOutput& output : plan.Outputs)
-        rows.push_back({ QStringLiteral("  ") + output.Record.ID,
-            QStringLiteral("%1x%2").arg(output.Size.width()).arg(output.Size.height()), SourceName(output),
-            output.Path });
+    for (const TOutput& output : plan.Outputs) {
+        const QSize size = output.Recipe.Canvas;
+        rows.push_back({ u"  "_s + output.ID, u"%1x%2"_s.arg(size.width()).arg(size.height()),
+            SourceName(output, job), output.Path });
+    }
     return lines + AlignedRows(rows);
 }
 
-QStringList ElementLines(const TUpdateResult& update, const QString& projectFile)
-{
-    const QStringList changes = ChangeLines(update);
-    QStringList lines { QString(),
-        QStringLiteral("%1 would change in %2 (%3 right already)")
-            .arg(Counted(changes.size(), QStringLiteral("element")), projectFile)
-            .arg(CountRight(update)) };
-    return lines + changes + MissingLines(update);
-}
-
-QJsonArray OutputsJson(const TOutputPlan& plan)
+QJsonArray OutputsJson(const TOutputPlan& plan, const TGenJob& job)
 {
     QJsonArray outputs;
-    for (const TPlannedOutput& output : plan.Outputs)
-        outputs.append(QJsonObject { { QStringLiteral("name"), output.Record.ID },
-            { QStringLiteral("width"), output.Size.width() },
-            { QStringLiteral("height"), output.Size.height() },
-            { QStringLiteral("source"), SourceName(output) },
-            { QStringLiteral("sourceFile"), output.SourceFile }, { QStringLiteral("path"), output.Path } });
+    for (const TOutput& output : plan.Outputs) {
+        const QSize size = output.Recipe.Canvas;
+        outputs.append(QJsonObject { { u"name"_s, output.ID }, { u"width"_s, size.width() },
+            { u"height"_s, size.height() }, { u"source"_s, SourceName(output, job) },
+            { u"sourceFile"_s, SourceFile(output, job) }, { u"path"_s, output.Path } });
+    }
     return outputs;
 }
 
@@ -64,14 +61,12 @@ protected:
         const TGenJob job = JobOf(project);
         const TUpdateResult update = PlanUpdate(ImagesOf(project, job), TImageFiles::Assumed);
         const TOutputPlan plan = PlanOutputs(job);
-        TCommandResult result {
-            { { QStringLiteral("outputs"), OutputsJson(plan) },
-                { QStringLiteral("changes"), ChangesJson(update) },
-                { QStringLiteral("right"), CountRight(update) },
-                { QStringLiteral("missing"), QJsonArray::fromStringList(update.MissingIDs) } },
-            OutputLines(plan, job) + ElementLines(update, project.ProjectFile), plan.Warnings
-        };
-        return result;
+        QStringList lines = OutputLines(plan, job);
+        lines << QString() << DryRunLines(update, project.ProjectFile);
+        return { { { u"outputs"_s, OutputsJson(plan, job) }, { u"changes"_s, ChangesJson(update) },
+                     { u"right"_s, CountRight(update) },
+                     { u"missing"_s, QJsonArray::fromStringList(update.MissingIDs) } },
+            lines, plan.Warnings };
     }
 };
 

@@ -14,10 +14,10 @@ namespace {
 
 constexpr const char* ProjectHelp = "ID of the project, or path of its .dproj file";
 
-// Tells which of several projects a line is about.
+// Puts the project's name before the warnings and the error.
 void NameProject(TCommandResult& result, const QString& name)
 {
-    const QString prefix = QStringLiteral("project %1: ").arg(name);
+    const QString prefix = u"project %1: "_s.arg(name);
     for (QString& warning : result.Warnings)
         warning.prepend(prefix);
     if (!result.Error.isEmpty())
@@ -45,9 +45,9 @@ void TProjectsCommand::Declare(CLI::App& app)
 void TProjectsCommand::CheckUsage() const
 {
     if (FAll && !FProjects.empty())
-        throw TError(TErrorKind::Usage, QStringLiteral("--all goes without the name of a project"));
+        throw TError(TErrorKind::Usage, u"--all goes without the name of a project"_s);
     if (!FAll && FProjects.empty())
-        throw TError(TErrorKind::Usage, QStringLiteral("PROJECT or --all is required"));
+        throw TError(TErrorKind::Usage, u"PROJECT or --all is required"_s);
 }
 
 TCommandResult TProjectsCommand::Run(TCliContext& context)
@@ -58,31 +58,30 @@ TCommandResult TProjectsCommand::Run(TCliContext& context)
     for (const QString& name : names) {
         TCommandResult result = RunOnName(context, name);
         projects.append(JsonOf(result));
-        if (!result.Error.isEmpty() && !total.Json.contains(QLatin1String("error")))
-            total.Json.insert(QLatin1String("error"), result.Error); // the first; each project has its own
+        if (!result.Error.isEmpty() && !total.Json.contains("error"_L1))
+            total.Json.insert("error"_L1, result.Error); // the first; each project has its own
         if (result.Exit != TExit::Done)
             total.Exit = TExit::Failed;
         if (names.size() > 1) {
             NameProject(result, name);
             if (!result.Lines.isEmpty())
-                result.Lines.prepend(QStringLiteral("Project %1:").arg(name));
+                result.Lines.prepend(u"Project %1:"_s.arg(name));
         }
         context.Output().Show(result);
     }
-    total.Json.insert(QLatin1String("projects"), projects);
+    total.Json.insert("projects"_L1, projects);
     if (names.isEmpty())
-        total.Warnings.append(QStringLiteral("There are no projects in %1").arg(context.DataFolder()));
+        total.Warnings.append(u"There are no projects in %1"_s.arg(context.DataFolder()));
     return total;
 }
 
 TCommandResult TProjectsCommand::RunOnName(TCliContext& context, const QString& name)
 {
     TCommandResult result;
-    QJsonObject identity { { QStringLiteral("project"), name } };
+    QJsonObject identity { { u"project"_s, name } };
     try {
         const TProject project = context.FindProject(name);
-        identity = { { QStringLiteral("id"), static_cast<qint64>(project.ID) },
-            { QStringLiteral("project"), project.ProjectFile } };
+        identity = { { u"id"_s, static_cast<qint64>(project.ID) }, { u"project"_s, project.ProjectFile } };
         result = RunOn(context, project);
     } catch (...) {
         result = FailureOf(std::current_exception());

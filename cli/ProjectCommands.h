@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-// The two shapes that most commands have.
+// The base classes of commands on projects.
 namespace Corvadine {
 
 // A command on one project.
@@ -22,8 +22,8 @@ private:
     std::string FProject;
 };
 
-// A command on the projects that are named, or on all. One that fails does not keep the others from their
-// turn; each is reported as soon as it is done.
+// A command on the projects that are named, or on all. After a failure it goes on with the next project. Each
+// result is printed as soon as the project is done.
 class TProjectsCommand : public TCommand {
 public:
     void Declare(CLI::App& app) override;

@@ -3,7 +3,7 @@
 #include "base/Error.h"
 #include "base/Files.h"
 #include "cli/CliOutput.h"
-#include "generate/GenerationRun.h"
+#include "generate/Catalogue.h"
 
 #include <QJsonObject>
 
@@ -11,36 +11,41 @@ namespace Corvadine {
 
 TProjectImages ImagesOf(const TProject& project, const TGenJob& job)
 {
-    // The update says so too, but not which file it means.
+    // Checked here, since the error text of the update does not name the file.
     if (!FileExists(project.ProjectFile))
-        throw TError(TErrorKind::NotFound, QStringLiteral("read the project file"), project.ProjectFile,
-            QStringLiteral("the file does not exist"));
+        throw TError(
+            TErrorKind::Io, u"read the project file"_s, project.ProjectFile, u"the file does not exist"_s);
     TProjectImages images { project.ProjectFile, project.OutputFolder, {} };
-    // The launch source decides about sizes only, so nothing is read for the names.
-    for (const TGenRec& record : PlanGenList(job.Settings, std::nullopt))
-        images.IDs.append(record.ID);
+    for (const TCatalogueEntry& entry : CatalogueOf(job.Platforms)) {
+        const QString id = entry.ID.toString();
+        images.Images.push_back({ id, ImageFileName(id) });
+    }
     return images;
 }
 
+namespace {
+
+// "line 83  iPad_AppIcon152  old.png -> new.png" for each element that changes.
 QStringList ChangeLines(const TUpdateResult& update)
 {
-    const auto shown = [](const QString& text) { return text.isEmpty() ? QStringLiteral("(empty)") : text; };
+    const auto shown = [](const QString& text) { return text.isEmpty() ? u"(empty)"_s : text; };
     std::vector<QStringList> rows;
     for (const TElementChange& change : update.Changes)
         if (change.Differs)
-            rows.push_back({ QStringLiteral("  line %1").arg(change.Line), change.ID,
-                shown(change.OldText) + QStringLiteral(" -> ") + change.NewText });
+            rows.push_back({ u"  line %1"_s.arg(change.Line), change.ID,
+                shown(change.OldText) + u" -> "_s + change.NewText });
     return AlignedRows(rows);
 }
+
+} // namespace
 
 QJsonArray ChangesJson(const TUpdateResult& update)
 {
     QJsonArray changes;
     for (const TElementChange& change : update.Changes)
         if (change.Differs)
-            changes.append(
-                QJsonObject { { QStringLiteral("id"), change.ID }, { QStringLiteral("line"), change.Line },
-                    { QStringLiteral("old"), change.OldText }, { QStringLiteral("new"), change.NewText } });
+            changes.append(QJsonObject { { u"id"_s, change.ID }, { u"line"_s, change.Line },
+                { u"old"_s, change.OldText }, { u"new"_s, change.NewText } });
     return changes;
 }
 
@@ -52,24 +57,16 @@ int CountRight(const TUpdateResult& update)
     return count;
 }
 
-QStringList MissingLines(const TUpdateResult& update)
+QStringList DryRunLines(const TUpdateResult& update, const QString& projectFile)
 {
-    if (update.MissingIDs.isEmpty())
-        return {};
-    return QStringList { QStringLiteral("Not found in the project file:") } + Indented(update.MissingIDs);
-}
-
-QStringList Indented(const QStringList& texts)
-{
-    QStringList lines;
-    for (const QString& text : texts)
-        lines.append(QStringLiteral("  ") + text);
+    const QStringList changes = ChangeLines(update);
+    QStringList lines { u"%1 would change in %2 (%3 right already)"_s
+                            .arg(Counted(changes.size(), u"element"_s), projectFile)
+                            .arg(CountRight(update)) };
+    lines += changes;
+    if (!update.MissingIDs.isEmpty())
+        lines << u"Not found in the project file:"_s << Indented(update.MissingIDs);
     return lines;
-}
-
-QString Counted(qsizetype count, const QString& noun)
-{
-    return QStringLiteral("%1 %2%3").arg(count).arg(noun, count == 1 ? QString() : QStringLiteral("s"));
 }
 
 } // namespace Corvadine

@@ -8,29 +8,21 @@
 #include <QString>
 #include <QStringList>
 
-// What several commands need to know or say about the elements of a project file.
+// What several commands do and print with the elements of a project file.
 namespace Corvadine {
 
-// The images that `job` generates for `project`, as the update of its project file wants them.
-// Throws TError(NotFound) if the project file is missing.
+// The images that `job` generates for `project`, for the functions of ProjectUpdater.h.
+// Throws TError(Io) if the project file is missing.
 TProjectImages ImagesOf(const TProject& project, const TGenJob& job);
 
-// Those changes that change something, one line each: "line 83  iPad_AppIcon152  old.png -> new.png".
-QStringList ChangeLines(const TUpdateResult& update);
-
-// The same as objects with "id", "line", "old" and "new".
+// The elements that would change or have changed, as objects with "id", "line", "old" and "new".
 QJsonArray ChangesJson(const TUpdateResult& update);
 
-// The number of elements that need no change.
+// The number of elements that are right already.
 int CountRight(const TUpdateResult& update);
 
-// A heading and a line for each ID that no element has; nothing if there are none.
-QStringList MissingLines(const TUpdateResult& update);
-
-// `texts` as they stand below a heading.
-QStringList Indented(const QStringList& texts);
-
-// "1 image", "2 images".
-QString Counted(qsizetype count, const QString& noun);
+// What an update of `projectFile` would do: how many elements would change, a line for each of them, and the
+// IDs that no element has.
+QStringList DryRunLines(const TUpdateResult& update, const QString& projectFile);
 
 } // namespace Corvadine

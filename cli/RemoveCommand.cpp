@@ -1,3 +1,4 @@
+#include "base/Literals.h"
 #include "cli/CliContext.h"
 #include "cli/ProjectCommands.h"
 #include "cli/Settings.h"
@@ -16,10 +17,10 @@ protected:
     TCommandResult RunOn(TCliContext& context, const TProject& project) override
     {
         TProjectsTable& table = context.Table();
-        if (table.LocateByID(project.ID)) // if not, another program was faster
+        if (table.LocateByID(project.ID)) // false if another program has just removed it
             table.Delete();
-        return { { { QStringLiteral("project"), ProjectJson(project) } },
-            { QStringLiteral("Removed project %1, %2").arg(project.ID).arg(project.ProjectFile) } };
+        return { { { u"project"_s, ProjectJson(project) } },
+            { u"Removed project %1, %2"_s.arg(project.ID).arg(project.ProjectFile) } };
     }
 };
 

@@ -22,7 +22,7 @@ public:
     void CheckUsage() const override
     {
         if (FSettings.IsEmpty())
-            throw TError(TErrorKind::Usage, QStringLiteral("a setting to change is required"));
+            throw TError(TErrorKind::Usage, u"a setting to change is required"_s);
     }
 
 protected:
@@ -31,12 +31,11 @@ protected:
         FSettings.CheckPaths();
         TProjectsTable& table = context.Table();
         if (!table.LocateByID(project.ID))
-            throw TError(TErrorKind::Conflict, QStringLiteral("change the project"), project.ProjectFile,
-                QStringLiteral("another program has removed it meanwhile"));
+            throw TError(TErrorKind::Conflict, u"change the project"_s, project.ProjectFile,
+                u"another program has removed it meanwhile"_s);
         FSettings.SetFields(table);
         table.Post();
-        return { { { QStringLiteral("project"), ProjectJson(table.Current()) } },
-            ProjectLines(table.Current()) };
+        return { { { u"project"_s, ProjectJson(table.Current()) } }, ProjectLines(table.Current()) };
     }
 
 private:

@@ -5,7 +5,7 @@
 #include "base/Files.h"
 #include "cli/CliOutput.h"
 #include "cli/Options.h"
-#include "generate/ResampleFilter.h"
+#include "generate/pixels/RenderOptions.h"
 #include "store/ProjectsTable.h"
 
 #include <CLI/CLI.hpp>
@@ -40,8 +40,7 @@ constexpr std::array<TPlatformField, 4> Platforms { { { "android", TField::IncAn
 
 TError NotOneOf(const QString& text, const QStringList& allowed)
 {
-    return { TErrorKind::Usage,
-        QStringLiteral("'%1' is none of %2").arg(text, allowed.join(QLatin1String(", "))) };
+    return { TErrorKind::Usage, u"'%1' is none of %2"_s.arg(text, allowed.join(", "_L1)) };
 }
 
 TFieldValues AllPlatforms(bool isTicked)
@@ -55,16 +54,15 @@ TFieldValues AllPlatforms(bool isTicked)
 TFieldValues ParsePlatforms(const QString& text)
 {
     const QString lower = text.toLower();
-    if (lower == QLatin1String("all") || lower == QLatin1String("none"))
-        return AllPlatforms(lower == QLatin1String("all"));
+    if (lower == "all"_L1 || lower == "none"_L1)
+        return AllPlatforms(lower == "all"_L1);
     TFieldValues values = AllPlatforms(false);
     for (const QString& part : lower.split(u',')) {
         const auto found = std::find_if(Platforms.begin(), Platforms.end(),
             [&](const TPlatformField& platform) { return part.trimmed() == QLatin1String(platform.Name); });
         if (found == Platforms.end())
-            throw NotOneOf(part.trimmed(),
-                { QStringLiteral("android"), QStringLiteral("iphone"), QStringLiteral("ipad"),
-                    QStringLiteral("windows"), QStringLiteral("all"), QStringLiteral("none") });
+            throw NotOneOf(
+                part.trimmed(), { u"android"_s, u"iphone"_s, u"ipad"_s, u"windows"_s, u"all"_s, u"none"_s });
         values[found->Field] = true;
     }
     return values;
@@ -79,13 +77,13 @@ QJsonValue PlatformsValue(const TProject& project)
     return names;
 }
 
-// A number that the database may lack.
+// A number, or null if the database has none.
 QJsonValue NumberValue(const std::optional<int>& number)
 {
     return number ? QJsonValue(*number) : QJsonValue();
 }
 
-// Shells take an unquoted # for a comment, so the digits do without it.
+// The # may be missing, since shells take an unquoted # for the start of a comment.
 TFieldValues ParseBackground(const QString& text)
 {
     constexpr int DigitCount = 6;
@@ -93,8 +91,7 @@ TFieldValues ParseBackground(const QString& text)
     bool isNumber = false;
     const uint rgb = digits.toUInt(&isNumber, 16);
     if (!isNumber || digits.size() != DigitCount || !digits.at(0).isLetterOrNumber())
-        throw TError(
-            TErrorKind::Usage, QStringLiteral("'%1' is no colour #RRGGBB, such as '#FFFFFF'").arg(text));
+        throw TError(TErrorKind::Usage, u"'%1' is no color #RRGGBB, such as '#FFFFFF'"_s.arg(text));
     return { { TField::PickColor, TColor::FromRgb(rgb).ToStored() } };
 }
 
@@ -103,8 +100,7 @@ QJsonValue BackgroundValue(const TProject& project)
     if (!project.PickColor)
         return {};
     const TColor color = TColor::FromStored(*project.PickColor);
-    return QStringLiteral("#%1%2%3")
-        .arg(color.Red, 2, 16, QLatin1Char('0'))
+    return u"#%1%2%3"_s.arg(color.Red, 2, 16, QLatin1Char('0'))
         .arg(color.Green, 2, 16, QLatin1Char('0'))
         .arg(color.Blue, 2, 16, QLatin1Char('0'))
         .toUpper();
@@ -112,20 +108,20 @@ QJsonValue BackgroundValue(const TProject& project)
 
 TFieldValues ParseFormat(const QString& text)
 {
-    if (text == QLatin1String("256"))
+    if (text == "256"_L1)
         return { { TField::PixelFormat, static_cast<int>(TOutputFormat::Colors256) } };
-    if (text.toLower() == QLatin1String("true"))
+    if (text.toLower() == "true"_L1)
         return { { TField::PixelFormat, static_cast<int>(TOutputFormat::TrueColor) } };
-    throw NotOneOf(text, { QStringLiteral("256"), QStringLiteral("true") });
+    throw NotOneOf(text, { u"256"_s, u"true"_s });
 }
 
-// As the generation takes it: whatever is not 256 colours is true colour.
+// As the generation reads it: every other number than that of 256 colors means true color.
 QJsonValue FormatValue(const TProject& project)
 {
     if (!project.PixelFormat)
         return {};
     const bool isPalette = *project.PixelFormat == static_cast<int>(TOutputFormat::Colors256);
-    return isPalette ? QStringLiteral("256") : QStringLiteral("true");
+    return isPalette ? u"256"_s : u"true"_s;
 }
 
 TFieldValues ParseFilter(const QString& text)
@@ -147,7 +143,7 @@ QJsonValue FilterValue(const TProject& project)
     return NumberValue(project.ResampleFilter);
 }
 
-// Empty clears the field.
+// An empty text clears the field.
 QString ParsePath(const QString& text)
 {
     return text.isEmpty() ? QString() : AbsolutePath(text);
@@ -156,7 +152,7 @@ QString ParsePath(const QString& text)
 TFieldValues ParseOutput(const QString& text)
 {
     if (text.isEmpty())
-        throw TError(TErrorKind::Usage, QStringLiteral("a folder is required"));
+        throw TError(TErrorKind::Usage, u"a folder is required"_s);
     return { { TField::OutputFolder, ParsePath(text) } };
 }
 
@@ -173,9 +169,9 @@ const std::array<TSetting, 9> Settings { {
         [](const TProject& project) -> QJsonValue { return project.SplashImageName; } },
     { "platforms", "LIST", "all, none, or some of android,iphone,ipad,windows", ParsePlatforms,
         PlatformsValue },
-    { "background", "#RRGGBB", "Colour behind transparent pixels and of margins", ParseBackground,
+    { "background", "#RRGGBB", "Color behind transparent pixels and of margins", ParseBackground,
         BackgroundValue },
-    { "format", "256|true", "256 colours or true colour", ParseFormat, FormatValue },
+    { "format", "256|true", "256 colors or true color", ParseFormat, FormatValue },
     { "compression", "1..10", "Compression of the PNG files",
         [](const QString& text) -> TFieldValues {
             return { { TField::Compression,
@@ -198,13 +194,13 @@ const std::array<TSetting, 9> Settings { {
 QString TypedValue(const QJsonValue& value)
 {
     if (value.isNull())
-        return QStringLiteral("(not set)");
+        return u"(not set)"_s;
     if (value.isArray()) {
         const QString list = value.toVariant().toStringList().join(u',');
-        return list.isEmpty() ? QStringLiteral("none") : list;
+        return list.isEmpty() ? u"none"_s : list;
     }
     const QString text = value.toVariant().toString();
-    return text.isEmpty() ? QStringLiteral("\"\"") : text;
+    return text.isEmpty() ? u"\"\""_s : text;
 }
 
 void CheckSource(const QString& attempt, const QString& file)
@@ -212,8 +208,8 @@ void CheckSource(const QString& attempt, const QString& file)
     if (file.isEmpty() || FileExists(file))
         return;
     if (FolderExists(file))
-        throw TError(TErrorKind::BadInput, attempt, file, QStringLiteral("it is a folder"));
-    throw TError(TErrorKind::NotFound, attempt, file, QStringLiteral("the file does not exist"));
+        throw TError(TErrorKind::BadInput, attempt, file, u"it is a folder"_s);
+    throw TError(TErrorKind::Io, attempt, file, u"the file does not exist"_s);
 }
 
 } // namespace
@@ -234,12 +230,12 @@ void TSettingsOptions::Declare(CLI::App& app)
 void TSettingsOptions::CheckPaths() const
 {
     if (Has(TField::IconImageName))
-        CheckSource(QStringLiteral("use the icon image"), FValues.at(TField::IconImageName).toString());
+        CheckSource(u"use the icon image"_s, FValues.at(TField::IconImageName).toString());
     if (Has(TField::SplashImageName))
-        CheckSource(QStringLiteral("use the launch image"), FValues.at(TField::SplashImageName).toString());
+        CheckSource(u"use the launch image"_s, FValues.at(TField::SplashImageName).toString());
     if (Has(TField::OutputFolder) && FileExists(FValues.at(TField::OutputFolder).toString()))
-        throw TError(TErrorKind::BadInput, QStringLiteral("use the output folder"),
-            FValues.at(TField::OutputFolder).toString(), QStringLiteral("it is a file"));
+        throw TError(TErrorKind::BadInput, u"use the output folder"_s,
+            FValues.at(TField::OutputFolder).toString(), u"it is a file"_s);
 }
 
 void TSettingsOptions::SetFields(TProjectsTable& table) const
@@ -250,8 +246,7 @@ void TSettingsOptions::SetFields(TProjectsTable& table) const
 
 QJsonObject ProjectJson(const TProject& project)
 {
-    QJsonObject json { { QStringLiteral("id"), static_cast<qint64>(project.ID) },
-        { QStringLiteral("project"), project.ProjectFile } };
+    QJsonObject json { { u"id"_s, static_cast<qint64>(project.ID) }, { u"project"_s, project.ProjectFile } };
     for (const TSetting& setting : Settings)
         json.insert(QLatin1String(setting.Name), setting.Value(project));
     return json;
@@ -259,8 +254,8 @@ QJsonObject ProjectJson(const TProject& project)
 
 QStringList ProjectLines(const TProject& project)
 {
-    std::vector<QStringList> rows { { QStringLiteral("id"), QString::number(project.ID) },
-        { QStringLiteral("project"), project.ProjectFile } };
+    std::vector<QStringList> rows { { u"id"_s, QString::number(project.ID) },
+        { u"project"_s, project.ProjectFile } };
     for (const TSetting& setting : Settings)
         rows.push_back({ QString::fromLatin1(setting.Name), TypedValue(setting.Value(project)) });
     return AlignedRows(rows);

@@ -13,26 +13,26 @@ namespace CLI {
 class App;
 }
 
-// A project's settings in the words of the command line: "--format true", and "format" in what is printed.
+// A project's settings as the command line reads and prints them: "--format true", and "format" in JSON.
 namespace Corvadine {
 
 class TProjectsTable;
 
-// Options of a command that sets them.
+// The options of a command that changes settings.
 class TSettingsOptions {
 public:
-    // Declares all settings; values that no project could have are refused while parsing.
-    // The object must outlive the parsing.
+    // Declares all settings. Parsing refuses values that no project can have. This object must live as long
+    // as the parsing.
     void Declare(CLI::App& app);
 
     bool IsEmpty() const { return FValues.empty(); }
     bool Has(TField field) const { return FValues.contains(field); }
 
-    // Throws TError unless the source images that are named exist and the output folder could: a slip of the
-    // finger shows at once rather than in the next build.
+    // Throws TError unless the given source images exist and the given output folder is no file. So a typing
+    // error shows at once, not in the next build.
     void CheckPaths() const;
 
-    // Puts the values that were given into the row being edited or inserted.
+    // Puts the given values into the row that is being edited or inserted.
     void SetFields(TProjectsTable& table) const;
 
 private:
@@ -42,7 +42,7 @@ private:
 // The project as a JSON object: "id", "project", and the settings by name; null for what has no value.
 QJsonObject ProjectJson(const TProject& project);
 
-// The same as aligned lines, values as they can be typed back.
+// The same as aligned lines. The values are written as the options take them.
 QStringList ProjectLines(const TProject& project);
 
 } // namespace Corvadine

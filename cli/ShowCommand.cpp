@@ -1,3 +1,4 @@
+#include "base/Literals.h"
 #include "cli/CliContext.h"
 #include "cli/ProjectCommands.h"
 #include "cli/Settings.h"
@@ -14,7 +15,7 @@ public:
 protected:
     TCommandResult RunOn(TCliContext&, const TProject& project) override
     {
-        return { { { QStringLiteral("project"), ProjectJson(project) } }, ProjectLines(project) };
+        return { { { u"project"_s, ProjectJson(project) } }, ProjectLines(project) };
     }
 };
 

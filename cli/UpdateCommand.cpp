@@ -8,29 +8,20 @@ namespace Corvadine {
 
 namespace {
 
-// What the window says, with the names where its first sentence announces them, and without a backup that was
-// not made.
+// The window's message, with the missing IDs after its first sentence, which announces them. Its sentence
+// about the backup is printed only if a backup was made.
 QStringList UpdateLines(const TUpdateResult& update)
 {
     QStringList lines { update.CountMessage() };
     lines += Indented(update.MissingIDs);
     if (update.BackupPath.isEmpty())
-        return lines << QStringLiteral("Nothing had to change, so no backup was made.");
+        return lines << u"Nothing had to change, so no backup was made."_s;
     return lines << TUpdateResult::BackupMessage() << Indented({ update.BackupPath });
 }
 
 QString Message(const TUpdateResult& update)
 {
     return update.BackupPath.isEmpty() ? update.CountMessage() : update.ClosingMessage();
-}
-
-QStringList DryRunLines(const TUpdateResult& update, const QString& projectFile)
-{
-    const QStringList changes = ChangeLines(update);
-    return QStringList { QStringLiteral("%1 would change in %2 (%3 right already)")
-                             .arg(Counted(changes.size(), QStringLiteral("element")), projectFile)
-                             .arg(CountRight(update)) }
-    + changes + MissingLines(update);
 }
 
 class TUpdateCommand : public TProjectsCommand {
@@ -51,36 +42,23 @@ protected:
     TCommandResult RunOn(TCliContext& context, const TProject& project) override
     {
         const TProjectImages images = ImagesOf(project, JobOf(project));
-        const TUpdateResult update =
-            FDryRun ? PlanUpdate(images, TImageFiles::Existing) : Update(context, images);
+        const TUpdateResult update = FDryRun
+            ? PlanUpdate(images, TImageFiles::Existing)
+            : UpdateProject(images, { context.Backups(), context.Environment().Now() });
         TCommandResult result;
-        result.Json = { { QStringLiteral("dryRun"), FDryRun },
-            { QStringLiteral("updated"), update.UpdatedCount },
-            { QStringLiteral("written"), update.IsWritten },
-            { QStringLiteral("changes"), ChangesJson(update) },
-            { QStringLiteral("missing"), QJsonArray::fromStringList(update.MissingIDs) },
-            { QStringLiteral("backup"),
-                update.BackupPath.isEmpty() ? QJsonValue() : QJsonValue(update.BackupPath) },
-            { QStringLiteral("message"), FDryRun ? QJsonValue() : QJsonValue(Message(update)) } };
+        result.Json = { { u"dryRun"_s, FDryRun }, { u"updated"_s, update.UpdatedCount },
+            { u"written"_s, update.IsWritten }, { u"changes"_s, ChangesJson(update) },
+            { u"missing"_s, QJsonArray::fromStringList(update.MissingIDs) },
+            { u"backup"_s, update.BackupPath.isEmpty() ? QJsonValue() : QJsonValue(update.BackupPath) },
+            { u"message"_s, FDryRun ? QJsonValue() : QJsonValue(Message(update)) } };
         result.Lines = FDryRun ? DryRunLines(update, project.ProjectFile) : UpdateLines(update);
         if (update.UpdatedCount == 0 && update.MissingIDs.isEmpty())
-            result.Warnings.append(
-                QStringLiteral("There are no generated images in %1").arg(project.OutputFolder));
+            result.Warnings.append(u"There are no generated images in %1"_s.arg(project.OutputFolder));
         return result;
     }
 
 private:
-    TUpdateResult Update(const TCliContext& context, const TProjectImages& images)
-    {
-        TUpdateResult update = UpdateProject(images,
-            { context.BackupFolder(), context.Environment().Now(), TBackupPolicy::Required, FBackups });
-        FBackups.append(update.BackupPath);
-        return update;
-    }
-
     bool FDryRun = false;
-    // Copies of one template share file name and ProjectGuid, so only this tells their backups apart.
-    QStringList FBackups;
 };
 
 } // namespace

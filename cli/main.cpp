@@ -13,11 +13,11 @@ using namespace Corvadine;
 
 namespace {
 
-// Qt's own warnings about a bad file; it comes back to us as an error anyway.
+// Drops Qt's own warnings about bad files, for which we print an error.
 void DropMessage(QtMsgType, const QMessageLogContext&, const QString&) { }
 
-// Writes to a C stream, which does the buffering, and keeps why the first failure came about: iostreams
-// forget it.
+// Writes to a C stream, which does the buffering. Keeps errno of the first failure, which a std::ostream does
+// not.
 class TFileBuffer : public std::streambuf {
 public:
     explicit TFileBuffer(std::FILE* file) : FFile(file) { }

@@ -1,4 +1,4 @@
-# Libraries that more than one folder uses, with what their static versions for Windows leave to their users.
+# Libraries that more than one folder uses. Their static versions for Windows do not tell all that they need.
 
 find_package(PkgConfig REQUIRED)
 pkg_check_modules(sodium REQUIRED IMPORTED_TARGET libsodium)

@@ -1,11 +1,11 @@
-# The update helper inside of executables.
+# Packs the update helper, and embeds it in executables.
 
 find_program(GCAB gcab REQUIRED)
 
 set(helper_folder ${PROJECT_BINARY_DIR}/support/helper)
 set(helper_name upd${CMAKE_EXECUTABLE_SUFFIX})
 
-# The cabinet of the program upd. The file's time is fixed, so that one helper gives one cabinet.
+# The cabinet of the program upd. The file's time is fixed, so that the same helper gives the same cabinet.
 function(corvadine_make_helper_cabinet)
     add_custom_command(OUTPUT ${helper_folder}/UPD
         COMMAND ${CMAKE_COMMAND} -E copy $<TARGET_FILE:upd> ${helper_folder}/${helper_name}
@@ -19,7 +19,7 @@ function(corvadine_make_helper_cabinet)
     add_custom_target(helper_cabinet DEPENDS ${helper_folder}/UPD)
 endfunction()
 
-# Makes the cabinet the resource UPD of an executable, which support/ExecutableResource.h finds.
+# Makes the cabinet the resource UPD of an executable, which support/update/ExecutableResource.h finds.
 function(corvadine_embed_helper target)
     add_dependencies(${target} helper_cabinet)
     if(WIN32)

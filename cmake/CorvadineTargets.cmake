@@ -15,8 +15,8 @@ function(corvadine_set_flags target)
     set_target_properties(${target} PROPERTIES CXX_EXTENSIONS OFF)
     target_compile_options(${target} PRIVATE
         -Wall -Wextra -Wconversion -Wsign-conversion -Wnon-virtual-dtor -Wcast-align
-        -Wshadow=local -Wold-style-cast -Woverloaded-virtual -Wformat=2
-        # The same input gives the same bytes on every machine, so no fused multiply-add behind our back.
+        $<$<CXX_COMPILER_ID:GNU>:-Wshadow=local> -Wold-style-cast -Woverloaded-virtual -Wformat=2
+        # No fused multiply-add, which rounds differently: the same input gives the same bytes on every machine.
         -ffp-contract=off)
     target_compile_definitions(${target} PRIVATE QT_NO_CAST_TO_ASCII QT_NO_FOREACH)
     if(CORVADINE_WARNINGS_AS_ERRORS)
@@ -62,7 +62,7 @@ endfunction()
 # corvadine_add_widget_test(NAME library...): the same for a test of widgets, on the offscreen platform.
 function(corvadine_add_widget_test name)
     corvadine_add_test(${name} corvadine_widget_testing ${ARGN})
-    if(TARGET Qt6::QOffscreenIntegrationPlugin) # a static Qt, which only brings the system's own along
+    if(TARGET Qt6::QOffscreenIntegrationPlugin) # a static Qt links only the system's own platform by itself
         qt_import_plugins(${name} INCLUDE Qt6::QOffscreenIntegrationPlugin)
     endif()
 endfunction()

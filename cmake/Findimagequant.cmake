@@ -1,4 +1,4 @@
-# libimagequant, which brings no CMake package of its own, as imagequant::imagequant.
+# Defines imagequant::imagequant, since libimagequant has no CMake files.
 find_path(imagequant_INCLUDE_DIR libimagequant.h)
 find_library(imagequant_LIBRARY imagequant)
 mark_as_advanced(imagequant_INCLUDE_DIR imagequant_LIBRARY)

@@ -32,9 +32,9 @@ set(QT_HOST_PATH /usr CACHE PATH "Where Qt for this machine is installed")
 set(QT_HOST_PATH_CMAKE_DIR /usr/lib/${CMAKE_HOST_SYSTEM_PROCESSOR}-linux-gnu/cmake CACHE PATH
     "Where its CMake packages are")
 
-# GCC takes for granted here that an inline function clobbers just the registers that this file's own copy of it does.
-# But the linker keeps one of all copies, perhaps that of a library compiled with other options.
+# Without this option GCC assumes that an inline function changes only the registers that this object file's copy of it
+# changes. But the linker keeps one of all copies, which may come from a library compiled with other options.
 set(CMAKE_CXX_FLAGS_INIT "-fno-ipa-ra")
 
-# One file that needs nothing beside it, compiler runtime included, and that is the same each time it is built.
+# Each program is one file with the compiler's runtime in it, and has the same bytes each time it is built.
 set(CMAKE_EXE_LINKER_FLAGS_INIT "-static -Wl,--no-insert-timestamp")

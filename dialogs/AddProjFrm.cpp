@@ -1,12 +1,12 @@
 #include "dialogs/AddProjFrm.h"
 
 #include "base/PathRules.h"
-#include "dialogs/CommandIcons.h"
-#include "dialogs/HelpKey.h"
-#include "dialogs/IdleUpdate.h"
-#include "dialogs/NoteLabel.h"
-#include "dialogs/ShellDropDown.h"
 #include "project/ProjectPaths.h"
+#include "widgets/HelpKey.h"
+#include "widgets/Icons.h"
+#include "widgets/IdleUpdate.h"
+#include "widgets/NoteLabel.h"
+#include "widgets/ShellDropDown.h"
 
 #include <QHBoxLayout>
 #include <QPushButton>
@@ -22,7 +22,7 @@ constexpr int Margin = 10;
 constexpr int TreeWidth = 371;
 constexpr double NoteFontScale = 1.3;
 
-QPushButton* MakeLargeButton(const QString& caption, const QString& icon, QWidget* parent)
+QPushButton* MakeLargeButton(const QString& caption, QLatin1String icon, QWidget* parent)
 {
     auto* button = new QPushButton(CommandIcon(icon), caption, parent);
     button->setIconSize(QSize(32, 32));
@@ -33,12 +33,12 @@ QPushButton* MakeLargeButton(const QString& caption, const QString& icon, QWidge
 
 TNoteLabel* MakeNote(QWidget* parent)
 {
-    auto* note = new TNoteLabel(
-        QStringLiteral("Please select the <b>.dproj</b> file you wish to use in the drop-down above (a "
+    auto* note =
+        new TNoteLabel(u"Please select the <b>.dproj</b> file you wish to use in the drop-down above (a "
                        "sub-folder called "
                        "Corvadine will be automatically created to hold the icons/launch images)<br><br>"
-                       "Click on the <b>Add Project</b> button when done"),
-        parent);
+                       "Click on the <b>Add Project</b> button when done"_s,
+            parent);
     note->setTextFormat(Qt::RichText);
     note->setAlignment(Qt::AlignCenter);
     QFont font = note->font();
@@ -51,16 +51,16 @@ TNoteLabel* MakeNote(QWidget* parent)
 
 TAddProjForm::TAddProjForm(QWidget* owner, const QString& startFolder)
     : QDialog(owner)
-    , cbWizProjectFile(new TShellDropDown({ QStringLiteral("*.dproj") }, this))
-    , btnAddProject(MakeLargeButton(QStringLiteral("Add Project"), QStringLiteral("add-project"), this))
-    , btnCancel(MakeLargeButton(QStringLiteral("Cancel"), QStringLiteral("delete-all"), this))
+    , cbWizProjectFile(new TShellDropDown({ u"*.dproj"_s }, this))
+    , btnAddProject(MakeLargeButton(u"Add Project"_s, "add-project"_L1, this))
+    , btnCancel(MakeLargeButton(u"Cancel"_s, "delete-all"_L1, this))
 {
-    setWindowTitle(QStringLiteral("Add Project"));
+    setWindowTitle(u"Add Project"_s);
     setWindowFlag(Qt::MSWindowsFixedSizeDialogHint);
     setFixedSize(ClientSize);
     SetHelpTopic(*this, HelpTopic);
-    cbWizProjectFile->setObjectName(QStringLiteral("cbWizProjectFile"));
-    cbWizProjectFile->setAccessibleName(QStringLiteral("Project file"));
+    cbWizProjectFile->setObjectName(u"cbWizProjectFile"_s);
+    cbWizProjectFile->setAccessibleName(u"Project file"_s);
     cbWizProjectFile->SetPopupWidth(TreeWidth);
     cbWizProjectFile->SetStartFolder(startFolder);
     btnAddProject->setDefault(true);
@@ -93,16 +93,16 @@ void TAddProjForm::UpdateCommands()
     btnAddProject->setEnabled(IsProjectFileName(ProjectFile()));
 }
 
-// What was picked has a full path; what was typed may be anything, and a file may be still to come.
+// Refuses a typed text that is not a full path; a path from the tree always is. The file need not exist.
 void TAddProjForm::AddProject()
 {
     const QString file = ProjectFile();
-    if (!IsProjectFileName(file)) // keys can come faster than the dialog gets idle
+    if (!IsProjectFileName(file)) // Enter can be pressed before the button is disabled
         return;
     if (IsFullPath(file))
         accept();
     else
-        emit Refused(QStringLiteral("Please enter the full path of the project file, or choose it."));
+        emit Refused(u"Please enter the full path of the project file, or choose it."_s);
 }
 
 } // namespace Corvadine

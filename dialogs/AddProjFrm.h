@@ -8,12 +8,13 @@ namespace Corvadine {
 
 class TShellDropDown;
 
-// The dialog that asks for the project file to add. Run it with exec(): Accepted leaves a full path, exactly
-// as displayed, in ProjectFile(), whose file may be still to come; closed in any other way it is Rejected.
+// The dialog that asks for the project file to add. Run it with exec(). After Accepted, ProjectFile()
+// is a full path, exactly as displayed; the file need not exist. Every other way of closing the
+// dialog gives Rejected.
 class TAddProjForm : public QDialog {
     Q_OBJECT
 public:
-    // The drop-down opens at `startFolder`, or at the user's home if that is no existing folder.
+    // The drop-down opens at `startFolder`, or at the user's home folder if `startFolder` does not exist.
     TAddProjForm(QWidget* owner, const QString& startFolder);
 
     QString ProjectFile() const;
@@ -23,7 +24,8 @@ public:
     QPushButton* const btnCancel;
 
 signals:
-    // "Add Project" was pressed over a text that is no such path; the dialog stays open.
+    // "Add Project" was pressed, but the text is not a full path. The dialog stays open. `reason` says so to
+    // the user, as a sentence.
     void Refused(const QString& reason);
 
 private:

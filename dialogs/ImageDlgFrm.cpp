@@ -1,15 +1,15 @@
 #include "dialogs/ImageDlgFrm.h"
 
 #include "base/Error.h"
-#include "dialogs/CommandIcons.h"
-#include "dialogs/HelpKey.h"
-#include "dialogs/IdleUpdate.h"
-#include "dialogs/PicturePreview.h"
-#include "dialogs/ShellBreadCrumb.h"
-#include "dialogs/ShellFolders.h"
-#include "dialogs/ShellListView.h"
 #include "images/RecognisedImage.h"
 #include "images/SourceImage.h"
+#include "widgets/HelpKey.h"
+#include "widgets/Icons.h"
+#include "widgets/IdleUpdate.h"
+#include "widgets/PicturePreview.h"
+#include "widgets/ShellBreadCrumb.h"
+#include "widgets/ShellFolders.h"
+#include "widgets/ShellListView.h"
 
 #include <QAction>
 #include <QApplication>
@@ -33,21 +33,21 @@ constexpr int Gap = 4;
 constexpr int PreviewWidth = 300;
 constexpr int FilenameWidth = 470;
 
-// Programs on Windows, the tools that build the user's app among them, open no longer paths.
+// Many programs on Windows cannot open longer paths, the user's build tools among them.
 constexpr qsizetype MaxPathLength = 260;
 
 QStringList ListedMasks()
 {
-    return QStringLiteral("*.jpg;*.png;*.bmp;*.gif").split(u';');
+    return u"*.jpg;*.png;*.bmp;*.gif"_s.split(u';');
 }
 
-// The picture of `path`, no larger than `box`; nothing if it cannot be decoded.
+// Returns the picture of `path`, no larger than `box`. The image is null if the file cannot be decoded.
 QImage LoadPreview(const QString& path, QSize box)
 {
     try {
         return LoadThumbnail(path, box).Picture;
-    } catch (const std::exception&) { // also for want of memory
-        return {};                    // the file can be chosen all the same
+    } catch (const std::exception&) { // also std::bad_alloc, since pictures can be large
+        return {};
     }
 }
 
@@ -61,11 +61,11 @@ TImageDlgForm::TImageDlgForm(QWidget* owner, const QString& startFolder)
     , cxShellListView1(new TShellListView(ListedMasks(), this))
     , cxImage1(new TPicturePreview(this))
     , edNewFilename(new QLineEdit(this))
-    , aAddImage(new QAction(QStringLiteral("Add Image"), this))
-    , aUpLevel(new QAction(QStringLiteral("Up"), this))
+    , aAddImage(new QAction(u"Add Image"_s, this))
+    , aUpLevel(new QAction(u"Up"_s, this))
     , btnAddImage(new QToolButton(this))
 {
-    setWindowTitle(QStringLiteral("Select Image"));
+    setWindowTitle(u"Select Image"_s);
     resize(ClientSize);
     SetHelpTopics();
     MakeCommands();
@@ -91,7 +91,7 @@ void TImageDlgForm::Beep()
     QApplication::beep();
 }
 
-// The numbers of help/Corvadine.hhp.
+// The topics have the numbers that help/Corvadine.hhp gives them.
 void TImageDlgForm::SetHelpTopics()
 {
     SetHelpTopic(*this, 2007);
@@ -102,13 +102,13 @@ void TImageDlgForm::SetHelpTopics()
 
 void TImageDlgForm::MakeCommands()
 {
-    aAddImage->setObjectName(QStringLiteral("aAddImage"));
-    aAddImage->setIcon(CommandIcon(QStringLiteral("add-image")));
-    aAddImage->setIconText(QStringLiteral("Add Selected Image")); // the caption on its button
+    aAddImage->setObjectName(u"aAddImage"_s);
+    aAddImage->setIcon(CommandIcon("add-image"_L1));
+    aAddImage->setIconText(u"Add Selected Image"_s); // the caption of btnAddImage
     connect(aAddImage, &QAction::triggered, this, &TImageDlgForm::aAddImageExecute);
 
-    aUpLevel->setObjectName(QStringLiteral("aUpLevel"));
-    aUpLevel->setIcon(CommandIcon(QStringLiteral("up")));
+    aUpLevel->setObjectName(u"aUpLevel"_s);
+    aUpLevel->setIcon(CommandIcon("up"_L1));
     aUpLevel->setShortcuts({ QKeySequence(Qt::ALT | Qt::Key_Up), QKeySequence(Qt::Key_Backspace) });
     connect(aUpLevel, &QAction::triggered, this, &TImageDlgForm::aUpLevelExecute);
     addAction(aUpLevel);
@@ -116,19 +116,19 @@ void TImageDlgForm::MakeCommands()
 
 void TImageDlgForm::LayOut()
 {
-    ShellBreadCrumb->setObjectName(QStringLiteral("ShellBreadCrumb"));
+    ShellBreadCrumb->setObjectName(u"ShellBreadCrumb"_s);
     ShellBreadCrumb->AddButton(aUpLevel);
-    cxShellListView1->setObjectName(QStringLiteral("cxShellListView1"));
-    cxShellListView1->setAccessibleName(QStringLiteral("Folders and images"));
-    cxImage1->setObjectName(QStringLiteral("cxImage1"));
-    cxImage1->setAccessibleName(QStringLiteral("Preview"));
+    cxShellListView1->setObjectName(u"cxShellListView1"_s);
+    cxShellListView1->setAccessibleName(u"Folders and images"_s);
+    cxImage1->setObjectName(u"cxImage1"_s);
+    cxImage1->setAccessibleName(u"Preview"_s);
     cxImage1->setFixedWidth(PreviewWidth);
-    edNewFilename->setObjectName(QStringLiteral("edNewFilename"));
-    edNewFilename->setAccessibleName(QStringLiteral("Filename"));
-    edNewFilename->setToolTip(QStringLiteral("Filename"));
+    edNewFilename->setObjectName(u"edNewFilename"_s);
+    edNewFilename->setAccessibleName(u"Filename"_s);
+    edNewFilename->setToolTip(u"Filename"_s);
     edNewFilename->setFixedWidth(FilenameWidth);
     edNewFilename->hide();
-    btnAddImage->setObjectName(QStringLiteral("btnAddImage"));
+    btnAddImage->setObjectName(u"btnAddImage"_s);
     btnAddImage->setDefaultAction(aAddImage);
     btnAddImage->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
     btnAddImage->setIconSize(QSize(16, 16));
@@ -137,7 +137,7 @@ void TImageDlgForm::LayOut()
     btnAddImage->setAccessibleName(aAddImage->iconText());
 
     auto* bar = new QWidget(this);
-    bar->setAccessibleName(QStringLiteral("Event Bar"));
+    bar->setAccessibleName(u"Event Bar"_s);
     bar->setMinimumHeight(BarHeight);
     auto* barLayout = new QHBoxLayout(bar);
     barLayout->setContentsMargins(Gap, 1, Gap, 1);
@@ -171,7 +171,7 @@ void TImageDlgForm::cxShellListView1SelectItem(const QString& path)
 {
     Select(path);
     if (!FSelectedIsImage)
-        return; // the preview keeps the last image
+        return; // the preview keeps its image
     edNewFilename->clear();
     SchedulePreview();
 }
@@ -192,8 +192,8 @@ void TImageDlgForm::aAddImageExecute()
 
 void TImageDlgForm::aAddImageUpdate()
 {
-    // A name typed for a new file enables as well, though the command then only beeps: the field waits,
-    // hidden, for the day when the dialog offers it.
+    // A typed file name also enables the command, though the command then only beeps. Users cannot type a
+    // name yet, because edNewFilename is hidden.
     const bool hasNewName = !ShellBreadCrumb->Path().isEmpty() && !edNewFilename->text().isEmpty();
     aAddImage->setEnabled(FSelectedIsImage || hasNewName);
 }
@@ -209,8 +209,8 @@ void TImageDlgForm::aUpLevelUpdate()
     aUpLevel->setEnabled(ParentFolder(ShellBreadCrumb->Path()).has_value());
 }
 
-// Decoding waits until all events are handled: the selection is painted first, and of the files that the
-// cursor runs over with a key held down only those are decoded where it pauses.
+// Decoding starts when all events are handled, so the selection is painted first. While a key is held down,
+// only the files where the cursor pauses are decoded.
 void TImageDlgForm::SchedulePreview()
 {
     if (std::exchange(FPreviewIsDue, true))
@@ -218,7 +218,8 @@ void TImageDlgForm::SchedulePreview()
     QTimer::singleShot(0, this, &TImageDlgForm::StartPreview);
 }
 
-// In the background, since a large picture takes a second; one at a time, since it may also take the memory.
+// Decodes in the background, because a large picture takes a second. Decodes one file at a time
+// to save memory.
 void TImageDlgForm::StartPreview()
 {
     if (FPreview.isRunning() || !std::exchange(FPreviewIsDue, false) || !FSelectedIsImage)
@@ -229,7 +230,7 @@ void TImageDlgForm::StartPreview()
 void TImageDlgForm::PreviewDecoded()
 {
     cxImage1->SetImage(FPreview.result());
-    StartPreview(); // of the file that was selected meanwhile, if any
+    StartPreview(); // another file may have been selected meanwhile
 }
 
 } // namespace Corvadine

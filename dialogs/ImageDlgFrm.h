@@ -14,29 +14,29 @@ class TPicturePreview;
 class TShellBreadCrumb;
 class TShellListView;
 
-// The dialog that asks for an image file: a path to walk along, a list of the folder's images, and a preview.
-// It only returns a path. Run it with exec(): Accepted leaves a recognised image file in SelectedFile; closed
-// in any other way it is Rejected.
+// The dialog that asks for an image file: a breadcrumb bar, a list of the folder's images, and a preview. The
+// dialog's only result is a path. Run it with exec(). After Accepted, SelectedFile is a recognized image file
+// (IsRecognisedImageFile()). Every other way of closing the dialog gives Rejected.
 class TImageDlgForm : public QDialog {
     Q_OBJECT
 public:
-    // Opens at `startFolder`, or at the user's home if that is no existing folder.
+    // Opens at `startFolder`, or at the user's home folder if `startFolder` does not exist.
     TImageDlgForm(QWidget* owner, const QString& startFolder);
 
-    // The full path, in the system's form, of the entry last selected or opened, folders included; empty at
-    // first.
+    // The full path of the file or folder that was selected or opened last, in the system's own form. Empty
+    // at first, and when the path has more than 260 characters.
     QString SelectedFile;
 
     TShellBreadCrumb* const ShellBreadCrumb;
     TShellListView* const cxShellListView1;
     TPicturePreview* const cxImage1;
-    QLineEdit* const edNewFilename; // never shown, see aAddImageUpdate
+    QLineEdit* const edNewFilename; // never shown; see aAddImageUpdate()
     QAction* const aAddImage;
     QAction* const aUpLevel;
     QToolButton* const btnAddImage;
 
 protected:
-    // Says that what was asked for cannot be done.
+    // Tells the user that the selected entry cannot be chosen.
     virtual void Beep();
 
 private:
@@ -55,8 +55,8 @@ private:
     void StartPreview();
     void PreviewDecoded();
 
-    bool FSelectedIsImage = false; // SelectedFile is a recognised image file
-    bool FPreviewIsDue = false;    // for the file selected by then
+    bool FSelectedIsImage = false; // SelectedFile is a recognized image file
+    bool FPreviewIsDue = false;    // SelectedFile waits to be decoded
     QFutureWatcher<QImage> FPreview;
 };
 

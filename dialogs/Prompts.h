@@ -6,27 +6,26 @@
 
 namespace Corvadine {
 
-// Everything the window asks or tells its user in a box of its own. The one seam between the window's rules
-// and modal dialogs: tests put their answers here. Each call returns when the user has answered. Use on the
-// window's thread.
+// All boxes and dialogs in which the window asks or tells the user something. Tests implement this interface
+// to answer without modal dialogs. Each call returns when the user has answered. Use on the window's thread.
 class TPrompts {
 public:
     virtual ~TPrompts() = default;
 
-    // Error icon, one button OK.
+    // Shows `text` with an error icon and the button OK.
     virtual void ShowError(const QString& text) = 0;
 
-    // Information icon, one button OK.
+    // Shows `text` with an information icon and the button OK.
     virtual void Inform(const QString& text) = 0;
 
-    // Question with Yes and No; true only for Yes, also when the box is closed in another way.
+    // Asks `text` with the buttons Yes and No. Returns true only for Yes; closing the box means No.
     virtual bool Confirm(const QString& text) = 0;
 
-    // The add-project dialog: the chosen project file's path as displayed there; nothing if not accepted.
+    // Shows the add-project dialog. Returns the chosen path as displayed, or nothing if the user canceled.
     virtual std::optional<QString> ChooseProjectFile() = 0;
 
-    // The image picker, starting in `startFolder` if that is an existing folder: the chosen file's full path;
-    // nothing if cancelled.
+    // Shows the image picker, in `startFolder` if that folder exists. Returns the full path of the chosen
+    // file, or nothing if the user canceled.
     virtual std::optional<QString> ChooseImage(const QString& startFolder) = 0;
 };
 

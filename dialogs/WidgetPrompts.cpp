@@ -13,17 +13,17 @@ namespace {
 QMessageBox::StandardButton Ask(QMessageBox::Icon icon, const QString& title, QString text,
     QMessageBox::StandardButtons buttons, QWidget* window)
 {
-    text.replace(QStringLiteral("\r\n"), QStringLiteral("\n")); // a label would show the CR
+    text.replace(u"\r\n"_s, u"\n"_s); // QLabel would show the CR
     QMessageBox box(icon, title, text, buttons, window);
     box.setTextFormat(Qt::PlainText);
     if (buttons.testFlag(QMessageBox::No))
-        box.setDefaultButton(QMessageBox::No); // what is asked about cannot be undone
+        box.setDefaultButton(QMessageBox::No); // the action cannot be undone
     return static_cast<QMessageBox::StandardButton>(box.exec());
 }
 
 void ShowErrorOver(QWidget* window, const QString& text)
 {
-    Ask(QMessageBox::Critical, QStringLiteral("Error"), text, QMessageBox::Ok, window);
+    Ask(QMessageBox::Critical, u"Error"_s, text, QMessageBox::Ok, window);
 }
 
 } // namespace
@@ -35,13 +35,13 @@ void TWidgetPrompts::ShowError(const QString& text)
 
 void TWidgetPrompts::Inform(const QString& text)
 {
-    Ask(QMessageBox::Information, QStringLiteral("Information"), text, QMessageBox::Ok, FWindow);
+    Ask(QMessageBox::Information, u"Information"_s, text, QMessageBox::Ok, FWindow);
 }
 
 bool TWidgetPrompts::Confirm(const QString& text)
 {
     const auto buttons = QMessageBox::Yes | QMessageBox::No;
-    return Ask(QMessageBox::Question, QStringLiteral("Confirm"), text, buttons, FWindow) == QMessageBox::Yes;
+    return Ask(QMessageBox::Question, u"Confirm"_s, text, buttons, FWindow) == QMessageBox::Yes;
 }
 
 std::optional<QString> TWidgetPrompts::ChooseProjectFile()
@@ -63,7 +63,7 @@ std::optional<QString> TWidgetPrompts::ChooseImage(const QString& startFolder)
     return form.SelectedFile;
 }
 
-// Blocks the window, but not the help that the dialog may open.
+// The dialog blocks the main window, but not a help window that it opens.
 int TWidgetPrompts::Run(QDialog& form) const
 {
     AnswerHelpKey(form, FHelp);

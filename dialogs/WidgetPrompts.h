@@ -1,7 +1,7 @@
 #pragma once
 
-#include "dialogs/HelpKey.h"
 #include "dialogs/Prompts.h"
+#include "widgets/HelpKey.h"
 
 #include <QString>
 
@@ -10,14 +10,15 @@ class QWidget;
 
 namespace Corvadine {
 
-// The prompts as real boxes and dialogs, centred on a window. Texts are plain: whatever a file name holds is
-// shown as it is.
+// Shows the prompts as real boxes and dialogs, centered on a window. Texts are shown as plain text, because
+// file names may look like markup.
 class TWidgetPrompts : public TPrompts {
 public:
-    // The window to centre on and to block; null, as at first, is none. REQUIRES: it lives longer.
+    // Sets the window that the boxes block and are centered on. At first there is none. REQUIRES: `window`
+    // outlives this object.
     void SetWindow(QWidget* window) { FWindow = window; }
 
-    // Who is asked for help when F1 is pressed in a dialog; nobody at first.
+    // Sets the function that is called when F1 is pressed in a dialog. Without it, F1 does nothing.
     void SetHelp(THelpRequest help) { FHelp = std::move(help); }
 
     void ShowError(const QString& text) override;
@@ -31,7 +32,7 @@ private:
 
     QWidget* FWindow = nullptr;
     THelpRequest FHelp;
-    QString FProjectFolder; // of the project file chosen last
+    QString FProjectFolder; // folder of the last chosen project file; the next dialog opens there
 };
 
 } // namespace Corvadine

@@ -1,7 +1,10 @@
 #include "generate/Catalogue.h"
 
+#include "base/Literals.h"
+
 #include <algorithm>
 #include <array>
+#include <iterator>
 #include <limits>
 #include <span>
 
@@ -9,68 +12,74 @@ namespace Corvadine {
 
 namespace {
 
-struct TFixedRec {
-    const char* ID;
-    int Width;
-    int Height;
-};
+using enum TOutputKind;
 
-constexpr std::array<TFixedRec, 15> AndroidGenRecs { {
-    { "Android_LauncherIcon36", 36, 36 },
-    { "Android_LauncherIcon48", 48, 48 },
-    { "Android_LauncherIcon72", 72, 72 },
-    { "Android_LauncherIcon96", 96, 96 },
-    { "Android_LauncherIcon144", 144, 144 },
-    { "Android_LauncherIcon192", 192, 192 },
-    { "Android_SplashImage426", 426, 320 },
-    { "Android_SplashImage470", 470, 320 },
-    { "Android_SplashImage640", 640, 480 },
-    { "Android_SplashImage960", 960, 720 },
-    { "Android_NotificationIcon24", 24, 24 },
-    { "Android_NotificationIcon36", 36, 36 },
-    { "Android_NotificationIcon48", 48, 48 },
-    { "Android_NotificationIcon72", 72, 72 },
-    { "Android_NotificationIcon96", 96, 96 },
+constexpr auto Android = &TPlatforms::Android;
+constexpr auto IPhone = &TPlatforms::IPhone;
+constexpr auto IPad = &TPlatforms::IPad;
+constexpr auto Windows = &TPlatforms::Windows;
+
+constexpr QStringView MainIconID = u"Icon_MainIcon";
+
+constexpr std::array<TCatalogueEntry, 15> AndroidGenRecs { {
+    { Android, Icon, u"Android_LauncherIcon36", { 36, 36 } },
+    { Android, Icon, u"Android_LauncherIcon48", { 48, 48 } },
+    { Android, Icon, u"Android_LauncherIcon72", { 72, 72 } },
+    { Android, Icon, u"Android_LauncherIcon96", { 96, 96 } },
+    { Android, Icon, u"Android_LauncherIcon144", { 144, 144 } },
+    { Android, Icon, u"Android_LauncherIcon192", { 192, 192 } },
+    { Android, Launch, u"Android_SplashImage426", { 426, 320 } },
+    { Android, Launch, u"Android_SplashImage470", { 470, 320 } },
+    { Android, Launch, u"Android_SplashImage640", { 640, 480 } },
+    { Android, Launch, u"Android_SplashImage960", { 960, 720 } },
+    { Android, Icon, u"Android_NotificationIcon24", { 24, 24 } },
+    { Android, Icon, u"Android_NotificationIcon36", { 36, 36 } },
+    { Android, Icon, u"Android_NotificationIcon48", { 48, 48 } },
+    { Android, Icon, u"Android_NotificationIcon72", { 72, 72 } },
+    { Android, Icon, u"Android_NotificationIcon96", { 96, 96 } },
 } };
 
-constexpr std::array<TFixedRec, 8> IPhoneGenRecs { {
-    { "iPhone_AppIcon120", 120, 120 },
-    { "iPhone_AppIcon180", 180, 180 },
-    { "iPhone_Spotlight80", 80, 80 },
-    { "iPhone_Spotlight120", 120, 120 },
-    { "iPhone_Setting58", 58, 58 },
-    { "iPhone_Setting87", 87, 87 },
-    { "iPhone_Notification40", 40, 40 },
-    { "iPhone_Notification60", 60, 60 },
+constexpr std::array<TCatalogueEntry, 8> IPhoneGenRecs { {
+    { IPhone, Icon, u"iPhone_AppIcon120", { 120, 120 } },
+    { IPhone, Icon, u"iPhone_AppIcon180", { 180, 180 } },
+    { IPhone, Icon, u"iPhone_Spotlight80", { 80, 80 } },
+    { IPhone, Icon, u"iPhone_Spotlight120", { 120, 120 } },
+    { IPhone, Icon, u"iPhone_Setting58", { 58, 58 } },
+    { IPhone, Icon, u"iPhone_Setting87", { 87, 87 } },
+    { IPhone, Icon, u"iPhone_Notification40", { 40, 40 } },
+    { IPhone, Icon, u"iPhone_Notification60", { 60, 60 } },
 } };
 
-// "SpotLight" with a capital L: the IDE spells the iPad's element so.
-constexpr std::array<TFixedRec, 5> IPadGenRecs { {
-    { "iPad_AppIcon152", 152, 152 },
-    { "iPad_AppIcon167", 167, 167 },
-    { "iPad_SpotLight80", 80, 80 },
-    { "iPad_Setting58", 58, 58 },
-    { "iPad_Notification40", 40, 40 },
+constexpr std::array<TCatalogueEntry, 5> IPadGenRecs { {
+    { IPad, Icon, u"iPad_AppIcon152", { 152, 152 } },
+    { IPad, Icon, u"iPad_AppIcon167", { 167, 167 } },
+    // The IDE spells the iPad's element with a capital L, unlike the iPhone's "Spotlight".
+    { IPad, Icon, u"iPad_SpotLight80", { 80, 80 } },
+    { IPad, Icon, u"iPad_Setting58", { 58, 58 } },
+    { IPad, Icon, u"iPad_Notification40", { 40, 40 } },
 } };
 
-constexpr std::array<TFixedRec, 2> WindowsGenRecs { {
-    { "UWP_DelphiLogo44", 44, 44 },
-    { "UWP_DelphiLogo150", 150, 150 },
+constexpr std::array<TCatalogueEntry, 2> WindowsGenRecs { {
+    { Windows, Icon, u"UWP_DelphiLogo44", { 44, 44 } },
+    { Windows, Icon, u"UWP_DelphiLogo150", { 150, 150 } },
 } };
 
-void AppendFixed(std::vector<TGenRec>& list, std::span<const TFixedRec> records)
-{
-    for (const TFixedRec& record : records)
-        list.push_back({ record.Width, record.Height, QString::fromLatin1(record.ID) });
-}
+// The App Store's image and the launch images, whose sizes follow from the "2x Width".
+constexpr std::array<TCatalogueEntry, 7> LaunchGenRecs { {
+    { IPhone, AppStore, u"iOS_AppStore1024", { 1024, 1024 } },
+    { IPhone, Launch, u"iPhone_Launch2x", {}, 1 },
+    { IPhone, Launch, u"iPhone_LaunchDark2x", {}, 1 },
+    // The "3x" images have twice the size of the "2x" images, not one and a half times.
+    { IPhone, Launch, u"iPhone_Launch3x", {}, 2 },
+    { IPhone, Launch, u"iPhone_LaunchDark3x", {}, 2 },
+    { IPad, Launch, u"iPad_Launch2x", {}, 2 },
+    { IPad, Launch, u"iPad_LaunchDark2x", {}, 2 },
+} };
 
-void AppendLaunch(std::vector<TGenRec>& list, QSize size, std::initializer_list<const char*> ids)
-{
-    for (const char* id : ids)
-        list.push_back({ size.width(), size.height(), QString::fromLatin1(id) });
-}
+constexpr TCatalogueEntry MainIconGenRec { Windows, MainIcon, MainIconID, { 512, 512 } };
 
-// Keeps absurd source shapes inside the type; the renderer refuses sizes that big with a text.
+// A source of extreme shape gives sizes that do not fit into an int. They are limited, so that
+// RefuseHuge() can report the fault.
 int ToPixels(double value)
 {
     constexpr double Most = std::numeric_limits<int>::max() / 2.0;
@@ -79,44 +88,44 @@ int ToPixels(double value)
 
 } // namespace
 
+std::vector<TCatalogueEntry> CatalogueOf(const TPlatforms& platforms)
+{
+    std::vector<TCatalogueEntry> entries;
+    const auto append = [&](std::span<const TCatalogueEntry> records) {
+        std::copy_if(records.begin(), records.end(), std::back_inserter(entries),
+            [&platforms](const TCatalogueEntry& entry) { return platforms.*entry.Platform; });
+    };
+    append(AndroidGenRecs);
+    append(IPhoneGenRecs);
+    append(IPadGenRecs);
+    append(WindowsGenRecs);
+    append(LaunchGenRecs);
+    append({ &MainIconGenRec, 1 });
+    return entries;
+}
+
+QSize BoxOf(const TCatalogueEntry& entry, int twoxSize, QSize launchSize)
+{
+    if (entry.TwoxFactor == 0)
+        return entry.Size;
+    const double ratio = static_cast<double>(launchSize.width()) / launchSize.height();
+    return QSize(ToPixels(twoxSize), ToPixels(twoxSize * ratio)) * entry.TwoxFactor;
+}
+
 std::vector<TGenRec> BuildGenList(const TPlatforms& platforms, int twoxSize, QSize launchSize)
 {
     std::vector<TGenRec> list;
-    if (platforms.Android)
-        AppendFixed(list, AndroidGenRecs);
-    if (platforms.IPhone)
-        AppendFixed(list, IPhoneGenRecs);
-    if (platforms.IPad)
-        AppendFixed(list, IPadGenRecs);
-    if (platforms.Windows)
-        AppendFixed(list, WindowsGenRecs);
-
-    const double ratio = static_cast<double>(launchSize.width()) / launchSize.height();
-    const QSize twox(ToPixels(twoxSize), ToPixels(twoxSize * ratio));
-    const QSize doubled = twox * 2; // the "3x" images too are twice the "2x" size
-    if (platforms.IPhone) {
-        AppendLaunch(list, QSize(1024, 1024), { "iOS_AppStore1024" });
-        AppendLaunch(list, twox, { "iPhone_Launch2x", "iPhone_LaunchDark2x" });
-        AppendLaunch(list, doubled, { "iPhone_Launch3x", "iPhone_LaunchDark3x" });
+    for (const TCatalogueEntry& entry : CatalogueOf(platforms)) {
+        const QSize box = BoxOf(entry, twoxSize, launchSize);
+        if (entry.Kind != MainIcon)
+            list.push_back({ box.width(), box.height(), entry.ID.toString() });
     }
-    if (platforms.IPad)
-        AppendLaunch(list, doubled, { "iPad_Launch2x", "iPad_LaunchDark2x" });
     return list;
 }
 
-TGenRec MainIconEntry()
+QString ImageFileName(const QString& id)
 {
-    return { 0, 0, MainIconID.toString() };
-}
-
-bool IsLaunchEntry(const QString& id)
-{
-    return id.contains(u"Android_Splash") || id.contains(u"iPhone_Launch") || id.contains(u"iPad_Launch");
-}
-
-bool IsAppStoreEntry(const QString& id)
-{
-    return id.contains(u"iOS_AppStore");
+    return id + (id == MainIconID ? u".ico"_s : u".png"_s);
 }
 
 } // namespace Corvadine

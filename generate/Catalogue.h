@@ -1,22 +1,12 @@
 #pragma once
 
-#include "project/ProjectPaths.h"
-
 #include <QSize>
 #include <QString>
+#include <QStringView>
 
 #include <vector>
 
 namespace Corvadine {
-
-// One output image.
-struct TGenRec {
-    int Width = 0; // pixels; 0 for the Windows icon, whose ten sizes are its own
-    int Height = 0;
-    QString ID; // the project-file element that receives the path, and the file's base name
-
-    bool operator==(const TGenRec&) const = default;
-};
 
 struct TPlatforms {
     bool Android = false;
@@ -27,20 +17,50 @@ struct TPlatforms {
     bool operator==(const TPlatforms&) const = default;
 };
 
-// The images that a project needs, in the order in which they are generated and written into the project
-// file. `twoxSize` is the project's "2x Width"; `launchSize` the pixel size of the launch source, 1 x 1 if
-// there is none. The launch images' height follows from width over height of the source, so a portrait source
-// gives landscape boxes: projects generated long ago have images of these sizes, and generated again they
-// must keep them. It is never below 1. The Windows icon is not in the list; see MainIconEntry().
+enum class TOutputKind {
+    Icon,     // a PNG from the icon source
+    Launch,   // a PNG from the launch source, or from the icon source if there is no launch source
+    AppStore, // a PNG from the icon source; never transparent, unlike other square pictures
+    MainIcon, // the Windows icon: ten images of the icon source in one file
+};
+
+// One image file that a project needs for a platform.
+struct TCatalogueEntry {
+    bool TPlatforms::*Platform; // the platform that needs the image
+    TOutputKind Kind;
+    QStringView ID;     // name of the element in the project file that receives the image's path
+    QSize Size;         // pixels; for the Windows icon, the size of its largest image
+    int TwoxFactor = 0; // if not 0, the box is this multiple of the "2x" size, and Size is unused
+};
+
+// The images that the ticked platforms need, in the order in which they are generated and written into the
+// project file. The Windows icon comes last.
+std::vector<TCatalogueEntry> CatalogueOf(const TPlatforms& platforms);
+
+// BoxOf() gets this launch size when no launch image is chosen.
+inline constexpr QSize NoLaunchSize { 1, 1 };
+
+// The size in pixels of the box that the entry's source is fitted into. `twoxSize` is the project's "2x
+// Width", `launchSize` the pixel size of the launch source. If the entry has a TwoxFactor, its box is
+// `twoxSize` wide, and `twoxSize` * launch width / launch height high. Both sides are then multiplied by
+// TwoxFactor. So a portrait source gives landscape boxes. Older releases did the same, and the sizes of
+// existing projects must not change. No side is below 1.
+QSize BoxOf(const TCatalogueEntry& entry, int twoxSize, QSize launchSize);
+
+// One entry of the window's generation list. It stands for one output.
+struct TGenRec {
+    int Width = 0;  // pixels; 0 for the Windows icon
+    int Height = 0; // pixels; 0 for the Windows icon
+    QString ID;
+
+    bool operator==(const TGenRec&) const = default;
+};
+
+// The window's generation list at the start of a run. It lacks the Windows icon, which the run adds once that
+// file is written. The parameters are those of BoxOf().
 std::vector<TGenRec> BuildGenList(const TPlatforms& platforms, int twoxSize, QSize launchSize);
 
-// The entry that follows the list when Windows is ticked.
-TGenRec MainIconEntry();
-
-// Whether the entry is rendered from the launch source (if there is one) rather than from the icon source.
-bool IsLaunchEntry(const QString& id);
-
-// Whether the entry's image must not be transparent although it is square.
-bool IsAppStoreEntry(const QString& id);
+// The name, without folder, of the file that holds the image `id`.
+QString ImageFileName(const QString& id);
 
 } // namespace Corvadine

@@ -1,5 +1,6 @@
 #include "generate/ClearFiles.h"
 
+#include "base/Literals.h"
 #include "base/SystemFiles.h"
 
 #include <QDir>
@@ -11,10 +12,10 @@ namespace Corvadine {
 QStringList FilesByMask(const QString& folder, const QString& mask)
 {
     if (folder.isEmpty())
-        return {}; // QDir would take the current folder
-    // In this pattern language it would leave out names without a full stop.
-    const QString pattern = mask == AllFilesMask ? QStringLiteral("*") : mask;
-    // System: links that lead nowhere, and other things that are no folders.
+        return {}; // QDir("") is the current folder
+    // For QDir, "*.*" matches only names with a full stop.
+    const QString pattern = mask == AllFilesMask ? u"*"_s : mask;
+    // QDir::System also lists broken links, pipes and sockets.
     return QDir(folder).entryList({ pattern }, QDir::Files | QDir::Hidden | QDir::System);
 }
 

@@ -5,15 +5,15 @@
 
 namespace Corvadine {
 
-// Matches every name, also one without a full stop.
+// Matches every file name, with or without a full stop.
 inline constexpr QLatin1String AllFilesMask("*.*");
 
-// Names of the files directly in `folder` that match `mask` (AllFilesMask or a pattern), hidden ones too;
-// folders are none. Empty if there is no such folder.
+// Returns the names of the files directly in `folder` that match `mask`, which is AllFilesMask or a wildcard
+// pattern. Hidden files are included, folders are not. The list is empty if `folder` does not exist.
 QStringList FilesByMask(const QString& folder, const QString& mask);
 
-// Deletes those files. Returns the number of attempts, which a file that cannot be deleted counts into; by
-// tradition it is 1, not 0, when no file matches. REQUIRES: the folder exists.
+// Deletes the files that FilesByMask() lists. Returns the number of deletions that were tried, including
+// those that failed. Returns 1 if no file matches, as older releases did. REQUIRES: `folder` exists.
 int DeleteFilesByMask(const QString& folder, const QString& mask);
 
 } // namespace Corvadine

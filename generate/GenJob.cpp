@@ -11,14 +11,15 @@ namespace {
 
 TError Unusable(const TProject& project, const QString& reason)
 {
-    return { TErrorKind::BadInput, QStringLiteral("use the settings of"), project.ProjectFile, reason };
+    return { TErrorKind::BadInput, u"use the settings of"_s, project.ProjectFile, reason };
 }
 
-// Databases of older releases may hold no value; the user sees an empty editor then and has to choose one.
+// Databases of older releases may lack an option's value. The window then shows an empty editor, but a run
+// needs the value.
 int Require(const TProject& project, std::optional<int> value, const char* caption)
 {
     if (!value)
-        throw Unusable(project, QStringLiteral("the option \"%1\" has no value").arg(QLatin1String(caption)));
+        throw Unusable(project, u"the option \"%1\" has no value"_s.arg(QLatin1String(caption)));
     return *value;
 }
 
@@ -27,8 +28,7 @@ TResampleFilter RequireFilter(const TProject& project)
     const int code = Require(project, project.ResampleFilter, "Sampling Filter");
     const auto filter = FilterOfCode(code);
     if (!filter)
-        throw Unusable(
-            project, QStringLiteral("the option \"Sampling Filter\" has the unknown value %1").arg(code));
+        throw Unusable(project, u"the option \"Sampling Filter\" has the unknown value %1"_s.arg(code));
     return *filter;
 }
 
@@ -47,17 +47,15 @@ int TwoxSizeOf(const TProject& project)
 TGenJob JobOf(const TProject& project)
 {
     TGenJob job;
-    TGenSettings& settings = job.Settings;
-    settings.Platforms = PlatformsOf(project);
-    settings.TwoxSize = TwoxSizeOf(project);
-    settings.Background = TColor::FromStored(Require(project, project.PickColor, "Background"));
-    settings.Format =
-        Require(project, project.PixelFormat, "Output Format") == static_cast<int>(TOutputFormat::Colors256)
-        ? TOutputFormat::Colors256
-        : TOutputFormat::TrueColor;
-    settings.Compression = Require(project, project.Compression, "Compression");
-    settings.Filter = RequireFilter(project);
-    settings.OutputFolder = project.OutputFolder;
+    job.Platforms = PlatformsOf(project);
+    job.TwoxSize = TwoxSizeOf(project);
+    job.Options.Background = TColor::FromStored(Require(project, project.PickColor, "Background"));
+    const int format = Require(project, project.PixelFormat, "Output Format");
+    job.Options.Format = format == static_cast<int>(TOutputFormat::Colors256) ? TOutputFormat::Colors256
+                                                                              : TOutputFormat::TrueColor;
+    job.Options.Compression = Require(project, project.Compression, "Compression");
+    job.Options.Filter = RequireFilter(project);
+    job.OutputFolder = project.OutputFolder;
     job.IconFile = project.IconImageName;
     job.LaunchFile = project.SplashImageName;
     return job;
@@ -65,10 +63,10 @@ TGenJob JobOf(const TProject& project)
 
 QStringList JobWarnings(const TGenJob& job)
 {
-    if (job.Settings.Platforms == TPlatforms {})
-        return { QStringLiteral("No platform is ticked, so there is nothing to generate") };
+    if (job.Platforms == TPlatforms {})
+        return { u"No platform is ticked, so there is nothing to generate"_s };
     if (job.IconFile.isEmpty())
-        return { QStringLiteral("No icon image is chosen; its outputs will be plain white") };
+        return { u"No icon image is chosen; its outputs will be plain white"_s };
     return {};
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
-#include "generate/GenSettings.h"
+#include "generate/Catalogue.h"
+#include "generate/pixels/RenderOptions.h"
 
 #include <QString>
 #include <QStringList>
@@ -9,24 +10,29 @@ namespace Corvadine {
 
 struct TProject;
 
-// One project's generation, taken as a whole at the start of a run.
+// What one run has to make. The settings are copied, so changes to the project during the run have no effect.
 struct TGenJob {
-    TGenSettings Settings;
-    QString IconFile;   // full path; empty when none is chosen: its outputs are made from BlankSourceImage()
-    QString LaunchFile; // full path; empty when none is chosen: its outputs are rendered from the icon source
+    TPlatforms Platforms;
+    int TwoxSize = 400; // "2x Width", pixels
+    TRenderOptions Options;
+    QString OutputFolder;
+    QString IconFile;   // full path; if empty, BlankSourceImage() is the icon source
+    QString LaunchFile; // full path; if empty, launch images are rendered from the icon source
 };
 
-// Which platforms `project` ticks.
+// The platforms that `project` ticks.
 TPlatforms PlatformsOf(const TProject& project);
 
-// The project's "2x Width" in pixels. Throws TError(BadInput), naming the project file, if it has no value.
+// The project's "2x Width" in pixels. Throws TError(BadInput), naming the project file, if the
+// option has no value.
 int TwoxSizeOf(const TProject& project);
 
-// The job that `project` asks for. An unknown output format means true colour. Throws TError(BadInput),
-// naming the project file, for an option that has no value or names no filter.
+// The job that `project` asks for. An unknown output format means true color. Throws TError(BadInput), naming
+// the project file, for an option that has no value and for an unknown filter.
 TGenJob JobOf(const TProject& project);
 
-// What makes `job` pointless or its outputs blank, one sentence each, found without looking at the sources.
+// Returns one sentence for each setting that makes `job` pointless or its outputs blank. Does not
+// read the sources.
 QStringList JobWarnings(const TGenJob& job);
 
 } // namespace Corvadine

@@ -1,31 +1,23 @@
 #pragma once
 
-#include "generate/GenJob.h"
-#include "generate/Rendering.h"
-
-#include <QString>
+#include "generate/Outputs.h"
 
 #include <functional>
 #include <vector>
 
 namespace Corvadine {
 
-// Called on the caller's thread or a worker's, one call at a time, after each finished file.
+// Called after each finished picture. `done` is the number of files that are ready, `total` that of all
+// files. The calls come from several threads, but never two at the same time.
 using TGenProgress = std::function<void(int done, int total)>;
 
-// Renders every output of `job` on `workers` threads (0: one per core) and writes them into the output
-// folder, which is created with its parents when missing. All or nothing: every file is rendered and staged
-// before the first one is put under its name, so a run that fails changes no file and leaves no new folder
-// behind. Files that are not outputs are left alone. The same job gives the same bytes on any number of
-// threads. Returns the list of what was written: BuildGenList's, then the Windows icon if Windows is ticked.
-// Throws TError: a source that is named but cannot be loaded, an output that is too large (before anything is
-// decoded) or cannot be written.
-std::vector<TGenRec> RunGeneration(const TGenJob& job, int workers = 0, const TGenProgress& progress = {});
-
-// The sources of a job, decoded one after the other, for those that render output by output.
-TRenderSources LoadSources(const TGenJob& job);
-
-// The job's generation list with the Windows icon, from the sources' headers alone; decodes nothing.
-std::vector<TGenRec> PlanGenList(const TGenSettings& settings, const std::optional<TSourceInfo>& launch);
+// Renders all outputs of `job` on `workers` threads (0: one per core) and writes them into the output folder.
+// Creates the folder and its missing parents. All files are rendered and staged before the first one gets its
+// name. A failure up to that point changes no file and leaves no new folder. If a file cannot get its name,
+// the files before it are already replaced. Other files in the folder are left alone. The same job gives the
+// same bytes on any number of threads. Returns what was written. Throws TError if the job has no output
+// folder, a source that is named cannot be loaded, an output is too large (found before anything is decoded),
+// or an output cannot be written.
+std::vector<TOutput> RunGeneration(const TGenJob& job, int workers = 0, const TGenProgress& progress = {});
 
 } // namespace Corvadine

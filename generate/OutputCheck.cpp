@@ -2,103 +2,87 @@
 
 #include "base/Error.h"
 #include "base/Files.h"
-#include "generate/GenerationRun.h"
-#include "generate/Resampler.h"
+#include "generate/Outputs.h"
+#include "generate/pixels/Resampler.h"
 #include "images/SourceImage.h"
 
+#include <QFile>
 #include <QImageReader>
 
 namespace Corvadine {
 
 namespace {
 
-// The two bytes of the IHDR chunk that tell how pixels are stored; the chunk is always the first one
-// (https://www.w3.org/TR/png-3/#11IHDR).
-struct TPngForm {
-    int BitDepth = 0;
-    int ColorType = 0;
-
-    bool operator==(const TPngForm&) const = default;
-};
-
-TPngForm PngFormOf(const QByteArray& file)
-{
-    constexpr qsizetype BitDepthAt = 24;
-    constexpr qsizetype ColorTypeAt = 25;
-    if (file.size() <= ColorTypeAt || !file.startsWith("\x89PNG\r\n\x1A\n"))
-        return {};
-    return { file[BitDepthAt], file[ColorTypeAt] };
-}
-
-TPngForm ExpectedForm(const TRecipe& recipe, TOutputFormat format)
+// The color type that the PNG of an output must have (https://www.w3.org/TR/png-3/#11IHDR).
+int ExpectedColorType(bool keepsAlpha, TOutputFormat format)
 {
     constexpr int Rgb = 2;
     constexpr int Palette = 3;
     constexpr int RgbAlpha = 6;
     if (format == TOutputFormat::Colors256)
-        return { 8, Palette };
-    return { 8, recipe.KeepsAlpha ? RgbAlpha : Rgb };
+        return Palette;
+    return keepsAlpha ? RgbAlpha : Rgb;
 }
 
-bool IsTransparent(const QImage& image)
+// Returns what is wrong with the PNG of `output`, or an empty text if nothing is wrong. Throws TError if the
+// file cannot be decoded.
+QString PngFault(const TOutput& output, const TRenderSource& source, TOutputFormat format)
 {
-    return TRenderSource(image).IsTransparent();
-}
-
-// What is wrong with the PNG of one output; empty if nothing is. Throws TError if it cannot be decoded.
-QString PngFault(const QString& path, const TRecipe& recipe, TOutputFormat format)
-{
-    const QImage image = LoadSourceImage(path, TDecoderChoice::ByContent);
-    const TPngForm form = PngFormOf(ReadFile(path, QStringLiteral("check")));
-    const TPngForm expected = ExpectedForm(recipe, format);
-    if (form == TPngForm {})
-        return QStringLiteral("it is not a PNG file");
-    if (image.size() != recipe.Canvas)
-        return QStringLiteral("it has %1 pixels instead of %2")
-            .arg(SizeText(image.size()), SizeText(recipe.Canvas));
-    if (form != expected)
-        return QStringLiteral("it has colour type %1 with %2 bits instead of colour type %3 with %4 bits")
-            .arg(form.ColorType)
-            .arg(form.BitDepth)
-            .arg(expected.ColorType)
-            .arg(expected.BitDepth);
-    if (!recipe.KeepsAlpha && IsTransparent(image))
-        return QStringLiteral("it is transparent");
+    QFile file(output.Path);
+    const QImage image = LoadSourceImage(file, TDecoderChoice::ByContent);
+    // These bytes hold the signature, and the first chunk (IHDR) up to bit depth and color type.
+    constexpr qint64 HeaderBytes = 26;
+    file.seek(0);
+    const QByteArray header = file.read(HeaderBytes);
+    if (header.size() < HeaderBytes || !header.startsWith("\x89PNG\r\n\x1A\n"))
+        return u"it is not a PNG file"_s;
+    const QSize size = output.Recipe.Canvas;
+    if (image.size() != size)
+        return u"it has %1 pixels instead of %2"_s.arg(SizeText(image.size()), SizeText(size));
+    constexpr int BitDepth = 8;
+    const bool keepsAlpha = output.Recipe.KeepsAlpha && source.Image().hasAlphaChannel();
+    const int colorType = ExpectedColorType(keepsAlpha, format);
+    if (header[24] != BitDepth || header[25] != colorType)
+        return u"it has color type %1 with %2 bits instead of color type %3 with %4 bits"_s
+            .arg(int { header[25] })
+            .arg(int { header[24] })
+            .arg(colorType)
+            .arg(BitDepth);
+    if (!keepsAlpha && IsTransparent(image))
+        return u"it is transparent"_s;
     return {};
 }
 
-// The same for the Windows icon, made from a source of the given size.
+// Returns what is wrong with the Windows icon at `path`, or an empty text if nothing is wrong. `source` is
+// the size of the icon source in pixels.
 QString IconFault(const QString& path, QSize source)
 {
     QImageReader reader(path, "ico");
     const auto count = static_cast<std::size_t>(std::max(reader.imageCount(), 0));
     if (count != IconSizes.size())
-        return QStringLiteral("it holds %1 images instead of %2").arg(count).arg(IconSizes.size());
+        return u"it holds %1 images instead of %2"_s.arg(count).arg(IconSizes.size());
     for (std::size_t i = 0; i < count; ++i) {
         const QSize expected = FittedSize(source, { IconSizes[i], IconSizes[i] });
         reader.jumpToImage(static_cast<int>(i));
         const QImage image = reader.read();
         if (image.isNull())
-            return QStringLiteral("its image of %1 pixels is damaged").arg(SizeText(expected));
+            return u"its image of %1 pixels is damaged"_s.arg(SizeText(expected));
         if (image.size() != expected)
-            return QStringLiteral("its image %1 has %2 pixels instead of %3")
-                .arg(i + 1)
-                .arg(SizeText(image.size()), SizeText(expected));
+            return u"its image %1 has %2 pixels instead of %3"_s.arg(i + 1).arg(
+                SizeText(image.size()), SizeText(expected));
     }
     return {};
 }
 
-QString FaultOf(
-    const TGenRec& record, const QString& path, const TRenderSources& sources, TOutputFormat format)
+QString FaultOf(const TOutput& output, const TRenderSources& sources, TOutputFormat format)
 {
-    if (!FileExists(path))
-        return QStringLiteral("the file does not exist");
-    const TSourceInfo icon = sources.Icon->Info();
-    if (record.ID == MainIconID)
-        return IconFault(path, icon.Size);
-    const auto launch = sources.Launch ? std::optional(sources.Launch->Info()) : std::nullopt;
+    if (!FileExists(output.Path))
+        return u"the file does not exist"_s;
+    if (output.Kind == TOutputKind::MainIcon)
+        return IconFault(output.Path, sources.Icon->Image().size());
     try {
-        return PngFault(path, RecipeOf(record, icon, launch), format);
+        RefuseHuge(output, sources.Sizes());
+        return PngFault(output, output.FromLaunch ? *sources.Launch : *sources.Icon, format);
     } catch (const TError& error) {
         return error.Reason();
     }
@@ -109,13 +93,11 @@ QString FaultOf(
 std::vector<TOutputFinding> CheckOutputs(const TGenJob& job)
 {
     const TRenderSources sources = LoadSources(job);
-    const auto launch = sources.Launch ? std::optional(sources.Launch->Info()) : std::nullopt;
     std::vector<TOutputFinding> findings;
-    for (const TGenRec& record : PlanGenList(job.Settings, launch)) {
-        const QString path = OutputPath(job.Settings, record);
-        const QString fault = FaultOf(record, path, sources, job.Settings.Format);
+    for (const TOutput& output : OutputsOf(job, sources.Sizes())) {
+        const QString fault = FaultOf(output, sources, job.Options.Format);
         if (!fault.isEmpty())
-            findings.push_back({ record.ID, path, fault });
+            findings.push_back({ output.ID, output.Path, fault });
     }
     return findings;
 }

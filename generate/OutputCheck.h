@@ -8,17 +8,17 @@
 
 namespace Corvadine {
 
-// Something wrong with one file of the output folder.
+// A fault of one file in the output folder.
 struct TOutputFinding {
-    QString ID; // of the output
+    QString ID; // TOutput::ID of the output
     QString Path;
-    QString Text; // what is wrong: "the file does not exist"
+    QString Text; // what is wrong, for example "the file does not exist"
 };
 
-// Compares the files in the output folder with what a run of `job` would write: every file is there and
-// decodes as a whole, has the exact size and colour type, the App Store's image has no transparency, and the
-// Windows icon holds its ten images. Empty when all is well; in the order of the generation list. Throws
-// TError when a source cannot be loaded.
+// Compares the files in the output folder with what a run of `job` would write. Each file must exist, decode
+// completely and have the exact size and color type. Flattened images must not be transparent, and the
+// Windows icon must hold its ten images. Returns the faults in the order of OutputsOf(). Throws TError when a
+// source cannot be loaded.
 std::vector<TOutputFinding> CheckOutputs(const TGenJob& job);
 
 } // namespace Corvadine

@@ -1,6 +1,6 @@
 #include "generate/OutputPlan.h"
 
-#include "generate/GenerationRun.h"
+#include "base/Literals.h"
 #include "images/SourceImage.h"
 
 #include <algorithm>
@@ -9,94 +9,48 @@ namespace Corvadine {
 
 namespace {
 
-// How a user speaks of the two sources.
-QString SourceName(bool launch)
+// Names the output that enlarges a source most: the launch source if `launch`, otherwise the icon source.
+// Returns nothing if no output enlarges that source. `source` is the size of the source in pixels.
+QStringList EnlargementWarnings(const std::vector<TOutput>& outputs, bool launch, QSize source)
 {
-    return launch ? QStringLiteral("launch image") : QStringLiteral("icon image");
+    const auto width = [launch](const TOutput& output) {
+        return output.FromLaunch == launch ? output.Recipe.Fitted.width() : 0;
+    };
+    const auto largest = std::max_element(outputs.begin(), outputs.end(),
+        [&width](const TOutput& a, const TOutput& b) { return width(a) < width(b); });
+    if (largest == outputs.end() || width(*largest) <= source.width())
+        return {};
+    const double factor = static_cast<double>(width(*largest)) / source.width();
+    return { u"The %1 has %2 pixels; %3 enlarges it %4 times, to %5"_s.arg(
+        launch ? u"launch image"_s : u"icon image"_s, SizeText(source), largest->ID,
+        QString::number(factor, 'f', 2), SizeText(largest->Recipe.Fitted)) };
 }
-
-// The output that enlarges one of the sources most, if any does.
-struct TEnlargement {
-    double Factor = 1;
-    QString ID;
-    QSize Fitted;
-};
-
-class TPlanner {
-public:
-    explicit TPlanner(const TGenJob& job)
-        : FJob(job), FSources(LoadSources(job)), FIcon(FSources.Icon->Info())
-    {
-        if (FSources.Launch)
-            FLaunch = FSources.Launch->Info();
-    }
-
-    TOutputPlan Plan()
-    {
-        for (const TGenRec& record : PlanGenList(FJob.Settings, FLaunch))
-            AddOutput(record);
-        FPlan.Warnings = JobWarnings(FJob);
-        if (!FPlan.Outputs.empty())
-            WarnOfSources();
-        return FPlan;
-    }
-
-private:
-    void AddOutput(const TGenRec& record)
-    {
-        // The Windows icon's largest image stands for all ten.
-        const bool isIcon = record.ID == MainIconID;
-        const TGenRec shape { isIcon ? IconSizes.back() : record.Width,
-            isIcon ? IconSizes.back() : record.Height, record.ID };
-        const TRecipe recipe = RecipeOf(shape, FIcon, FLaunch);
-        FPlan.Outputs.push_back({ record, recipe.Canvas, recipe.FromLaunch,
-            recipe.FromLaunch ? FJob.LaunchFile : FJob.IconFile, OutputPath(FJob.Settings, record) });
-        const QSize source = recipe.FromLaunch ? FLaunch->Size : FIcon.Size;
-        const double factor = static_cast<double>(recipe.Fitted.width()) / source.width();
-        TEnlargement& most = recipe.FromLaunch ? FMostLaunch : FMostIcon;
-        if (factor > most.Factor)
-            most = { factor, record.ID, recipe.Fitted };
-    }
-
-    void WarnOfSources()
-    {
-        if (!FJob.IconFile.isEmpty()) {
-            if (FIcon.Size.width() != FIcon.Size.height())
-                FPlan.Warnings.append(QStringLiteral(
-                    "The icon image has %1 pixels; it is not square, and so its outputs are not either")
-                                          .arg(SizeText(FIcon.Size)));
-            WarnOfEnlargement(false, FIcon.Size, FMostIcon);
-        }
-        if (!FSources.Launch)
-            return;
-        WarnOfEnlargement(true, FLaunch->Size, FMostLaunch);
-        if (FSources.Launch->IsTransparent())
-            FPlan.Warnings.append(
-                QStringLiteral("The launch image is transparent; the background colour will show through"));
-    }
-
-    void WarnOfEnlargement(bool launch, QSize size, const TEnlargement& most)
-    {
-        if (most.Factor > 1)
-            FPlan.Warnings.append(QStringLiteral("The %1 has %2 pixels; %3 enlarges it %4 times, to %5")
-                                      .arg(SourceName(launch), SizeText(size), most.ID,
-                                          QString::number(most.Factor, 'f', 2), SizeText(most.Fitted)));
-    }
-
-    const TGenJob& FJob;
-    TRenderSources FSources;
-    TSourceInfo FIcon;
-    std::optional<TSourceInfo> FLaunch;
-    TEnlargement FMostIcon;
-    TEnlargement FMostLaunch;
-    TOutputPlan FPlan;
-};
 
 } // namespace
 
 TOutputPlan PlanOutputs(const TGenJob& job)
 {
-    return TPlanner(job).Plan();
+    const TRenderSources sources = LoadSources(job);
+    const TSourceSizes sizes = sources.Sizes();
+    TOutputPlan plan { OutputsOf(job, sizes), JobWarnings(job) };
+    for (const TOutput& output : plan.Outputs)
+        RefuseHuge(output, sizes);
+    if (plan.Outputs.empty())
+        return plan;
+    if (!job.IconFile.isEmpty()) {
+        if (sizes.Icon.width() != sizes.Icon.height())
+            plan.Warnings.append(
+                u"The icon image has %1 pixels; it is not square, and so its outputs are not either"_s.arg(
+                    SizeText(sizes.Icon)));
+        plan.Warnings += EnlargementWarnings(plan.Outputs, false, sizes.Icon);
+    }
+    if (sources.Launch) {
+        plan.Warnings += EnlargementWarnings(plan.Outputs, true, *sizes.Launch);
+        if (IsTransparent(sources.Launch->Image()))
+            plan.Warnings.append(
+                u"The launch image is transparent; the background color will show through"_s);
+    }
+    return plan;
 }
 
 } // namespace Corvadine

@@ -1,27 +1,25 @@
 #include "generate/OutputRenderer.h"
 
-#include <algorithm>
 #include <utility>
 
 namespace Corvadine {
 
-TOutputRenderer::TOutputRenderer(TRenderSources sources, TGenSettings settings)
-    : FSources(std::move(sources)), FSettings(std::move(settings))
+TOutputRenderer::TOutputRenderer(TRenderSources sources, TGenJob job)
+    : FSources(std::move(sources))
+    , FJob(std::move(job))
+    , FOutputs(OutputsOf(FJob, FSources.Sizes()))
+    , FFiles(FOutputs.size())
 {
 }
 
-QByteArray TOutputRenderer::Render(const TGenRec& record)
+QByteArray TOutputRenderer::Render(const TOutput& output)
 {
-    if (record.ID == MainIconID)
-        return RenderMainIcon(*FSources.Icon, FSettings.Filter);
-    const auto launch = FSources.Launch ? std::optional(FSources.Launch->Info()) : std::nullopt;
-    const TRecipe recipe = RecipeOf(record, FSources.Icon->Info(), launch);
-    const auto equal = std::find_if(FRendered.begin(), FRendered.end(),
-        [&recipe](const TRendered& rendered) { return rendered.Recipe == recipe; });
-    if (equal != FRendered.end())
-        return equal->File;
-    FRendered.push_back({ recipe, RenderPng(FSources, FSettings, recipe) });
-    return FRendered.back().File;
+    QByteArray& file = FFiles[output.SameAs];
+    if (file.isEmpty()) {
+        RefuseHuge(output, FSources.Sizes());
+        file = RenderOutput(output, FSources, FJob.Options);
+    }
+    return file;
 }
 
 } // namespace Corvadine

@@ -1,7 +1,6 @@
 #pragma once
 
-#include "generate/GenSettings.h"
-#include "generate/Rendering.h"
+#include "generate/Outputs.h"
 
 #include <QByteArray>
 
@@ -9,26 +8,25 @@
 
 namespace Corvadine {
 
-// Renders one run output by output, for a caller that shows each file as it comes. Outputs that are equal are
-// rendered once. Settings and sources are taken at construction. Use on one thread.
+// Renders the outputs of one job, one per call, so that the window can show each file once it is written.
+// Outputs with the same content are rendered once. The sources are given already decoded, so the job's source
+// files are not read. Use on one thread.
 class TOutputRenderer {
 public:
-    TOutputRenderer(TRenderSources sources, TGenSettings settings);
+    TOutputRenderer(TRenderSources sources, TGenJob job);
 
-    const TGenSettings& Settings() const { return FSettings; }
+    const TGenJob& Job() const { return FJob; }
+    const std::vector<TOutput>& Outputs() const { return FOutputs; }
 
-    // The file of one entry, the Windows icon's included. Throws as RecipeOf does.
-    QByteArray Render(const TGenRec& record);
+    // Returns the content of the file of `output`, which is one of Outputs(). Throws TError as RefuseHuge()
+    // and RenderOutput() do.
+    QByteArray Render(const TOutput& output);
 
 private:
-    struct TRendered {
-        TRecipe Recipe;
-        QByteArray File;
-    };
-
     TRenderSources FSources;
-    TGenSettings FSettings;
-    std::vector<TRendered> FRendered;
+    TGenJob FJob;
+    std::vector<TOutput> FOutputs;
+    std::vector<QByteArray> FFiles; // indexed by TOutput::SameAs; empty until rendered
 };
 
 } // namespace Corvadine

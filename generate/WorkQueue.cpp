@@ -18,7 +18,7 @@ public:
     {
     }
 
-    // What every worker does until nothing is left.
+    // Takes and runs tasks until no task is left or a task has failed. Every worker calls this function.
     void Work()
     {
         while (const auto index = Take())
@@ -34,16 +34,15 @@ public:
 private:
     enum class TState { Waiting, Running, Done };
 
-    // Blocks while all that is left waits for running tasks; nothing when there is no more to do.
+    // Returns the index of the next task to run. Returns nothing when all tasks are taken or a task has
+    // failed. Blocks while every remaining task waits for a running task.
     std::optional<std::size_t> Take()
     {
         std::unique_lock lock(FMutex);
         while (!FFailure) {
-            const auto waiting = std::find(FStates.begin(), FStates.end(), TState::Waiting);
-            if (waiting == FStates.end())
+            if (std::count(FStates.begin(), FStates.end(), TState::Waiting) == 0)
                 return std::nullopt;
-            for (auto index = static_cast<std::size_t>(waiting - FStates.begin()); index < FStates.size();
-                 ++index) {
+            for (std::size_t index = 0; index < FStates.size(); ++index) {
                 if (FStates[index] == TState::Waiting && IsReady(FTasks[index])) {
                     FStates[index] = TState::Running;
                     return index;

@@ -5,16 +5,16 @@
 
 namespace Corvadine {
 
-// A piece of work that may have to wait for another one.
+// One piece of work. It may have to wait for another task.
 struct TTask {
     std::function<void()> Run;
-    int WaitsFor = -1; // index of the task that must have finished first; -1: none
+    int WaitsFor = -1; // index of the task that must be done before; -1: none
 };
 
-// Runs all tasks on `workers` threads (at least one; one means the caller's own) and returns when they are
-// done. A free worker takes the first task in the list that is ready, so earlier tasks should be the longer
-// ones. The first exception stops the handing out of tasks and is thrown here once the running ones have
-// ended. REQUIRES: WaitsFor names an earlier task.
+// Runs all tasks on `workers` threads, including that of the caller, and returns when all tasks are done. A
+// free worker takes the first task of the list that is ready, so list the longest tasks first. After a task
+// has thrown, no further task is started. When the running tasks have ended, RunTasks() throws the first
+// exception. REQUIRES: at least one worker; WaitsFor is the index of an earlier task.
 void RunTasks(const std::vector<TTask>& tasks, int workers);
 
 } // namespace Corvadine

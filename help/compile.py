@@ -8,12 +8,12 @@ own; the project names them without a folder. The same files give the same bytes
 compiled. Needs Python 3, chmcmd, and chmls of the same package.
 
 What is mended, in place, so that no offset in the archive moves:
-- chmcmd names the page of a numbered topic by its absolute path at the time of compiling, which no viewer can open. It
-  is therefore run on /proc/self/cwd, and the topic table (/#IVB) then points behind that prefix, at "/page.html". The
-  table is stored compressed; the mended one takes the place of the compiler's advertisement, which is not.
-- The header has two identifiers; chmcmd writes the first one twice, by which strict readers tell a damaged file.
-- The time of compiling stands in the file twice. One is set to zero; the other, in the header, by which Windows knows
-  one version of a file from the next, is made from the content.
+- chmcmd writes the page of a numbered topic with its absolute path, which no viewer can open. So the pages are compiled
+  in /proc/self/cwd, and the mended topic table (/#IVB) points behind that prefix, at "/page.html". The table is stored
+  compressed; the mended one overwrites the compiler's advertisement, which is not compressed.
+- The header has two identifiers; chmcmd writes the first one twice, which strict readers take for damage.
+- The time of compiling stands in the file twice. One is set to zero. The other, in the header, is made from the
+  content, since Windows tells versions of a file apart by it.
 
 The format: https://www.nongnu.org/chmspec/latest/
 """
@@ -26,7 +26,7 @@ import sys
 import tempfile
 from pathlib import Path
 
-WORK = "/proc/self/cwd"  # the folder of the process that asks, under a name that is the same everywhere
+WORK = "/proc/self/cwd"  # the current folder, under a name that is the same everywhere
 ADVERTISEMENT = "/_#_README_#_"
 TIME_IN_HEADER = 0x10  # a big-endian number of four bytes
 SECOND_IDENTIFIER = 0x28
@@ -34,7 +34,7 @@ IDENTIFIER = bytes.fromhex("11fd017c aa7bd011 9e0c00a0 c922e6ec")
 
 
 class Entry:
-    """One entry of the directory: where its numbers stand, and what they are."""
+    """One entry of the directory: its numbers and their positions."""
 
     def __init__(self, archive, position):
         length, position = archive.number(position)
@@ -46,7 +46,7 @@ class Entry:
 
 
 class Archive:
-    """The bytes of a .chm file, which keep their number and places."""
+    """The bytes of a .chm file. Changes neither add nor move any."""
 
     def __init__(self, content):
         self.bytes = bytearray(content)
@@ -114,7 +114,7 @@ class Archive:
 
 
 def run(folder, *command):
-    """What a program prints; its failure is ours."""
+    """The output of a program. If the program fails, the script ends."""
     result = subprocess.run(command, cwd=folder, check=False, text=True, stdout=subprocess.PIPE,
                             stderr=subprocess.STDOUT)
     if result.returncode != 0:
@@ -123,7 +123,7 @@ def run(folder, *command):
 
 
 def mended_topics(names, table):
-    """The topic table with every name behind the prefix."""
+    """The topic table with its names without the prefix."""
     table = bytearray(table)
     for position in range(8, len(table), 8):
         start, = struct.unpack_from("<I", table, position)
@@ -139,7 +139,7 @@ def main(chmcmd, chmls, output, project, *files):
         for file in (project, *files):
             shutil.copyfile(file, folder / Path(file).name)
         told = run(folder, chmcmd, f"{WORK}/{Path(project).name}")
-        # It tells of a missing page, or an anchor that a link names in vain, but does not fail.
+        # chmcmd reports missing pages and anchors, but does not fail.
         if "Error" in told or "Warning" in told:
             raise SystemExit(told)
         compiled = Path(output).name

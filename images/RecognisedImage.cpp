@@ -10,32 +10,22 @@ namespace Corvadine {
 
 namespace {
 
-QStringList ReadableExtensions()
+QStringList RecognisedExtensions()
 {
+    static const QStringList Videos { "avi", "mpe", "mpg", "mpeg", "wmv" };
     QStringList extensions;
     for (const QByteArray& format : QImageReader::supportedImageFormats())
-        extensions.append(QString::fromLatin1(format));
+        if (!Videos.contains(QString::fromLatin1(format), Qt::CaseInsensitive))
+            extensions.append(QString::fromLatin1(format));
     return extensions;
-}
-
-bool IsReadable(const QString& extension)
-{
-    static const QStringList Extensions = ReadableExtensions(); // asks every plugin
-    return Extensions.contains(extension, Qt::CaseInsensitive);
-}
-
-bool IsVideo(const QString& extension)
-{
-    static const QStringList Extensions { "AVI", "MPE", "MPG", "MPEG", "WMV" };
-    return Extensions.contains(extension, Qt::CaseInsensitive);
 }
 
 } // namespace
 
 bool IsRecognisedImageName(const QString& path)
 {
-    const QString extension = ExtensionOf(path).mid(1);
-    return IsReadable(extension) && !IsVideo(extension);
+    static const QStringList Extensions = RecognisedExtensions(); // once: asking every plugin is slow
+    return Extensions.contains(ExtensionOf(path).mid(1), Qt::CaseInsensitive);
 }
 
 bool IsRecognisedImageFile(const QString& path)

@@ -4,12 +4,12 @@
 
 namespace Corvadine {
 
-// Whether a file of this name counts as an image wherever one is chosen, dropped or listed: its extension, in
-// any mix of capitals, belongs to a format that can be read. Videos never count, whatever decoders the system
-// brings. The disk is not looked at.
+// Whether a file of this name counts as an image wherever the user chooses, drops or lists images. The
+// extension, in upper or lower case, must belong to a format that can be read. Videos never count, even if
+// the system has decoders for them. Does not look at the disk.
 bool IsRecognisedImageName(const QString& path);
 
-// Whether its name says so and `path` is no folder; it need not exist.
+// Whether IsRecognisedImageName() accepts `path`, and `path` is no folder. The file need not exist.
 bool IsRecognisedImageFile(const QString& path);
 
 } // namespace Corvadine

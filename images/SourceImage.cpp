@@ -5,6 +5,7 @@
 #include "images/Truncation.h"
 
 #include <QColorSpace>
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QImageReader>
@@ -17,11 +18,17 @@ namespace Corvadine {
 
 namespace {
 
-const QString Attempt = QStringLiteral("load the image");
+const QString Attempt = u"load the image"_s;
 
 TError BadImage(const QString& path, const QString& reason)
 {
     return { TErrorKind::BadInput, Attempt, path, reason };
+}
+
+// Qt keeps a file's name with slashes; messages show it as the system writes it.
+QString PathOf(const QFile& file)
+{
+    return QDir::toNativeSeparators(file.fileName());
 }
 
 constexpr qint64 MebibyteBytes = qint64 { 1024 } * 1024;
@@ -31,47 +38,46 @@ qint64 RoundedUpQuotient(qint64 dividend, qint64 divisor)
     return (dividend + divisor - 1) / divisor;
 }
 
-// A file beyond the limit of its decoded pixels is somebody's disk image or film under a wrong name. Some
-// decoders would read all of it only to tell its size.
+// Refuses a file that is larger than the limit for decoded pixels. Such a file is hardly an image, but
+// perhaps a video with a wrong name. Some decoders would read the whole file to find the picture's size.
 void RefuseHugeFile(const QFile& file)
 {
     const qint64 mebibytes = RoundedUpQuotient(file.size(), MebibyteBytes);
     if (mebibytes > MaxDecodedMebibytes)
-        throw BadImage(file.fileName(),
-            QStringLiteral("the file has %1 MiB, and the limit is %2 MiB")
-                .arg(mebibytes)
-                .arg(MaxDecodedMebibytes));
+        throw BadImage(PathOf(file),
+            u"the file has %1 MiB, and the limit is %2 MiB"_s.arg(mebibytes).arg(MaxDecodedMebibytes));
 }
 
-// Those who know a picture's size before it is decoded refuse a large one with a text that names it; this is
-// for the others. Decoders run on several threads.
+// Makes decoders refuse large pictures. This matters for formats whose header does not tell the size. For all
+// other formats Decode() refuses first, with a text that names the size. May be called from several threads.
 void LimitAllocations()
 {
     static std::once_flag isDone;
     std::call_once(isDone, [] { QImageReader::setAllocationLimit(MaxDecodedMebibytes); });
 }
 
-// Which image of a file that holds several sizes of one picture.
+// Which image to take from a file that holds one picture in several sizes.
 enum class TWhichImage {
     First,
     Largest,
 };
 
-// A reader of one file. What is no image is refused by its first bytes, however long it is.
+// Decodes one file. If the file is no image, the first bytes are enough to refuse it, however long it is.
 class TFileDecoder {
 public:
-    TFileDecoder(const QString& path, TDecoderChoice choice, TWhichImage which = TWhichImage::Largest)
-        : FPath(path), FFile(path), FChoice(choice)
+    // Opens `file`, which must outlive the decoder.
+    TFileDecoder(QFile& file, TDecoderChoice choice, TWhichImage which = TWhichImage::Largest)
+        : FPath(PathOf(file)), FFile(file), FChoice(choice)
     {
         OpenForReading(FFile, Attempt);
         if (FFile.size() == 0)
-            throw BadImage(path, QStringLiteral("the file is empty"));
+            throw BadImage(FPath, u"the file is empty"_s);
         RefuseHugeFile(FFile);
         LimitAllocations();
         FReader.setDevice(&FFile);
         FReader.setAutoTransform(true);
         ChooseDecoder();
-        if (!FReader.canRead()) // asked first: the icon decoder loses its place over the size
+        if (!FReader.canRead()) // must precede size(), which leaves the icon decoder at a wrong place
             throw NoImage();
         if (which == TWhichImage::Largest && FReader.format() == "ico")
             ChooseLargestImage();
@@ -85,7 +91,7 @@ public:
     {
         if (FHeader.DecodedMebibytes > MaxDecodedMebibytes)
             throw BadImage(FPath,
-                QStringLiteral("it has %1 pixels, %2 MiB once decoded, and the limit is %3 MiB")
+                u"it has %1 pixels, %2 MiB once decoded, and the limit is %3 MiB"_s
                     .arg(SizeText(FHeader.Size))
                     .arg(FHeader.DecodedMebibytes)
                     .arg(MaxDecodedMebibytes));
@@ -98,7 +104,8 @@ public:
         return image;
     }
 
-    // As Decode(), reduced to `size` (upright).
+    // Decodes like Decode(), but to `size` (upright). The decoder itself reduces the picture where that looks
+    // as good as reducing the full-size picture.
     QImage DecodeReduced(QSize size)
     {
         if (ReducesWell())
@@ -106,7 +113,7 @@ public:
         QImage image = Decode();
         if (image.size() == size)
             return image;
-        if (image.colorCount() > 0) // scaled() would dither back into the palette
+        if (image.colorCount() > 0) // scaled() would force the result back into the palette
             image.convertTo(image.hasAlphaChannel() ? QImage::Format_ARGB32 : QImage::Format_RGB32);
         return image.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
     }
@@ -124,11 +131,11 @@ private:
         FFile.seek(0);
         if (!fits)
             return;
-        FReader.setDecideFormatFromContent(false); // which would overrule the format
+        FReader.setDecideFormatFromContent(false); // else the content would decide in spite of setFormat()
         FReader.setFormat(extension);
     }
 
-    // A Windows icon starts with its smallest image, which is no use as a source.
+    // The first image of a Windows icon is its smallest, which makes a poor source.
     void ChooseLargestImage()
     {
         int largest = 0;
@@ -151,8 +158,9 @@ private:
         return HeaderOf(IsLying() ? stored.transposed() : stored, FReader.imageFormat());
     }
 
-    // For formats whose decoders tell no size before they decode, such as Apple's icons. These too hold
-    // several sizes of one picture, of which some may be in a format that the decoder lacks.
+    // Finds the size by decoding, for decoders that cannot tell the size before, such as Apple's icon
+    // decoder. Such a file may also hold one picture in several sizes, and the decoder may be unable to
+    // read some of them.
     TImageHeader DecodeForHeader(TWhichImage which)
     {
         const bool isSeveral = FReader.imageCount() > 1 && !FReader.supportsAnimation();
@@ -177,32 +185,28 @@ private:
 
     TError Damaged() const
     {
-        return BadImage(
-            FPath, QStringLiteral("it is damaged or truncated (%1)").arg(FReader.errorString().toLower()));
+        return BadImage(FPath, u"it is damaged or truncated (%1)"_s.arg(FReader.errorString().toLower()));
     }
 
-    TError NoImage() const
-    {
-        return BadImage(FPath, QStringLiteral("it is not an image in a format that can be read"));
-    }
+    TError NoImage() const { return BadImage(FPath, u"it is not an image in a format that can be read"_s); }
 
     void RefuseTruncated()
     {
-        const qint64 place = FFile.pos(); // the decoder's
+        const qint64 place = FFile.pos(); // the decoder continues at this place
         if (IsTruncated(FFile))
-            throw BadImage(FPath, QStringLiteral("the file is truncated"));
+            throw BadImage(FPath, u"the file is truncated"_s);
         FFile.seek(place);
     }
 
-    // Whether the stored picture is turned by a quarter.
+    // Whether the stored picture is turned by 90 or 270 degrees.
     bool IsLying() const
     {
         return FReader.transformation().testFlag(QImageIOHandler::TransformationRotate90);
     }
 
-    // Whether the decoder may be asked for a smaller picture. Those that reduce while they read know nothing
-    // of premultiplied alpha, so that the colour of transparent pixels tints the edges, and force the mixed
-    // colours back into the file's palette.
+    // Whether the decoder itself may reduce the picture. Decoders do not premultiply by alpha, so the
+    // color of transparent pixels would tint the edges. Decoders also force mixed colors back into the
+    // file's palette.
     bool ReducesWell() const
     {
         const QPixelFormat format = QImage::toPixelFormat(FReader.imageFormat());
@@ -211,14 +215,15 @@ private:
     }
 
     QString FPath;
-    QFile FFile;
+    QFile& FFile;
     TDecoderChoice FChoice;
     TImageHeader FHeader;
     QImageReader FReader;
-    QImage FDecoded; // if its size had to be found out by decoding
+    QImage FDecoded; // null unless decoding was the only way to find the size
 };
 
-// Whether its red, green and blue are sRGB's, apart from the rounding of a file that spells them out.
+// Whether the primaries of `space` are those of sRGB. Small differences are allowed, because files give
+// primaries as rounded numbers.
 bool HasSrgbPrimaries(const QColorSpace& space)
 {
     const QColorTransform transform =
@@ -231,8 +236,8 @@ bool HasSrgbPrimaries(const QColorSpace& space)
     return stays(qRgb(200, 60, 60)) && stays(qRgb(60, 200, 60)) && stays(qRgb(60, 60, 200));
 }
 
-// A PNG with just a gamma of about 1/2.2, alone or with sRGB's primaries as many programs write them, means
-// "as on any screen", not a profile to convert from.
+// Whether a PNG has a gamma of about 1/2.2, and the primaries of sRGB or none. Many programs write these
+// values into every file although the colors are meant as sRGB. So such a picture is not converted.
 bool IsScreenGamma(const QColorSpace& space)
 {
     constexpr float ScreenGamma = 2.2F;
@@ -245,47 +250,52 @@ void ConvertToSrgb(QImage& image)
     const QColorSpace space = image.colorSpace();
     const QColorSpace srgb(QColorSpace::SRgb);
     if (space.isValid() && space != srgb && !IsScreenGamma(space)) {
-        if (image.format() == QImage::Format_Indexed8) // palettes are not converted in place
+        if (image.format() == QImage::Format_Indexed8) // Qt does not convert a palette in place
             image.convertTo(image.hasAlphaChannel() ? QImage::Format_ARGB32 : QImage::Format_RGB32);
         image.convertToColorSpace(srgb);
     }
     image.setColorSpace({});
 }
 
-// What Qt's conversions leave behind when they get no memory.
-void RefuseNull(const QImage& image, const QString& path)
+// Converts the decoded `image` of `path` to sRGB. The format is `withAlpha` if `image` has an alpha channel,
+// otherwise Format_RGB32.
+QImage Converted(QImage image, QImage::Format withAlpha, const QString& path)
 {
-    if (image.isNull())
-        throw BadImage(path, QStringLiteral("there is not enough memory to decode it"));
+    ConvertToSrgb(image);
+    image.convertTo(image.hasAlphaChannel() ? withAlpha : QImage::Format_RGB32);
+    if (image.isNull()) // Qt's conversions give a null image when memory runs out
+        throw BadImage(path, u"there is not enough memory to decode it"_s);
+    return image;
 }
 
 } // namespace
 
 TImageHeader ReadImageHeader(const QString& path, TDecoderChoice choice)
 {
-    return TFileDecoder(path, choice).Header();
+    QFile file(path);
+    return TFileDecoder(file, choice).Header();
 }
 
 QImage LoadSourceImage(const QString& path, TDecoderChoice choice)
 {
-    QImage image = TFileDecoder(path, choice).Decode();
-    ConvertToSrgb(image);
-    image.convertTo(image.hasAlphaChannel() ? QImage::Format_ARGB32 : QImage::Format_RGB32);
-    RefuseNull(image, path);
-    return image;
+    QFile file(path);
+    return LoadSourceImage(file, choice);
+}
+
+QImage LoadSourceImage(QFile& file, TDecoderChoice choice)
+{
+    return Converted(TFileDecoder(file, choice).Decode(), QImage::Format_ARGB32, PathOf(file));
 }
 
 TThumbnail LoadThumbnail(const QString& path, QSize box)
 {
-    TFileDecoder decoder(path, TDecoderChoice::ByExtension, TWhichImage::First);
+    QFile file(path);
+    TFileDecoder decoder(file, TDecoderChoice::ByExtension, TWhichImage::First);
     const QSize size = decoder.Header().Size;
     const bool fits = size.width() <= box.width() && size.height() <= box.height();
     const QSize reduced = size.scaled(box, Qt::KeepAspectRatio).expandedTo({ 1, 1 });
     QImage picture = fits ? decoder.Decode() : decoder.DecodeReduced(reduced);
-    ConvertToSrgb(picture);
-    picture.convertTo(picture.hasAlphaChannel() ? QImage::Format_ARGB32_Premultiplied : QImage::Format_RGB32);
-    RefuseNull(picture, path);
-    return { picture, size };
+    return { Converted(std::move(picture), QImage::Format_ARGB32_Premultiplied, path), size };
 }
 
 QImage BlankSourceImage()
@@ -302,7 +312,7 @@ qint64 MebibytesOf(QSize size, int bytesPerPixel)
 
 QString SizeText(QSize size)
 {
-    return QStringLiteral("%1 x %2").arg(size.width()).arg(size.height());
+    return u"%1 x %2"_s.arg(size.width()).arg(size.height());
 }
 
 } // namespace Corvadine

@@ -4,52 +4,59 @@
 #include <QSize>
 #include <QString>
 
+class QFile;
+
 namespace Corvadine {
 
 enum class TDecoderChoice {
-    ByExtension, // the file name's extension first, the content if that decoder refuses
-    ByContent,   // the content alone
+    ByExtension, // by the file name's extension; by the content if that decoder refuses the file
+    ByContent,   // by the content alone
 };
 
-// What the header of an image file tells. Formats that do not tell it there, such as Apple's icons, are
-// decoded to find it out.
+// What the header of an image file tells. If the header does not tell the size, as in Apple's icons, the file
+// is decoded to find it.
 struct TImageHeader {
     QSize Size;                  // pixels, upright (EXIF orientation applied)
-    qint64 DecodedMebibytes = 0; // memory the decoded pixels take, rounded up
+    qint64 DecodedMebibytes = 0; // memory that the decoded pixels take, rounded up
 };
 
-// A decoded picture that takes more MiB is refused: the most are 16384 x 8192 pixels of 32 bits.
+// A picture that takes more MiB once decoded is refused. A picture of 16384 x 8192 pixels with 32
+// bits just fits.
 constexpr qint64 MaxDecodedMebibytes = 512;
 
-// Memory in MiB, rounded up, that a picture of any size takes; 64 bits could not count the bytes of the
-// largest. REQUIRES: bytesPerPixel is a power of two.
+// The memory in MiB, rounded up, that a picture takes. Correct even if the number of bytes does not fit into
+// 64 bits. REQUIRES: bytesPerPixel is a power of two.
 qint64 MebibytesOf(QSize size, int bytesPerPixel);
 
-// Reads the header of `path`. Throws as LoadSourceImage does, as far as the header shows the fault.
+// Reads the header of `path`. Throws as LoadSourceImage() does, but only for faults that the header shows. A
+// picture that takes more than MaxDecodedMebibytes is not refused if its header tells the size.
 TImageHeader ReadImageHeader(const QString& path, TDecoderChoice choice);
 
-// Decodes `path` into an upright sRGB picture: Format_ARGB32 (straight alpha) when the file has an alpha
-// channel or transparent palette entries, Format_RGB32 otherwise; 8 bits per channel. The EXIF orientation is
-// applied, and an embedded ICC profile is converted to sRGB with the full precision of the file.
-// Throws TError: NotFound, Io (a folder, unreadable), BadInput (empty, truncated, not an image, or a picture
-// or file of more than MaxDecodedMebibytes).
+// Decodes `path` into an upright sRGB picture with 8 bits per channel. The format is Format_ARGB32 (straight
+// alpha) if the file has an alpha channel or transparent palette entries, otherwise Format_RGB32. The EXIF
+// orientation is applied. An embedded ICC profile is converted to sRGB with the full precision of the file.
+// Throws TError(Io) for a file that is missing, unreadable or a folder. Throws TError(BadInput) for a file
+// that is empty, truncated or not an image, and for a picture or file of more than MaxDecodedMebibytes.
 QImage LoadSourceImage(const QString& path, TDecoderChoice choice);
+
+// Decodes the file that `file` names, as the function above does. Leaves `file` open at any position.
+QImage LoadSourceImage(QFile& file, TDecoderChoice choice);
 
 // A small picture of an image file, for lists.
 struct TThumbnail {
-    QImage Picture; // premultiplied sRGB; as large as fits the box with its aspect kept, never enlarged
-    QSize Size;     // pixels of the file's own picture, upright
+    QImage Picture; // premultiplied sRGB; fits into the box with its aspect ratio kept; never enlarged
+    QSize Size;     // pixels; the size of the picture in the file, upright
 };
 
-// The first picture of `path`, reduced to fit `box`, without decoding it at full size where the format allows
-// that. Refuses what LoadSourceImage refuses, with the same errors.
+// Loads the first picture of `path`, reduced to fit into `box`. If the format allows it, the picture is not
+// decoded at full size. Throws as LoadSourceImage() does.
 TThumbnail LoadThumbnail(const QString& path, QSize box);
 
-// What stands in for a source that has not been chosen: one opaque pixel, white on a dark desktop too, since
-// what is generated must not depend on the colours of somebody's windows.
+// One opaque white pixel, which stands for a source that is not chosen. It is white even on a dark desktop,
+// because the outputs must not depend on the theme.
 QImage BlankSourceImage();
 
-// "1024 x 512", as all messages write a size in pixels.
+// A size in pixels as all messages write it, for example "1024 x 512".
 QString SizeText(QSize size);
 
 } // namespace Corvadine

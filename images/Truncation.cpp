@@ -10,14 +10,15 @@ namespace Corvadine {
 
 namespace {
 
-// The bytes of a file, of which a piece at a time is held: the file may be far larger than the picture.
+// The bytes of a file. Only one piece of the file is in memory, because the file may be far larger
+// than the picture.
 class TFileBytes {
 public:
     explicit TFileBytes(QIODevice& file) : FFile(file), FSize(file.size()) { }
 
     qint64 Size() const { return FSize; }
 
-    // The byte at `at`, 0 past the end.
+    // The byte at `at`; 0 past the end of the file.
     int At(qint64 at)
     {
         if (at < FPieceAt || at >= FPieceAt + FPiece.size())
@@ -25,12 +26,12 @@ public:
         return at < FPieceAt + FPiece.size() ? static_cast<uchar>(FPiece[at - FPieceAt]) : 0;
     }
 
-    // Where the first `byte` from `at` on stands; the size of the file if there is none.
+    // The position of the first `byte` at or after `at`; the size of the file if there is none.
     qint64 Find(char byte, qint64 at)
     {
         for (; at < FSize; at = FPieceAt + FPiece.size()) {
             At(at);
-            if (FPiece.isEmpty()) // a read error; what is left cannot be told
+            if (FPiece.isEmpty()) // a read error
                 break;
             const qsizetype found = FPiece.indexOf(byte, at - FPieceAt);
             if (found >= 0)
@@ -54,8 +55,8 @@ private:
 };
 
 // Walks the segments of a JPEG (ITU-T T.81, https://www.w3.org/Graphics/JPEG/itu-t81.pdf, B.1.1) up to the
-// end of its picture. The preview inside and whatever phones hang on behind, a film for one, have markers
-// too, so looking for the last ones would not do.
+// end of its picture. Searching the file for the last end marker would not do: previews inside the picture
+// have end markers too. Data that phones append, for example a short video, may also have them.
 class TJpegWalker {
 public:
     explicit TJpegWalker(QIODevice& file) : FFile(file) { }
@@ -69,7 +70,7 @@ public:
         while (FAt + 1 < FFile.Size()) {
             const int marker = FFile.At(FAt + 1);
             if (FFile.At(FAt) != 0xFF)
-                return false; // damaged, not short
+                return false; // damaged, but not cut off
             if (marker == EndOfImage)
                 return false;
             if (marker == 0xFF) { // fill byte
@@ -84,7 +85,8 @@ public:
     }
 
 private:
-    // To the next marker; a byte 0xFF of the data is followed by a zero, and restart markers belong to it.
+    // Moves to the marker that ends the data. Inside the data, 0xFF is followed by 0 or begins a
+    // restart marker.
     void SkipEntropyCodedData()
     {
         constexpr char MarkerStart = '\xFF';
@@ -118,7 +120,7 @@ public:
                 return !SkipSubBlocks();
             }
             if (introducer != '!')
-                return false; // damaged, not short
+                return false; // damaged, but not cut off
             FAt += 2;         // introducer and label
             if (!SkipSubBlocks())
                 return true;
@@ -129,7 +131,7 @@ public:
 private:
     static qint64 ColorTableBytes(int flags) { return flags & 0x80 ? qint64 { 3 } << ((flags & 7) + 1) : 0; }
 
-    // False if the file ends before the terminating block of size 0.
+    // Moves behind the sub-blocks. Returns false if the file ends before the terminating block of size 0.
     bool SkipSubBlocks()
     {
         while (FAt < FFile.Size()) {
@@ -145,12 +147,12 @@ private:
     qint64 FAt = 0;
 };
 
-// Needs all rows; a compressed bitmap has no size that could be foretold
-// (https://learn.microsoft.com/en-us/windows/win32/gdi/bitmap-storage).
+// Whether a bitmap lacks rows (https://learn.microsoft.com/en-us/windows/win32/gdi/bitmap-storage). The size
+// of a compressed bitmap cannot be computed, so a compressed bitmap counts as complete.
 bool IsTruncatedBmp(QIODevice& file)
 {
-    constexpr quint32 CoreHeaderBytes = 12; // of OS/2, with smaller fields
-    constexpr quint32 InfoHeaderBytes = 40; // later ones are longer and begin alike
+    constexpr quint32 CoreHeaderBytes = 12; // the header of OS/2 bitmaps, which has smaller fields
+    constexpr quint32 InfoHeaderBytes = 40; // newer headers begin with the same fields and are longer
     std::array<char, 14 + InfoHeaderBytes> header {};
     file.seek(0);
     file.read(header.data(), header.size());

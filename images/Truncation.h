@@ -4,10 +4,10 @@ class QIODevice;
 
 namespace Corvadine {
 
-// Whether an image file ends before its first picture does, for the formats whose decoders fill the rest with
-// grey or black and report success: JPEG, GIF and uncompressed BMP. False for all other formats and for files
-// that are damaged in other ways; their decoders say so themselves. Reads no further than it has to, and
-// leaves `file` at any place. REQUIRES: `file` is open and can seek.
+// Whether an image file ends before the end of its first picture. Checks JPEG, GIF and uncompressed BMP,
+// because their decoders fill the missing part with gray or black and report success. Returns false for all
+// other formats and for other damage, because there the decoders report the error. Reads only as far as
+// needed, and leaves `file` at any position. REQUIRES: `file` is open and can seek.
 bool IsTruncated(QIODevice& file);
 
 } // namespace Corvadine

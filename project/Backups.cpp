@@ -7,10 +7,14 @@
 #include "base/SystemFiles.h"
 #include "project/ProjectDocument.h"
 
+#include <QCryptographicHash>
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
+#include <QSet>
 
 #include <algorithm>
+#include <map>
 
 namespace Corvadine {
 
@@ -18,186 +22,317 @@ namespace {
 
 constexpr qsizetype StampLength = 14; // YYYYMMDDHHNNSS
 
-// What stands before the time. Five characters and not the six of ".dproj" are cut off, which leaves a full
-// stop before the time.
+// The part of the name before the time. It keeps the full stop of ".dproj": only five of those six characters
+// are cut off.
 QString StemOf(const QString& projectFile)
 {
     const QString name = FileNameOf(projectFile);
     return name.left(std::max(name.size() - 5, qsizetype { 0 }));
 }
 
-QString BackupName(const QString& projectFile, const QString& stamp)
+QString NameWithStamp(const QString& projectFile, const QString& stamp)
 {
     return StemOf(projectFile) + stamp + ExtensionOf(projectFile);
 }
 
-// Invalid unless `stamp` is a time. Digits and not a local time are checked: a change of time zone or an hour
-// skipped in spring must not hide a backup.
-QDateTime TimeOf(const QString& stamp)
+QString NameAt(const QString& projectFile, const QDateTime& time)
 {
-    const QDate date = QDate::fromString(stamp.left(8), QStringLiteral("yyyyMMdd"));
-    const QTime time = QTime::fromString(stamp.mid(8), QStringLiteral("HHmmss"));
-    return date.isValid() && time.isValid() ? QDateTime(date, time) : QDateTime();
+    return NameWithStamp(projectFile, time.toString(u"yyyyMMddHHmmss"_s));
 }
 
-// What the content of a project file tells, good or not.
-struct TContentInfo {
-    QString ProjectGuid;
-    QString Fault;
-};
+// The time in the name of a copy of `projectFile`; invalid if the name is not one. Whether that local time
+// existed is not checked: a change of time zone or the hour skipped in spring must not hide a backup.
+QDateTime TimeIn(const QString& name, const QString& projectFile)
+{
+    const QString stamp = name.mid(StemOf(projectFile).size(), StampLength);
+    const QDate date = QDate::fromString(stamp.left(8), u"yyyyMMdd"_s);
+    const QTime time = QTime::fromString(stamp.mid(8), u"HHmmss"_s);
+    const bool isName =
+        date.isValid() && time.isValid() && IsSameFileName(name, NameWithStamp(projectFile, stamp));
+    return isName ? QDateTime(date, time) : QDateTime();
+}
 
-TContentInfo InfoIn(const QByteArray& bytes, const QString& file)
+QByteArray HashOf(const QByteArray& bytes)
+{
+    return QCryptographicHash::hash(bytes, QCryptographicHash::Sha256);
+}
+
+QByteArray ReadBackup(const QString& path)
+{
+    return ReadFile(path, u"read the backup"_s);
+}
+
+// Why the content is no project file; empty if it is one.
+QString FaultIn(const QByteArray& bytes, const QString& file)
 {
     try {
-        return { TProjectDocument(bytes, file).ProjectGuid(), {} };
+        const TProjectDocument document(bytes, file);
+        return {};
     } catch (const TError& error) {
-        return { {}, error.Reason() };
+        return error.Reason();
     }
 }
 
-// A missing file has a fault, too.
-TContentInfo InfoOf(const QString& file)
+QString GuidIn(const QByteArray& bytes, const QString& file)
 {
     try {
-        return InfoIn(ReadFile(file, QStringLiteral("read")), file);
+        return TProjectDocument(bytes, file).ProjectGuid();
+    } catch (const TError&) {
+        return {};
+    }
+}
+
+// Why the copy at `path` is not what was recorded; empty if it is.
+QString DamageOf(const QString& path, const TBackupRecord& record)
+{
+    try {
+        return HashOf(ReadBackup(path)) == record.Sha256 ? QString() : u"its content is not what was kept"_s;
     } catch (const TError& error) {
-        return { {}, error.Reason() };
+        return error.Reason();
     }
-}
-
-bool IsDamaged(const TBackup& backup)
-{
-    return !backup.Fault.isEmpty();
-}
-
-bool AreDifferentProjects(const QString& guid, const QString& otherGuid)
-{
-    return !guid.isEmpty() && !otherGuid.isEmpty() && guid.compare(otherGuid, Qt::CaseInsensitive) != 0;
-}
-
-// Also those of other projects; oldest first.
-std::vector<TBackup> BackupsNamedAfter(const QString& projectFile, const QString& backupFolder)
-{
-    std::vector<TBackup> backups;
-    const QString folder = WithTrailingDelimiter(backupFolder);
-    const qsizetype stampStart = StemOf(projectFile).size();
-    for (const QString& name : QDir(backupFolder).entryList(QDir::Files | QDir::Hidden)) {
-        const QString stamp = name.mid(stampStart, StampLength);
-        const QDateTime time = TimeOf(stamp);
-        if (time.isNull() || !IsSameFileName(name, BackupName(projectFile, stamp)))
-            continue;
-        const auto [guid, fault] = InfoOf(folder + name);
-        backups.push_back({ name, folder + name, time, guid, fault });
-    }
-    std::sort(backups.begin(), backups.end(), [stampStart](const TBackup& a, const TBackup& b) {
-        return a.Name.mid(stampStart) < b.Name.mid(stampStart);
-    });
-    return backups;
 }
 
 TError RestoreRefusal(TErrorKind kind, const QString& file, const QString& reason)
 {
-    return { kind, QStringLiteral("restore"), file, reason };
+    return { kind, u"restore"_s, file, reason };
 }
 
-TBackup FindByName(const QString& projectFile, const QString& backupFolder, const QString& name)
+bool IsOlder(const TBackup& a, const TBackup& b)
 {
-    if (FileNameOf(name) != name)
-        throw RestoreRefusal(TErrorKind::Usage, projectFile,
-            QStringLiteral("%1 is a path, not the name of a backup").arg(name));
-    const auto backups = BackupsNamedAfter(projectFile, backupFolder);
-    const auto found = std::find_if(backups.cbegin(), backups.cend(),
-        [&](const TBackup& backup) { return IsSameFileName(backup.Name, name); });
-    if (found == backups.cend())
-        throw RestoreRefusal(
-            TErrorKind::NotFound, projectFile, QStringLiteral("it has no backup %1").arg(name));
-    const QString guid = InfoOf(projectFile).ProjectGuid;
-    if (AreDifferentProjects(guid, found->ProjectGuid))
-        throw RestoreRefusal(TErrorKind::Conflict, projectFile,
-            QStringLiteral("the backup %1 belongs to another project (ProjectGuid %2 instead of %3)")
-                .arg(name, found->ProjectGuid, guid));
-    return *found;
+    return a.Time < b.Time;
 }
 
-TBackup FindNewest(const QString& projectFile, const QString& backupFolder)
+// The last record of each name among those of `projectFile`.
+std::map<QString, TBackupRecord> LastRecordsOf(
+    const std::vector<TBackupRecord>& records, const QString& projectFile)
 {
-    auto backups = ListBackups(projectFile, backupFolder);
-    if (!std::all_of(backups.cbegin(), backups.cend(), IsDamaged))
-        std::erase_if(backups, IsDamaged);
-    if (backups.empty())
-        throw RestoreRefusal(TErrorKind::NotFound, projectFile,
-            QStringLiteral("there is no backup of it in %1").arg(backupFolder));
-    const TBackup& newest = backups.back();
-    const bool isAmbiguous = std::any_of(backups.cbegin(), backups.cend(),
-        [&](const TBackup& backup) { return AreDifferentProjects(backup.ProjectGuid, newest.ProjectGuid); });
-    if (isAmbiguous)
-        throw RestoreRefusal(TErrorKind::Usage, projectFile,
-            QStringLiteral("there are backups of several projects of this name; name the backup"));
-    return newest;
-}
-
-// Putting back a damaged copy would lose nothing only where nothing better stands.
-void RefuseDamaged(const TBackup& backup, const QString& projectFile)
-{
-    if (IsDamaged(backup) && InfoOf(projectFile).Fault.isEmpty())
-        throw RestoreRefusal(TErrorKind::BadInput, projectFile,
-            QStringLiteral("the backup %1 is damaged: %2").arg(backup.Name, backup.Fault));
-}
-
-QDateTime FirstFreeSecond(const QString& projectFile, const QString& backupFolder, QDateTime time)
-{
-    while (QFile::exists(BackupPath(projectFile, backupFolder, time)))
-        time = time.addSecs(1);
-    return time;
+    std::map<QString, TBackupRecord> last;
+    for (const TBackupRecord& record : records)
+        if (IsSameFileName(record.ProjectFile, projectFile))
+            last[record.Name] = record;
+    return last;
 }
 
 } // namespace
 
-QString BackupPath(const QString& projectFile, const QString& backupFolder, const QDateTime& time)
+struct TBackups::TChoice {
+    QString Path;
+    QByteArray Bytes;
+};
+
+TBackups::TBackups(const QString& folder, const QString& database, std::chrono::milliseconds busyTimeout)
+    : FFolder(WithTrailingDelimiter(folder)), FDatabase(database), FBusyTimeout(busyTimeout)
 {
-    return WithTrailingDelimiter(backupFolder)
-        + BackupName(projectFile, time.toString(QStringLiteral("yyyyMMddHHmmss")));
 }
 
-QString WriteBackup(const QString& projectFile, const QByteArray& bytes, const QString& backupFolder,
-    const QDateTime& time, const QStringList& kept)
+TBackups::~TBackups() = default;
+
+QString TBackups::Keep(const QString& projectFile, const QByteArray& bytes, const QDateTime& time,
+    TBackupReason reason, TKeep keep)
 {
-    if (backupFolder.isEmpty()) // which would be the current folder, wherever that is
-        throw TError(TErrorKind::Usage, QStringLiteral("No folder for backups was given"));
-    const QString guid = InfoIn(bytes, projectFile).ProjectGuid;
-    QString path = BackupPath(projectFile, backupFolder, time);
-    for (qint64 later = 1;
-         kept.contains(path, FileNameCase()) || AreDifferentProjects(guid, InfoOf(path).ProjectGuid); ++later)
-        path = BackupPath(projectFile, backupFolder, time.addSecs(later));
-    // A project may hold passwords, so its copy is not open to more people at any time.
-    TStagedFile(path, bytes, projectFile).Commit();
-    return path;
+    if (FFolder.isEmpty()) // which would be the current folder, wherever that is
+        throw TError(TErrorKind::Usage, u"No folder for backups was given"_s);
+    const TNewFolder folder(FFolder.chopped(1)); // without the delimiter
+    TBackupRecord record { {}, projectFile, GuidIn(bytes, projectFile), HashOf(bytes),
+        time.toOffsetFromUtc(time.offsetFromUtc()), reason };
+    if (keep == TKeep::Once) {
+        record.Name = EqualCopy(record);
+        if (!record.Name.isEmpty()) {
+            Index().Add(record);
+            return PathOf(record.Name);
+        }
+    }
+    for (qint64 later = 0;; ++later) {
+        record.Name = NameAt(projectFile, time.addSecs(later));
+        if (keep == TKeep::Always && IsOwn(record.Name, projectFile)) {
+            TStagedFile(PathOf(record.Name), bytes, projectFile).Commit();
+            Index().Add(record);
+            return PathOf(record.Name);
+        }
+        if (WriteRecorded(record, bytes))
+            return PathOf(record.Name);
+    }
 }
 
-std::vector<TBackup> ListBackups(const QString& projectFile, const QString& backupFolder)
+QString TBackups::KeepUnrecorded(const QString& projectFile, const QByteArray& bytes, const QDateTime& time)
 {
-    auto backups = BackupsNamedAfter(projectFile, backupFolder);
-    const QString guid = InfoOf(projectFile).ProjectGuid;
-    std::erase_if(
-        backups, [&](const TBackup& backup) { return AreDifferentProjects(guid, backup.ProjectGuid); });
+    const TNewFolder folder(FFolder.chopped(1)); // without the delimiter
+    for (qint64 later = 0;; ++later) {
+        QString path = PathOf(NameAt(projectFile, time.addSecs(later)));
+        if (!QFileInfo::exists(path) && TStagedFile(path, bytes, projectFile).CommitIfNew())
+            return path;
+    }
+}
+
+std::vector<TBackup> TBackups::List(const QString& projectFile) const
+{
+    const std::vector<TBackupRecord> records = Index().Records();
+    std::vector<TBackup> backups;
+    for (const auto& [name, record] : LastRecordsOf(records, projectFile))
+        if (FileExists(PathOf(name)))
+            backups.push_back(
+                { name, PathOf(name), record.Time, record.Reason, DamageOf(PathOf(name), record) });
+
+    QSet<QString> recorded;
+    for (const TBackupRecord& record : records)
+        recorded.insert(record.Name);
+    for (const QString& name : QDir(FFolder).entryList(QDir::Files | QDir::Hidden)) {
+        const QDateTime time = TimeIn(name, projectFile);
+        if (time.isValid() && !recorded.contains(name))
+            backups.push_back({ name, PathOf(name), time, {}, {} });
+    }
+    std::stable_sort(backups.begin(), backups.end(), IsOlder);
     return backups;
 }
 
-TRestoredBackup RestoreBackup(
-    const QString& projectFile, const QString& backupFolder, const QString& name, const QDateTime& now)
+TRestoredBackup TBackups::Restore(const QString& projectFile, const TRestoreOrder& order)
 {
-    const TBackup backup =
-        name.isEmpty() ? FindNewest(projectFile, backupFolder) : FindByName(projectFile, backupFolder, name);
-    RefuseDamaged(backup, projectFile);
-    const QByteArray bytes = ReadFile(backup.Path, QStringLiteral("read the backup"));
-    TRestoredBackup restored { backup.Path, {} };
-    if (FileExists(projectFile)) {
-        const QByteArray present = ReadFile(projectFile, QStringLiteral("read the project file"));
-        restored.SavedPath =
-            WriteBackup(projectFile, present, backupFolder, FirstFreeSecond(projectFile, backupFolder, now));
-    }
-    WriteFileAtomically(projectFile, bytes);
+    const TBackupReason reason = order.IsUndo ? TBackupReason::BeforeRestore : TBackupReason::Update;
+    const TChoice choice =
+        order.Name.isEmpty() ? ChooseNewest(projectFile, reason) : ChooseByName(projectFile, order);
+    const bool isThere = FileExists(projectFile);
+    const QString attempt = u"read the project file"_s;
+    const QByteArray present = isThere ? ReadFile(projectFile, attempt) : QByteArray();
+    TRestoredBackup restored { choice.Path, {}, false };
+    if (isThere && present == choice.Bytes)
+        return restored;
+
+    TStagedFile staged(projectFile, choice.Bytes, isThere ? QString() : choice.Path);
+    if (isThere)
+        restored.SavedPath = Keep(projectFile, present, order.Now, TBackupReason::BeforeRestore);
+    // Compared last, so that hardly a moment is left in which another program could save the file unseen.
+    if (isThere && ReadFile(projectFile, attempt) == present)
+        staged.Commit();
+    else if (isThere || !staged.CommitIfNew())
+        throw RestoreRefusal(
+            TErrorKind::Conflict, projectFile, u"another program has changed it meanwhile"_s);
+    restored.IsWritten = true;
     return restored;
+}
+
+QStringList TBackups::Prune(const QString& projectFile, int kept)
+{
+    std::vector<TBackupRecord> records;
+    for (const auto& [name, record] : LastRecordsOf(Index().Records(), projectFile))
+        records.push_back(record);
+    std::stable_sort(records.begin(), records.end(),
+        [](const TBackupRecord& a, const TBackupRecord& b) { return a.Time > b.Time; });
+    QStringList removed;
+    for (std::size_t i = static_cast<std::size_t>(kept); i < records.size(); ++i) {
+        const QString& name = records[i].Name;
+        if (const std::error_code error = RemoveEntry(PathOf(name)); error && FileExists(PathOf(name)))
+            throw TError(TErrorKind::Io, u"remove the backup"_s, PathOf(name), SystemErrorText(error));
+        Index().Remove(name);
+        removed.append(name);
+    }
+    return removed;
+}
+
+TBackupIndex& TBackups::Index() const
+{
+    if (!FIndex)
+        FIndex = std::make_unique<TBackupIndex>(FDatabase, FBusyTimeout);
+    return *FIndex;
+}
+
+QString TBackups::PathOf(const QString& name) const
+{
+    return FFolder + name;
+}
+
+// The name of a whole copy with the content of `record` that was made of the same project file; empty if
+// there is none.
+QString TBackups::EqualCopy(const TBackupRecord& record) const
+{
+    for (const auto& [name, kept] : LastRecordsOf(Index().Records(), record.ProjectFile))
+        if (kept.Sha256 == record.Sha256 && DamageOf(PathOf(name), kept).isEmpty())
+            return name;
+    return {};
+}
+
+// Whether the copy of this name was made of `projectFile`.
+bool TBackups::IsOwn(const QString& name, const QString& projectFile) const
+{
+    return QFileInfo::exists(PathOf(name)) && LastRecordsOf(Index().Records(), projectFile).contains(name);
+}
+
+// The record first: a process that is killed in between leaves a record of no file, which List() passes over.
+// False, and nothing is left, if the name is taken.
+bool TBackups::WriteRecorded(const TBackupRecord& record, const QByteArray& bytes)
+{
+    const QString path = PathOf(record.Name);
+    if (QFileInfo::exists(path) || !Index().Reserve(record))
+        return false;
+    try {
+        // A project may hold passwords, so its copy is not open to more people at any time.
+        if (TStagedFile(path, bytes, record.ProjectFile).CommitIfNew())
+            return true;
+    } catch (const TError&) {
+        Index().Remove(record.Name);
+        throw;
+    }
+    Index().Remove(record.Name);
+    return false;
+}
+
+TBackups::TChoice TBackups::ChooseNewest(const QString& projectFile, TBackupReason reason) const
+{
+    std::vector<TBackupRecord> records = Index().Records();
+    std::stable_sort(records.begin(), records.end(),
+        [](const TBackupRecord& a, const TBackupRecord& b) { return a.Time < b.Time; });
+    std::reverse(records.begin(), records.end()); // of one time, the one written last comes first
+    for (const TBackupRecord& record : records) {
+        const QString path = PathOf(record.Name);
+        if (record.Reason != reason || !IsSameFileName(record.ProjectFile, projectFile)
+            || !DamageOf(path, record).isEmpty())
+            continue;
+        // An update in the window copies a file before it finds that the file is no project.
+        const QByteArray bytes = ReadBackup(path);
+        if (reason == TBackupReason::BeforeRestore || FaultIn(bytes, record.Name).isEmpty())
+            return { path, bytes };
+    }
+    const auto backups = List(projectFile);
+    const auto unknown =
+        std::count_if(backups.cbegin(), backups.cend(), [](const TBackup& backup) { return !backup.Reason; });
+    QString text = u"there is no backup of it in %1"_s.arg(FFolder);
+    if (reason == TBackupReason::BeforeRestore)
+        text = u"no restore of it has made a backup in %1"_s.arg(FFolder);
+    else if (unknown > 0)
+        text +=
+            u" that is known to be of this path; those without a record can be restored by name with --force"_s;
+    throw RestoreRefusal(TErrorKind::Io, projectFile, text);
+}
+
+TBackups::TChoice TBackups::ChooseByName(const QString& projectFile, const TRestoreOrder& order) const
+{
+    const QString& name = order.Name;
+    if (FileNameOf(name) != name)
+        throw RestoreRefusal(
+            TErrorKind::Usage, projectFile, u"%1 is a path, not the name of a backup"_s.arg(name));
+    if (!IsSameFileName(ExtensionOf(name), ExtensionOf(projectFile)) || !FileExists(PathOf(name)))
+        throw RestoreRefusal(TErrorKind::Io, projectFile, u"it has no backup %1"_s.arg(name));
+    const QByteArray bytes = ReadBackup(PathOf(name));
+    const QString fault = FaultIn(bytes, name);
+    if (!fault.isEmpty() && !order.IsForced)
+        throw RestoreRefusal(
+            TErrorKind::BadInput, projectFile, u"the backup %1 is damaged: %2"_s.arg(name, fault));
+
+    const std::vector<TBackupRecord> records = Index().Records();
+    const TBackupRecord* record = nullptr;
+    for (const TBackupRecord& candidate : records)
+        if (IsSameFileName(candidate.Name, name))
+            record = &candidate;
+    QString doubt;
+    if (!record)
+        doubt = u"nothing is recorded of the backup %1"_s.arg(name);
+    else if (!IsSameFileName(record->ProjectFile, projectFile))
+        doubt = u"the backup %1 was made of %2"_s.arg(name, record->ProjectFile);
+    else if (HashOf(bytes) != record->Sha256)
+        doubt = u"the content of the backup %1 is not what was kept"_s.arg(name);
+    if (!doubt.isEmpty() && !order.IsForced)
+        throw RestoreRefusal(
+            TErrorKind::Conflict, projectFile, u"%1; --force restores it all the same"_s.arg(doubt));
+    return { PathOf(name), bytes };
 }
 
 } // namespace Corvadine

@@ -2,144 +2,20 @@
 
 #include <QXmlStreamReader>
 
-#include <pugixml.hpp>
-
 #include <algorithm>
-#include <cassert>
-#include <cstring>
 
 namespace Corvadine {
 
 namespace {
 
-const QString ReadAttempt = QStringLiteral("read the project file");
+const QString ReadAttempt = u"read the project file"_s;
 
-TError NotWellFormed(const QString& file, qint64 line, const QString& reason)
-{
-    return { TErrorKind::BadInput, ReadAttempt, file,
-        QStringLiteral("it is not well-formed XML, line %1: %2").arg(line).arg(reason) };
-}
+// The levels of MSBuild XML: <Project> has depth 1, <PropertyGroup> 2, the properties in it 3.
+constexpr int GroupDepth = 2;
+constexpr int PropertyDepth = 3;
 
-// pugixml finds our way about but lets much pass (several document elements, a bare "&", a NUL that hides the
-// rest), so a strict reader looks first. Returns the number of elements. Throws TError(BadInput).
-qsizetype CheckWellFormed(const QByteArray& utf8, const QString& file)
-{
-    // Given text instead of bytes, the reader ignores the encoding that the XML declaration names.
-    QXmlStreamReader reader(QString::fromUtf8(utf8));
-    reader.setNamespaceProcessing(false);
-    qsizetype count = 0;
-    while (!reader.atEnd()) {
-        const auto token = reader.readNext();
-        if (token == QXmlStreamReader::StartElement)
-            ++count;
-        if (token == QXmlStreamReader::DTD && reader.text().contains(QLatin1String("<!ENTITY")))
-            throw TError(
-                TErrorKind::BadInput, ReadAttempt, file, QStringLiteral("its DOCTYPE declares entities"));
-    }
-    if (!reader.hasError())
-        return count;
-    QString reason = reader.errorString();
-    if (reason.endsWith(u'.'))
-        reason.chop(1);
-    throw NotWellFormed(file, reader.lineNumber(), reason);
-}
-
-// Where an element's content lies in the text.
-struct TContent {
-    qsizetype Begin;
-    qsizetype End;
-    qsizetype InnerCount;
-    bool IsEmptyTag;
-};
-
-// Just enough of XML to get from an element's name to the end of its content. REQUIRES: well-formed text.
-class TContentFinder {
-public:
-    explicit TContentFinder(const QByteArray& text) : FText(text) { }
-
-    // `name` is the offset of the name in the start tag.
-    TContent ContentOf(qsizetype name) const
-    {
-        const qsizetype close = TagClose(name);
-        if (IsEmptyTag(close)) {
-            qsizetype begin = close - 1;
-            while (std::strchr(" \t\r\n", FText[begin - 1]) != nullptr)
-                --begin;
-            return { begin, close + 1, 0, true };
-        }
-        const qsizetype begin = close + 1;
-        qsizetype innerCount = 0;
-        qsizetype depth = 1;
-        for (qsizetype at = FText.indexOf('<', begin);; at = FText.indexOf('<', at)) {
-            assert(at >= 0);
-            if (StartsAt(at, "</")) {
-                if (--depth == 0)
-                    return { begin, at, innerCount, false };
-                at = TagClose(at) + 1;
-            } else if (const qsizetype end = EndOfNonElement(at); end > at) {
-                at = end;
-            } else {
-                at = TagClose(at);
-                ++innerCount;
-                depth += IsEmptyTag(at) ? 0 : 1;
-            }
-        }
-    }
-
-private:
-    bool StartsAt(qsizetype at, const char* mark) const
-    {
-        return QByteArrayView(FText).sliced(at).startsWith(mark);
-    }
-
-    // The offset of the ">" that closes the tag around `at`.
-    qsizetype TagClose(qsizetype at) const
-    {
-        while (FText[at] != '>') {
-            if (FText[at] == '"' || FText[at] == '\'')
-                at = FText.indexOf(FText[at], at + 1);
-            ++at;
-        }
-        return at;
-    }
-
-    bool IsEmptyTag(qsizetype close) const { return FText[close - 1] == '/'; }
-
-    // The end of the comment, CDATA section or processing instruction at `at`; `at` itself if there is none.
-    qsizetype EndOfNonElement(qsizetype at) const
-    {
-        struct TMarks {
-            const char* Open;
-            const char* Close;
-        };
-        for (const TMarks& marks : { TMarks { "<!--", "-->" }, { "<![CDATA[", "]]>" }, { "<?", "?>" } }) {
-            if (!StartsAt(at, marks.Open))
-                continue;
-            const auto content = at + static_cast<qsizetype>(std::strlen(marks.Open));
-            return FText.indexOf(marks.Close, content) + static_cast<qsizetype>(std::strlen(marks.Close));
-        }
-        return at;
-    }
-
-    const QByteArray& FText;
-};
-
-// Text and CDATA directly inside `element`.
-QString TextOf(const pugi::xml_node& element)
-{
-    QString text;
-    for (const pugi::xml_node& child : element.children())
-        if (child.type() == pugi::node_pcdata || child.type() == pugi::node_cdata)
-            text += QString::fromUtf8(child.value());
-    return text;
-}
-
-bool IsAscii(QByteArrayView bytes)
-{
-    return std::none_of(bytes.cbegin(), bytes.cend(), [](char byte) { return (byte & 0x80) != 0; });
-}
-
-// Production 2 of https://www.w3.org/TR/xml/#charsets; what lies above the 16-bit units is all allowed.
+// Whether XML can hold `text` (production 2 of https://www.w3.org/TR/xml/#charsets). All characters above
+// U+FFFF are allowed.
 bool IsXmlText(const QString& text)
 {
     return text.isValidUtf16() && std::none_of(text.cbegin(), text.cend(), [](QChar unit) {
@@ -148,28 +24,48 @@ bool IsXmlText(const QString& text)
     });
 }
 
-QByteArray CharacterReference(char32_t character)
+// Escapes `text` for XML. Line ends and tabs become references too, because a reader may turn plain line ends
+// and tabs into other white space.
+QString Escaped(const QString& text, bool asciiOnly)
 {
-    return "&#" + QByteArray::number(quint32 { character }) + ';';
-}
-
-// Line ends and tabs as references too: written plainly, a reader may turn them into other white space.
-QByteArray Escaped(const QString& text, bool asciiOnly)
-{
-    QByteArray escaped;
+    QString escaped;
     for (const char32_t character : text.toUcs4()) {
         if (character == U'&')
-            escaped += "&amp;";
+            escaped += "&amp;"_L1;
         else if (character == U'<')
-            escaped += "&lt;";
+            escaped += "&lt;"_L1;
         else if (character == U'>')
-            escaped += "&gt;";
+            escaped += "&gt;"_L1;
         else if (character < 0x20 || (asciiOnly && character > 0x7E))
-            escaped += CharacterReference(character);
+            escaped += u"&#%1;"_s.arg(quint32 { character });
         else
-            escaped += QString::fromUcs4(&character, 1).toUtf8();
+            escaped += QString::fromUcs4(&character, 1);
     }
     return escaped;
+}
+
+// Whether all ASCII characters of `name` may stand in the name of an element or attribute.
+bool IsName(QStringView name)
+{
+    return std::all_of(name.cbegin(), name.cend(), [](QChar character) {
+        return character.unicode() >= 0x80 || character.isLetterOrNumber() || u"_:-."_s.contains(character);
+    });
+}
+
+// Looks for faults in the reader's last token that the reader itself accepts, and makes the reader fail for
+// them. `depth` is the depth of the innermost open element, or 0 if no element is open.
+void CheckStrictly(QXmlStreamReader& reader, int depth)
+{
+    const auto attributes = reader.attributes();
+    const auto isNamed = [](const QXmlStreamAttribute& attribute) {
+        return IsName(attribute.qualifiedName());
+    };
+    if (reader.isDTD() && depth > 0)
+        reader.raiseError(u"Error parsing document type declaration"_s);
+    else if (!IsName(reader.qualifiedName()))
+        reader.raiseError(u"Error parsing start element tag"_s);
+    else if (!std::all_of(attributes.cbegin(), attributes.cend(), isNamed))
+        reader.raiseError(u"Error parsing element attribute"_s);
 }
 
 } // namespace
@@ -177,94 +73,136 @@ QByteArray Escaped(const QString& text, bool asciiOnly)
 TProjectDocument::TProjectDocument(const QByteArray& bytes, const QString& file)
     : FFile(file), FText(DecodeText(bytes, ReadAttempt, file))
 {
-    if (FText.Utf8.isEmpty())
-        throw Refusal(ReadAttempt, QStringLiteral("it is empty"));
-    FElementCount = CheckWellFormed(FText.Utf8, file);
-    IndexElements();
+    if (FText.Text.size() == FText.Start)
+        throw Refusal(ReadAttempt, u"it is empty"_s);
+    ReadElements();
 }
 
 QString TProjectDocument::ProjectGuid() const
 {
     const auto guid = std::find_if(FElements.cbegin(), FElements.cend(),
-        [](const TElement& element) { return element.Name == QLatin1String("ProjectGuid"); });
+        [](const TElement& element) { return element.Name == "ProjectGuid"_L1; });
     return guid == FElements.cend() ? QString() : guid->Text.trimmed();
 }
 
 std::vector<TElementChange> TProjectDocument::SetText(const QString& id, const QString& text)
 {
     if (!IsXmlText(text))
-        throw Refusal(QStringLiteral("edit the project file"),
-            QStringLiteral("the text for %1 has a character that XML cannot hold").arg(id));
+        throw Refusal(
+            u"edit the project file"_s, u"the text for %1 has a character that XML cannot hold"_s.arg(id));
 
     std::vector<TElementChange> changes;
     for (TElement& element : FElements) {
         if (element.Name != id)
             continue;
-        const bool differs = !element.IsCertain || element.Text != text;
+        const bool differs = !IsCertain(element) || element.Text != text;
         element.NewText = differs ? std::optional(text) : std::nullopt;
-        changes.push_back({ id, static_cast<int>(element.Line), element.Text, text, differs });
+        changes.push_back({ id, LineOf(element), element.Text, text, differs });
     }
     return changes;
 }
 
 QByteArray TProjectDocument::Bytes() const
 {
-    TDecodedText edited { FText.Form, {} };
+    const QStringView before = FText.Text;
+    QString edited;
     qsizetype copied = 0;
     for (const TElement& element : FElements) {
         if (!element.NewText)
             continue;
-        edited.Utf8 += QByteArrayView(FText.Utf8).sliced(copied, element.Begin - copied);
-        edited.Utf8 += Replacement(element);
+        edited += before.sliced(copied, element.Begin - copied);
+        edited += Replacement(element);
         copied = element.End;
     }
-    edited.Utf8 += QByteArrayView(FText.Utf8).sliced(copied);
+    edited += before.sliced(copied);
 
-    // People trust us with the one file their project cannot do without: what we hand out has been read back.
-    QByteArray bytes = EncodeText(edited);
+    // No fault would cost the user more than a damaged project file, so the result is read back.
+    QByteArray bytes = EncodeText(edited, FText.Encoding);
     if (!TProjectDocument(bytes, FFile).IsResultOf(*this))
-        throw Refusal(
-            QStringLiteral("edit the project file"), QStringLiteral("the result does not read back"));
+        throw Refusal(u"edit the project file"_s, u"the result does not read back"_s);
     return bytes;
 }
 
-void TProjectDocument::IndexElements()
+void TProjectDocument::ReadElements()
 {
-    pugi::xml_document document;
-    const auto result =
-        document.load_buffer(FText.Utf8.constData(), static_cast<std::size_t>(FText.Utf8.size()),
-            pugi::parse_default | pugi::parse_ws_pcdata, pugi::encoding_utf8);
-    if (!result)
-        throw NotWellFormed(
-            FFile, 1 + FText.Utf8.first(result.offset).count('\n'), QString::fromUtf8(result.description()));
-
-    const TContentFinder finder(FText.Utf8);
-    qsizetype line = 1;
-    qsizetype counted = 0;
-    for (const pugi::xml_node& group : document.document_element().children("PropertyGroup")) {
-        for (const pugi::xml_node& property : group.children()) {
-            if (property.type() != pugi::node_element)
-                continue;
-            const qsizetype name = property.offset_debug();
-            const TContent content = finder.ContentOf(name);
-            const auto raw = QByteArrayView(FText.Utf8).sliced(content.Begin, content.End - content.Begin);
-            const bool isGuess = FText.Form.Encoding == TTextForm::TEncoding::Bytes && !IsAscii(raw);
-            line += std::count(FText.Utf8.cbegin() + counted, FText.Utf8.cbegin() + name, '\n');
-            counted = name;
-            FElements.push_back(
-                { QString::fromUtf8(property.name()), TextOf(property), line, content.Begin, content.End,
-                    content.InnerCount, content.IsEmptyTag, content.InnerCount == 0 && !isGuess, {} });
+    // The reader gets text, not bytes, so it ignores the encoding that the XML declaration names.
+    QXmlStreamReader reader(FText.Text.sliced(FText.Start));
+    reader.setNamespaceProcessing(false); // accepts prefixes that are not declared
+    const auto offset = [&] { return FText.Start + reader.characterOffset(); };
+    int depth = 0;
+    bool isInGroup = false; // whether the last element at GroupDepth is a PropertyGroup
+    while (!reader.atEnd()) {
+        const auto token = reader.readNext();
+        if (token == QXmlStreamReader::DTD && reader.text().contains("<!ENTITY"_L1))
+            throw Refusal(ReadAttempt, u"its DOCTYPE declares entities"_s);
+        CheckStrictly(reader, depth);
+        if (token == QXmlStreamReader::StartElement) {
+            ++FElementCount;
+            ++depth;
+            if (depth == GroupDepth)
+                isInGroup = reader.qualifiedName() == "PropertyGroup"_L1;
+            else if (isInGroup && depth == PropertyDepth)
+                FElements.push_back({ reader.qualifiedName().toString(), {}, offset(), offset() });
+            else if (isInGroup)
+                ++FElements.back().InnerCount;
+        } else if (token == QXmlStreamReader::EndElement) {
+            if (isInGroup && depth == PropertyDepth)
+                CloseElement(FElements.back(), offset());
+            --depth;
+        } else if (isInGroup && depth == PropertyDepth) {
+            if (token == QXmlStreamReader::Characters)
+                FElements.back().Text += reader.text();
+            else if (token == QXmlStreamReader::EntityReference) // declared in an external file
+                FElements.back().Text += u"&%1;"_s.arg(reader.name());
         }
+    }
+    if (!reader.hasError())
+        return;
+    QString reason = reader.errorString();
+    if (reason.endsWith(u'.'))
+        reason.chop(1);
+    throw Refusal(
+        ReadAttempt, u"it is not well-formed XML, line %1: %2"_s.arg(reader.lineNumber()).arg(reason));
+}
+
+// Finds the characters of `element` that a new text would replace. `tagEnd` is the end of its
+// last or only tag.
+void TProjectDocument::CloseElement(TElement& element, qsizetype tagEnd) const
+{
+    const QStringView text = FText.Text;
+    element.IsEmptyTag = element.Begin == tagEnd;
+    if (element.IsEmptyTag) {
+        element.Begin = text.first(tagEnd - 2).trimmed().end() - text.begin(); // before "/>"
+        element.End = tagEnd;
+    } else {
+        element.End = text.lastIndexOf("</"_L1, tagEnd - 1);
     }
 }
 
-QByteArray TProjectDocument::Replacement(const TElement& element) const
+// Whether every reader of the file sees Text as the text of `element`. This is uncertain if elements
+// are inside it, or if non-ASCII characters have an unknown encoding.
+bool TProjectDocument::IsCertain(const TElement& element) const
 {
-    const QByteArray text = Escaped(*element.NewText, FText.Form.Encoding == TTextForm::TEncoding::Bytes);
-    return element.IsEmptyTag ? '>' + text + "</" + element.Name.toUtf8() + '>' : text;
+    const auto content = QStringView(FText.Text).sliced(element.Begin, element.End - element.Begin);
+    const auto isAscii = [](QChar character) { return character.unicode() < 0x80; };
+    return element.InnerCount == 0
+        && (FText.Encoding != OtherEncoding || std::all_of(content.begin(), content.end(), isAscii));
 }
 
-// Whether reading this document has found just the edits of `edited`.
+int TProjectDocument::LineOf(const TElement& element) const
+{
+    const QStringView text = FText.Text;
+    const auto tag = text.lastIndexOf(u'<', element.Begin - 1); // a tag cannot contain another "<"
+    return static_cast<int>(1 + text.first(tag).count(u'\n'));
+}
+
+QString TProjectDocument::Replacement(const TElement& element) const
+{
+    const QString text = Escaped(*element.NewText, FText.Encoding == OtherEncoding);
+    return element.IsEmptyTag ? u'>' + text + "</"_L1 + element.Name + u'>' : text;
+}
+
+// Whether this document, read from the result of `edited`, has the new texts and no other difference.
 bool TProjectDocument::IsResultOf(const TProjectDocument& edited) const
 {
     qsizetype replacedCount = 0;

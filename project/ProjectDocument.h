@@ -14,55 +14,56 @@ namespace Corvadine {
 // One element of a project file and the text it gets.
 struct TElementChange {
     QString ID;      // the element's name
-    int Line = 0;    // where it stands, from 1
-    QString OldText; // its text, elements inside it left out
+    int Line = 0;    // line of the element's start tag, from 1
+    QString OldText; // the element's text without that of elements inside it
     QString NewText;
-    bool Differs = false; // false: it already has this text, and its bytes stay as they are
+    bool Differs = false; // false: the element has NewText already, and its bytes stay as they are
 };
 
-// The content of one project file (MSBuild XML), and edits of the properties in it: the elements directly
-// inside a PropertyGroup that is itself directly inside the document element. Nothing but the text of an
-// edited element changes: byte order mark, line ends, quotes, comments, white space and attributes elsewhere
-// stay byte for byte.
+// The content of one project file (MSBuild XML), and edits of its properties. A property is an element
+// directly inside a PropertyGroup that is itself directly inside the document element. Only the content
+// of edited properties changes. Everything else stays byte for byte: byte order mark, line ends, quotes,
+// comments, white space and attributes.
 class TProjectDocument {
 public:
     // `file` names the document in messages only. Throws TError(BadInput) unless `bytes` are one well-formed
-    // XML document; entity declarations are refused too.
+    // XML document without entity declarations.
     TProjectDocument(const QByteArray& bytes, const QString& file);
 
     // The text of the first property ProjectGuid; empty if there is none.
     QString ProjectGuid() const;
 
-    // Gives every property named exactly `id` this text, in place of all its content, and lists them in
-    // document order. Throws TError(BadInput), before it changes anything, if XML cannot hold a character of
-    // `text`.
+    // Replaces the whole content of every property named exactly `id` by `text`. Returns these properties in
+    // document order. Throws TError(BadInput), and changes nothing, if XML cannot hold a character of `text`.
     std::vector<TElementChange> SetText(const QString& id, const QString& text);
 
-    // The whole file with the texts set so far.
+    // The whole file with the texts set so far. Throws TError(BadInput) if the edited file does not read
+    // back correctly.
     QByteArray Bytes() const;
 
 private:
     struct TElement {
         QString Name;
         QString Text;
-        qsizetype Line;
-        qsizetype Begin; // the bytes of FText.Utf8 that a new text replaces
-        qsizetype End;
-        qsizetype InnerCount; // of elements inside it
-        bool IsEmptyTag;      // <X/>: the replaced bytes are its end
-        bool IsCertain;       // whether Text is what every reader of the file would see
-        std::optional<QString> NewText;
+        qsizetype Begin;         // index in FText.Text of the first character that a new text replaces
+        qsizetype End;           // index after the last of these characters
+        int InnerCount = 0;      // number of elements inside this element
+        bool IsEmptyTag = false; // whether the element is <X/>; a new text replaces the end of the tag
+        std::optional<QString> NewText {};
     };
 
-    void IndexElements();
-    QByteArray Replacement(const TElement& element) const;
+    void ReadElements();
+    void CloseElement(TElement& element, qsizetype tagEnd) const;
+    bool IsCertain(const TElement& element) const;
+    int LineOf(const TElement& element) const;
+    QString Replacement(const TElement& element) const;
     bool IsResultOf(const TProjectDocument& edited) const;
     TError Refusal(const QString& attempt, const QString& reason) const;
 
     QString FFile;
     TDecodedText FText;
-    qsizetype FElementCount;         // in the whole document
-    std::vector<TElement> FElements; // the properties
+    int FElementCount = 0;           // number of elements in the whole document
+    std::vector<TElement> FElements; // the properties, in document order
 };
 
 } // namespace Corvadine

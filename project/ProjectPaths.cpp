@@ -20,14 +20,14 @@ qsizetype DriveLength(const QString& path)
 {
     if (path.size() >= 2 && path[1] == u':' && path[0].isLetter())
         return 2;
-    if (!path.startsWith(QLatin1String("\\\\")))
+    if (!path.startsWith("\\\\"_L1))
         return 0;
     const auto share = path.indexOf(u'\\', 2);
     const auto end = share < 0 ? -1 : path.indexOf(u'\\', share + 1);
     return end < 0 ? path.size() : end;
 }
 
-// REQUIRES: backslashes only.
+// REQUIRES: `path` has no delimiters but backslashes.
 TSplitPath Split(const QString& path)
 {
     const auto drive = DriveLength(path);
@@ -44,7 +44,7 @@ QString InBackslashes(QString path)
     return path.replace(u'/', u'\\');
 }
 
-// The way from the folder `base` to the folder `target`.
+// The path from the folder `base` to the folder `target`. If the drives differ, it is `target` itself.
 QString RelativePath(const QString& base, const QString& target)
 {
     const TSplitPath from = Split(base);
@@ -54,12 +54,12 @@ QString RelativePath(const QString& base, const QString& target)
 
     const auto parting = std::mismatch(from.Components.cbegin(), from.Components.cend(),
         to.Components.cbegin(), to.Components.cend(), SameName);
-    QString path = QStringLiteral("..\\").repeated(from.Components.cend() - parting.first);
+    QString path = u"..\\"_s.repeated(from.Components.cend() - parting.first);
     std::for_each(parting.second, to.Components.cend(), [&](const QString& name) { path += name + u'\\'; });
     return path;
 }
 
-// The delimiter to add to `path`: the one it is written with.
+// The delimiter that `path` uses, or the system's delimiter if `path` has none.
 QChar DelimiterOf(const QString& path)
 {
     if (path.contains(u'/'))
@@ -71,7 +71,7 @@ QChar DelimiterOf(const QString& path)
 
 bool IsProjectFileName(const QString& path)
 {
-    return HasExtension(path, QStringLiteral(".DPROJ"));
+    return HasExtension(path, u".DPROJ"_s);
 }
 
 QString DeriveOutputFolder(const QString& projectFile)
@@ -80,23 +80,18 @@ QString DeriveOutputFolder(const QString& projectFile)
     QString folder = projectFile.chopped(ExtensionLength);
     if (folder.isEmpty() || !IsPathDelimiter(folder.back()))
         folder += DelimiterOf(projectFile);
-    return folder + QStringLiteral("Corvadine");
+    return folder + u"Corvadine"_s;
 }
 
 QString RelativeFolder(const QString& projectFile, const QString& outputFolder)
 {
-    // The project file stands in for its folder; the one level too many is taken off the result.
-    const QString levelUp = QStringLiteral("..\\");
+    // RelativePath() takes the project file for a folder, so its result begins with one level too many.
+    const QString levelUp = u"..\\"_s;
     QString target = InBackslashes(outputFolder);
     if (!target.endsWith(u'\\'))
         target += u'\\';
     const QString path = RelativePath(InBackslashes(projectFile), target);
     return path.startsWith(levelUp) ? path.mid(levelUp.size()) : path;
-}
-
-QString ImageFileName(const QString& id)
-{
-    return id + (id == MainIconID ? QStringLiteral(".ico") : QStringLiteral(".png"));
 }
 
 } // namespace Corvadine

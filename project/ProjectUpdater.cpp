@@ -3,10 +3,8 @@
 #include "base/Error.h"
 #include "base/Files.h"
 #include "base/PathRules.h"
-#include "project/Backups.h"
+#include "base/StagedFile.h"
 #include "project/ProjectPaths.h"
-
-#include <optional>
 
 namespace Corvadine {
 
@@ -14,32 +12,53 @@ namespace {
 
 QByteArray ReadProjectFile(const QString& projectFile)
 {
-    return ReadFile(projectFile, QStringLiteral("read the project file"));
+    return ReadFile(projectFile, u"read the project file"_s);
 }
 
 void CheckImages(const TProjectImages& images)
 {
     if (!FileExists(images.ProjectFile))
-        throw TError(TErrorKind::NotFound, MissingProjectText);
+        throw TError(TErrorKind::Io, MissingProjectText);
     if (images.OutputFolder.isEmpty())
-        throw TError(TErrorKind::Usage, QStringLiteral("update"), images.ProjectFile,
-            QStringLiteral("the project has no output folder"));
+        throw TError(
+            TErrorKind::Usage, u"update"_s, images.ProjectFile, u"the project has no output folder"_s);
 }
 
 // Returns the backup's path; empty if none could be made and none is required.
 QString BackUp(const QString& projectFile, const QByteArray& bytes, const TBackupOrder& backup)
 {
+    const bool isRequired = backup.Policy == TBackupPolicy::Required;
+    const auto keep = [&] {
+        return backup.Backups.Keep(
+            projectFile, bytes, backup.Time, TBackupReason::Update, isRequired ? TKeep::Once : TKeep::Always);
+    };
     try {
-        std::optional<TNewFolder> folder;
-        if (backup.Policy == TBackupPolicy::Required)
-            folder.emplace(backup.Folder);
-        return WriteBackup(projectFile, bytes, backup.Folder, backup.Time, backup.Kept);
+        return keep();
     } catch (const TError& error) {
-        if (backup.Policy == TBackupPolicy::BestEffort)
-            return {};
-        throw TError(error.Kind(), QStringLiteral("back up"), projectFile,
-            QStringLiteral("%1; the project file is unchanged").arg(error.Text()));
+        if (isRequired)
+            throw TError(error.Kind(), u"back up"_s, projectFile,
+                u"%1; the project file is unchanged"_s.arg(error.Text()));
     }
+    try {
+        return backup.Backups.KeepUnrecorded(projectFile, bytes, backup.Time);
+    } catch (const TError&) {
+        return {};
+    }
+}
+
+// Saves `newBytes` as the project file that was read as `bytesRead`. Returns false, without touching it, if
+// they are the same. Throws TError: Conflict if the file no longer holds `bytesRead`, Io.
+bool SaveProjectFile(const QString& projectFile, const QByteArray& bytesRead, const QByteArray& newBytes)
+{
+    if (newBytes == bytesRead)
+        return false;
+    TStagedFile staged(projectFile, newBytes);
+    // Compared last, so that hardly a moment is left in which another program could save the file unseen.
+    if (ReadProjectFile(projectFile) != bytesRead)
+        throw TError(TErrorKind::Conflict, u"save the project file"_s, projectFile,
+            u"another program has changed it meanwhile"_s);
+    staged.Commit();
+    return true;
 }
 
 TUpdateResult SetImagePaths(TProjectDocument& document, const TProjectImages& images, TImageFiles files)
@@ -47,8 +66,7 @@ TUpdateResult SetImagePaths(TProjectDocument& document, const TProjectImages& im
     TUpdateResult result;
     const QString relativeFolder = RelativeFolder(images.ProjectFile, images.OutputFolder);
     const QString outputFolder = WithTrailingDelimiter(images.OutputFolder);
-    for (const QString& id : images.IDs) {
-        const QString fileName = ImageFileName(id);
+    for (const auto& [id, fileName] : images.Images) {
         if (files == TImageFiles::Existing && !FileExists(outputFolder + fileName))
             continue;
         const auto changes = document.SetText(id, relativeFolder + fileName);
@@ -64,7 +82,7 @@ TUpdateResult SetImagePaths(TProjectDocument& document, const TProjectImages& im
 
 QString TUpdateResult::ClosingMessage() const
 {
-    const QString lineEnd = QStringLiteral("\r\n");
+    const QString lineEnd = u"\r\n"_s;
     const QString list = MissingIDs.isEmpty() ? QString() : lineEnd;
     return CountMessage() + list + lineEnd + BackupMessage();
 }
@@ -72,15 +90,14 @@ QString TUpdateResult::ClosingMessage() const
 QString TUpdateResult::CountMessage() const
 {
     const QString rest = MissingIDs.isEmpty()
-        ? QStringLiteral(" Entries updated.")
-        : QStringLiteral(
-            " Entries updated, the following entries were not found and need to be set manually:");
+        ? u" Entries updated."_s
+        : u" Entries updated, the following entries were not found and need to be set manually:"_s;
     return QString::number(UpdatedCount) + rest;
 }
 
 QString TUpdateResult::BackupMessage()
 {
-    return QStringLiteral("A backup of the project file was made first.");
+    return u"A backup of the project file was made first."_s;
 }
 
 TUpdateResult PlanUpdate(const TProjectImages& images, TImageFiles files)
@@ -106,17 +123,6 @@ TUpdateResult UpdateProject(const TProjectImages& images, const TBackupOrder& ba
     result.BackupPath = backupPath;
     result.IsWritten = SaveProjectFile(images.ProjectFile, bytes, newBytes);
     return result;
-}
-
-bool SaveProjectFile(const QString& projectFile, const QByteArray& bytesRead, const QByteArray& newBytes)
-{
-    if (newBytes == bytesRead)
-        return false;
-    if (ReadProjectFile(projectFile) != bytesRead)
-        throw TError(TErrorKind::Conflict, QStringLiteral("save the project file"), projectFile,
-            QStringLiteral("another program has changed it meanwhile"));
-    WriteFileAtomically(projectFile, newBytes);
-    return true;
 }
 
 } // namespace Corvadine

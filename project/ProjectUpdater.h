@@ -1,5 +1,6 @@
 #pragma once
 
+#include "project/Backups.h"
 #include "project/ProjectDocument.h"
 
 #include <QByteArray>
@@ -13,64 +14,67 @@
 // relative to the project file's folder.
 namespace Corvadine {
 
-// What the user is told of a project file that is not there.
+// The message for a project file that is missing.
 inline constexpr QLatin1String MissingProjectText("The Project does not exist!");
 
-// The images of one project. All paths are absolute.
+// One image that a project file can point at.
+struct TProjectImage {
+    QString ID;       // name of the element that receives the path
+    QString FileName; // in the output folder
+};
+
+// The images of one project, in the order in which their elements are set. All paths are absolute.
 struct TProjectImages {
     QString ProjectFile;
     QString OutputFolder;
-    QStringList IDs; // property and base file name of each image, in the order of the generation list
+    std::vector<TProjectImage> Images;
 };
 
-// When a backup is made, and what to do when it cannot be.
+// When a backup is made, and what happens if it fails.
 enum class TBackupPolicy {
-    // Before every update; without it, go on: somebody sits in front of the window and wants the update.
+    // For the window: before every update, and always a copy of its own. If the backup fails, the update goes
+    // on.
     BestEffort,
-    // Before an update that changes the file; without it, leave the file alone. A build server that updates
-    // at each build would bury the backups that matter under copies of the same. A missing backup folder is
-    // created.
+    // For the command line: only before an update that changes the file, and equal content is kept once, so
+    // that a build server does not fill the folder with equal copies. If the backup fails, the file stays
+    // unchanged.
     Required,
 };
 
 struct TBackupOrder {
-    QString Folder;
+    TBackups& Backups;
     QDateTime Time; // local; becomes part of the backup's name
     TBackupPolicy Policy = TBackupPolicy::Required;
-    QStringList Kept {}; // paths of backups that this one must not replace: those made before in the same go
 };
 
-// Which images count as there.
+// Which images are entered into the project file.
 enum class TImageFiles {
-    Existing, // those with a file in the output folder; the others are passed over in silence
-    Assumed,  // all: what an update would do once they have been generated
+    Existing, // only those whose file exists
+    Assumed,  // all, as an update would do once they have been generated
 };
 
 struct TUpdateResult {
     int UpdatedCount = 0;                // elements set, also those that had the text already
     QStringList MissingIDs;              // images that no element is named after
-    std::vector<TElementChange> Changes; // one for each element set, by image and then by place in the file
+    std::vector<TElementChange> Changes; // one for each element set, in the order of images, then of the file
     QString BackupPath;                  // empty if none was made
-    bool IsWritten = false; // false: the file already was as it should be and has not been touched
+    bool IsWritten = false;              // if not, the update would not have changed the file
 
-    // What the user is told after an update, with CR LF between lines: the next two. It names no IDs, and
-    // speaks of a backup whether or not one could be made.
+    // The message after an update: CountMessage() and BackupMessage(), with CR LF between lines. It names no
+    // missing IDs, and says that a backup was made even if that failed.
     QString ClosingMessage() const;
-    // How many elements were set; ends in a colon if there are missing IDs.
+    // Tells how many elements were set. Ends in a colon if there are missing IDs.
     QString CountMessage() const;
     static QString BackupMessage();
 };
 
-// What UpdateProject() would set, without backup and without writing. Throws TError as that does.
+// Tells what UpdateProject() would set, without a backup and without writing. Throws TError as that does.
 TUpdateResult PlanUpdate(const TProjectImages& images, TImageFiles files);
 
-// Backs the project file up as ordered, sets the paths of the images that exist, and saves it in one step.
-// Throws TError, the project file then being as it was: NotFound (MissingProjectText), BadInput
-// for one that is no XML, Usage without an output folder, Conflict if somebody else saved it meanwhile, Io.
+// Makes a backup of the project file as ordered, sets the paths of the images that exist, and saves the file
+// in one step. Throws TError, the project file then being as it was: Io, with MissingProjectText if there is
+// no such file; BadInput if it is no XML; Usage without an output folder; Conflict if another program saved
+// it meanwhile.
 TUpdateResult UpdateProject(const TProjectImages& images, const TBackupOrder& backup);
-
-// Saves `newBytes` as the project file that was read as `bytesRead`. Returns false, without touching it, if
-// they are the same. Throws TError: Conflict if the file no longer holds `bytesRead`, Io.
-bool SaveProjectFile(const QString& projectFile, const QByteArray& bytesRead, const QByteArray& newBytes);
 
 } // namespace Corvadine

@@ -30,7 +30,7 @@ RIGHT = (1.0, 0.0, 0.0)
 UP = (0.0, math.sin(ELEVATION), math.cos(ELEVATION))
 TO_VIEWER = (0.0, -math.cos(ELEVATION), math.sin(ELEVATION))
 
-# A facet's colour by its brightness.
+# A facet's color by its brightness.
 FACET_RAMP = [
     (0.00, (30, 8, 74)),
     (0.25, (74, 22, 152)),
@@ -57,14 +57,14 @@ def unit(vector):
     return tuple(p / length for p in vector)
 
 
-def ramp(colours, value):
-    """The colour of a ramp at `value`, which is clamped to 0..1."""
+def ramp(colors, value):
+    """The color of a ramp at `value`, which is clamped to 0..1."""
     value = min(max(value, 0.0), 1.0)
-    for (low, first), (high, second) in zip(colours, colours[1:]):
+    for (low, first), (high, second) in zip(colors, colors[1:]):
         if value <= high:
             share = (value - low) / (high - low)
             return tuple(round(a + (b - a) * share) for a, b in zip(first, second))
-    return colours[-1][1]
+    return colors[-1][1]
 
 
 def polar(radius, step, z):
@@ -121,7 +121,7 @@ def brightness(n, index):
 
 
 def gradient(size, start, end, first, last):
-    """A picture of `size` that runs from the colour `first` at the point `start` to `last` at `end`."""
+    """A picture of `size` that runs from the color `first` at the point `start` to `last` at `end`."""
     strip = Image.new("RGB", (256, 1))
     strip.putdata([tuple(round(a + (b - a) * i / 255) for a, b in zip(first, last)) for i in range(256)])
     dx, dy = end[0] - start[0], end[1] - start[1]
@@ -147,12 +147,12 @@ def paint_facet(picture, points, value, opacity):
     picture.alpha_composite(fill, (left, top))
 
 
-def stroke(picture, outlines, width, colour):
+def stroke(picture, outlines, width, color):
     """Draws closed lines with round corners over the picture."""
-    layer = Image.new("RGBA", picture.size, colour[:3] + (0,))
+    layer = Image.new("RGBA", picture.size, color[:3] + (0,))
     pen = ImageDraw.Draw(layer)
     for points in outlines:
-        pen.line(points + points[:2], fill=colour, width=width, joint="curve")
+        pen.line(points + points[:2], fill=color, width=width, joint="curve")
     picture.alpha_composite(layer)
 
 
@@ -201,7 +201,7 @@ def gem(side):
     ImageDraw.Draw(shadow).ellipse((side * 0.27, side * 0.885, side * 0.73, side * 0.945), fill=150)
     result = Image.new("RGBA", (side, side), (24, 6, 60, 0))
     result.putalpha(shadow.filter(ImageFilter.GaussianBlur(side * 0.022)))
-    # resize() works on premultiplied alpha, so the edges keep their colour.
+    # resize() works on premultiplied alpha, so the edges keep their color.
     result.alpha_composite(picture.resize((side, side), Image.Resampling.BOX))
     return result
 

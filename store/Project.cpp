@@ -26,8 +26,8 @@ struct TValueWriter {
             Value.isNull() ? std::nullopt : std::optional(Value.toInt(&isNumber));
         if (!isNumber)
             throw TError(TErrorKind::Usage,
-                QStringLiteral("Cannot set %1 to \"%2\": it takes an integer")
-                    .arg(QLatin1String(FieldName(Field)), Value.toString()));
+                u"Cannot set %1 to \"%2\": it takes an integer"_s.arg(
+                    QLatin1String(ColumnOf(Field).Name), Value.toString()));
         number = converted;
     }
 
@@ -37,41 +37,6 @@ struct TValueWriter {
 
 } // namespace
 
-const char* FieldName(TField field)
-{
-    switch (field) {
-    case TField::ID:
-        return "ID";
-    case TField::ProjectFile:
-        return "ProjectFile";
-    case TField::IconImageName:
-        return "IconImageName";
-    case TField::SplashImageName:
-        return "SplashImageName";
-    case TField::IncAndroid:
-        return "IncAndroid";
-    case TField::IncIPhone:
-        return "IncIPhone";
-    case TField::IncIPad:
-        return "IncIPad";
-    case TField::IncWindows:
-        return "IncWindows";
-    case TField::TwoxSize:
-        return "TwoxSize";
-    case TField::OutputFolder:
-        return "OutputFolder";
-    case TField::PickColor:
-        return "PickColor";
-    case TField::PixelFormat:
-        return "PixelFormat";
-    case TField::Compression:
-        return "Compression";
-    case TField::ResampleFilter:
-        break;
-    }
-    return "ResampleFilter";
-}
-
 QVariant FieldValue(const TProject& project, TField field)
 {
     return VisitField(project, field, TValueReader {});
@@ -80,6 +45,15 @@ QVariant FieldValue(const TProject& project, TField field)
 void SetFieldValue(TProject& project, TField field, const QVariant& value)
 {
     VisitField(project, field, TValueWriter { field, value });
+}
+
+TFieldSet DifferentFields(const TProject& project, const TProject& other)
+{
+    TFieldSet fields;
+    for (const TColumn& column : Columns)
+        if (std::visit([&](auto member) { return project.*member != other.*member; }, column.Member))
+            fields.insert(column.Field);
+    return fields;
 }
 
 } // namespace Corvadine

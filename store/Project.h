@@ -3,17 +3,20 @@
 #include <QString>
 #include <QVariant>
 
+#include <algorithm>
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <set>
+#include <variant>
 
 namespace Corvadine {
 
-// One project: what the user chose for one .dproj file, as one row of the database keeps it. The fields are
-// named like their columns. A number is absent where the database holds none, as rows of older releases may;
-// what to do then is for whoever uses the number to say. Every member has an initialiser, so that a
-// designated initialiser may name just some.
+// One project, as one row of the database keeps it: what the user chose for one .dproj file. The fields have
+// the names of their columns. A number is absent where the column is NULL, as in rows of older releases; the
+// code that needs the number decides what to do then. Every member has an initializer, so that a designated
+// initializer may name only some.
 struct TProject {
     std::int64_t ID = 0;        // assigned by the database; 0 = never saved
     QString ProjectFile {};     // full path of the .dproj; no two projects share it
@@ -26,14 +29,14 @@ struct TProject {
     std::optional<int> TwoxSize {};       // pixels
     QString OutputFolder {};              // full path, without a trailing delimiter
     std::optional<int> PickColor {};      // background, 0xBBGGRR; -1 = invalid
-    std::optional<int> PixelFormat {};    // a TOutputFormat
+    std::optional<int> PixelFormat {};    // 1 = 256 colors, 2 and all others = true color
     std::optional<int> Compression {};    // in CompressionRange
     std::optional<int> ResampleFilter {}; // code of the resampling filter, 0 to 11
 
     bool operator==(const TProject&) const = default;
 };
 
-// The fields by name, for what handles any of them alike: announcements, bound editors, SQL.
+// Names a field, for code that treats all fields alike: announcements, bound editors, SQL.
 enum class TField {
     ID,
     ProjectFile,
@@ -51,12 +54,6 @@ enum class TField {
     ResampleFilter,
 };
 
-// The values of PixelFormat. Whatever else a row may hold is taken for true colour.
-enum class TOutputFormat {
-    Colors256 = 1, // 8-bit palette
-    TrueColor = 2, // 8 bits per sample, with alpha where the picture keeps it
-};
-
 // The values that a bounded number may take, the ends included.
 struct TFieldRange {
     int Least;
@@ -64,65 +61,64 @@ struct TFieldRange {
 };
 
 inline constexpr TFieldRange CompressionRange { 1, 10 };
-// Which width is too much depends on the shape of the launch source, so that shows only when a run is
-// planned; this just keeps the doubled width inside the type.
+// This limit only keeps the doubled width inside the type. How wide an image may be depends on the shape of
+// the launch source; a run checks that when it is planned.
 inline constexpr TFieldRange TwoxSizeRange { 1, 999'999'999 };
 
 using TFieldSet = std::set<TField>;
 
-// Every field, in the order of the columns.
-inline constexpr std::array AllFields { TField::ID, TField::ProjectFile, TField::IconImageName,
-    TField::SplashImageName, TField::IncAndroid, TField::IncIPhone, TField::IncIPad, TField::IncWindows,
-    TField::TwoxSize, TField::OutputFolder, TField::PickColor, TField::PixelFormat, TField::Compression,
-    TField::ResampleFilter };
+// One column of the table Projects.
+struct TColumn {
+    TField Field;
+    const char* Name; // of the column and of the record's member
+    const char* Type; // in SQL
+    std::variant<std::int64_t TProject::*, QString TProject::*, bool TProject::*,
+        std::optional<int> TProject::*>
+        Member;
+};
 
-// The name of the column, which is also the name of the record's member.
-const char* FieldName(TField field);
+// The columns in their order. SQL, reading, writing and comparing follow from this table.
+inline constexpr std::array Columns {
+    TColumn { TField::ID, "ID", "integer PRIMARY KEY", &TProject::ID },
+    TColumn { TField::ProjectFile, "ProjectFile", "VARCHAR(256)", &TProject::ProjectFile },
+    TColumn { TField::IconImageName, "IconImageName", "VARCHAR(256)", &TProject::IconImageName },
+    TColumn { TField::SplashImageName, "SplashImageName", "VARCHAR(256)", &TProject::SplashImageName },
+    TColumn { TField::IncAndroid, "IncAndroid", "BOOLEAN", &TProject::IncAndroid },
+    TColumn { TField::IncIPhone, "IncIPhone", "BOOLEAN", &TProject::IncIPhone },
+    TColumn { TField::IncIPad, "IncIPad", "BOOLEAN", &TProject::IncIPad },
+    TColumn { TField::IncWindows, "IncWindows", "BOOLEAN", &TProject::IncWindows },
+    TColumn { TField::TwoxSize, "TwoxSize", "INTEGER", &TProject::TwoxSize },
+    TColumn { TField::OutputFolder, "OutputFolder", "VARCHAR(256)", &TProject::OutputFolder },
+    TColumn { TField::PickColor, "PickColor", "INTEGER", &TProject::PickColor },
+    TColumn { TField::PixelFormat, "PixelFormat", "INTEGER", &TProject::PixelFormat },
+    TColumn { TField::Compression, "Compression", "INTEGER", &TProject::Compression },
+    TColumn { TField::ResampleFilter, "ResampleFilter", "INTEGER", &TProject::ResampleFilter },
+};
+
+constexpr const TColumn& ColumnOf(TField field)
+{
+    return Columns[static_cast<std::size_t>(field)];
+}
+
+static_assert(
+    std::ranges::all_of(Columns, [](const TColumn& column) { return &ColumnOf(column.Field) == &column; }));
+
+// Calls `visitor` with the member that `field` names, const if `project` is.
+template <typename TRecord, typename TVisitor>
+auto VisitField(TRecord& project, TField field, const TVisitor& visitor)
+{
+    return std::visit([&](auto member) { return visitor(project.*member); }, ColumnOf(field).Member);
+}
 
 // The value of one field: text, bool, integer, or an invalid QVariant for an absent number.
 QVariant FieldValue(const TProject& project, TField field);
 
-// Sets one field, converting `value` as QVariant does; a null value empties a text, unticks a bool and makes
-// a number absent. Throws TError(Usage) for a number that is none, with the field unchanged.
-// REQUIRES: field is not ID.
+// Sets one field, converting `value` as QVariant does. A null value empties a text, unticks a bool and makes
+// a number absent. If the field is a number and a value that is not null cannot be converted to an integer,
+// throws TError(Usage) and leaves the field unchanged. REQUIRES: field is not ID.
 void SetFieldValue(TProject& project, TField field, const QVariant& value);
 
-// Calls `visitor` with the member that `field` names, an std::int64_t, QString, bool or std::optional<int>,
-// const if `project` is.
-template <typename TRecord, typename TVisitor>
-decltype(auto) VisitField(TRecord& project, TField field, TVisitor&& visitor)
-{
-    switch (field) {
-    case TField::ID:
-        return visitor(project.ID);
-    case TField::ProjectFile:
-        return visitor(project.ProjectFile);
-    case TField::IconImageName:
-        return visitor(project.IconImageName);
-    case TField::SplashImageName:
-        return visitor(project.SplashImageName);
-    case TField::IncAndroid:
-        return visitor(project.IncAndroid);
-    case TField::IncIPhone:
-        return visitor(project.IncIPhone);
-    case TField::IncIPad:
-        return visitor(project.IncIPad);
-    case TField::IncWindows:
-        return visitor(project.IncWindows);
-    case TField::TwoxSize:
-        return visitor(project.TwoxSize);
-    case TField::OutputFolder:
-        return visitor(project.OutputFolder);
-    case TField::PickColor:
-        return visitor(project.PickColor);
-    case TField::PixelFormat:
-        return visitor(project.PixelFormat);
-    case TField::Compression:
-        return visitor(project.Compression);
-    case TField::ResampleFilter:
-        break;
-    }
-    return visitor(project.ResampleFilter);
-}
+// The fields whose values differ.
+TFieldSet DifferentFields(const TProject& project, const TProject& other);
 
 } // namespace Corvadine

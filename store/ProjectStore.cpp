@@ -3,6 +3,7 @@
 #include "base/Error.h"
 #include "base/Files.h"
 #include "base/SystemFiles.h"
+#include "store/DatabaseGuard.h"
 
 #include <SQLiteCpp/SQLiteCpp.h>
 
@@ -19,36 +20,18 @@ namespace Corvadine {
 
 namespace {
 
-// Both statements are part of the file's contract with every other release: SQLite keeps their text in it.
-constexpr const char* CreateTable =
-    "CREATE TABLE Projects (ID integer PRIMARY KEY,ProjectFile VARCHAR(256),IconImageName VARCHAR(256),"
-    "SplashImageName VARCHAR(256),IncAndroid BOOLEAN,IncIPhone BOOLEAN,IncIPad BOOLEAN,IncWindows BOOLEAN,"
-    "TwoxSize INTEGER,OutputFolder VARCHAR(256),PickColor INTEGER,PixelFormat INTEGER,Compression INTEGER,"
-    "ResampleFilter INTEGER)";
-constexpr const char* CreateIndex = "CREATE UNIQUE INDEX index_ProjectFile ON Projects(ProjectFile)";
-
-// Releases so far leave user_version at 0. One whose tables we could damage will raise it.
+// All releases so far leave user_version at 0. A release whose tables this code could damage will raise it.
 constexpr int KnownSchemaVersion = 0;
 
 constexpr QLatin1String OpenAttempt("open the project database");
 constexpr QLatin1String TableName("Projects");
 
-// Runs `action` and turns SQLite's exception into ours.
-template <typename TAction> auto Guarded(const QString& attempt, const QString& file, TAction action)
-{
-    try {
-        return action();
-    } catch (const SQLite::Exception& error) {
-        throw TError(TErrorKind::Database, attempt, file, QString::fromUtf8(error.what()));
-    }
-}
-
-// SQLite says "unable to open database file" to all of these.
+// Names the reason where SQLite would only say "unable to open database file".
 void RefuseImpossiblePath(const QString& path)
 {
     const QFileInfo info(path);
     const auto refuse = [&](const char* reason) {
-        throw TError(TErrorKind::Database, OpenAttempt, path, QLatin1String(reason));
+        throw TError(TErrorKind::Io, OpenAttempt, path, QLatin1String(reason));
     };
     if (info.isDir())
         refuse("it is a folder");
@@ -58,7 +41,7 @@ void RefuseImpossiblePath(const QString& path)
         refuse("its folder does not exist");
 }
 
-// The mode bits are looked at because the superuser, whom the system lets write anything, means the mark too.
+// Goes by the mode bits, because the system would let the superuser write to a file marked read-only.
 int OpenFlags(const QString& path)
 {
     constexpr auto AnyoneMayWrite = QFile::WriteOwner | QFile::WriteGroup | QFile::WriteOther;
@@ -95,12 +78,21 @@ struct TParameterBinder {
     int Index;
 };
 
+// The text must stay the same in every release, because SQLite keeps it in the file.
+std::string CreateTable()
+{
+    QStringList columns;
+    for (const TColumn& column : Columns)
+        columns << u"%1 %2"_s.arg(QLatin1String(column.Name), QLatin1String(column.Type));
+    return u"CREATE TABLE Projects (%1)"_s.arg(columns.join(u',')).toStdString();
+}
+
 // The names of `fields`, each followed by `suffix`, with commas between.
-template <typename TFields> QString ColumnList(const TFields& fields, const char* suffix = "")
+QString ColumnList(const TFieldSet& fields, const char* suffix = "")
 {
     QStringList names;
     for (const TField field : fields)
-        names << QLatin1String(FieldName(field)) + QLatin1String(suffix);
+        names << QLatin1String(ColumnOf(field).Name) + QLatin1String(suffix);
     return names.join(u',');
 }
 
@@ -115,9 +107,10 @@ int BindFields(SQLite::Statement& statement, const TProject& project, const TFie
 
 std::string SelectRows(const char* clause)
 {
-    return QStringLiteral("SELECT %1 FROM Projects %2")
-        .arg(ColumnList(AllFields), QLatin1String(clause))
-        .toStdString();
+    QStringList names;
+    for (const TColumn& column : Columns)
+        names << QLatin1String(column.Name);
+    return u"SELECT %1 FROM Projects %2"_s.arg(names.join(u','), QLatin1String(clause)).toStdString();
 }
 
 // The row on which a statement made by SelectRows stands.
@@ -125,8 +118,8 @@ TProject RowOf(const SQLite::Statement& statement)
 {
     TProject project;
     int index = 0;
-    for (const TField field : AllFields)
-        VisitField(project, field, TColumnReader { statement.getColumn(index++) });
+    for (const TColumn& column : Columns)
+        VisitField(project, column.Field, TColumnReader { statement.getColumn(index++) });
     return project;
 }
 
@@ -156,15 +149,15 @@ bool TProjectStore::IsReadOnly() const
 
 bool TProjectStore::TableExists(const QString& name) const
 {
-    const QString query = QStringLiteral("SELECT Name FROM sqlite_master WHERE Type='table' AND name='%1'")
-                              .arg(QString(name).replace(u'\'', QLatin1String("''")));
-    return Guarded(QStringLiteral("read the tables of"), FPath,
+    const QString query = u"SELECT Name FROM sqlite_master WHERE Type='table' AND name='%1'"_s.arg(
+        QString(name).replace(u'\'', "''"_L1));
+    return Guarded(u"read the tables of"_s, FPath,
         [&] { return SQLite::Statement(*FDatabase, query.toStdString()).executeStep(); });
 }
 
 std::vector<TProject> TProjectStore::ReadProjects() const
 {
-    return Guarded(QStringLiteral("read the projects of"), FPath, [&] {
+    return Guarded(u"read the projects of"_s, FPath, [&] {
         std::vector<TProject> projects;
         SQLite::Statement statement(*FDatabase, SelectRows("ORDER BY ID"));
         while (statement.executeStep())
@@ -175,7 +168,7 @@ std::vector<TProject> TProjectStore::ReadProjects() const
 
 std::int64_t TProjectStore::DataVersion() const
 {
-    return Guarded(QStringLiteral("read the version of"), FPath, [&] {
+    return Guarded(u"read the version of"_s, FPath, [&] {
         FDatabase->setBusyTimeout(0);
         const auto restore = qScopeGuard(
             [this] { sqlite3_busy_timeout(FDatabase->getHandle(), static_cast<int>(FBusyTimeout.count())); });
@@ -185,14 +178,13 @@ std::int64_t TProjectStore::DataVersion() const
 
 TProject TProjectStore::Insert(const TProject& project, const TFieldSet& fields)
 {
-    const QString attempt = QStringLiteral("add the project %1 to").arg(project.ProjectFile);
+    const QString attempt = u"add the project %1 to"_s.arg(project.ProjectFile);
     return Guarded(attempt, FPath, [&] {
         SQLite::Transaction transaction(*FDatabase, SQLite::TransactionBehavior::IMMEDIATE);
-        const QString parameters =
-            QStringList(static_cast<qsizetype>(fields.size()), QStringLiteral("?")).join(u',');
+        const QString parameters = QStringList(static_cast<qsizetype>(fields.size()), u"?"_s).join(u',');
         const QString sql = fields.empty()
-            ? QStringLiteral("INSERT INTO Projects DEFAULT VALUES")
-            : QStringLiteral("INSERT INTO Projects (%1) VALUES (%2)").arg(ColumnList(fields), parameters);
+            ? u"INSERT INTO Projects DEFAULT VALUES"_s
+            : u"INSERT INTO Projects (%1) VALUES (%2)"_s.arg(ColumnList(fields), parameters);
         SQLite::Statement statement(*FDatabase, sql.toStdString());
         BindFields(statement, project, fields);
         statement.exec();
@@ -205,11 +197,11 @@ TProject TProjectStore::Insert(const TProject& project, const TFieldSet& fields)
 TProject TProjectStore::Update(const TProject& project, const TFieldSet& fields)
 {
     assert(!fields.empty());
-    const QString attempt = QStringLiteral("save the project %1 in").arg(project.ProjectFile);
+    const QString attempt = u"save the project %1 in"_s.arg(project.ProjectFile);
     return Guarded(attempt, FPath, [&] {
         SQLite::Transaction transaction(*FDatabase, SQLite::TransactionBehavior::IMMEDIATE);
         RequireUnreplaced(project, fields, attempt);
-        const QString sql = QStringLiteral("UPDATE Projects SET %1 WHERE ID=?").arg(ColumnList(fields, "=?"));
+        const QString sql = u"UPDATE Projects SET %1 WHERE ID=?"_s.arg(ColumnList(fields, "=?"));
         SQLite::Statement statement(*FDatabase, sql.toStdString());
         statement.bind(BindFields(statement, project, fields), project.ID);
         statement.exec();
@@ -221,7 +213,7 @@ TProject TProjectStore::Update(const TProject& project, const TFieldSet& fields)
 
 void TProjectStore::Delete(const TProject& project)
 {
-    Guarded(QStringLiteral("delete the project %1 from").arg(project.ProjectFile), FPath, [&] {
+    Guarded(u"delete the project %1 from"_s.arg(project.ProjectFile), FPath, [&] {
         SQLite::Transaction transaction(*FDatabase, SQLite::TransactionBehavior::IMMEDIATE);
         const auto stored = ReadProject(project.ID);
         if (!stored || stored->ProjectFile != project.ProjectFile)
@@ -237,14 +229,13 @@ void TProjectStore::Open()
 {
     FDatabase = std::make_unique<SQLite::Database>(
         PathForLibrary(FPath).toStdString(), OpenFlags(FPath), static_cast<int>(FBusyTimeout.count()));
-    // The first has an effect only where SQLite shares one cache between connections: readers need not
-    // wait for a writer then, and nothing here needs them to.
+    // With read_uncommitted, connections that share one cache read without waiting for a writer.
     FDatabase->exec("PRAGMA read_uncommitted=1; PRAGMA synchronous=FULL");
     EnsureSchema();
 }
 
-// SQLite makes the file before it knows that there is no room for a table. The lock keeps out a program that
-// is filling the same file; one that comes later is told by SQLite that its file is gone.
+// SQLite creates the file before it finds that there is no room for a table. The lock keeps another program
+// from filling the same file meanwhile. If a program opens it later, SQLite reports that the file is gone.
 void TProjectStore::RemoveEmptyFile() noexcept
 {
     try {
@@ -253,7 +244,7 @@ void TProjectStore::RemoveEmptyFile() noexcept
         const SQLite::Transaction lock(*FDatabase, SQLite::TransactionBehavior::EXCLUSIVE);
         if (QFileInfo(FPath).size() == 0)
             QFile::remove(FPath);
-    } catch (const std::exception&) { // another program has the file, so it is not ours to remove
+    } catch (const std::exception&) { // another program uses the file, so leave it
     }
 }
 
@@ -261,35 +252,20 @@ void TProjectStore::EnsureSchema()
 {
     const int version = FDatabase->execAndGet("PRAGMA user_version").getInt();
     if (version > KnownSchemaVersion)
-        throw TError(TErrorKind::Database, OpenAttempt, FPath,
-            QStringLiteral("it belongs to a newer release of Corvadine (its schema is version %1)")
-                .arg(version));
-    if (!TableExists(TableName))
-        CreateSchema();
-    else if (!HasResampleFilter())
-        AddResampleFilter();
-}
-
-// In the two steps that change the schema, what was found missing is looked for again once the file is ours
-// alone: another program may have started at the same moment.
-
-void TProjectStore::CreateSchema()
-{
-    SQLite::Transaction transaction(*FDatabase, SQLite::TransactionBehavior::IMMEDIATE);
-    if (TableExists(TableName))
+        throw TError(TErrorKind::Io, OpenAttempt, FPath,
+            u"it belongs to a newer release of Corvadine (its schema is version %1)"_s.arg(version));
+    if (TableExists(TableName) && HasResampleFilter())
         return;
-    FDatabase->exec(CreateTable);
-    FDatabase->exec(CreateIndex);
-    transaction.commit();
-}
 
-void TProjectStore::AddResampleFilter()
-{
+    // Look again under the write lock: another program that started at the same moment may have been faster.
     SQLite::Transaction transaction(*FDatabase, SQLite::TransactionBehavior::IMMEDIATE);
-    if (HasResampleFilter())
-        return;
-    FDatabase->exec("ALTER TABLE Projects ADD COLUMN ResampleFilter INTEGER");
-    FDatabase->exec("UPDATE Projects SET ResampleFilter=6");
+    if (!TableExists(TableName)) {
+        FDatabase->exec(CreateTable());
+        FDatabase->exec("CREATE UNIQUE INDEX index_ProjectFile ON Projects(ProjectFile)");
+    } else if (!HasResampleFilter()) {
+        FDatabase->exec("ALTER TABLE Projects ADD COLUMN ResampleFilter INTEGER");
+        FDatabase->exec("UPDATE Projects SET ResampleFilter=6");
+    }
     transaction.commit();
 }
 
@@ -299,9 +275,9 @@ bool TProjectStore::HasResampleFilter() const
         SQLite::Statement(*FDatabase, "Select ResampleFilter from Projects").executeStep();
         return true;
     } catch (const SQLite::Exception& error) {
-        if (error.getErrorCode() == SQLITE_ERROR) // the statement makes no sense: there is no such column
+        if (error.getErrorCode() == SQLITE_ERROR) // an error in the statement: there is no such column
             return false;
-        throw; // locked, damaged and the like say nothing about the column
+        throw; // a locked or damaged file says nothing about the column
     }
 }
 
@@ -317,11 +293,10 @@ void TProjectStore::RequireUnreplaced(
 {
     const auto stored = ReadProject(project.ID);
     if (!stored)
-        throw TError(
-            TErrorKind::Conflict, attempt, FPath, QStringLiteral("another program has deleted it meanwhile"));
+        throw TError(TErrorKind::Conflict, attempt, FPath, u"another program has deleted it meanwhile"_s);
     if (!fields.contains(TField::ProjectFile) && stored->ProjectFile != project.ProjectFile)
         throw TError(TErrorKind::Conflict, attempt, FPath,
-            QStringLiteral("another program has put %1 in its place").arg(stored->ProjectFile));
+            u"another program has put %1 in its place"_s.arg(stored->ProjectFile));
 }
 
 } // namespace Corvadine

@@ -13,24 +13,20 @@ namespace {
 
 constexpr int White = 0xFFFFFF;
 
-struct TDefault {
-    TField Field;
-    int Value;
-};
-
-// What a new project starts from: 256 colours on white for all platforms, filtered with Mitchell. The texts
-// are left to whoever appends.
-constexpr TDefault NewRowDefaults[] {
-    { TField::Compression, 6 },
-    { TField::PixelFormat, static_cast<int>(TOutputFormat::Colors256) },
-    { TField::PickColor, White },
-    { TField::TwoxSize, 400 },
-    { TField::IncAndroid, true },
-    { TField::IncIPhone, true },
-    { TField::IncIPad, true },
-    { TField::IncWindows, true },
-    { TField::ResampleFilter, 6 },
-};
+// What a new project starts from: 256 colors on white for all platforms, filtered with Mitchell. Its texts
+// are left to the caller.
+TProject NewProject()
+{
+    return { .IncAndroid = true,
+        .IncIPhone = true,
+        .IncIPad = true,
+        .IncWindows = true,
+        .TwoxSize = 400,
+        .PickColor = White,
+        .PixelFormat = 1, // 256 colors
+        .Compression = 6,
+        .ResampleFilter = 6 };
+}
 
 } // namespace
 
@@ -56,8 +52,7 @@ void TProjectsTable::Close()
     FDataVersion.reset();
     FRows.clear();
     FPosition.reset();
-    EndEdit();
-    SetState(TState::Closed);
+    EndEdit(TState::Closed);
 }
 
 bool TProjectsTable::CanModify() const
@@ -74,10 +69,16 @@ TProject TProjectsTable::Current() const
 
 bool TProjectsTable::LocateByID(std::int64_t id)
 {
-    const auto position = PositionOf(id);
-    if (position)
-        MoveTo(*position);
-    return position.has_value();
+    const auto row = std::ranges::find(FRows, id, &TProject::ID);
+    if (row == FRows.end())
+        return false;
+    const auto position = static_cast<std::size_t>(row - FRows.begin());
+    if (FState != TState::Insert && FPosition == position)
+        return true;
+    FPosition = position;
+    EndEdit(TState::Browse);
+    emit CurrentChanged();
+    return true;
 }
 
 std::optional<std::int64_t> TProjectsTable::LookupByProjectFile(const QString& projectFile) const
@@ -89,11 +90,8 @@ std::optional<std::int64_t> TProjectsTable::LookupByProjectFile(const QString& p
 void TProjectsTable::Append()
 {
     RequireOpen();
-    EndEdit();
-    for (const auto& [field, value] : NewRowDefaults) {
-        SetFieldValue(FBuffer, field, value);
-        FChangedFields.insert(field);
-    }
+    FBuffer = NewProject();
+    FChangedFields = DifferentFields(FBuffer, TProject {});
     SetState(TState::Insert);
     emit CurrentChanged();
 }
@@ -114,10 +112,10 @@ void TProjectsTable::Edit()
 void TProjectsTable::SetField(TField field, const QVariant& value)
 {
     Edit();
-    const QVariant before = FieldValue(FBuffer, field);
+    const TProject before = FBuffer;
     SetFieldValue(FBuffer, field, value);
-    FChangedFields.insert(field); // also when equal: what the user saw and chose is what Post writes
-    if (FieldValue(FBuffer, field) != before)
+    FChangedFields.insert(field); // also if equal: Post must write what the user saw and confirmed
+    if (FBuffer != before)
         emit FieldChanged(field);
 }
 
@@ -136,8 +134,7 @@ void TProjectsTable::Post()
     } else {
         FRows[*FPosition] = FStore->Update(FBuffer, FChangedFields);
     }
-    EndEdit();
-    SetState(TState::Browse);
+    EndEdit(TState::Browse);
     emit RowsChanged();
     AnnounceDifferences(shown, Current());
 }
@@ -148,8 +145,7 @@ void TProjectsTable::Cancel()
         return;
     const bool wasInsert = FState == TState::Insert;
     const TProject shown = FBuffer;
-    EndEdit();
-    SetState(TState::Browse);
+    EndEdit(TState::Browse);
     if (wasInsert)
         emit CurrentChanged();
     else
@@ -171,8 +167,7 @@ bool TProjectsTable::Delete()
         FPosition.reset();
     else
         FPosition = std::min(*FPosition, FRows.size() - 1);
-    EndEdit();
-    SetState(TState::Browse);
+    EndEdit(TState::Browse);
     emit RowsChanged();
     emit CurrentChanged();
     return true;
@@ -182,14 +177,15 @@ void TProjectsTable::Refresh()
 {
     if (FState != TState::Browse)
         return;
-    const std::int64_t version = FStore->DataVersion(); // before the rows: better read twice than not at all
+    // Taken before the rows are read: what is written in between makes the next Refresh read again.
+    const std::int64_t version = FStore->DataVersion();
     if (version == FDataVersion)
         return;
     std::vector<TProject> rows = FStore->ReadProjects();
     FDataVersion = version;
     if (rows == FRows)
         return;
-    const TProject before = Current(); // a blank one if there is none, whose ID 0 no row has
+    const TProject before = Current(); // blank if there is none, and no row has its ID 0
     FRows = std::move(rows);
     FPosition.reset();
     if (!FRows.empty()) {
@@ -206,24 +202,15 @@ void TProjectsTable::Refresh()
 void TProjectsTable::RequireOpen() const
 {
     if (!IsOpen())
-        throw TError(TErrorKind::Database, QStringLiteral("The project database is not open"));
+        throw TError(TErrorKind::Io, u"The project database is not open"_s);
 }
 
-void TProjectsTable::MoveTo(std::size_t position)
-{
-    if (FState != TState::Insert && FPosition == position)
-        return;
-    FPosition = position;
-    EndEdit();
-    SetState(TState::Browse);
-    emit CurrentChanged();
-}
-
-// Leaves it to the caller to change the state, once everything else is in place.
-void TProjectsTable::EndEdit()
+// Empties the buffer, then changes the state.
+void TProjectsTable::EndEdit(TState state)
 {
     FBuffer = TProject {};
     FChangedFields.clear();
+    SetState(state);
 }
 
 void TProjectsTable::SetState(TState state)
@@ -236,17 +223,8 @@ void TProjectsTable::SetState(TState state)
 
 void TProjectsTable::AnnounceDifferences(const TProject& before, const TProject& after)
 {
-    for (const TField field : AllFields)
-        if (FieldValue(before, field) != FieldValue(after, field))
-            emit FieldChanged(field);
-}
-
-std::optional<std::size_t> TProjectsTable::PositionOf(std::int64_t id) const
-{
-    const auto row = std::ranges::find(FRows, id, &TProject::ID);
-    if (row == FRows.end())
-        return std::nullopt;
-    return static_cast<std::size_t>(row - FRows.begin());
+    for (const TField field : DifferentFields(before, after))
+        emit FieldChanged(field);
 }
 
 } // namespace Corvadine

@@ -1,9 +1,14 @@
 #include "project/Backups.h"
 
+#include "project/ProjectUpdater.h"
+#include "store/ProjectStore.h"
 #include "tests/Testing.h"
+#include "tests/TestingSystem.h"
 
 #include <QDir>
 #include <QFile>
+
+#include <thread>
 
 using namespace Corvadine;
 using namespace Corvadine::Testing;
@@ -24,111 +29,166 @@ class BackupsTest : public TFolderTest {
 protected:
     BackupsTest()
     {
-        QDir().mkdir(FBackups);
+        const TProjectStore made(FDatabase);
         PutFile(FFile, ProjectWith("A", "<Now/>"));
         QFile::setPermissions(FFile, QFile::ReadOwner | QFile::WriteOwner);
     }
 
-    void PutBackup(const QString& name, const QByteArray& bytes) { PutFile(FBackups + "/" + name, bytes); }
+    QString Copy(const QString& name) const { return FFolder + QDir::separator() + name; }
 
-    std::string RestoreError(const QString& name) const
+    QString Keep(const QByteArray& bytes, const QDateTime& time, TKeep keep = TKeep::Once)
     {
-        return ErrorOf([&] { RestoreBackup(FFile, FBackups, name, Noon); });
+        return FBackups.Keep(FFile, bytes, time, TBackupReason::Update, keep);
+    }
+
+    std::string RestoreError(const TRestoreOrder& order)
+    {
+        return ErrorOf([&] { FBackups.Restore(FFile, order); });
     }
 
     const QString FFile = Path("Demo.dproj");
-    const QString FBackups = Path("Project Backups");
+    const QString FDatabase = Path("Corvadine.db");
+    const QString FFolder = Path("Project Backups");
+    TBackups FBackups { FFolder, FDatabase };
 };
 
 TEST_F(BackupsTest, NameKeepsTheFullStopBeforeTheTime)
 {
     const QDateTime time(QDate(2024, 3, 5), QTime(14, 7, 9));
-    EXPECT_EQ(BackupPath(R"(C:\Dev\Demo.dproj)", "B/", time), "B/Demo.20240305140709.dproj");
-    EXPECT_EQ(BackupPath("/x.y/Demo.xml", "B", time),
-        QStringLiteral("B") + QDir::separator() + "Dem20240305140709.xml");
-    EXPECT_EQ(BackupPath("/x.y/abc", "B/", time), "B/20240305140709");
-    EXPECT_EQ(ErrorOf([&] { WriteBackup(FFile, {}, {}, time); }), "No folder for backups was given")
+    const auto nameOf = [&](const char* file) {
+        return QFileInfo(FBackups.Keep(file, file, time, TBackupReason::Update)).fileName();
+    };
+    EXPECT_EQ(nameOf(R"(C:\Dev\Demo.dproj)"), "Demo.20240305140709.dproj");
+    EXPECT_EQ(nameOf("/x.y/Demo.xml"), "Dem20240305140709.xml");
+    EXPECT_EQ(nameOf("/x.y/abc"), "20240305140709");
+    EXPECT_EQ(ErrorOf([&] { TBackups({}, FDatabase).Keep(FFile, {}, time, TBackupReason::Update); }),
+        "No folder for backups was given")
         << "the current folder is none";
 }
 
-TEST_F(BackupsTest, ListsTheBackupsOfThisProjectOldestFirst)
+TEST_F(BackupsTest, ProgramsThatKeepFilesOfOneNameAtOnceLoseNone)
 {
-    PutBackup("Demo.20240305110000.dproj", ProjectWith("a"));
-    PutBackup("Demo.20230305110000.dproj", "damaged, so nobody knows whose it is");
-    PutBackup("Demo.20240305113000.dproj", ProjectWith("B"));
+    if (!IsPosix())
+        GTEST_SKIP() << "threads that stand for programs crash under Wine";
+    constexpr int Programs = 8;
+    std::vector<std::thread> programs;
+    programs.reserve(Programs);
+    std::array<QString, Programs> paths;
+    for (int i = 0; i < Programs; ++i)
+        programs.emplace_back([this, i, &paths] {
+            const QString project = Path("%1/Demo.dproj").arg(i);
+            paths[static_cast<std::size_t>(i)] =
+                TBackups(FFolder, FDatabase)
+                    .Keep(project, ProjectWith(QByteArray::number(i)), Noon, TBackupReason::Update);
+        });
+    for (std::thread& program : programs)
+        program.join();
+    for (int i = 0; i < Programs; ++i)
+        EXPECT_EQ(FileBytes(paths[static_cast<std::size_t>(i)]), ProjectWith(QByteArray::number(i)));
+    EXPECT_EQ(QDir(FFolder).entryList(QDir::Files).size(), Programs);
+}
+
+TEST_F(BackupsTest, ReplacesOnlyACopyOfTheSameProjectAndSecondAndOnlyWhenAsked)
+{
+    const QString other = FBackups.Keep(Path("b/Demo.dproj"), ProjectWith("A"), Noon, TBackupReason::Update);
+    PutFile(Copy("Demo.20240305120001.dproj"), "without a record");
+    const QString first = Keep("first", Noon);
+    EXPECT_EQ(first, Copy("Demo.20240305120002.dproj"));
+    EXPECT_EQ(Keep("second", Noon), Copy("Demo.20240305120003.dproj"));
+    EXPECT_EQ(Keep("first", Noon.addSecs(3600)), first) << "equal content is kept once";
+    PutFile(first, "damaged meanwhile");
+    EXPECT_EQ(Keep("first", Noon.addSecs(9)), Copy("Demo.20240305120009.dproj")) << "and one that is whole";
+
+    EXPECT_EQ(Keep("third", Noon, TKeep::Always), first);
+    EXPECT_EQ(FileBytes(first), "third");
+    EXPECT_EQ(FileBytes(other), ProjectWith("A"));
+    EXPECT_EQ(FileBytes(Copy("Demo.20240305120001.dproj")), "without a record");
+    EXPECT_EQ(FileBytes(FBackups.KeepUnrecorded(FFile, "fourth", Noon)), "fourth");
+}
+
+TEST_F(BackupsTest, ListsTheCopiesOfThisPathOldestFirst)
+{
+    Keep("new", Noon);
+    Keep("old", Noon.addDays(-1));
+    PutFile(Keep("cut", Noon.addSecs(60)), "cu");
+    QFile::remove(Keep("gone", Noon.addSecs(120)));
+    FBackups.Keep(Path("b/Demo.dproj"), ProjectWith("A"), Noon, TBackupReason::Update);
+    PutFile(Copy("Demo.20230305110000.dproj"), ProjectWith("A"));
     for (const char* other : { "Demo.20240305990000.dproj", "Demo.20240305110000.bak",
              "Demo2.20240305110000.dproj", "Demo.20240305110000.20240305110000.dproj" })
-        PutBackup(other, ProjectWith("A"));
-    const auto listed = ListBackups(FFile, FBackups);
-    ASSERT_EQ(listed.size(), 2U);
-    EXPECT_EQ(listed[0].Name, "Demo.20230305110000.dproj");
-    EXPECT_EQ(listed[1].Time, Noon.addSecs(-3600));
-    QFile::remove(FFile);
-    EXPECT_EQ(ListBackups(FFile, FBackups).size(), 3U);
+        PutFile(Copy(other), ProjectWith("A"));
+
+    std::vector<std::string> lines;
+    for (const TBackup& backup : FBackups.List(FFile))
+        lines.push_back((backup.Name + (backup.Reason ? "" : " unrecorded") + backup.Fault).toStdString());
+    EXPECT_THAT(lines,
+        ::testing::ElementsAre("Demo.20230305110000.dproj unrecorded", "Demo.20240304120000.dproj",
+            "Demo.20240305120000.dproj", "Demo.20240305120100.dprojits content is not what was kept"));
+
+    EXPECT_EQ(FBackups.Prune(FFile, 1),
+        QStringList(
+            { "Demo.20240305120100.dproj", "Demo.20240305120000.dproj", "Demo.20240304120000.dproj" }));
+    EXPECT_EQ(FBackups.List(FFile).size(), 1U) << "the one without a record stays";
+    EXPECT_EQ(FBackups.List(Path("b/Demo.dproj")).size(), 2U);
 }
 
-TEST_F(BackupsTest, ReplacesABackupOfTheSameSecondUnlessItIsAnotherProjects)
-{
-    const QString other = WriteBackup(Path("b/Demo.dproj"), ProjectWith("B"), FBackups, Noon);
-    EXPECT_EQ(WriteBackup(FFile, "damaged", FBackups, Noon.addSecs(1)),
-        BackupPath(FFile, FBackups, Noon.addSecs(1)));
-    for (const char* rest : { "<First/>", "<Second/>" })
-        EXPECT_EQ(WriteBackup(FFile, ProjectWith("A", rest), FBackups, Noon),
-            BackupPath(FFile, FBackups, Noon.addSecs(1)));
-    EXPECT_EQ(FileBytes(other), ProjectWith("B"));
-    EXPECT_EQ(FileBytes(BackupPath(FFile, FBackups, Noon.addSecs(1))), ProjectWith("A", "<Second/>"));
-}
-
-TEST_F(BackupsTest, RestoreKeepsTheReplacedFileAndCanBeUndone)
+TEST_F(BackupsTest, RestoresTheNewestOfAnUpdateAndCanUndoIt)
 {
     const QByteArray now = FileBytes(FFile);
     const QByteArray old = "\xEF\xBB\xBF" + ProjectWith("A", "<Old/>\r\n");
-    PutBackup("Demo.20240305110000.dproj", old);
-    PutBackup(QFileInfo(BackupPath(FFile, FBackups, Noon.addSecs(-1))).fileName(), old);
+    const QString kept = Keep(old, Noon);
 
-    const auto restored = RestoreBackup(FFile, FBackups, {}, Noon.addSecs(-1));
+    const auto restored = FBackups.Restore(FFile, { .Now = Noon.addSecs(60) });
+    EXPECT_EQ(restored.BackupPath, kept);
     EXPECT_EQ(FileBytes(FFile), old);
-    EXPECT_EQ(restored.SavedPath, BackupPath(FFile, FBackups, Noon)) << "the second before is taken";
     EXPECT_EQ(FileBytes(restored.SavedPath), now);
-    EXPECT_EQ(QFile::permissions(restored.SavedPath), QFile::permissions(FFile));
-    RestoreBackup(FFile, FBackups, {}, Noon.addSecs(5));
+    const auto again = FBackups.Restore(FFile, { .Now = Noon.addSecs(120) });
+    EXPECT_EQ(again.BackupPath, kept) << "not what the first restore kept, which is newer";
+    EXPECT_FALSE(again.IsWritten);
+    EXPECT_EQ(
+        FBackups.Restore(FFile, { .IsUndo = true, .Now = Noon.addSecs(180) }).BackupPath, restored.SavedPath);
     EXPECT_EQ(FileBytes(FFile), now);
+    EXPECT_EQ(FBackups.Restore(FFile, { .Now = Noon.addSecs(240) }).BackupPath, kept);
+    EXPECT_EQ(QDir(FFolder).entryList(QDir::Files).size(), 2) << "equal content is kept once";
 
-    PutFile(FFile, "<Project>");
-    RestoreBackup(FFile, FBackups, "Demo.20240305110000.dproj", Noon);
-    EXPECT_EQ(FileBytes(FFile), old);
+    const auto permissions = QFile::permissions(FFile);
     QFile::remove(FFile);
-    EXPECT_EQ(RestoreBackup(FFile, FBackups, "Demo.20240305110000.dproj", Noon).SavedPath, "");
+    EXPECT_EQ(FBackups.Restore(FFile, { .Now = Noon }).SavedPath, "");
     EXPECT_EQ(FileBytes(FFile), old);
+    EXPECT_EQ(QFile::permissions(FFile), permissions) << "those of the copy";
 }
 
-TEST_F(BackupsTest, RestoreRefusesWhatIsNotABackupOfThisProject)
+TEST_F(BackupsTest, RestoresForeignCopiesOnlyByForce)
 {
     const std::string cannot = "Cannot restore " + FFile.toStdString() + ": ";
-    EXPECT_EQ(RestoreError({}), cannot + "there is no backup of it in " + FBackups.toStdString());
-    PutBackup("Demo.20240305110000.dproj", ProjectWith("A"));
-    PutBackup("Demo.20240305120000.dproj", ProjectWith("B"));
-    PutBackup("Other.20240305110000.dproj", ProjectWith("A"));
-    EXPECT_EQ(RestoreError("Demo.20240305120000.dproj"),
-        cannot
-            + "the backup Demo.20240305120000.dproj belongs to another project (ProjectGuid {B} instead of "
-              "{A})");
-    for (const char* name : { "Demo.20250305110000.dproj", "Other.20240305110000.dproj", ".." })
-        EXPECT_EQ(RestoreError(name), cannot + "it has no backup " + name);
+    const std::string force = "; --force restores it all the same";
+    const QString other = Path("b/Demo.dproj");
+    const QString foreign =
+        QFileInfo(FBackups.Keep(other, ProjectWith("A"), Noon, TBackupReason::Update)).fileName();
+    PutFile(Copy("Demo.20240305110000.dproj"), ProjectWith("A"));
+    const QString changed = QFileInfo(Keep(ProjectWith("A"), Noon)).fileName();
+    PutFile(Copy(changed), ProjectWith("A", "<Changed/>"));
+    const QString damaged = QFileInfo(Keep("<Project>", Noon)).fileName();
+
+    EXPECT_THAT(RestoreError({}), ::testing::StartsWith(cannot + "there is no backup of it in "))
+        << "an unknown, a changed and another path's copy";
+    EXPECT_THAT(RestoreError({ .IsUndo = true }), ::testing::StartsWith(cannot + "no restore of it"));
+    EXPECT_EQ(RestoreError({ foreign }),
+        cannot + "the backup " + foreign.toStdString() + " was made of " + other.toStdString() + force);
+    EXPECT_EQ(RestoreError({ "Demo.20240305110000.dproj" }),
+        cannot + "nothing is recorded of the backup Demo.20240305110000.dproj" + force);
+    EXPECT_EQ(RestoreError({ changed }),
+        cannot + "the content of the backup " + changed.toStdString() + " is not what was kept" + force);
+    EXPECT_THAT(RestoreError({ damaged }),
+        ::testing::StartsWith(cannot + "the backup " + damaged.toStdString()
+            + " is damaged: it is not well-formed XML, line 1"));
+    for (const char* name : { "Demo.20250305110000.dproj", "..", "Corvadine.db" })
+        EXPECT_EQ(RestoreError({ name }), cannot + "it has no backup " + name);
     for (const char* name : { "../Demo.dproj", R"(..\Demo.dproj)", "C:Demo.dproj" })
-        EXPECT_EQ(RestoreError(name), cannot + name + " is a path, not the name of a backup");
+        EXPECT_EQ(RestoreError({ name }), cannot + name + " is a path, not the name of a backup");
     EXPECT_EQ(FileBytes(FFile), ProjectWith("A", "<Now/>"));
-    EXPECT_EQ(QDir(FBackups).entryList(QDir::Files).size(), 3) << "a refusal makes no backup";
+    EXPECT_EQ(QDir(FFolder).entryList(QDir::Files).size(), 4) << "a refusal makes no backup";
 
-    PutBackup("Demo.20240305130000.dproj", "<Project>");
-    EXPECT_THAT(RestoreError("Demo.20240305130000.dproj"),
-        ::testing::StartsWith(
-            cannot + "the backup Demo.20240305130000.dproj is damaged: it is not well-formed XML, line 1"));
-    EXPECT_EQ(RestoreBackup(FFile, FBackups, {}, Noon.addSecs(7200)).BackupPath,
-        BackupPath(FFile, FBackups, Noon.addSecs(-3600)))
-        << "the newest that is whole";
-
-    QFile::remove(FFile);
-    EXPECT_EQ(
-        RestoreError({}), cannot + "there are backups of several projects of this name; name the backup");
+    FBackups.Restore(FFile, { .Name = foreign, .IsForced = true, .Now = Noon });
+    EXPECT_EQ(FileBytes(FFile), ProjectWith("A"));
 }

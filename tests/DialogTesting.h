@@ -8,15 +8,15 @@
 #include <QEventLoop>
 #include <QTimer>
 
-// What the tests of dialogs share: the idle moment, and clicks on what views list.
+// What tests of dialogs and windows share: waiting until idle, and clicks on the entries of views.
 namespace Corvadine::Testing {
 
-// Lets the event loop handle everything and wait, as it does between a user's actions. Enabling rules are
-// brought up to date then, and only then.
+// Lets the event loop handle everything and wait, as between two actions of a user. Only then are enabling
+// rules evaluated.
 inline void LetIdle()
 {
     QEventLoop loop;
-    // The time starts once there is nothing else to do, however slow the machine is.
+    // The timer starts when there is nothing else to do, however slow the machine is.
     const auto* dispatcher = QAbstractEventDispatcher::instance();
     QObject::connect(dispatcher, &QAbstractEventDispatcher::aboutToBlock, &loop,
         [&loop] { QTimer::singleShot(10, &loop, &QEventLoop::quit); });
@@ -31,7 +31,7 @@ inline void Click(QAbstractItemView* view, const QModelIndex& index)
     LetIdle();
 }
 
-// A double-click as the system sends it: a click, then the second press.
+// A double-click as the system sends it: a click and then the second press.
 inline void DoubleClick(QAbstractItemView* view, const QModelIndex& index)
 {
     Click(view, index);
@@ -39,16 +39,14 @@ inline void DoubleClick(QAbstractItemView* view, const QModelIndex& index)
     LetIdle();
 }
 
+// Sends a key to the widget that has the focus.
 inline void Press(Qt::Key key)
 {
-    QWidget* popup = QApplication::activePopupWidget();
-    QWidget* focus = popup ? popup->focusWidget() : QApplication::focusWidget();
-    ASSERT_NE(focus, nullptr);
-    QTest::keyClick(focus, key);
+    QTest::keyClick(static_cast<QWidget*>(nullptr), key);
     LetIdle();
 }
 
-// Once a modal dialog has opened, acts on it; `action` gets it as a TDialog.
+// Acts on the next modal dialog when it has opened. `action` receives it as a TDialog.
 template <typename TDialog, typename TAction> void InDialog(TAction action)
 {
     QTimer::singleShot(0, [action] {
@@ -59,7 +57,7 @@ template <typename TDialog, typename TAction> void InDialog(TAction action)
     });
 }
 
-// The view of the drop-down that is open.
+// The view of the open drop-down; null if none is open.
 inline QAbstractItemView* OpenDropDown()
 {
     QWidget* popup = QApplication::activePopupWidget();
@@ -69,10 +67,8 @@ inline QAbstractItemView* OpenDropDown()
 // The entry `name` of `view` under `parent`.
 inline QModelIndex Find(const QAbstractItemView* view, const QString& name, const QModelIndex& parent = {})
 {
-    for (int row = 0; row < view->model()->rowCount(parent); ++row)
-        if (const QModelIndex index = view->model()->index(row, 0, parent); index.data() == name)
-            return index;
-    return {};
+    const QModelIndex first = view->model()->index(0, 0, parent);
+    return view->model()->match(first, Qt::DisplayRole, name, 1, Qt::MatchExactly).value(0);
 }
 
 inline QStringList Names(const QAbstractItemView* view, const QModelIndex& parent = {})

@@ -13,6 +13,8 @@
 
 using namespace Corvadine;
 using namespace Corvadine::Testing;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
 
 class GenerationRunTest : public TFolderTest {
 protected:
@@ -24,13 +26,17 @@ protected:
         ASSERT_TRUE(icon.convertToFormat(QImage::Format_RGB32).scaled(200, 400).save(Path("launch.png")));
         FJob.IconFile = Path("icon.png");
         FJob.LaunchFile = Path("launch.png");
-        FJob.Settings.Platforms = { true, true, true, true };
-        FJob.Settings.Format = TOutputFormat::TrueColor;
-        FJob.Settings.TwoxSize = 60;
-        FJob.Settings.OutputFolder = Path("new/out");
+        FJob.Platforms = { true, true, true, true };
+        FJob.Options.Format = TOutputFormat::TrueColor;
+        FJob.TwoxSize = 60;
+        FJob.OutputFolder = Path("new/out");
     }
 
-    TFolderContent Outputs() const { return FolderContent(FJob.Settings.OutputFolder); }
+    std::string RunError() const
+    {
+        return ErrorOf([this] { RunGeneration(FJob); });
+    }
+    TFolderContent Outputs() const { return FolderContent(FJob.OutputFolder); }
 
     QString Findings() const
     {
@@ -46,15 +52,11 @@ protected:
 TEST_F(GenerationRunTest, WritesTheSameBytesOnAnyNumberOfThreads)
 {
     for (const TOutputFormat format : { TOutputFormat::TrueColor, TOutputFormat::Colors256 }) {
-        FJob.Settings.Format = format;
-        int done = 0;
-        int total = 0;
-        const auto list =
-            RunGeneration(FJob, 1, [&](int now, int of) { std::tie(done, total) = std::pair(now, of); });
-        EXPECT_EQ(list.size(), 38U);
+        FJob.Options.Format = format;
+        std::pair<int, int> progress;
+        const auto list = RunGeneration(FJob, 1, [&](int done, int of) { progress = { done, of }; });
         EXPECT_EQ(list.back().ID, "Icon_MainIcon");
-        EXPECT_EQ(done, 38);
-        EXPECT_EQ(total, 38);
+        EXPECT_EQ(progress, std::pair(38, 38));
         const auto first = Outputs();
         EXPECT_EQ(first.size(), 38U);
         EXPECT_EQ(Findings(), "");
@@ -66,31 +68,29 @@ TEST_F(GenerationRunTest, WritesTheSameBytesOnAnyNumberOfThreads)
 TEST_F(GenerationRunTest, FailureChangesNothingAndLeavesNoFolder)
 {
     PutFile(Path("launch.png"), FileBytes(Path("launch.png")).chopped(100));
-    EXPECT_THAT(ErrorOf([&] { RunGeneration(FJob); }), ::testing::HasSubstr("launch.png: it is damaged"));
+    EXPECT_THAT(RunError(), HasSubstr("launch.png: it is damaged"));
     EXPECT_FALSE(QDir(Path("new")).exists());
 
     FJob.LaunchFile.clear();
     RunGeneration(FJob);
     PutFile(Path("new/out/notes.txt"), "mine");
     const auto before = Outputs();
-    FJob.Settings.Background = { 1, 2, 3 };
+    FJob.Options.Background = { 1, 2, 3 };
     ASSERT_TRUE(QFile::setPermissions(Path("new/out/UWP_DelphiLogo150.png"), QFile::ReadOwner));
-    EXPECT_THAT(ErrorOf([&] { RunGeneration(FJob); }),
-        ::testing::HasSubstr("UWP_DelphiLogo150.png: the file is read-only"));
+    EXPECT_THAT(RunError(), HasSubstr("UWP_DelphiLogo150.png: the file is read-only"));
     EXPECT_EQ(Outputs(), before) << "files that came first were replaced, or staged ones left";
 
-    FJob.Settings.OutputFolder = Path("icon.png");
-    EXPECT_THAT(
-        ErrorOf([&] { RunGeneration(FJob); }), ::testing::HasSubstr("a file of that name is in the way"));
-    FJob.Settings.OutputFolder.clear();
-    EXPECT_EQ(ErrorOf([&] { RunGeneration(FJob); }), "Cannot generate: the project has no output folder");
+    FJob.OutputFolder = Path("icon.png");
+    EXPECT_THAT(RunError(), HasSubstr("a file of that name is in the way"));
+    FJob.OutputFolder.clear();
+    EXPECT_EQ(RunError(), "Cannot generate: the project has no output folder");
 }
 
 TEST_F(GenerationRunTest, WithoutSourcesTheOutputsAreWhite)
 {
     FJob.IconFile.clear();
     FJob.LaunchFile.clear();
-    FJob.Settings.Background = { 9, 9, 9 };
+    FJob.Options.Background = { 9, 9, 9 };
     RunGeneration(FJob);
     const QImage icon(Path("new/out/Android_LauncherIcon36.png"));
     EXPECT_EQ(icon.size(), QSize(36, 36));
@@ -98,81 +98,91 @@ TEST_F(GenerationRunTest, WithoutSourcesTheOutputsAreWhite)
     const QImage splash(Path("new/out/Android_SplashImage426.png"));
     EXPECT_EQ(splash.pixel(213, 160), qRgb(255, 255, 255));
     EXPECT_EQ(splash.pixel(0, 0), qRgb(9, 9, 9));
+    EXPECT_EQ(QImage(Path("new/out/iPhone_Launch2x.png")).size(), QSize(60, 60));
     EXPECT_EQ(Findings(), "");
+}
+
+TEST_F(GenerationRunTest, TheListTellsSourcesAndWhichOutputsAreTheSame)
+{
+    FJob.TwoxSize = 512; // the size of the Windows icon's largest image; doubled, that of the App Store's
+    for (const int launchWidth : { 0, 1, 100 }) { // no launch image; one that counts as none; a square one
+        const auto launch = launchWidth > 0 ? std::optional(QSize(launchWidth, launchWidth)) : std::nullopt;
+        const auto outputs = OutputsOf(FJob, { { 64, 64 }, launch });
+        const auto output = [&](const QString& id) { return *std::ranges::find(outputs, id, &TOutput::ID); };
+        const auto sameAs = [&](const char* id) { return outputs[output(id).SameAs].ID; };
+        EXPECT_EQ(output("iPad_Launch2x").FromLaunch, launchWidth > 1);
+        EXPECT_EQ(output("Android_SplashImage426").FromLaunch, launchWidth > 1);
+        EXPECT_FALSE(output("Android_LauncherIcon36").FromLaunch);
+        EXPECT_EQ(sameAs("iPhone_LaunchDark2x"), "iPhone_Launch2x");
+        EXPECT_EQ(sameAs("iPad_LaunchDark2x"), "iPhone_Launch3x");
+        EXPECT_EQ(sameAs("Android_NotificationIcon36"), "Android_LauncherIcon36");
+        EXPECT_EQ(sameAs("iPhone_Launch3x"), "iPhone_Launch3x") << "not the App Store's, which is opaque";
+        EXPECT_EQ(sameAs("Icon_MainIcon"), "Icon_MainIcon");
+    }
 }
 
 TEST_F(GenerationRunTest, CheckFindsEachKindOfDamage)
 {
     RunGeneration(FJob);
-    const QDir out(FJob.Settings.OutputFolder);
-    const auto replace = [&out](const char* name, const char* other) {
-        QFile::remove(out.filePath(name));
-        ASSERT_TRUE(QFile::copy(out.filePath(other), out.filePath(name)));
-    };
+    const QDir out(FJob.OutputFolder);
     QFile::remove(out.filePath("Android_LauncherIcon36.png"));
-    replace("Android_LauncherIcon48.png", "Android_LauncherIcon96.png");
-    PutFile(out.filePath("Android_LauncherIcon72.png"),
-        FileBytes(out.filePath("Android_LauncherIcon72.png")).chopped(50));
+    PutFile(
+        out.filePath("Android_LauncherIcon48.png"), FileBytes(out.filePath("Android_LauncherIcon96.png")));
+    ASSERT_TRUE(QFile::resize(out.filePath("Android_LauncherIcon72.png"), 1000));
     ASSERT_TRUE(QImage(Path("icon.png")).scaled(1024, 1024).save(out.filePath("iOS_AppStore1024.png")));
     ASSERT_TRUE(QImage(150, 150, QImage::Format_RGB32).save(out.filePath("UWP_DelphiLogo150.png"), "BMP"));
-    QByteArray icon = FileBytes(out.filePath("Icon_MainIcon.ico"));
-    icon[4] = 9;
-    PutFile(out.filePath("Icon_MainIcon.ico"), icon);
+    const QString icon = out.filePath("Icon_MainIcon.ico");
+    PutFile(icon, FileBytes(icon).replace(4, 1, "\x09"));
     EXPECT_THAT(Findings().toStdString(),
         Matches("Android_LauncherIcon36: the file does not exist; "
                 "Android_LauncherIcon48: it has 96 x 96 pixels instead of 48 x 48; "
                 "Android_LauncherIcon72: it is damaged or truncated .*; "
                 "UWP_DelphiLogo150: it is not a PNG file; "
-                "iOS_AppStore1024: it has colour type 6 with 8 bits instead of colour type 2 with 8 bits; "
+                "iOS_AppStore1024: it has color type 6 with 8 bits instead of color type 2 with 8 bits; "
                 "Icon_MainIcon: it holds 9 images instead of 10"));
 }
 
 TEST_F(GenerationRunTest, RefusesOutputsThatAreTooLargeBeforeItDecodes)
 {
-    FJob.Settings.TwoxSize = 8192; // 200 x 400 pixels make it 8192 x 4096
+    FJob.TwoxSize = 8192; // 200 x 400 pixels make it 8192 x 4096
     EXPECT_EQ(PlanOutputs(FJob).Outputs.size(), 38U) << "just small enough";
-    FJob.Settings.TwoxSize = 8193;
+    FJob.TwoxSize = 8193;
     const std::string refusal =
         "Cannot render iPhone_Launch3x: it would have 16386 x 8192 pixels, which take 513 MiB, and the limit "
         "is 512 MiB; its height follows from its width and the shape of the launch image, 200 x 400 pixels";
     EXPECT_EQ(ErrorOf([&] { PlanOutputs(FJob); }), refusal);
     PutFile(FJob.IconFile, FileBytes(FJob.IconFile).chopped(100)); // shows only once it is decoded
-    EXPECT_EQ(ErrorOf([&] { RunGeneration(FJob); }), refusal);
+    EXPECT_EQ(RunError(), refusal);
 
     // More bytes than 64 bits count.
-    FJob.Settings.Platforms = { .IPad = true };
-    FJob.Settings.TwoxSize = 2'000'000'000;
+    FJob.Platforms = { .IPad = true };
+    FJob.TwoxSize = 2'000'000'000;
     ASSERT_TRUE(QImage(2, 2, QImage::Format_RGB32).save(FJob.LaunchFile));
-    EXPECT_THAT(ErrorOf([&] { RunGeneration(FJob); }),
-        ::testing::HasSubstr("2147483646 x 2147483646 pixels, which take 17592186011649 MiB"));
+    EXPECT_THAT(RunError(), HasSubstr("2147483646 x 2147483646 pixels, which take 17592186011649 MiB"));
 }
 
 TEST_F(GenerationRunTest, PlanWarnsOfSourcesThatDoNotFit)
 {
     const TOutputPlan plan = PlanOutputs(FJob);
-    EXPECT_EQ(plan.Outputs.size(), 38U);
     EXPECT_EQ(plan.Outputs[6].Path, Path("new/out/Android_SplashImage426.png"));
-    EXPECT_EQ(plan.Outputs[6].SourceFile, Path("launch.png"));
-    EXPECT_EQ(plan.Outputs[37].Size, QSize(512, 512));
-    EXPECT_EQ(plan.Warnings,
-        QStringList(
-            { "The icon image has 300 x 300 pixels; iOS_AppStore1024 enlarges it 3.41 times, to 1024 x 1024",
-                "The launch image has 200 x 400 pixels; Android_SplashImage960 enlarges it 1.80 times, to "
-                "360 x 720" }));
+    EXPECT_EQ(plan.Outputs[37].Recipe.Canvas, QSize(512, 512));
+    EXPECT_THAT(plan.Warnings,
+        ElementsAre("The icon image has 300 x 300 pixels; iOS_AppStore1024 enlarges it 3.41 times, to 1024 x "
+                    "1024",
+            "The launch image has 200 x 400 pixels; Android_SplashImage960 enlarges it 1.80 times, to 360 x "
+            "720"));
     EXPECT_FALSE(QDir(Path("new")).exists());
 
-    FJob.LaunchFile = FJob.IconFile;
-    FJob.IconFile = Path("launch.png");
-    FJob.Settings.Platforms = { .Windows = true };
-    EXPECT_EQ(PlanOutputs(FJob).Warnings,
-        QStringList(
-            { "The icon image has 200 x 400 pixels; it is not square, and so its outputs are not either",
-                "The icon image has 200 x 400 pixels; Icon_MainIcon enlarges it 1.28 times, to 256 x 512",
-                "The launch image is transparent; the background colour will show through" }));
-
-    FJob.Settings.Platforms = {};
-    EXPECT_EQ(
-        PlanOutputs(FJob).Warnings, QStringList("No platform is ticked, so there is nothing to generate"));
+    std::swap(FJob.IconFile, FJob.LaunchFile);
+    FJob.Platforms = { .Windows = true };
+    EXPECT_THAT(PlanOutputs(FJob).Warnings,
+        ElementsAre(
+            "The icon image has 200 x 400 pixels; it is not square, and so its outputs are not either",
+            "The icon image has 200 x 400 pixels; Icon_MainIcon enlarges it 1.28 times, to 256 x 512",
+            "The launch image is transparent; the background color will show through"));
+    FJob.Platforms = {};
+    EXPECT_THAT(
+        PlanOutputs(FJob).Warnings, ElementsAre("No platform is ticked, so there is nothing to generate"));
 }
 
 TEST(WorkQueueTest, RunsAllInOrderOfNeedAndStopsAtTheFirstFailure)
@@ -185,7 +195,7 @@ TEST(WorkQueueTest, RunsAllInOrderOfNeedAndStopsAtTheFirstFailure)
         RunTasks(tasks, workers);
         EXPECT_EQ(made, 51);
 
-        tasks[20].Run = [] { throw TError(TErrorKind::Io, QStringLiteral("no")); };
+        tasks[20].Run = [] { throw TError(TErrorKind::Io, u"no"_s); };
         EXPECT_EQ(ErrorOf([&] { RunTasks(tasks, workers); }), "no");
         EXPECT_LT(made, 51);
     }

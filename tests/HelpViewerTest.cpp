@@ -1,18 +1,13 @@
-#include "app/FieldEditors.h"
-#include "app/MainFrm.h"
-#include "app/Ribbon.h"
 #include "dialogs/WidgetPrompts.h"
-#include "support/ChmArchive.h"
-#include "support/HelpBrowser.h"
-#include "support/HelpContents.h"
-#include "support/HelpRouter.h"
-#include "support/HelpWindow.h"
-#include "tests/DialogTesting.h"
-#include "tools/SilentPrompts.h"
+#include "support/help/ChmArchive.h"
+#include "support/help/HelpBrowser.h"
+#include "support/help/HelpContents.h"
+#include "support/help/HelpWindow.h"
+#include "tests/MainFormTesting.h"
 
+#include <QDesktopServices>
 #include <QDialog>
 #include <QLineEdit>
-#include <QToolButton>
 #include <QTreeWidget>
 
 #include <random>
@@ -25,25 +20,9 @@ namespace {
 
 const QString HelpFile = QStringLiteral(CORVADINE_HELP_FILE);
 
-class HelpViewerTest : public TFolderTest {
-protected:
-    // The help file with some bytes changed.
-    QString Damaged(const QByteArray& bytes) const
-    {
-        PutFile(Path("damaged.chm"), bytes);
-        return Path("damaged.chm");
-    }
+class HelpViewerTest : public TFolderTest { };
 
-    const QByteArray FBytes = FileBytes(HelpFile);
-};
-
-QString CurrentItem(const THelpWindow& window)
-{
-    const QTreeWidgetItem* item = window.ContentsTree->currentItem();
-    return item != nullptr ? item->text(0) : QString();
-}
-
-// The help that the program shows.
+// The window with the help, if it is visible.
 THelpWindow* ShownHelp()
 {
     for (QWidget* widget : QApplication::topLevelWidgets())
@@ -52,51 +31,50 @@ THelpWindow* ShownHelp()
     return nullptr;
 }
 
-// What is read of a damaged file does not matter, only that all of it can be asked for.
-void ReadEverything(const QString& path)
-{
-    try {
-        const TChmArchive archive(path);
-        archive.Read(archive.HomePage());
-        for (const quint32 topic : archive.TopicNumbers())
-            archive.Read(archive.TopicPage(topic));
-        for (const THelpEntry& entry : ParseHelpContents(archive.Read(archive.ContentsFile()).value_or("")))
-            archive.Read(entry.Page.section(u'#', 0, 0));
-        archive.Read("/filters.png");
-    } catch (const TError&) {
-    }
-}
-
 } // namespace
 
-TEST_F(HelpViewerTest, DamagedFilesNeitherCrashNorSpeak)
+TEST_F(HelpViewerTest, DamagedFilesDoNotCrashAndGiveNoMessage)
 {
+    const QByteArray whole = FileBytes(HelpFile);
+    const auto damaged = [path = Path("damaged.chm")](const QByteArray& bytes) {
+        PutFile(path, bytes);
+        return path;
+    };
     std::mt19937 engine(1);
     const auto random = [&](qsizetype below) { return static_cast<qsizetype>(engine()) % below; };
-    // Most damage goes to the first bytes: the numbers that everything else is found by.
+    // Most of the damage is at the start, where the numbers are by which everything else is found.
     constexpr int Rounds = 120;
     for (int round = 0; round < Rounds; ++round) {
-        QByteArray bytes = FBytes;
+        QByteArray bytes = whole;
         const qsizetype end = round % 4 == 0 ? bytes.size() : 9000;
         for (qsizetype count = 1 + random(4); count > 0; --count)
             bytes[random(end)] = static_cast<char>(random(256));
         if (round % 8 == 0)
             bytes.truncate(random(bytes.size()));
-        ReadEverything(Damaged(bytes));
+        try { // only the sanitizers and a crash tell whether reading everything goes wrong
+            const TChmArchive archive(damaged(bytes));
+            archive.Read(archive.HomePage());
+            archive.Read(archive.TopicPage(90));
+            for (const THelpEntry& entry :
+                ParseHelpContents(archive.Read(archive.ContentsFile()).value_or("")))
+                archive.Read(entry.Page.section(u'#', 0, 0));
+            archive.Read("/filters.png");
+        } catch (const TError&) {
+        }
     }
     const auto errorOf = [](const QString& path) { return ErrorOf([&] { TChmArchive archive(path); }); };
-    for (const qsizetype size : { 0LL, 4LL, 96LL, 5000LL, FBytes.size() - 1 })
-        EXPECT_THAT(errorOf(Damaged(FBytes.left(size))), EndsWith(": it is damaged")) << size;
+    for (const qsizetype size : { 0LL, 4LL, 96LL, 5000LL, whole.size() - 1 })
+        EXPECT_THAT(errorOf(damaged(whole.left(size))), EndsWith(": it is damaged")) << size;
     EXPECT_THAT(errorOf(Path("none.chm")), EndsWith(": the file does not exist"));
 
-    // And nothing is shown, or said, or lost.
+    // The window does not open, and does not lose its page.
     THelpWindow window;
-    window.ShowTopic(Damaged(FBytes.left(5000)), 90);
+    window.ShowTopic(damaged(whole.left(5000)), 90);
     window.ShowContents(Path("none.chm"));
     window.ShowTopic(HelpFile, 12345);
     EXPECT_FALSE(window.isVisible());
     window.ShowTopic(HelpFile, 90);
-    window.ShowTopic(Damaged(FBytes.left(5000)), 2007);
+    window.ShowTopic(damaged(whole.left(5000)), 2007);
     EXPECT_EQ(window.Browser->Page(), "/window.html");
 }
 
@@ -119,21 +97,22 @@ TEST_F(HelpViewerTest, ContentsOfAnyShapeAreRead)
 TEST_F(HelpViewerTest, WalksThroughThePages)
 {
     THelpWindow window;
+    const auto currentItem = [&] { return window.ContentsTree->currentIndex().data().toString(); };
     window.ShowTopic(HelpFile, 90);
     EXPECT_TRUE(window.isVisible());
-    EXPECT_EQ(CurrentItem(window), "The main window");
+    EXPECT_EQ(currentItem(), "The main window");
     window.ShowContents(HelpFile);
     EXPECT_EQ(window.Browser->Page(), "/start.html");
 
-    // By the contents: what a key does in the tree, and what the page does to it.
+    // A key in the contents opens a page; a link in a page selects its line in the contents.
     QApplication::setActiveWindow(&window);
     window.ContentsTree->setFocus();
     Press(Qt::Key_End);
     EXPECT_EQ(window.Browser->Page(), "/trouble.html");
     emit window.Browser->anchorClicked(QUrl("filters.html"));
-    EXPECT_EQ(CurrentItem(window), "The twelve filters");
+    EXPECT_EQ(currentItem(), "The twelve filters");
     emit window.Browser->anchorClicked(QUrl("sizes.html#ipad"));
-    EXPECT_EQ(CurrentItem(window), "All images and their sizes");
+    EXPECT_EQ(currentItem(), "All images and their sizes");
 
     QTest::keyClick(window.Browser, Qt::Key_Left, Qt::AltModifier);
     EXPECT_EQ(window.Browser->Page(), "/filters.html");
@@ -158,69 +137,49 @@ TEST_F(HelpViewerTest, PagesGetNothingFromOutsideTheArchive)
     THelpWindow window;
     window.ShowTopic(HelpFile, 90);
     THelpBrowser& browser = *window.Browser;
-    QList<QUrl> opened;
-    browser.SetLinkOpener([&](const QUrl& url) { opened.append(url); });
+    QStringList opened;
+    QTextBrowser opener; // its signal receives what would be opened by other programs
+    QObject::connect(&opener, &QTextBrowser::anchorClicked, [&](const QUrl& url) { opened += url.scheme(); });
+    const QStringList links { "https://example.com/", "http://example.com/", "mailto:a@example.com",
+        "javascript:alert(1)", "ftp://example.com/", "ms-its:x.chm::/y.html", "file:///etc/passwd",
+        "help://x/" };
+    for (const QString& link : links)
+        QDesktopServices::setUrlHandler(QUrl(link).scheme(), &opener, "anchorClicked");
 
     PutFile(Path("secret.html"), "<p>secret</p>");
-    QImage red(8, 8, QImage::Format_RGB32);
-    red.fill(Qt::red);
-    ASSERT_TRUE(red.save(Path("secret.png")));
+    ASSERT_TRUE(QImage(8, 8, QImage::Format_RGB32).save(Path("secret.png")));
     const QString file = QUrl::fromLocalFile(Path("secret")).toString();
     for (const QString& name : { file, Path("secret"), "../../../.." + Path("secret"), "qrc" + Path("secret"),
              "help://host" + Path("secret") }) {
         EXPECT_EQ(browser.loadResource(QTextDocument::HtmlResource, name + ".html").toByteArray(), "")
             << name.toStdString();
-        const auto picture =
-            browser.loadResource(QTextDocument::ImageResource, name + ".png").value<QImage>();
-        EXPECT_EQ(picture.size(), QSize(1, 1)) << name.toStdString();
+        // Not null: the text document would then look for the file itself.
+        const QVariant picture = browser.loadResource(QTextDocument::ImageResource, name + ".png");
+        EXPECT_EQ(picture.value<QImage>().size(), QSize(1, 1)) << name.toStdString();
         emit browser.anchorClicked(name + ".html");
         EXPECT_EQ(browser.Page(), "/window.html");
     }
-    // What is drawn in the place of a picture, too: a text document likes to look for files by itself.
-    browser.setHtml("<img src=\"" + Path("secret.png") + "\"><img src=\"" + file + ".png\">");
-    const QImage drawn = browser.grab().toImage();
-    for (int y = 0; y < drawn.height(); ++y)
-        for (int x = 0; x < drawn.width(); ++x)
-            ASSERT_NE(drawn.pixel(x, y), red.pixel(0, 0));
 
-    EXPECT_EQ(opened, QList<QUrl>());
-    for (const char* link : { "https://example.com/", "http://example.com/", "mailto:a@example.com",
-             "javascript:alert(1)", "ftp://example.com/", "ms-its:x.chm::/y.html", "file:///etc/passwd" })
-        emit browser.anchorClicked(QUrl(link));
-    EXPECT_EQ(opened.size(), 3) << "the web and mail, after a click";
+    for (const QString& link : links)
+        emit browser.anchorClicked(link);
+    EXPECT_EQ(opened, QStringList({ "https", "http", "mailto" }));
 }
 
-TEST_F(HelpViewerTest, F1OpensTheWindowsTopicAndTheButtonTheContents)
+TEST_F(TMainFormTest, F1OpensTheWindowsTopicAndTheButtonTheContents)
 {
-    TSilentPrompts prompts;
-    auto form = std::make_unique<TMainForm>(Path(""), prompts);
-    form->StartUp();
-    form->show();
-    QApplication::setActiveWindow(form.get());
-    const auto pressKey = [&] {
-        LetIdle();
-        QTest::keyClick(form->Controls().cb2xWidth, Qt::Key_F1);
-    };
-    const auto pressButton = [&] {
-        for (QToolButton* button : form->Controls().dxRibbon1->findChildren<QToolButton*>())
-            if (button->defaultAction() != nullptr && button->defaultAction()->text() == "&Help")
-                QTest::mouseClick(button, Qt::LeftButton);
-    };
-    EXPECT_EQ(form->State().HelpRouter->HelpFile(), Path("") + "/Corvadine.chm");
-    pressKey();
-    pressButton();
+    Start();
+    QApplication::setActiveWindow(FForm.get());
+    QTest::keyClick(Ui().cb2xWidth, Qt::Key_F1);
+    Click("Help");
     EXPECT_EQ(ShownHelp(), nullptr) << "there is no help file";
 
-    ASSERT_TRUE(QFile::copy(HelpFile, Path("Corvadine.chm")));
-    form->State().HelpRouter->HelpCommand(4, 0);
-    form->State().HelpRouter->HelpContext(-1);
-    EXPECT_EQ(ShownHelp(), nullptr) << "neither a topic nor the contents";
-    pressKey();
+    ASSERT_TRUE(QFile::copy(HelpFile, Path("program/Corvadine.chm")));
+    QTest::keyClick(Ui().cb2xWidth, Qt::Key_F1);
     ASSERT_NE(ShownHelp(), nullptr);
     EXPECT_EQ(ShownHelp()->Browser->Page(), "/window.html");
-    pressButton();
+    Click("Help");
     EXPECT_EQ(ShownHelp()->Browser->Page(), "/start.html");
-    form.reset();
+    FForm.reset();
     EXPECT_EQ(ShownHelp(), nullptr) << "closed with the program's window";
 }
 
@@ -229,13 +188,9 @@ TEST_F(HelpViewerTest, DialogsAskForTheirTopicsAndLeaveTheHelpUsable)
     QWidget window;
     window.show();
     THelpWindow help;
-    QList<int> topics;
     TWidgetPrompts prompts;
     prompts.SetWindow(&window);
-    prompts.SetHelp([&](int topic) {
-        topics.append(topic);
-        help.ShowTopic(HelpFile, static_cast<quint32>(topic));
-    });
+    prompts.SetHelp([&](int topic) { help.ShowTopic(HelpFile, static_cast<quint32>(topic)); });
     InDialog<QDialog>([](QDialog& dialog) {
         QTest::keyClick(&dialog, Qt::Key_F1);
         dialog.close();
@@ -243,14 +198,11 @@ TEST_F(HelpViewerTest, DialogsAskForTheirTopicsAndLeaveTheHelpUsable)
     prompts.ChooseProjectFile();
     EXPECT_EQ(help.Browser->Page(), "/add-project.html");
     InDialog<QDialog>([&](QDialog& dialog) {
-        QTest::keyClick(dialog.focusWidget(), Qt::Key_F1); // the list
-        dialog.setFocus();
-        QTest::keyClick(&dialog, Qt::Key_F1);
+        QTest::keyClick(dialog.focusWidget(), Qt::Key_F1);
+        EXPECT_EQ(help.Browser->Page(), "/picker-list.html");
         QTest::keyClick(help.windowHandle(), Qt::Key_Home, Qt::AltModifier);
         EXPECT_EQ(help.Browser->Page(), "/start.html") << "not blocked";
         dialog.close();
     });
     prompts.ChooseImage({});
-    EXPECT_EQ(topics.first(), 2006);
-    EXPECT_TRUE(topics.contains(2010));
 }

@@ -1,4 +1,4 @@
-#include "support/HelpViewer.h"
+#include "support/help/HelpViewer.h"
 
 #include <gtest/gtest.h>
 
@@ -16,7 +16,7 @@ HWND ViewerWindow()
 
 } // namespace
 
-// Which page a topic leads to is seen from outside only: windows/run looks into what Wine tells of it.
+// The page is not checked here, since this process cannot see it: windows/run reads it from Wine's log.
 TEST(HelpViewerWindowsTest, ShowsTopicsAndContentsInOneWindowAndClosesIt)
 {
     const QString file = QStringLiteral(CORVADINE_HELP_FILE);

@@ -3,23 +3,19 @@
 #include "app/FieldEditors.h"
 #include "app/MainFrm.h"
 #include "app/ProjectLookup.h"
-#include "app/Ribbon.h"
 #include "dialogs/Prompts.h"
 #include "tests/DialogTesting.h"
+#include "widgets/Ribbon.h"
 
-#include <QDir>
 #include <QImage>
-#include <QTest>
 #include <QToolButton>
 
 #include <functional>
 #include <memory>
-#include <optional>
-#include <utility>
 
 namespace Corvadine::Testing {
 
-// Answers in place of the user, and remembers what was shown.
+// Gives prepared answers and records what was shown.
 class TScriptedPrompts : public TPrompts {
 public:
     void ShowError(const QString& text) override { Shown.append("error: " + text); }
@@ -27,9 +23,7 @@ public:
     bool Confirm(const QString& text) override
     {
         Shown.append("confirm: " + text);
-        if (WhileConfirming)
-            WhileConfirming();
-        return Yes;
+        return Answer();
     }
     std::optional<QString> ChooseProjectFile() override { return std::exchange(ProjectFile, std::nullopt); }
     std::optional<QString> ChooseImage(const QString& startFolder) override
@@ -40,15 +34,14 @@ public:
 
     QStringList TakeShown() { return std::exchange(Shown, {}); }
 
-    bool Yes = true;
-    std::function<void()> WhileConfirming;
+    std::function<bool()> Answer = [] { return true; };
     std::optional<QString> ProjectFile;
     std::optional<QString> Image;
     QString StartFolder;
     QStringList Shown;
 };
 
-// The whole window with three projects to add, operated as a user does.
+// The whole window, used as by a user, with three project files to add.
 class TMainFormTest : public TFolderTest {
 protected:
     void SetUp() override
@@ -82,7 +75,7 @@ protected:
     const TMainControls& Ui() const { return FForm->Controls(); }
     TProjectsTable& Table() const { return FForm->tblProjects(); }
     TProject Current() const { return Table().Current(); }
-    // As a user does in the lookup.
+    // Chooses a project in the lookup.
     void Choose(qint64 id) const { Ui().cbProjects->SetValue(id); }
 
     QToolButton* Button(const QString& caption) const

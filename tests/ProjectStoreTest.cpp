@@ -2,9 +2,6 @@
 
 #include "tests/Testing.h"
 
-#include <QDir>
-#include <QFile>
-
 #include <SQLiteCpp/SQLiteCpp.h>
 
 #include <thread>
@@ -13,7 +10,6 @@ using namespace Corvadine;
 using namespace Corvadine::Testing;
 using namespace std::chrono_literals;
 using ::testing::EndsWith;
-using ::testing::StartsWith;
 
 namespace {
 
@@ -39,7 +35,6 @@ protected:
     {
         return ErrorOf([&] { const TProjectStore store(path, 50ms); });
     }
-    void MarkReadOnly() const { ASSERT_TRUE(QFile::setPermissions(Database(), QFile::ReadOwner)); }
 };
 
 } // namespace
@@ -48,9 +43,6 @@ TEST_F(ProjectStoreTest, CreatesExactlyTheAgreedSchema)
 {
     PutFile(Database(), ""); // as good as missing
     const TProjectStore store(Database());
-    EXPECT_TRUE(store.TableExists("Projects"));
-    EXPECT_FALSE(store.TableExists("O'Hara"));
-
     auto raw = Raw();
     EXPECT_EQ(raw.execAndGet("SELECT group_concat(sql,'|') FROM sqlite_master").getString(),
         OlderTable + ",ResampleFilter INTEGER)|" + Index);
@@ -62,21 +54,19 @@ TEST_F(ProjectStoreTest, CreatesExactlyTheAgreedSchema)
 TEST_F(ProjectStoreTest, UpgradesAnOlderDatabaseOnceAndReadsWhatItLacks)
 {
     Raw().exec(OlderDatabase);
-    const auto projects = TProjectStore(Database()).ReadProjects();
+    auto projects = TProjectStore(Database()).ReadProjects();
     ASSERT_EQ(projects.size(), 2U);
-    EXPECT_EQ(projects[0].PickColor, -1);
-    EXPECT_TRUE(projects[0].IncIPad);
-    EXPECT_FALSE(projects[0].IncIPhone);
-    EXPECT_EQ(projects[0].Compression, std::nullopt);
-    EXPECT_EQ(projects[0].OutputFolder, "");
-    EXPECT_EQ(projects[1].ProjectFile, QString::fromUtf8("C:\\ü 😀's.dproj"));
-    EXPECT_EQ(projects[1].ResampleFilter, 6);
+    EXPECT_EQ(projects[0],
+        (TProject {
+            .ID = 1, .ProjectFile = "C:\\a.dproj", .IncIPad = true, .PickColor = -1, .ResampleFilter = 6 }));
+    EXPECT_EQ(projects[1],
+        (TProject { .ID = 2, .ProjectFile = "C:\\ü 😀's.dproj", .Compression = 9, .ResampleFilter = 6 }));
 
     Raw().exec("UPDATE Projects SET ResampleFilter=NULL WHERE ID=1; UPDATE Projects SET ResampleFilter=2 "
                "WHERE ID=2");
-    const auto again = TProjectStore(Database()).ReadProjects();
-    EXPECT_EQ(again[0].ResampleFilter, std::nullopt);
-    EXPECT_EQ(again[1].ResampleFilter, 2);
+    projects = TProjectStore(Database()).ReadProjects();
+    EXPECT_EQ(projects[0].ResampleFilter, std::nullopt);
+    EXPECT_EQ(projects[1].ResampleFilter, 2);
 }
 
 TEST_F(ProjectStoreTest, FailingSchemaChangeLeavesNothingHalfDone)
@@ -94,36 +84,33 @@ TEST_F(ProjectStoreTest, FailingSchemaChangeLeavesNothingHalfDone)
 
 TEST_F(ProjectStoreTest, RefusesWhatItCannotUseAndSaysWhy)
 {
-    const auto message = [](const QString& path, const char* reason) {
-        return "Cannot open the project database " + path.toStdString() + ": " + reason;
-    };
-    EXPECT_EQ(OpenError(Path("no/x.db")), message(Path("no/x.db"), "its folder does not exist"));
     ASSERT_TRUE(QDir(Path(".")).mkdir("folder"));
-    EXPECT_EQ(OpenError(Path("folder")), message(Path("folder"), "it is a folder"));
-    PutFile(Path("text"), QByteArray(5000, 'x'));
-    EXPECT_EQ(OpenError(Path("text")), message(Path("text"), "file is not a database"));
-
     Raw().exec(OlderDatabase);
     QByteArray damaged = FileBytes(Database());
     damaged.replace(4096, 4096, QByteArray(4096, '\x5a')); // the page with the rows
     PutFile(Path("damaged"), damaged);
-    EXPECT_EQ(OpenError(Path("damaged")), message(Path("damaged"), "database disk image is malformed"));
-
     Raw().exec("PRAGMA user_version=1");
-    EXPECT_EQ(OpenError(Database()),
-        message(Database(), "it belongs to a newer release of Corvadine (its schema is version 1)"));
+
+    const std::pair<QString, std::string> cases[] = {
+        { Path("no/x.db"), "its folder does not exist" },
+        { Path("folder"), "it is a folder" },
+        { Path("damaged"), "database disk image is malformed" },
+        { Database(), "it belongs to a newer release of Corvadine (its schema is version 1)" },
+    };
+    for (const auto& [path, reason] : cases)
+        EXPECT_EQ(OpenError(path), "Cannot open the project database " + path.toStdString() + ": " + reason);
 }
 
 TEST_F(ProjectStoreTest, ReadsButDoesNotWriteAFileMarkedReadOnly)
 {
     Raw().exec(OlderDatabase);
-    MarkReadOnly();
+    QFile::setPermissions(Database(), QFile::ReadOwner);
     EXPECT_THAT(OpenError(Database()), EndsWith(": attempt to write a readonly database"))
         << "needs an upgrade";
 
     QFile::setPermissions(Database(), QFile::ReadOwner | QFile::WriteOwner);
     EXPECT_FALSE(TProjectStore(Database()).IsReadOnly());
-    MarkReadOnly();
+    QFile::setPermissions(Database(), QFile::ReadOwner);
     TProjectStore store(Database());
     EXPECT_TRUE(store.IsReadOnly());
     EXPECT_EQ(store.ReadProjects().size(), 2U);
@@ -137,7 +124,6 @@ TEST_F(ProjectStoreTest, WaitsForAnotherProgramAndThenSaysTheDatabaseIsLocked)
     auto other = Raw();
     other.exec("BEGIN EXCLUSIVE");
     EXPECT_THAT(OpenError(Database()), EndsWith(": database is locked"));
-    EXPECT_THAT(ErrorOf([&] { store.ReadProjects(); }), StartsWith("Cannot read the projects of "));
     EXPECT_THAT(ErrorOf([&] { store.Insert({}, {}); }), EndsWith(": database is locked"));
     other.exec("ROLLBACK");
     EXPECT_EQ(store.Insert({}, {}).ID, 1);
@@ -167,13 +153,13 @@ TEST_F(ProjectStoreTest, TwoProgramsDoNotUndoEachOther)
     project.IncIPad = true;
     const TProject merged = ours.Update(project, { TField::PickColor, TField::IncIPad });
     EXPECT_EQ(merged, (TProject { .ID = 1, .ProjectFile = "a", .IncIPad = true, .TwoxSize = 7 }));
+    EXPECT_EQ(Raw().execAndGet("SELECT IncIPad || typeof(PickColor) FROM Projects").getString(), "1null");
 
     theirs.Delete(merged);
     EXPECT_EQ(ErrorOf([&] { ours.Update(merged, { TField::IncIPad }); }),
         "Cannot save the project a in " + Database().toStdString()
             + ": another program has deleted it meanwhile");
     const TProject successor = theirs.Insert({ .ProjectFile = "b" }, { TField::ProjectFile });
-    ASSERT_EQ(successor.ID, merged.ID);
     EXPECT_THAT(
         ErrorOf([&] { ours.Update(merged, { TField::IncIPad }); }), EndsWith("has put b in its place"));
     ours.Delete(merged);

@@ -10,7 +10,7 @@ TEST(SettingsFileTest, ReadsWhatOtherProgramsWriteAndKeepsValuesRaw)
     const QTemporaryDir folder;
     const QString path = folder.filePath("a.ini");
     const QString text =
-        QStringLiteral("; note\r\n[corvadine]\r\nBaseImage=C:\\new\\\"Größe €\"\r\nIncIPad=0\r\nrubbish\r\n");
+        u"; note\r\n[corvadine]\r\nBaseImage=C:\\new\\\"Größe €\"\r\nIncIPad=0\r\nrubbish\r\n"_s;
     const QByteArray utf16 =
         QByteArray("\xFF\xFE") + QByteArray(reinterpret_cast<const char*>(text.utf16()), text.size() * 2);
     const QByteArray western = QString(text).replace(u'€', u'\x80').toLatin1();
@@ -18,14 +18,13 @@ TEST(SettingsFileTest, ReadsWhatOtherProgramsWriteAndKeepsValuesRaw)
         PutFile(path, bytes);
         const TSettingsFile settings(path);
         EXPECT_TRUE(settings.HasSection());
-        EXPECT_EQ(settings.Text("BaseImage"), QStringLiteral("C:\\new\\\"Größe €\""))
-            << bytes.toHex().constData();
+        EXPECT_EQ(settings.Text("BaseImage"), u"C:\\new\\\"Größe €\""_s) << bytes.toHex().constData();
         EXPECT_FALSE(settings.Boolean("IncIPad", true));
         EXPECT_EQ(settings.Integer("rubbish", 7), 7);
     }
     TSettingsFile settings(path);
     settings.SetInteger("WindowsState", 2);
     settings.Save();
-    EXPECT_EQ(TSettingsFile(path).Text("BaseImage"), QStringLiteral("C:\\new\\\"Größe €\""));
+    EXPECT_EQ(TSettingsFile(path).Text("BaseImage"), u"C:\\new\\\"Größe €\""_s);
     EXPECT_EQ(TSettingsFile(path).Integer("WindowsState", 0), 2);
 }

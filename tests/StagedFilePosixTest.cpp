@@ -3,20 +3,99 @@
 #include "base/Files.h"
 #include "tests/Testing.h"
 
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+#include <cerrno>
 
 using namespace Corvadine;
 using namespace Corvadine::Testing;
 
-class StagedFilePosixTest : public TFolderTest { };
+// These replace the system's functions of the same names in this program, so that a test can make them fail.
+static int FSyncError = 0;  // errno of the next calls; 0: they succeed
+static int FChownError = 0; // the same
+
+extern "C" int fsync(int descriptor) // NOLINT(*-naming)
+{
+    errno = FSyncError;
+    return FSyncError != 0 ? -1 : ::fdatasync(descriptor);
+}
+
+extern "C" int fchown(int descriptor, uid_t owner, gid_t group) noexcept // NOLINT(*-naming)
+{
+    errno = FChownError;
+    return FChownError != 0 ? -1 : ::fchownat(descriptor, "", owner, group, AT_EMPTY_PATH);
+}
+
+namespace {
+
+const char* const AccessList = "system.posix_acl_access";
+const char* const DefaultList = "system.posix_acl_default";
+
+// An access control list as Linux stores it (the kernel's posix_acl_xattr.h): the owner may read and write,
+// user 4242 may read, the group may do nothing, the mask is r--.
+QByteArray ListWithNamedUser()
+{
+    const auto entry = [](int tag, int rights, quint32 id) {
+        return QByteArray::fromRawData("", 0) + char(tag) + '\0' + char(rights) + '\0'
+            + QByteArray(reinterpret_cast<const char*>(&id), sizeof(id));
+    };
+    constexpr quint32 NoID = 0xFFFFFFFF;
+    return QByteArray("\2\0\0\0", 4) + entry(0x01, 6, NoID) + entry(0x02, 4, 4242) + entry(0x04, 0, NoID)
+        + entry(0x10, 4, NoID) + entry(0x20, 0, NoID);
+}
+
+bool SetAttribute(const QString& path, const char* name, const QByteArray& value)
+{
+    return ::setxattr(QFile::encodeName(path).constData(), name, value.constData(),
+               static_cast<std::size_t>(value.size()), 0)
+        == 0;
+}
+
+// Empty if there is none.
+QByteArray Attribute(const QString& path, const char* name)
+{
+    char buffer[256];
+    const auto size = ::getxattr(QFile::encodeName(path).constData(), name, buffer, sizeof(buffer));
+    return size < 0 ? QByteArray() : QByteArray(buffer, size);
+}
+
+} // namespace
+
+class StagedFilePosixTest : public TFolderTest {
+protected:
+    StagedFilePosixTest() { FSyncError = FChownError = 0; }
+
+    unsigned ModeOf(const char* name) const
+    {
+        struct stat status { };
+        EXPECT_EQ(::stat(QFile::encodeName(Path(name)), &status), 0);
+        return status.st_mode & 07777U;
+    }
+
+    // The mode of a copy of a file that has `original`.
+    unsigned ModeOfCopy(unsigned original) const
+    {
+        PutFile(Path("original"), "");
+        EXPECT_EQ(::chmod(QFile::encodeName(Path("original")), original), 0);
+        TStagedFile(Path("copy"), "copied", Path("original")).Commit();
+        return ModeOf("copy");
+    }
+};
 
 TEST_F(StagedFilePosixTest, KeepsPermissionsAndFollowsLinks)
 {
     PutFile(Path("real"), "old");
     const auto permissions = QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup | QFile::ExeGroup;
     ASSERT_TRUE(QFile::setPermissions(Path("real"), permissions));
-    ASSERT_TRUE(QFile::link("real", Path("link"))); // relative, as people make them
+    ASSERT_TRUE(QFile::link("real", Path("link")));
 
     WriteFileAtomically(Path("link"), "new");
     EXPECT_TRUE(QFileInfo(Path("link")).isSymLink());
@@ -27,9 +106,71 @@ TEST_F(StagedFilePosixTest, KeepsPermissionsAndFollowsLinks)
     ASSERT_TRUE(QFile::link("missing", Path("dangling")));
     WriteFileAtomically(Path("dangling"), "made");
     EXPECT_EQ(FileBytes(Path("missing")), "made");
+}
 
-    ASSERT_TRUE(QFile::setPermissions(Path("real"), QFile::ReadOwner));
-    TStagedFile(Path("missing"), "copied", Path("real")).Commit();
-    constexpr auto OwnersOwn = QFile::ReadUser | QFile::WriteUser | QFile::ReadOwner | QFile::WriteOwner;
-    EXPECT_EQ(QFile::permissions(Path("missing")), OwnersOwn);
+TEST_F(StagedFilePosixTest, ACopyIsOpenToNoMoreUsersThanItsOriginal)
+{
+    EXPECT_EQ(ModeOfCopy(0400), 0600U);
+    EXPECT_EQ(ModeOfCopy(0674), 0674U);
+    FChownError = EPERM; // the copy gets our group, whose users are others to the original
+    EXPECT_EQ(ModeOfCopy(0674), 0644U);
+    EXPECT_EQ(ModeOfCopy(0660), 0600U);
+    FChownError = 0;
+    TStagedFile(Path("orphan"), "copied", Path("gone")).Commit();
+    EXPECT_EQ(
+        QFile::permissions(Path("orphan")) & (QFile::ReadGroup | QFile::ReadOther), QFile::Permissions());
+}
+
+TEST_F(StagedFilePosixTest, AFailedSyncChangesNothing)
+{
+    PutFile(Path("a"), "old");
+    FSyncError = EIO;
+    EXPECT_EQ(ErrorOf([&] { WriteFileAtomically(Path("a"), "new"); }),
+        "Cannot write " + Path("a").toStdString() + ": Input/output error");
+    EXPECT_EQ(FileBytes(Path("a")), "old");
+    FSyncError = EINVAL; // the file system has no sync
+    WriteFileAtomically(Path("a"), "new");
+    EXPECT_EQ(FileBytes(Path("a")), "new");
+}
+
+TEST_F(StagedFilePosixTest, KeepsAccessControlListsAndOtherExtendedAttributes)
+{
+    PutFile(Path("a"), "old");
+    PutFile(Path("plain"), "old");
+    if (!SetAttribute(Path("a"), AccessList, ListWithNamedUser())
+        || !SetAttribute(Path("a"), "user.note", "kept"))
+        GTEST_SKIP() << "this file system has no extended attributes";
+    WriteFileAtomically(Path("a"), "new");
+    EXPECT_EQ(FileBytes(Path("a")), "new");
+    EXPECT_EQ(Attribute(Path("a"), AccessList), ListWithNamedUser());
+    EXPECT_EQ(Attribute(Path("a"), "user.note"), "kept");
+
+    // A copy: the group's bits of the original are the mask of its list and must not become the group's
+    // rights.
+    TStagedFile(Path("copy"), "new", Path("a")).Commit();
+    EXPECT_EQ(Attribute(Path("copy"), AccessList), ListWithNamedUser());
+
+    // What the folder hands down to new files is not what the replaced file or the original had.
+    ASSERT_TRUE(SetAttribute(Path("."), DefaultList, ListWithNamedUser()));
+    ASSERT_EQ(::chmod(QFile::encodeName(Path("plain")).constData(), 0640), 0);
+    WriteFileAtomically(Path("plain"), "new");
+    TStagedFile(Path("copy of plain"), "new", Path("plain")).Commit();
+    for (const char* name : { "plain", "copy of plain" }) {
+        EXPECT_EQ(Attribute(Path(name), AccessList), "") << name;
+        EXPECT_EQ(ModeOf(name), 0640U) << name;
+    }
+}
+
+TEST_F(StagedFilePosixTest, RemovesWhatKilledProcessesLeftForTheSameFile)
+{
+    PutFile(Path("a"), "old");
+    for (const char* name : { "a.new4194305", "a.new4194305.7", "a.newer", "a.new5 of mine", "b.new4194305" })
+        PutFile(Path(name), "left");
+    PutFile(Path("a.new77.1"), "being staged by a living process");
+    const int living = ::open(QFile::encodeName(Path("a.new77.1")).constData(), O_RDONLY);
+    ASSERT_EQ(::flock(living, LOCK_EX), 0);
+    WriteFileAtomically(Path("a"), "new");
+    ::close(living);
+    EXPECT_EQ(QDir(Path(".")).entryList(QDir::Files, QDir::Name),
+        QStringList({ "a", "a.new5 of mine", "a.new77.1", "a.newer", "b.new4194305" }));
 }

@@ -25,6 +25,17 @@ TEST_F(StagedFileTest, ChangesNothingUntilCommitted)
     EXPECT_EQ(QDir(Path(".")).entryList(QDir::Files | QDir::Hidden), QStringList("a"));
 }
 
+TEST_F(StagedFileTest, ReplacesNothingWhenTheFileMustBeNew)
+{
+    TStagedFile first(Path("a"), "first");
+    TStagedFile second(Path("a"), "second");
+    EXPECT_TRUE(first.CommitIfNew());
+    EXPECT_FALSE(second.CommitIfNew());
+    EXPECT_EQ(FileBytes(Path("a")), "first");
+    second.Commit();
+    EXPECT_EQ(FileBytes(Path("a")), "second");
+}
+
 TEST_F(StagedFileTest, RefusesWhatCannotBeWrittenAndNamesFileAndReason)
 {
     PutFile(Path("a"), "old");

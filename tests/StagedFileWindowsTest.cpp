@@ -31,23 +31,18 @@ private:
     HANDLE FHandle;
 };
 
-class StagedFileWindowsTest : public TFolderTest {
-protected:
-    QStringList Names() const { return QDir(Path(".")).entryList(QDir::Files | QDir::Hidden | QDir::System); }
-};
+class StagedFileWindowsTest : public TFolderTest { };
 
 } // namespace
 
 TEST_F(StagedFileWindowsTest, KeepsAttributes)
 {
     PutFile(Path("a"), "old");
-    ASSERT_TRUE(::SetFileAttributesW(SystemPath(Path("a")).c_str(),
-        FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM | FILE_ATTRIBUTE_ARCHIVE));
+    constexpr DWORD Attributes = FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM | FILE_ATTRIBUTE_ARCHIVE;
+    ASSERT_TRUE(::SetFileAttributesW(SystemPath(Path("a")).c_str(), Attributes));
     WriteFileAtomically(Path("a"), "new");
-    EXPECT_EQ(FileBytes(Path("a")), "new");
-    EXPECT_EQ(::GetFileAttributesW(SystemPath(Path("a")).c_str()),
-        DWORD { FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM | FILE_ATTRIBUTE_ARCHIVE });
-    EXPECT_EQ(Names(), QStringList("a"));
+    EXPECT_EQ(::GetFileAttributesW(SystemPath(Path("a")).c_str()), Attributes);
+    EXPECT_EQ(FolderContent(Path("")), (TFolderContent { { "a", "new" } }));
 }
 
 TEST_F(StagedFileWindowsTest, RefusesAFileInUseBeforeAndAfterStaging)
@@ -64,8 +59,7 @@ TEST_F(StagedFileWindowsTest, RefusesAFileInUseBeforeAndAfterStaging)
         EXPECT_EQ(FileBytes(Path("a")), "old");
     }
     staged.Commit(); // it is still there
-    EXPECT_EQ(FileBytes(Path("a")), "new");
-    EXPECT_EQ(Names(), QStringList("a"));
+    EXPECT_EQ(FolderContent(Path("")), (TFolderContent { { "a", "new" } }));
 }
 
 TEST_F(StagedFileWindowsTest, WaitsForAFileThatIsInUseForAMoment)
@@ -78,8 +72,7 @@ TEST_F(StagedFileWindowsTest, WaitsForAFileThatIsInUseForAMoment)
     });
     WriteFileAtomically(Path("a"), "new");
     scanner.join();
-    EXPECT_EQ(FileBytes(Path("a")), "new");
-    EXPECT_EQ(Names(), QStringList("a"));
+    EXPECT_EQ(FolderContent(Path("")), (TFolderContent { { "a", "new" } }));
 }
 
 TEST_F(StagedFileWindowsTest, TakesEveryLengthAroundTheClassicLimit)
@@ -92,7 +85,7 @@ TEST_F(StagedFileWindowsTest, TakesEveryLengthAroundTheClassicLimit)
         EXPECT_EQ(FileBytes(path), "newer") << length;
         EXPECT_THAT(SystemPath(path), ::testing::StartsWith(L"\\\\?\\"));
     }
-    EXPECT_EQ(Names().size(), 21);
+    EXPECT_EQ(FolderContent(Path("")).size(), 21U);
 }
 
 TEST_F(StagedFileWindowsTest, DropsWhatTheSystemDropsAtTheEnd)
@@ -107,10 +100,10 @@ TEST_F(StagedFileWindowsTest, DropsWhatTheSystemDropsAtTheEnd)
 
 TEST_F(StagedFileWindowsTest, TakesPathsOfAnyLengthAndOtherSpellings)
 {
-    const QString folder = Path(QStringLiteral("Größe/%1/%1/%1").arg(QString(120, u'ö')));
+    const QString folder = Path(u"Größe/%1/%1/%1"_s.arg(QString(120, u'ö')));
     CreateFolder(folder);
     CreateFolder(folder); // there already
-    const QString file = folder + QStringLiteral("/.\\..\\%1/datei").arg(QString(120, u'ö'));
+    const QString file = folder + u"/.\\..\\%1/datei"_s.arg(QString(120, u'ö'));
     WriteFileAtomically(file, "new");
     WriteFileAtomically(file, "newer");
     EXPECT_EQ(FileBytes(folder + "/datei"), "newer");

@@ -21,8 +21,7 @@ inline void PrintTo(const QString& text, std::ostream* stream)
     *stream << '"' << text.toStdString() << '"';
 }
 
-// What every test shares: a folder of its own, and texts that gtest can print.
-// The test programs' main() (in TestingMain.cpp) makes the QCoreApplication.
+// What all tests share. The main() of the test programs (TestingMain.cpp) makes the QCoreApplication.
 namespace Corvadine::Testing {
 
 // A test in an empty folder that is removed afterwards.
@@ -35,8 +34,8 @@ private:
     QTemporaryDir FFolder;
 };
 
-// Whether the whole text matches a regular expression, in which a full stop stands for a line break as well.
-// GoogleTest's own matcher understands no more than a few signs on some systems.
+// Whether the whole text matches a regular expression; a full stop also matches a line break. GoogleTest's
+// own matcher knows only a small part of the syntax on some systems.
 MATCHER_P(Matches, pattern, "matches " + ::testing::PrintToString(pattern)) // NOLINT(*-naming)
 {
     const QRegularExpression expression(QRegularExpression::anchoredPattern(QString::fromUtf8(pattern)),
@@ -44,16 +43,15 @@ MATCHER_P(Matches, pattern, "matches " + ::testing::PrintToString(pattern)) // N
     return expression.match(QString::fromStdString(arg)).hasMatch();
 }
 
-// Writes a whole file, also into folders that are still missing, or reads one; fails the test when the system
-// refuses.
+// Writes a whole file, with missing folders, or reads one. Fails the test if the system refuses.
 void PutFile(const QString& path, const QByteArray& bytes);
 QByteArray FileBytes(const QString& path);
 
-// As if the file had been written at `time`.
+// Sets the time at which the file was last changed.
 void SetFileTime(const QString& path, const QDateTime& time);
 
-// By their names below `folder`: each file with its content, each link with what it leads to, and each empty
-// folder, whose name ends with a slash. Leaves out the files called as `except` says.
+// What is in `folder` and below, by its name relative to `folder`: files with their content, links with their
+// target, and empty folders, whose names end with a slash. Leaves out files with a name in `except`.
 using TFolderContent = std::map<QString, QByteArray>;
 TFolderContent FolderContent(const QString& folder, const QStringList& except = {});
 

@@ -7,26 +7,28 @@
 
 class QProcess;
 
-// What tests find different between operating systems. A test asks first and skips what its system cannot do.
+// What is different for tests on each operating system. Tests skip what their system cannot do.
 namespace Corvadine::Testing {
 
-// A file name as hard on quoting and encoding as the system allows.
+// A file name with the characters that are most difficult to quote and to encode on this system.
 QString HardName();
 
-// Whether QFile::link() makes links that stand for the file they lead to, a process can go on as two, and
-// TFileSizeLimit has an effect.
+// Whether QFile::link() makes symbolic links, a process can be copied (fork), and TFileSizeLimit has an
+// effect.
 bool IsPosix();
 
-// Runs `work` in a copy of this process; returns whether it came to its end. It may end the copy before.
+// Runs `work` in a copy of this process. Returns false if the copy ended before `work` did.
 bool SurvivesInCopy(const std::function<void()>& work);
 
-// Runs `work`, which must not end, in a copy of this process and kills it `after` a while.
+// Runs `work` in a copy of this process, and kills the copy `after` that time. REQUIRES: `work` does not end.
 void RunAndKill(const std::function<void()>& work, std::chrono::microseconds after);
 
-// Makes a program that is killed leave nothing behind. REQUIRES: it is not started yet.
+// Sets `process` up so that no helper process of the system is left if it is killed. REQUIRES: it is not
+// started yet.
 void MakeKillable(QProcess& process);
 
-// Lets this process and those it starts fail to write past the first `bytes` of a file, as on a full disk.
+// While it lives, this process and those it starts cannot write more than `bytes` to a file, as on a full
+// disk.
 class TFileSizeLimit {
 public:
     explicit TFileSizeLimit(quint64 bytes);

@@ -1,5 +1,7 @@
 #include "tests/TestingSystem.h"
 
+#include "base/Literals.h"
+
 #include <gtest/gtest.h>
 
 #include <sys/resource.h>
@@ -13,7 +15,7 @@ namespace Corvadine::Testing {
 
 QString HardName()
 {
-    return QStringLiteral("It's a \"M\u00e4rchen\" \U0001F600");
+    return u"It's a \"M\u00e4rchen\" \U0001F600"_s;
 }
 
 namespace {
@@ -23,7 +25,7 @@ pid_t StartCopy(const std::function<void()>& work)
     const pid_t child = ::fork();
     EXPECT_GE(child, 0);
     if (child == 0) {
-        // An exception must end the process, not return to gtest.
+        // noexcept: an exception must end the copy, not reach GoogleTest.
         [&]() noexcept { work(); }();
         ::_exit(0);
     }

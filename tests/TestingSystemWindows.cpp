@@ -1,5 +1,7 @@
 #include "tests/TestingSystem.h"
 
+#include "base/Literals.h"
+
 #include <QProcess>
 
 #include <qt_windows.h>
@@ -8,7 +10,7 @@ namespace Corvadine::Testing {
 
 QString HardName()
 {
-    return QStringLiteral("It's a 'M\u00e4rchen' & 100%TEMP% \U0001F600");
+    return u"It's a 'M\u00e4rchen' & 100%TEMP% \U0001F600"_s;
 }
 
 bool IsPosix()
@@ -25,7 +27,7 @@ void RunAndKill(const std::function<void()>& /*work*/, std::chrono::microseconds
 
 void MakeKillable(QProcess& process)
 {
-    // The process that serves a console would stay, now and then, and hold on to our output for ever.
+    // Otherwise the process that serves the console sometimes stays, and keeps our output open for ever.
     process.setCreateProcessArgumentsModifier([](QProcess::CreateProcessArguments* arguments) {
         arguments->flags = (arguments->flags & ~DWORD { CREATE_NO_WINDOW }) | DETACHED_PROCESS;
     });

@@ -1,7 +1,7 @@
-#include "images/ThumbnailView.h"
-#include "images/ThumbnailModel.h"
+#include "widgets/ThumbnailView.h"
+#include "widgets/ThumbnailModel.h"
 
-#include "tests/WidgetTesting.h"
+#include "tests/DialogTesting.h"
 
 #include <QAbstractItemModelTester>
 #include <QBuffer>
@@ -36,21 +36,15 @@ protected:
         return Path(name);
     }
 
-    // Opens a folder and waits until all of its files are there.
-    bool FillToTheEnd(const QString& folder)
+    // Opens a folder and waits until `files` are there.
+    void ExpectFilled(const QString& folder, const QStringList& files)
     {
-        const bool hasImages = FView.Fill(folder);
-        EXPECT_TRUE(QTest::qWaitFor([this] { return !FView.IsFilling(); }, 60000));
-        return hasImages;
+        EXPECT_EQ(FView.Fill(folder), !files.isEmpty());
+        EXPECT_TRUE(QTest::qWaitFor([&] { return FView.Count() >= files.size(); }, 60000));
+        EXPECT_EQ(Names(&FView), files);
     }
 
-    QStringList Infos() const
-    {
-        QStringList infos;
-        for (int row = 0; row < FView.Count(); ++row)
-            infos.append(FView.model()->index(row, 0).data(TThumbnailModel::InfoRole).toString());
-        return infos;
-    }
+    QVariant Data(int row, int role) const { return FView.model()->index(row, 0).data(role); }
 
     TThumbnailView FView;
     QAbstractItemModelTester FTester { FView.model(), QAbstractItemModelTester::FailureReportingMode::Fatal };
@@ -65,70 +59,52 @@ TEST_F(ThumbnailViewTest, ShowsTheImagesOfAFolderByNameAndLeavesOutTheRest)
     PutFile(Path("out/a.png"), "broken");
     PutFile(Path("out/aa.png"), PngBytes({ 3000, 1000 }).chopped(200));
     PutFile(Path("out/d.png"), PngBytes({ 3000, 1000 }));
-    EXPECT_TRUE(FillToTheEnd(folder));
-    EXPECT_EQ(FView.FileNames(), QStringList({ "b.PNG", "C.png", "d.png" }));
-    EXPECT_EQ(Infos(), QStringList({ "8 x 4", "8 x 4", "3000 x 1000" }));
+    ExpectFilled(folder, { "b.PNG", "C.png", "d.png" });
+    const auto size = [this](int row) {
+        return Data(row, Qt::DecorationRole).value<QImage>().deviceIndependentSize();
+    };
+    EXPECT_EQ(Data(1, TThumbnailModel::InfoRole), "8 x 4");
+    EXPECT_EQ(size(1), QSizeF(8, 4)) << "not enlarged";
+    EXPECT_EQ(Data(2, TThumbnailModel::InfoRole), "3000 x 1000");
+    EXPECT_EQ(size(2), QSizeF(160, 53));
 
-    const QImage small = FView.model()->index(0, 0).data(Qt::DecorationRole).value<QImage>();
-    const QImage large = FView.model()->index(2, 0).data(Qt::DecorationRole).value<QImage>();
-    EXPECT_EQ(small.deviceIndependentSize(), QSizeF(8, 4)) << "not enlarged";
-    EXPECT_EQ(large.deviceIndependentSize(), QSizeF(160, 53));
-
-    EXPECT_FALSE(FillToTheEnd(Folder("texts", { "readme.txt" })));
-    EXPECT_FALSE(FillToTheEnd(Path("missing")));
-    EXPECT_FALSE(FillToTheEnd({}));
-    EXPECT_EQ(FView.Count(), 0);
+    for (const QString& without : { Folder("texts", { "readme.txt" }), Path("missing"), QString() })
+        ExpectFilled(without, {});
 }
 
 TEST_F(ThumbnailViewTest, StaysResponsiveWhileItFills)
 {
     QStringList names;
     for (int i = 0; i < 500; ++i)
-        names.append(QStringLiteral("%1.png").arg(i, 3, 10, QLatin1Char('0')));
+        names.append(u"%1.png"_s.arg(i, 3, 10, QLatin1Char('0')));
     const QString folder = Folder("many", names);
     EXPECT_TRUE(FView.Fill(folder));
     EXPECT_EQ(FView.Count(), 1) << "the first is there at once";
-    int turns = 0;
-    for (; FView.IsFilling(); ++turns)
-        QCoreApplication::processEvents();
-    EXPECT_GT(turns, 1) << "other events had their turn";
-    EXPECT_EQ(FView.FileNames(), names);
-}
-
-TEST_F(ThumbnailViewTest, ForgetsTheOldFolderWhenClearedOrFilledAgain)
-{
-    const QString old = Folder("old", { "1.png", "2.png", "3.png" });
-    const QString other = Folder("other", { "x.png", "y.png" });
-    FView.Fill(old);
-    EXPECT_TRUE(FillToTheEnd(other));
-    EXPECT_EQ(FView.FileNames(), QStringList({ "x.png", "y.png" }));
-
-    FView.Fill(old);
-    FView.Clear();
-    EXPECT_FALSE(FView.IsFilling());
-    FView.Append(Path("other/y.png"));
     QCoreApplication::processEvents();
-    EXPECT_EQ(FView.FileNames(), QStringList({ "y.png" }));
+    EXPECT_LT(FView.Count(), 500) << "other events have their turn";
+    ExpectFilled(Folder("other", { "x.png", "y.png" }), { "x.png", "y.png" });
+    ExpectFilled(folder, names);
 }
 
 TEST_F(ThumbnailViewTest, AppendsWhatARunWrites)
 {
-    FView.SelectFirst();
-    EXPECT_FALSE(FView.currentIndex().isValid());
-    Folder("run", { "a.png", "b.png" });
+    FView.Fill(Folder("run", { "a.png", "b.png" }));
+    FView.Clear();
+    QCoreApplication::processEvents();
+    EXPECT_EQ(FView.Count(), 0) << "the rest of the folder does not follow";
     FView.Append(Path("run/a.png"));
     FView.Append(Path("run/b.png"), "Max 512 x 512");
     FView.Append(Path("run/missing.png"));
-    EXPECT_EQ(FView.FileNames(), QStringList({ "a.png", "b.png" }));
-    EXPECT_EQ(Infos(), QStringList({ "8 x 4", "Max 512 x 512" }));
+    EXPECT_EQ(Names(&FView), QStringList({ "a.png", "b.png" }));
+    EXPECT_EQ(Data(1, TThumbnailModel::InfoRole), "Max 512 x 512");
     FView.SelectFirst();
     EXPECT_EQ(FView.selectionModel()->selectedRows(), QModelIndexList({ FView.model()->index(0, 0) }));
 }
 
 TEST_F(ThumbnailViewTest, SpreadsItsColumnsAndNeverTakesTheFocus)
 {
-    ASSERT_TRUE(
-        FillToTheEnd(Folder("out", { "1.png", "2.png", "3.png", "4.png", "5.png", "6.png", "7.png" })));
+    const QStringList files { "1.png", "2.png", "3.png", "4.png", "5.png", "6.png", "7.png" };
+    ExpectFilled(Folder("out", files), files);
     const auto columns = [this] {
         QCoreApplication::processEvents();
         QSet<int> lefts;
@@ -153,7 +129,7 @@ TEST_F(ThumbnailViewTest, SpreadsItsColumnsAndNeverTakesTheFocus)
     EXPECT_FALSE(FView.hasFocus() || FView.viewport()->hasFocus());
 }
 
-// Where memory is short, the picture of a row is read again; so it is for a screen of another resolution.
+// A screen of another resolution needs other pictures. So does a row whose picture did not fit into memory.
 TEST_F(ThumbnailViewTest, MakesPicturesAnewForAnotherScreen)
 {
     PutFile(Path("out/a.png"), PngBytes({ 1000, 500 }));

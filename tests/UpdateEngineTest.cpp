@@ -1,15 +1,7 @@
-#include "support/UpdateEngine.h"
-
-#include "support/AcceptedVersion.h"
-#include "support/StagedUpdate.h"
-#include "tests/Testing.h"
 #include "tests/UpdateTesting.h"
 
 #include <QCoreApplication>
-#include <QDateTime>
-#include <QDir>
 #include <QEventLoop>
-#include <QFile>
 #include <QFileInfo>
 #include <QStorageInfo>
 
@@ -19,254 +11,229 @@ using ::testing::HasSubstr;
 
 namespace {
 
-class UpdateEngineTest : public TFolderTest {
-protected:
-    UpdateEngineTest() { PutOldFiles(Program()); }
-
-    QString Program() const { return Path("Program"); }
-    QString Program(const QString& name) const { return Program() + u'/' + name; }
-    QString Staging() const { return StagingFolderOf(Program()); }
-};
+const QString Help = u"Corvadine.chm"_s;
+const QString Presets = u"presets/colors.txt"_s;
 
 } // namespace
 
+class UpdateEngineTest : public TFolderTest {
+protected:
+    UpdateEngineTest()
+    {
+        PutOldFiles(FFolder.Path());
+        Release().PutOn(FServer);
+    }
+
+    QString Program(const QString& name) const { return FFolder.PathOf(name); }
+    bool IsStaged() const { return QFileInfo::exists(FFolder.Staging()); }
+
+    // How many files a check finds newer when this is on the server.
+    std::size_t Newer(const TUpdateRelease& release)
+    {
+        release.PutOn(FServer);
+        TUpdateEngine engine(FSettings);
+        const TUpdateOutcome outcome = RunCheck(engine);
+        EXPECT_EQ(outcome.Signal, u"Checked") << outcome.Text.toStdString();
+        return outcome.Files.size();
+    }
+
+    // What make-update says when it refuses a release of these files, which are empty.
+    static std::string Refusal(const QStringList& files, const QStringList& arguments = {})
+    {
+        TFolderContent content;
+        for (const QString& name : files)
+            content[name];
+        QByteArray error;
+        const TUpdateRelease release(content, arguments, &error);
+        EXPECT_TRUE(release.Files.empty()) << error.toStdString();
+        EXPECT_TRUE(error.count('\n') == 1 || error.startsWith("usage: ")) << error.toStdString();
+        return error.toStdString();
+    }
+
+    const TUpdateFolder FFolder { Path("Program") };
+    TUpdateServer FServer;
+    TUpdateSettings FSettings = TestUpdateSettings(FServer, FFolder.Path());
+};
+
 TEST_F(UpdateEngineTest, DownloadsWhatIsNewer)
 {
-    SetFileTime(Program("presets/colours.txt"), QDateTime({ 2019, 1, 1 }, { 0, 0 }, Qt::UTC));
-    const auto before = ContentOf(Program());
+    SetFileTime(Program(Presets), QDateTime({ 2019, 1, 1 }, { 0, 0 }, Qt::UTC));
     for (const char* archive : { "cab", "zip", "none" }) {
         SCOPED_TRACE(archive);
-        TUpdateServer server;
-        const TUpdateRelease release = MakeRelease("1.1.0",
-            { "--archive", QString::fromLatin1(archive), "--by-version", "corvadine", "--by-date",
-                "presets/*", "--optional", "*.chm", "--describe", "*.chm=The help, 100 % new" });
-        release.PutOn(server);
-        TUpdateEngine engine(TestUpdateSettings(server, Program()));
+        const QStringList arguments { "--archive", archive, "--by-version", "corvadine", "--by-date",
+            "presets/*", "--optional", "*.chm", "--describe", "*.chm=The help, 100 % new" };
+        const TUpdateRelease release = MakeRelease(arguments);
+        EXPECT_TRUE(release.Files == MakeRelease(arguments).Files) << "made again";
+        release.PutOn(FServer);
+        TUpdateEngine engine(FSettings);
+        const auto files = RunCheck(engine).Files;
+        ASSERT_EQ(files.size(), 3);
+        EXPECT_EQ(files[0].Target, Help);
+        EXPECT_EQ(files[0].Description, u"The help, 100 % new");
+        EXPECT_EQ(files[0].Date, QDateTime({ 2020, 11, 22 }, { 14, 30 }, Qt::UTC));
+        EXPECT_TRUE(!files[0].Mandatory && files[1].Mandatory && files[2].Mandatory);
 
-        const auto items = RunCheck(engine).Items;
-        ASSERT_EQ(items.size(), 3);
-        EXPECT_EQ(items[0].Name, u"Corvadine.chm");
-        EXPECT_EQ(items[0].Description, u"The help, 100 % new");
-        EXPECT_EQ(items[0].Date, QDateTime({ 2020, 11, 22 }, { 14, 30 }, Qt::UTC));
-        EXPECT_EQ(items[0].Size, NewHelp.size());
-        EXPECT_EQ(items[0].Version, u"1.1.0");
-        EXPECT_FALSE(items[0].Mandatory);
-        EXPECT_TRUE(items[1].Mandatory && items[2].Mandatory);
-        EXPECT_TRUE(ContentOf(Program()) == before);
-        EXPECT_TRUE(server.Requests().first().contains("User-Agent: TWebUpdate\r\n"));
-
-        // The mandatory ones come along.
+        // The mandatory files come along.
         const TUpdateOutcome outcome = RunDownload(engine, {});
         ASSERT_EQ(outcome.Signal, u"Downloaded") << outcome.Text.toStdString();
-        EXPECT_EQ(outcome.Update.Version, u"1.1.0");
         EXPECT_EQ(outcome.LastDone, outcome.Total);
-        ASSERT_EQ(outcome.Update.Files.size(), 2);
-        const TStagedUpdateFile& program = outcome.Update.Files[0];
-        EXPECT_EQ(program.Target, u"corvadine");
-        EXPECT_EQ(FileBytes(program.StagedPath), NewProgram());
-        EXPECT_TRUE(QFileInfo(program.StagedPath).isExecutable());
-        EXPECT_EQ(FileBytes(outcome.Update.Files[1].StagedPath), NewPresets);
-        EXPECT_FALSE(QFileInfo(outcome.Update.Files[1].StagedPath).isExecutable());
-        EXPECT_EQ(QFileInfo(outcome.Update.Files[1].StagedPath).lastModified(), items[2].Date);
-        EXPECT_EQ(QFileInfo(Staging()).permissions() & (QFile::ReadGroup | QFile::ReadOther), 0);
-        EXPECT_EQ(FileBytes(Program("corvadine")), "old program");
+        EXPECT_EQ(ReadStagedUpdate(FSettings).Files.size(), 2);
+        const QFileInfo program(FFolder.StagedPath("corvadine"));
+        const QFileInfo presets(FFolder.StagedPath(Presets));
+        EXPECT_EQ(FileBytes(program.filePath()), NewProgram());
+        EXPECT_EQ(FileBytes(presets.filePath()), NewPresets);
+        EXPECT_TRUE(program.isExecutable() && !presets.isExecutable());
+        EXPECT_EQ(presets.lastModified(), files[2].Date);
+        EXPECT_EQ(QFileInfo(FFolder.Staging()).permissions() & (QFile::ReadGroup | QFile::ReadOther), 0);
     }
 }
 
 // The limits are on silence, and on a line too slow for the size.
 TEST_F(UpdateEngineTest, ASlowDownloadIsNotAStalledOne)
 {
-    TUpdateServer server;
-    TUpdateSettings settings = TestUpdateSettings(server, Program());
-    settings.Limits.Stall = std::chrono::milliseconds(900);
-    settings.Limits.DownloadTotal = std::chrono::milliseconds(100);
-    settings.Limits.LeastRate = Release().Package().size() / 10;
-    Release().PutOn(server);
+    FSettings.Limits.Stall = std::chrono::milliseconds(900);
+    FSettings.Limits.DownloadTotal = std::chrono::milliseconds(100);
+    FSettings.Limits.LeastRate = Release().Package().size() / 10;
     TAnswer slow = Ok(Release().Package());
     slow.DripMilliseconds = 120; // ten times
-    server.Put(PackageUrlPath, slow);
-    TUpdateEngine engine(settings);
-    ASSERT_EQ(RunCheck(engine).Items.size(), 3);
+    FServer.Put(PackageUrlPath, slow);
+    TUpdateEngine engine(FSettings);
     EXPECT_EQ(RunDownload(engine, { 0 }).Signal, u"Downloaded");
-}
-
-TEST_F(UpdateEngineTest, AReleaseIsTheSameBytesWheneverItIsMade)
-{
-    const QStringList archives { "cab", "zip" };
-    for (const QString& archive : archives)
-        EXPECT_TRUE(MakeRelease("1.1.0", { "--archive", archive }).Files
-            == MakeRelease("1.1.0", { "--archive", archive }).Files);
 }
 
 TEST_F(UpdateEngineTest, NothingIsPublishedThatEveryCopyWouldRefuse)
 {
-    const auto refusal = [](const QStringList& emptyFiles, const QStringList& arguments = {}) {
-        const QTemporaryDir folder;
-        for (const QString& name : emptyFiles)
-            PutFile(folder.filePath(name), {});
-        QByteArray error;
-        const TUpdateRelease release(folder.path(), "1.1.0", arguments, &error);
-        return error.toStdString();
-    };
-    for (const char* name : { "nul.txt", "sub/COM1", "a.", "a /b", "a:b", "PROJEC~1", "a/b/c/d/e/f/g/h/i" })
-        EXPECT_THAT(refusal({ name }), HasSubstr("could not be installed everywhere")) << name;
-    EXPECT_THAT(refusal({ "Corvadine.DB-wal" }), HasSubstr("belongs to the user"));
-    EXPECT_THAT(refusal({ "sub/a", "Sub/A" }), HasSubstr("case does not matter"));
-    EXPECT_THAT(refusal({ "sub/a", "Sub" }), HasSubstr("case does not matter"));
-    EXPECT_THAT(refusal({ "a" }, { "--archive", "none" }), HasSubstr("0 bytes in Corvadine-a"));
-    EXPECT_THAT(refusal({ "a" }, { "--describe", "a=" + QString(501, u'x') }), HasSubstr("500 characters"));
-    EXPECT_THAT(refusal({ "a" }, { "--files", "linux=." }), HasSubstr("no platform 'linux'"));
+    EXPECT_THAT(Refusal({ "nul.txt" }), HasSubstr("it names a device"));
+    EXPECT_THAT(Refusal({ "Corvadine.DB-wal" }), HasSubstr("must not touch this file"));
+    EXPECT_THAT(Refusal({ "sub/a", "Sub" }), HasSubstr("cannot both be installed"));
+    EXPECT_THAT(Refusal({ "a\nb" }), HasSubstr("a line break"));
+    EXPECT_THAT(Refusal({ "a" }, { "--archive", "none" }), HasSubstr("\"newsize\" in [package1]"));
+    EXPECT_THAT(Refusal({ "a" }, { "--files", Program("presets") }), HasSubstr("two packages are called"));
+    EXPECT_THAT(Refusal({ "a" }, { "--describe", "a=" + QString(501, u'x') }), HasSubstr("\"descr\""));
+    EXPECT_THAT(Refusal({ "a" }, { "--by-version", "a", "--optional", "a" }), HasSubstr("by version"));
+    EXPECT_THAT(Refusal({ "a" }, { "--oldest", "1" }), HasSubstr("\"localversion\""));
+    EXPECT_THAT(Refusal({ "a" }, { "--files", "linux=." }), HasSubstr("no platform 'linux'"));
+    EXPECT_THAT(Refusal({ "a" }, { "--checker", "/none" }), HasSubstr("there is no /none"));
     for (const char* days : { "0", "-1", "99999999999" })
-        EXPECT_THAT(refusal({ "a" }, { "--days", days }), HasSubstr("days")) << days;
+        EXPECT_THAT(Refusal({ "a" }, { "--days", days }), HasSubstr("days")) << days;
+
+    TUpdateRelease release = Release();
+    release.Package().append('x');
+    EXPECT_THAT(release.Faults(), HasSubstr("Corvadine.CAB: it is not the file"));
+    release.Control().append(";\r\n");
+    EXPECT_THAT(release.Faults(), HasSubstr("is not signed"));
 }
 
 TEST_F(UpdateEngineTest, FindsNothingNewer)
 {
-    TUpdateServer server;
-    const TUpdateRelease release = Release();
-    release.PutOn(server);
-    const TUpdateSettings settings = TestUpdateSettings(server, Program());
-    const auto newer = [&](const TUpdateSettings& with) {
-        TUpdateEngine engine(with);
-        const TUpdateOutcome outcome = RunCheck(engine);
-        EXPECT_EQ(outcome.Signal, u"Checked") << outcome.Text.toStdString();
-        return outcome.Items.size();
-    };
-    EXPECT_EQ(newer(settings), 3);
-
-    TUpdateRelease foreign = release;
+    EXPECT_EQ(Newer(Release()), 3);
+    TUpdateRelease foreign = Release();
     foreign.Replace("compare=", "platform=windows-x86_64\r\ncompare=");
-    foreign.Sign();
-    foreign.PutOn(server);
-    EXPECT_EQ(newer(settings), 0) << "another platform's files";
+    EXPECT_EQ(Newer(foreign), 0) << "another platform's files";
 
     // What has the right bytes or is younger is left alone, file by file.
-    TUpdateRelease byDate = release;
+    TUpdateRelease byDate = Release();
     byDate.Replace("compare=version", "compare=date");
-    byDate.Sign();
-    byDate.PutOn(server);
-    PutFile(Program("Corvadine.chm"), NewHelp);
-    EXPECT_EQ(newer(settings), 1);
+    PutFile(Program(Help), NewHelp);
+    EXPECT_EQ(Newer(byDate), 1);
 
-    release.PutOn(server);
-    RecordAcceptedVersion(Program(), "1.1.0");
-    PutFile(Program("presets/colours.txt"), NewPresets);
-    EXPECT_EQ(newer(settings), 0) << "installed before";
-    PutFile(Program("Corvadine.chm"), "damaged");
+    FFolder.RecordAcceptedVersion("1.1.0");
+    PutFile(Program(Presets), NewPresets);
+    EXPECT_EQ(Newer(Release()), 0) << "installed before";
+    PutFile(Program(Help), "damaged");
     QFile::remove(Program("corvadine"));
-    EXPECT_EQ(newer(settings), 2) << "to be repaired";
-    PutFile(Program("CorvadineUpdate.accepted"), QByteArray(1000, '9'));
-    EXPECT_EQ(newer(settings), 2) << "a record that is rubbish locks nobody out";
+    EXPECT_EQ(Newer(Release()), 2) << "to be repaired";
 
-    TUpdateRelease withdrawn = release;
-    withdrawn.Renew({ "--date", "23/11/2020 14:30", "--days", "36500", "--withdraw" });
-    withdrawn.PutOn(server);
-    EXPECT_EQ(newer(settings), 0) << "a withdrawn release";
-    release.PutOn(server);
-    TUpdateEngine engine(settings);
+    TUpdateRelease withdrawn = Release();
+    withdrawn.Withdraw();
+    EXPECT_EQ(Newer(withdrawn), 0) << "a withdrawn release";
+    Release().PutOn(FServer);
+    TUpdateEngine engine(FSettings);
     EXPECT_THAT(RunCheck(engine).Text.toStdString(), HasSubstr("has withdrawn")) << "not for long";
 }
 
 TEST_F(UpdateEngineTest, CanBeCancelledAtEveryStep)
 {
-    TUpdateServer server;
-    Release().PutOn(server);
-    const auto before = ContentOf(Program());
-    TUpdateEngine engine(TestUpdateSettings(server, Program()));
-    engine.Cancel(); // nothing runs
-    engine.Check();
-    engine.Cancel();
-    engine.Cancel();
-    EXPECT_EQ(AwaitOutcome(engine).Signal, u"Cancelled");
-
-    ASSERT_EQ(RunCheck(engine).Items.size(), 3);
-    // From within the engine's own signal, in the middle of the package.
-    server.Put(PackageUrlPath, { OkHeaders + Release().Package().left(100'000), TThen::Stall });
-    QObject context;
-    QObject::connect(&engine, &TUpdateEngine::Progress, &context, [&] {
-        EXPECT_TRUE(QFileInfo::exists(Staging()));
-        engine.Cancel();
-    });
-    EXPECT_EQ(RunDownload(engine, { 0 }).Signal, u"Cancelled");
-    EXPECT_FALSE(QFileInfo::exists(Staging()));
-    EXPECT_TRUE(ContentOf(Program()) == before);
-
-    // An engine that goes takes its download along.
-    QObject::disconnect(&engine, nullptr, &context, nullptr);
+    const auto before = ContentOf(FFolder.Path());
     {
-        TUpdateEngine shortLived(TestUpdateSettings(server, Program()));
-        ASSERT_EQ(RunCheck(shortLived).Items.size(), 3);
-        QEventLoop loop;
-        QObject::connect(&shortLived, &TUpdateEngine::Progress, &loop, &QEventLoop::quit);
-        shortLived.Download({ 0 });
-        loop.exec();
-        EXPECT_TRUE(QFileInfo::exists(Staging()));
+        TUpdateEngine engine(FSettings);
+        engine.Cancel(); // nothing runs
+        engine.Check();
+        engine.Cancel();
+        engine.Cancel();
+        EXPECT_EQ(AwaitOutcome(engine).Signal, u"Cancelled");
+
+        // From within the engine's own signal, in the middle of the package.
+        FServer.Put(PackageUrlPath, { OkHeaders + Release().Package().left(100'000), TThen::Stall });
+        QObject::connect(&engine, &TUpdateEngine::Progress, &engine, [&] {
+            EXPECT_TRUE(IsStaged());
+            engine.Cancel();
+        });
+        EXPECT_EQ(RunDownload(engine, { 0 }).Signal, u"Cancelled");
+        EXPECT_TRUE(ContentOf(FFolder.Path()) == before);
     }
-    EXPECT_FALSE(QFileInfo::exists(Staging()));
+    // An engine that is destroyed removes its download.
+    {
+        TUpdateEngine engine(FSettings);
+        ASSERT_EQ(RunCheck(engine).Files.size(), 3);
+        QEventLoop loop;
+        QObject::connect(&engine, &TUpdateEngine::Progress, &loop, &QEventLoop::quit);
+        engine.Download({ 0 });
+        loop.exec();
+        EXPECT_TRUE(IsStaged());
+    }
+    EXPECT_FALSE(IsStaged());
 }
 
-TEST_F(UpdateEngineTest, RemovesLeftoversUnlessSomebodyIsAtWork)
+TEST_F(UpdateEngineTest, RemovesLeftoversUnlessAnotherProcessIsAtWork)
 {
-    TUpdateServer server;
-    Release().PutOn(server);
-    TUpdateEngine engine(TestUpdateSettings(server, Program()));
-    PutFile(Staging() + "/files/file", {});
-    QFile::link(Program(), Staging() + "/files/link");
+    const std::string busy = "Another copy of Corvadine";
+    TUpdateEngine engine(FSettings);
+    PutFile(FFolder.StagedPath("file"), {});
+    QFile::link(FFolder.Path(), FFolder.StagedPath("link"));
     {
-        const TUpdateLock lock(Program());
-        ASSERT_EQ(RunCheck(engine).Items.size(), 3);
-        EXPECT_TRUE(QFileInfo::exists(Staging()));
-        EXPECT_THAT(RunDownload(engine, { 0 }).Text.toStdString(), HasSubstr("Another copy of Corvadine"));
-        EXPECT_TRUE(QFileInfo::exists(Staging()));
+        const TUpdateLock lock = FFolder.Lock();
+        EXPECT_THAT(RunDownload(engine, { 0 }).Text.toStdString(), HasSubstr(busy));
+        EXPECT_TRUE(IsStaged());
     }
-    ASSERT_EQ(RunCheck(engine).Items.size(), 3);
-    EXPECT_FALSE(QFileInfo::exists(Staging()));
+    ASSERT_EQ(RunCheck(engine).Files.size(), 3);
+    EXPECT_FALSE(IsStaged());
     EXPECT_EQ(FileBytes(Program("Corvadine.db")), "database");
 
     ASSERT_EQ(RunDownload(engine, { 0 }).Signal, u"Downloaded");
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    EXPECT_THAT(ErrorOf([&] { const TUpdateLock lock(Program()); }), HasSubstr("Another copy of Corvadine"));
-    if (QStorageInfo(QStringLiteral("/sys")).fileSystemType() == "sysfs") { // where not even root makes files
-        EXPECT_THAT(
-            ErrorOf([] { const TUpdateLock lock("/sys"); }), HasSubstr("the folder cannot be written"));
+    EXPECT_THAT(ErrorOf([&] { FFolder.Lock(); }), HasSubstr(busy));
+    if (QStorageInfo(u"/sys"_s).fileSystemType() == "sysfs") { // where not even root makes files
+        EXPECT_THAT(ErrorOf([] { TUpdateFolder("/sys").Lock(); }), HasSubstr("the folder cannot be written"));
     }
 }
 
 TEST_F(UpdateEngineTest, AStagedUpdateIsTrustedForWhatItIs)
 {
-    TUpdateServer server;
-    Release().PutOn(server);
-    TUpdateSettings settings = TestUpdateSettings(server, Program());
-    TUpdateEngine engine(settings);
-    ASSERT_EQ(RunCheck(engine).Items.size(), 3);
-    const TUpdateOutcome outcome = RunDownload(engine, { 0, 1, 2 });
-    ASSERT_EQ(outcome.Signal, u"Downloaded");
-    const QString help = outcome.Update.Files[0].StagedPath;
-    const auto error = [&] { return ErrorOf([&] { ReadStagedUpdate(settings); }); };
-    ASSERT_EQ(ReadStagedUpdate(settings).Files.size(), 3);
+    TUpdateEngine engine(FSettings);
+    ASSERT_EQ(RunDownload(engine, { 0, 1, 2 }).Signal, u"Downloaded");
+    const QString help = FFolder.StagedPath(Help);
+    const QString control = FFolder.Staging() + "/Corvadine.INF";
+    const auto error = [&] { return ErrorOf([&] { ReadStagedUpdate(FSettings); }); };
+    FSettings.InstalledVersion = { 1, 1 };
+    ASSERT_EQ(ReadStagedUpdate(FSettings).Files.size(), 3) << "a repair";
 
     PutFile(help, QByteArray(NewHelp.size(), 'x'));
     EXPECT_THAT(error(), HasSubstr("not the file that the publisher released"));
     QFile::remove(help);
-    QFile::link(outcome.Update.Files[1].StagedPath, help);
+    QFile::link(FFolder.StagedPath("corvadine"), help);
     EXPECT_THAT(error(), HasSubstr("it is a link"));
     QFile::remove(help);
     EXPECT_THAT(error(), HasSubstr("not complete")) << "it was chosen";
     PutFile(help + u'x', NewHelp);
     EXPECT_THAT(error(), HasSubstr("does not name it"));
-    QFile::remove(help + u'x');
-
-    PutFile(help, NewHelp);
-    settings.InstalledVersion = "1.1.0";
-    EXPECT_EQ(ReadStagedUpdate(settings).Files.size(), 3) << "a repair";
-    settings.InstalledVersion = "1.1.1";
-    EXPECT_THAT(error(), HasSubstr("older than version 1.1.1"));
-    settings.InstalledVersion = "1.0.0";
-    PutFile(Staging() + "/chosen", "corvadine");
+    QFile::rename(help + u'x', help);
+    PutFile(FFolder.Staging() + "/chosen", "corvadine");
     EXPECT_THAT(error(), HasSubstr("not complete")) << "less was chosen";
-    QDir(Staging() + "/files").removeRecursively();
+    QDir(FFolder.StagedFiles()).removeRecursively();
     EXPECT_THAT(error(), HasSubstr("not complete"));
-    const QString control = Staging() + "/Corvadine.INF";
+    FSettings.InstalledVersion = { 1, 1, 1 };
+    EXPECT_THAT(error(), HasSubstr("older than version 1.1.1"));
     PutFile(control, FileBytes(control) + ";\r\n");
     EXPECT_THAT(error(), HasSubstr("is not signed"));
 }

@@ -1,18 +1,13 @@
-#include "support/AcceptedVersion.h"
-#include "support/IniText.h"
-#include "support/UpdateNames.h"
-#include "support/UpdateSettings.h"
+#include "support/update/rules/IniText.h"
+#include "support/update/rules/UpdateNames.h"
+#include "support/update/rules/UpdateSettings.h"
 #include "tests/Testing.h"
 
 using namespace Corvadine;
 using namespace Corvadine::Testing;
 using ::testing::HasSubstr;
 
-namespace {
-
 class UpdateRulesTest : public TFolderTest { };
-
-} // namespace
 
 TEST(UpdateNamesTest, OnlyNamesInsideTheProgramFolderAreAccepted)
 {
@@ -60,41 +55,38 @@ TEST_F(UpdateRulesTest, TheNewestVersionEverAcceptedIsRemembered)
     EXPECT_EQ(ParseVersion("1.2"), ParseVersion("01.2.0.0"));
     EXPECT_LT(ParseVersion("1.9.9"), ParseVersion("1.10"));
 
-    TUpdateSettings settings;
-    settings.ProgramFolder = Path({});
-    settings.InstalledVersion = "1.2.0";
+    const TUpdateFolder folder(Path({}));
+    TUpdateSettings settings(folder);
+    settings.InstalledVersion = { 1, 2 };
     const auto newest = [&] { return VersionText(NewestAcceptedVersion(settings)).toStdString(); };
-    const QString record = Path("CorvadineUpdate.accepted");
     EXPECT_EQ(newest(), "1.2.0");
-    RecordAcceptedVersion(settings.ProgramFolder, "1.4.1");
-    RecordAcceptedVersion(settings.ProgramFolder, "1.3");
+    folder.RecordAcceptedVersion("1.4.1");
+    folder.RecordAcceptedVersion("1.3");
     EXPECT_EQ(newest(), "1.4.1");
-    PutFile(record, "0.1\n");
+    PutFile(Path("CorvadineUpdate.accepted"), "0.1\n");
     EXPECT_EQ(newest(), "1.2.0") << "what is installed still counts";
-    PutFile(record, QByteArray(100'000, '\0'));
+    PutFile(Path("CorvadineUpdate.accepted"), QByteArray(100'000, '\0'));
     EXPECT_EQ(newest(), "1.2.0");
-    RecordAcceptedVersion(settings.ProgramFolder, "1.3");
+    folder.RecordAcceptedVersion("1.3");
     EXPECT_EQ(newest(), "1.3.0");
 
-    const auto known = [&] { return NewestKnownRelease(settings.ProgramFolder); };
-    EXPECT_EQ(known(), TKnownRelease {});
+    EXPECT_EQ(folder.KnownRelease(), TKnownRelease {});
     const TKnownRelease withdrawn { { 1, 3 }, true };
-    RecordKnownRelease(settings.ProgramFolder, withdrawn);
-    RecordKnownRelease(settings.ProgramFolder, { { 1, 3 }, false });
-    EXPECT_EQ(known(), withdrawn);
-    RecordKnownRelease(settings.ProgramFolder, { { 1, 4 }, false });
+    folder.RecordKnownRelease(withdrawn);
+    folder.RecordKnownRelease({ { 1, 3 }, false });
+    EXPECT_EQ(folder.KnownRelease(), withdrawn);
+    folder.RecordKnownRelease({ { 1, 4 }, false });
     EXPECT_EQ(FileBytes(Path("CorvadineUpdate.known")), "1.4.0\n");
 }
 
 TEST_F(UpdateRulesTest, AnAdministratorCanPointTheCheckElsewhere)
 {
-    const QString folder = Path({});
+    const TUpdateFolder folder(Path({}));
     const QString file = Path("CorvadineUpdate.ini");
     const QByteArray key(32, 'k');
     const TUpdateSettings built = LoadUpdateSettings(folder);
     EXPECT_EQ(built.Url.scheme(), u"https");
-    EXPECT_EQ(built.Url.path(), u"/Corvadine/Corvadine.INF");
-    EXPECT_TRUE(ParseVersion(built.InstalledVersion));
+    EXPECT_GT(built.InstalledVersion, TVersion {});
 
     PutFile(file, "[update]\nurl=https://mirror.example/c/Corvadine.INF\nkey=" + key.toBase64() + "\n");
     EXPECT_EQ(LoadUpdateSettings(folder).Url.host(), u"mirror.example");

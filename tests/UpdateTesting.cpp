@@ -17,11 +17,11 @@ namespace {
 
 const QString TlsFolder = QStringLiteral(CORVADINE_TEST_DATA "/tls/");
 
-// What make-update prints, or what it fails with in `error`, if one is expected.
-QByteArray Run(const QStringList& arguments, QByteArray* error = nullptr)
+// What the tool prints, or what it fails with in `error`, if one is expected.
+QByteArray Run(const char* program, const QStringList& arguments, QByteArray* error = nullptr)
 {
     QProcess tool;
-    tool.start(QStringLiteral(CORVADINE_MAKE_UPDATE), arguments);
+    tool.start(program, arguments);
     EXPECT_TRUE(tool.waitForFinished());
     const QByteArray errors = tool.readAllStandardError();
     EXPECT_EQ(tool.exitCode() != 0, error != nullptr) << errors.toStdString();
@@ -34,7 +34,7 @@ QByteArray Run(const QStringList& arguments, QByteArray* error = nullptr)
 struct TKeyPair {
     QTemporaryDir Folder;
     QString Path = Folder.filePath("secret.key");
-    QByteArray Public = QByteArray::fromBase64(Run({ "key", Path }));
+    QByteArray Public = QByteArray::fromBase64(Run(CORVADINE_MAKE_UPDATE, { "key", Path }));
     // As libsodium wants it: the seed and the public key.
     QByteArray Secret = QByteArray::fromBase64(FileBytes(Path)) + Public;
 };
@@ -45,10 +45,24 @@ const TKeyPair& Keys()
     return Pair;
 }
 
-// With the tests' key for `--key`.
-void RunMakeUpdate(const QStringList& arguments, QByteArray* error = nullptr)
+void PutAll(const TFolderContent& files, const QTemporaryDir& folder)
 {
-    Run(arguments + QStringList { "--key", Keys().Path }, error);
+    for (const auto& [name, bytes] : files)
+        PutFile(folder.filePath(name), bytes);
+}
+
+// What make-update leaves in its output folder, in which `before` lies.
+TFolderContent Make(const QString& command, const TFolderContent& before, const QStringList& arguments,
+    QByteArray* error = nullptr)
+{
+    const QTemporaryDir output;
+    PutAll(before, output);
+    Run(CORVADINE_MAKE_UPDATE,
+        QStringList { command, "--output", output.path(), "--days", "36500", "--key", Keys().Path,
+            "--checker", CORVADINE_CHECK_UPDATE }
+            + arguments,
+        error);
+    return FolderContent(output.path());
 }
 
 } // namespace
@@ -57,12 +71,6 @@ TAnswer Ok(const QByteArray& body)
 {
     return { "HTTP/1.1 200 OK\r\nContent-Length: " + QByteArray::number(body.size())
         + "\r\nConnection: close\r\n\r\n" + body };
-}
-
-TAnswer RedirectTo(const QString& url)
-{
-    return { "HTTP/1.1 302 Found\r\nLocation: " + url.toLatin1()
-        + "\r\nContent-Length: 0\r\nConnection: close\r\n\r\n" };
 }
 
 TUpdateServer::TUpdateServer(const QString& certificate)
@@ -81,83 +89,64 @@ TUpdateServer::TUpdateServer(const QString& certificate)
     });
 }
 
-QUrl TUpdateServer::Url(const QString& path) const
+QUrl TUpdateServer::Url() const
 {
-    return QUrl(QStringLiteral("https://localhost:%1%2").arg(FServer.serverPort()).arg(path));
+    return QUrl(u"https://localhost:%1"_s.arg(FServer.serverPort()) + TUpdateSettings::ControlFilePath);
 }
 
 void TUpdateServer::Answer(QSslSocket& socket)
 {
+    static const TAnswer Missing { "HTTP/1.1 404 Not Found\r\nContent-Length: 0\r\n\r\n" };
     const QString request = QString::fromLatin1(socket.readAll());
-    FRequests.append(request);
-    const auto answer = FAnswers.constFind(request.section(u' ', 1, 1));
-    if (answer == FAnswers.cend()) {
-        socket.write("HTTP/1.1 404 Not Found\r\nContent-Length: 0\r\nConnection: close\r\n\r\n");
-        socket.disconnectFromHost();
-        return;
-    }
-    if (answer->DripMilliseconds > 0) {
-        Drip(socket, *answer);
-        return;
-    }
-    socket.write(answer->Bytes);
-    if (answer->Then == TThen::Close)
-        socket.disconnectFromHost();
-    if (answer->Then == TThen::SendForEver) {
-        const auto sendMore = [&socket] {
-            if (socket.bytesToWrite() < 64 * 1024)
-                socket.write(QByteArray(16 * 1024, 'x'));
-        };
-        connect(&socket, &QSslSocket::encryptedBytesWritten, this, sendMore);
-        sendMore();
-    }
-}
-
-void TUpdateServer::Drip(QSslSocket& socket, const TAnswer& answer)
-{
+    EXPECT_TRUE(request.contains("User-Agent: TWebUpdate\r\n"));
+    const TAnswer answer = FAnswers.value(request.section(u' ', 1, 1), Missing);
+    const qsizetype piece = answer.DripMilliseconds > 0 ? answer.Bytes.size() / 10 + 1 : 1024 * 1024;
     auto* const timer = new QTimer(&socket);
-    const qsizetype piece = answer.Bytes.size() / 10 + 1;
-    connect(timer, &QTimer::timeout, &socket, [&socket, piece, left = answer.Bytes]() mutable {
+    connect(timer, &QTimer::timeout, &socket, [&socket, timer, piece, answer, left = answer.Bytes]() mutable {
         socket.write(left.left(piece));
         left.remove(0, piece);
-        if (left.isEmpty())
+        if (answer.Then == TThen::SendForEver && socket.bytesToWrite() < 64 * 1024)
+            left = QByteArray(16 * 1024, 'x');
+        if (!left.isEmpty() || answer.Then == TThen::SendForEver)
+            return;
+        timer->stop();
+        if (answer.Then == TThen::Close)
             socket.disconnectFromHost();
     });
     timer->start(answer.DripMilliseconds);
 }
 
-TUpdateRelease::TUpdateRelease(
-    const QString& folder, const QString& version, const QStringList& arguments, QByteArray* error)
+TUpdateRelease::TUpdateRelease(const TFolderContent& content, const QStringList& arguments, QByteArray* error)
 {
-    const QTemporaryDir output;
-    RunMakeUpdate(QStringList { "release", "--output", output.path(), "--date", "22/11/2020 14:30", "--days",
-                      "36500", "--version", version, "--files", folder }
-            + arguments,
-        error);
-    Files = FolderContent(output.path());
+    const QTemporaryDir folder;
+    PutAll(content, folder);
+    QFile::setPermissions(
+        folder.filePath("corvadine"), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    const QStringList release { "--date", "22/11/2020 14:30", "--version", "1.1.0", "--files",
+        folder.path() };
+    Files = Make("release", {}, release + arguments, error);
 }
 
-void TUpdateRelease::Renew(const QStringList& arguments)
+void TUpdateRelease::Withdraw()
 {
-    const QTemporaryDir output;
-    for (const auto& [name, bytes] : Files)
-        PutFile(output.filePath(name), bytes);
-    RunMakeUpdate(QStringList { "renew", "--output", output.path() } + arguments);
-    Files = FolderContent(output.path());
+    Files = Make("renew", Files, { "--date", "23/11/2020 14:30", "--withdraw" });
+}
+
+std::string TUpdateRelease::Faults() const
+{
+    const QTemporaryDir folder;
+    PutAll(Files, folder);
+    QByteArray error;
+    Run(CORVADINE_CHECK_UPDATE, { PublicKey().toBase64(), folder.filePath("Corvadine.INF"), folder.path() },
+        &error);
+    return error.toStdString();
 }
 
 void TUpdateRelease::Replace(const QByteArray& from, const QByteArray& to)
 {
     ASSERT_TRUE(Control().contains(from)) << from.toStdString();
     Control().replace(from, to);
-}
-
-void TUpdateRelease::Sign()
-{
-    const auto data = [](const QByteArray& bytes) {
-        return reinterpret_cast<const unsigned char*>(bytes.constData());
-    };
-    Signature().resize(crypto_sign_BYTES);
+    const auto data = [](const auto& bytes) { return reinterpret_cast<const unsigned char*>(bytes.data()); };
     crypto_sign_detached(reinterpret_cast<unsigned char*>(Signature().data()), nullptr, data(Control()),
         static_cast<unsigned long long>(Control().size()), data(Keys().Secret));
 }
@@ -170,7 +159,6 @@ void TUpdateRelease::ReplacePackage(const QByteArray& bytes)
     };
     Replace(values(Package()), values(bytes));
     Package() = bytes;
-    Sign();
 }
 
 void TUpdateRelease::PutOn(TUpdateServer& server) const
@@ -187,28 +175,23 @@ QByteArray TUpdateRelease::PublicKey()
 const QByteArray& NewProgram()
 {
     static const QByteArray Bytes = [] {
-        std::vector<quint32> words(50 * 1024);
-        QRandomGenerator(1).fillRange(words.data(), static_cast<qsizetype>(words.size()));
-        return QByteArray(reinterpret_cast<const char*>(words.data()), 200 * 1024);
+        QByteArray bytes(200 * 1024, '\0');
+        QRandomGenerator(1).fillRange(reinterpret_cast<quint32*>(bytes.data()), bytes.size() / 4);
+        return bytes;
     }();
     return Bytes;
 }
 
-TUpdateRelease MakeRelease(const QString& version, const QStringList& arguments)
+TUpdateRelease MakeRelease(const QStringList& arguments)
 {
-    const QTemporaryDir folder;
-    const QString program = folder.filePath("corvadine");
-    PutFile(program, NewProgram());
-    QFile::setPermissions(program, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-    PutFile(folder.filePath("Corvadine.chm"), NewHelp);
-    PutFile(folder.filePath("presets/colours.txt"), NewPresets);
-    return { folder.path(), version, arguments };
+    return TUpdateRelease(
+        { { "corvadine", NewProgram() }, { "Corvadine.chm", NewHelp }, { "presets/colors.txt", NewPresets } },
+        arguments);
 }
 
 TUpdateRelease Release()
 {
-    static const TUpdateRelease Made =
-        MakeRelease("1.1.0", { "--by-version", "corvadine", "--optional", "*.chm" });
+    static const TUpdateRelease Made = MakeRelease({ "--by-version", "corvadine", "--optional", "*.chm" });
     return Made;
 }
 
@@ -216,22 +199,18 @@ void PutOldFiles(const QString& programFolder)
 {
     PutFile(programFolder + "/corvadine", "old program");
     PutFile(programFolder + "/Corvadine.chm", "old help");
-    PutFile(programFolder + "/presets/colours.txt", "old presets");
+    PutFile(programFolder + "/presets/colors.txt", "old presets");
     PutFile(programFolder + "/Corvadine.db", "database");
 }
 
 TUpdateSettings TestUpdateSettings(const TUpdateServer& server, const QString& programFolder)
 {
-    TUpdateSettings settings;
+    TUpdateSettings settings { TUpdateFolder(programFolder) };
     settings.Url = server.Url();
     settings.PublicKey = TUpdateRelease::PublicKey();
     settings.CaCertificates = FileBytes(TlsFolder + "authority.pem");
-    settings.ProgramFolder = programFolder;
-    settings.InstalledVersion = "1.0.0";
+    settings.InstalledVersion = { 1 };
     settings.Platform = "linux-x86_64";
-    settings.Limits.Stall = std::chrono::seconds(8);
-    settings.Limits.CheckTotal = std::chrono::seconds(20);
-    settings.Limits.DownloadTotal = std::chrono::seconds(20);
     return settings;
 }
 
@@ -243,6 +222,9 @@ TUpdateOutcome RunCheck(TUpdateEngine& engine)
 
 TUpdateOutcome RunDownload(TUpdateEngine& engine, const std::vector<std::size_t>& chosen)
 {
+    TUpdateOutcome checked = RunCheck(engine);
+    if (checked.Files.empty())
+        return checked;
     engine.Download(chosen);
     return AwaitOutcome(engine);
 }
@@ -258,14 +240,11 @@ TUpdateOutcome AwaitOutcome(TUpdateEngine& engine)
         outcome.Signal = QString::fromLatin1(signal);
         loop.quit();
     };
-    QObject::connect(&engine, &TUpdateEngine::Checked, &context, [&](const std::vector<TUpdateItem>& items) {
-        outcome.Items = items;
+    QObject::connect(&engine, &TUpdateEngine::Checked, &context, [&](const std::vector<TUpdateFile>& files) {
+        outcome.Files = files;
         end("Checked");
     });
-    QObject::connect(&engine, &TUpdateEngine::Downloaded, &context, [&](const TStagedUpdate& update) {
-        outcome.Update = update;
-        end("Downloaded");
-    });
+    QObject::connect(&engine, &TUpdateEngine::Downloaded, &context, [&] { end("Downloaded"); });
     QObject::connect(&engine, &TUpdateEngine::Failed, &context, [&](const QString& text) {
         outcome.Text = text;
         end("Failed");
@@ -276,8 +255,7 @@ TUpdateOutcome AwaitOutcome(TUpdateEngine& engine)
         outcome.LastDone = done;
         outcome.Total = total;
     });
-    constexpr int GiveUpMilliseconds = 30'000;
-    QTimer::singleShot(GiveUpMilliseconds, &loop, &QEventLoop::quit);
+    QTimer::singleShot(30'000, &loop, &QEventLoop::quit);
     loop.exec();
     EXPECT_FALSE(outcome.Signal.isEmpty()) << "the engine did not end";
     return outcome;
@@ -285,7 +263,7 @@ TUpdateOutcome AwaitOutcome(TUpdateEngine& engine)
 
 TFolderContent ContentOf(const QString& folder)
 {
-    return FolderContent(folder, { TUpdateSettings::KnownFileName });
+    return FolderContent(folder, { "CorvadineUpdate.known" });
 }
 
 } // namespace Corvadine::Testing

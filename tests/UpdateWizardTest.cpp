@@ -1,11 +1,8 @@
-#include "support/UpdateWizard.h"
+#include "support/update/UpdateWizard.h"
 
-#include "support/StagedUpdate.h"
 #include "tests/UpdateTesting.h"
 #include "tests/WidgetTesting.h"
 
-#include <QDir>
-#include <QFile>
 #include <QFileInfo>
 #include <QLabel>
 #include <QPlainTextEdit>
@@ -14,7 +11,6 @@
 #include <QTreeWidget>
 
 #include <memory>
-#include <utility>
 
 using namespace Corvadine;
 using namespace Corvadine::Testing;
@@ -22,10 +18,10 @@ using ::testing::HasSubstr;
 
 namespace {
 
-const QString Offered = QStringLiteral("A newer version is available");
-const QString Ready = QStringLiteral("Ready to install");
-const QString Installed = QStringLiteral("The update is installed");
-const QString Failed = QStringLiteral("The update did not work");
+const QString Offered = u"A newer version is available"_s;
+const QString Ready = u"Ready to install"_s;
+const QString Installed = u"The update is installed"_s;
+const QString Failed = u"The update did not work"_s;
 
 } // namespace
 
@@ -36,7 +32,6 @@ protected:
         ASSERT_TRUE(QDir().mkpath(FTemporary));
         PutFile(Program("Corvadine.chm"), "old help");
         PutFile(Program("extra.txt"), "old extra");
-        PutFile(Program("Corvadine.db"), "projects");
         PutFile(
             Program("CorvadineUpdate.ini"), "[update]\nkey=" + TUpdateRelease::PublicKey().toBase64() + "\n");
         ASSERT_TRUE(QFile::copy(QStringLiteral(CORVADINE_STAND_IN), Program("corvadine")));
@@ -45,25 +40,18 @@ protected:
     // Puts version 1.1.0 on the server: the help, something optional and, if asked for, another executable.
     void Publish(bool withProgram)
     {
-        const QTemporaryDir folder;
-        PutFile(folder.filePath("Corvadine.chm"), "new help");
-        PutFile(folder.filePath("extra.txt"), "new extra");
-        if (withProgram) {
-            const QString program = folder.filePath("corvadine");
-            QByteArray bytes = FileBytes(Program("corvadine"));
-            PutFile(program, bytes.append("the new version is a little longer"));
-            QFile::setPermissions(program, QFile::permissions(Program("corvadine")));
-        }
-        TUpdateRelease(folder.path(), "1.1.0",
-            { "--optional", "extra.txt", "--describe", "*.chm=The <b>help</b>, rewritten." })
+        TFolderContent content { { "Corvadine.chm", "new help" }, { "extra.txt", "new extra" } };
+        if (withProgram)
+            content["corvadine"] = FileBytes(Program("corvadine")) + "the new version is a little longer";
+        TUpdateRelease(
+            content, { "--optional", "extra.txt", "--describe", "*.chm=The <b>help</b>, rewritten." })
             .PutOn(FServer);
     }
 
     // Waits for the page with this heading.
     ::testing::AssertionResult Shows(const QString& heading) const
     {
-        constexpr int PatienceMilliseconds = 20'000;
-        if (QTest::qWaitFor([&] { return FWizard->Heading->text() == heading; }, PatienceMilliseconds))
+        if (QTest::qWaitFor([&] { return FWizard->Heading->text() == heading; }, 20'000))
             return ::testing::AssertionSuccess();
         return ::testing::AssertionFailure()
             << FWizard->Heading->text().toStdString() << ": " << FWizard->Note->text().toStdString();
@@ -79,9 +67,9 @@ protected:
     ::testing::AssertionResult Reaches(const QStringList& headings, QWidget* owner = nullptr)
     {
         FWizard.reset();
-        FEngine = std::make_unique<TUpdateEngine>(TestUpdateSettings(FServer, FProgram));
+        FEngine = std::make_unique<TUpdateEngine>(TestUpdateSettings(FServer, FFolder.Path()));
         FWizard = std::make_unique<TUpdateWizard>(
-            TUpdateWizard::TParts { *FEngine, Program("corvadine"), [this] { FStartHelper(); } }, owner);
+            TUpdateWizard::TParts { *FEngine, Program("corvadine"), FStartHelper }, owner);
         FWizard->show();
         auto result = Shows(headings.first());
         for (qsizetype i = 1; result && i < headings.size(); ++i) {
@@ -91,59 +79,55 @@ protected:
         return result;
     }
 
-    // As a user does: with the mouse on the box of the row.
-    void Tick(int row) const
+    // Clicks the box of the row. Returns its new state.
+    Qt::CheckState Tick(int row) const
     {
-        const QTreeWidget* news = FWizard->News;
+        QTreeWidget* const news = FWizard->News;
         const QRect area = news->visualItemRect(news->topLevelItem(row));
         QTest::mouseClick(news->viewport(), Qt::LeftButton, {}, QPoint(area.left() + 10, area.center().y()));
+        return news->topLevelItem(row)->checkState(0);
     }
-
-    Qt::CheckState StateOf(int row) const { return FWizard->News->topLevelItem(row)->checkState(0); }
 
     void ExpectNothingChanged() const
     {
         EXPECT_EQ(FileBytes(Program("Corvadine.chm")), "old help");
         EXPECT_EQ(FileBytes(Program("extra.txt")), "old extra");
-        EXPECT_FALSE(QFileInfo::exists(StagingFolderOf(FProgram)));
+        EXPECT_FALSE(IsStaged());
     }
 
-    std::string Log() const { return FileBytes(Program("WUPDATE.LOG")).toStdString(); }
-    QString Program(const QString& name) const { return FProgram + '/' + name; }
+    bool IsStaged() const { return QFileInfo::exists(FFolder.Staging()); }
+    std::string Log() const { return FileBytes(FFolder.Log().Path()).toStdString(); }
+    QString Program(const QString& name) const { return FFolder.PathOf(name); }
 
-    // With the wizard, until all is staged and the program would end.
-    void StageForHelper()
+    // Stages with the wizard until the program would end, does what comes `between`, and runs the stand-in as
+    // the program that hands over. Waits until the helper has started it again and is gone. Returns the
+    // stand-in's notes.
+    std::string Update(const std::function<void()>& between)
     {
         bool asked = false;
         FStartHelper = [&asked] { asked = true; };
-        ASSERT_TRUE(Reaches({ Offered, Ready }));
-        EXPECT_EQ(FileBytes(Program("Corvadine.chm")), "old help");
+        EXPECT_TRUE(Reaches({ Offered, Ready }));
         Click(FWizard->btnNext);
         EXPECT_TRUE(asked && FWizard->EndsProgram() && !FWizard->isVisible());
         FWizard.reset();
-        FEngine.reset();
-    }
+        FEngine.reset(); // and its lock
+        between();
 
-    // Runs the stand-in as the program that hands over; waits until the helper has started it again and is
-    // gone. Returns the stand-in's notes.
-    QByteArray HandOver() const
-    {
+        const QString notes = Program("notes.txt");
+        PutFile(notes, {});
         QProcess program;
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.insert("TMPDIR", FTemporary);
         program.setProcessEnvironment(environment);
         program.start(Program("corvadine"), { "hand-over" });
         EXPECT_TRUE(program.waitForFinished());
-        EXPECT_TRUE(QTest::qWaitFor(
-            [this] { return QFile::exists(Program("notes.txt")) && Notes().contains("started"); }, 20'000));
+        EXPECT_TRUE(QTest::qWaitFor([&] { return FileBytes(notes).contains("started"); }, 20'000));
         EXPECT_TRUE(QTest::qWaitFor([this] { return QDir(FTemporary).isEmpty(); }))
             << "the helper leaves something behind";
-        return Notes();
+        return FileBytes(notes).toStdString();
     }
 
-    QByteArray Notes() const { return FileBytes(Program("notes.txt")); }
-
-    const QString FProgram = Path("program");
+    const TUpdateFolder FFolder { Path("program") };
     const QString FTemporary = Path("temporary");
     TUpdateServer FServer;
     std::function<void()> FStartHelper = [] { ADD_FAILURE() << "no helper is needed"; };
@@ -159,25 +143,19 @@ TEST_F(UpdateWizardTest, OffersWhatIsNewerAndReplacesDataInPlace)
     window.show();
     ASSERT_TRUE(Reaches({ Offered }, &window)) << "without a click";
     TUpdateWizard& wizard = *FWizard;
-    EXPECT_EQ(wizard.windowTitle(), "Corvadine Update");
     EXPECT_LT((wizard.geometry().center() - window.geometry().center()).manhattanLength(), 40);
     ASSERT_EQ(wizard.News->topLevelItemCount(), 2);
-    const QTreeWidgetItem* help = wizard.News->topLevelItem(0);
-    EXPECT_EQ(help->text(0), "Corvadine.chm (required)");
-    EXPECT_EQ(help->text(2), "22/11/2020");
+    EXPECT_EQ(wizard.News->topLevelItem(0)->text(0), "Corvadine.chm (required)");
+    EXPECT_EQ(wizard.News->topLevelItem(0)->text(2), "22/11/2020");
     EXPECT_EQ(wizard.Description->toPlainText(), "The <b>help</b>, rewritten.");
-    Tick(0);
-    EXPECT_EQ(StateOf(0), Qt::Checked) << "required";
-    Tick(1);
-    EXPECT_EQ(StateOf(1), Qt::Unchecked);
+    EXPECT_EQ(Tick(0), Qt::Checked) << "required";
+    EXPECT_EQ(Tick(1), Qt::Unchecked);
     Click(wizard.btnNext);
     ASSERT_TRUE(Shows(Installed));
-    EXPECT_FALSE(wizard.btnNext->isVisible());
-    EXPECT_FALSE(wizard.EndsProgram());
+    EXPECT_FALSE(wizard.btnNext->isVisible() || wizard.EndsProgram());
     EXPECT_EQ(FileBytes(Program("Corvadine.chm")), "new help");
     EXPECT_EQ(FileBytes(Program("extra.txt")), "old extra") << "not ticked";
-    EXPECT_EQ(FileBytes(Program("Corvadine.db")), "projects");
-    EXPECT_FALSE(QFileInfo::exists(StagingFolderOf(FProgram)));
+    EXPECT_FALSE(IsStaged());
     EXPECT_THAT(Log(), HasSubstr("Replace Corvadine.chm: done"));
     Click(wizard.btnCancel);
     EXPECT_FALSE(wizard.isVisible());
@@ -189,37 +167,26 @@ TEST_F(UpdateWizardTest, OffersWhatIsNewerAndReplacesDataInPlace)
     EXPECT_THAT(Log(), HasSubstr("Look for a newer version: nothing is newer"));
 }
 
-TEST_F(UpdateWizardTest, HelperReplacesTheExecutableAndStartsIt)
+TEST_F(UpdateWizardTest, HelperReplacesTheExecutableOrStartsTheOldOne)
 {
     Publish(true);
-    const auto oldSize = QByteArray::number(QFileInfo(Program("corvadine")).size());
-    const auto newSize = QByteArray::number(QFileInfo(Program("corvadine")).size() + 34);
-    StageForHelper();
-    EXPECT_EQ(HandOver(),
-        "ends, " + oldSize + " bytes\nCorvadine was updated to version 1.1.0.\nstarted, " + newSize
-            + " bytes\n");
+    const char* const reason = "older than version 1.2.0";
+    const QString accepted = Program("CorvadineUpdate.accepted");
+    EXPECT_THAT(Update([&] { PutFile(accepted, "1.2.0\n"); }), // installed by another process meanwhile
+        AllOf(HasSubstr("did not work"), HasSubstr(reason), HasSubstr("started")));
+    ExpectNothingChanged();
+    EXPECT_THAT(Log(), HasSubstr(reason));
+
+    QFile::remove(accepted);
+    const qint64 oldSize = QFileInfo(Program("corvadine")).size();
+    EXPECT_EQ(QString::fromStdString(Update([] {})),
+        u"ends, %1 bytes\nCorvadine was updated to version 1.1.0.\nstarted, %2 bytes\n"_s.arg(oldSize).arg(
+            oldSize + 34));
     EXPECT_FALSE(QFile::exists(Program("CorvadineUpdate.report"))) << "told once";
     EXPECT_EQ(FileBytes(Program("Corvadine.chm")), "new help");
-    EXPECT_EQ(FileBytes(Program("CorvadineUpdate.accepted")), "1.1.0\n");
-    EXPECT_FALSE(QFileInfo::exists(StagingFolderOf(FProgram)));
+    EXPECT_EQ(FileBytes(accepted), "1.1.0\n");
+    EXPECT_FALSE(IsStaged());
     EXPECT_THAT(Log(), HasSubstr("Start Corvadine again: done"));
-}
-
-TEST_F(UpdateWizardTest, HelperStartsTheOldProgramWhenItCannotInstall)
-{
-    Publish(true);
-    const auto expectRefusal = [this](const char* text) {
-        EXPECT_THAT(HandOver().toStdString(), AllOf(HasSubstr("did not work"), HasSubstr(text)));
-        ExpectNothingChanged();
-        EXPECT_THAT(Log(), HasSubstr(text));
-    };
-    StageForHelper();
-    PutFile(StagingFolderOf(FProgram) + "/files/extra.txt", "spoilt");
-    expectRefusal("not the file");
-    QFile::remove(Program("notes.txt"));
-    StageForHelper();
-    PutFile(Program("CorvadineUpdate.accepted"), "1.2.0\n"); // which somebody else has installed meanwhile
-    expectRefusal("older than version 1.2.0");
 }
 
 TEST_F(UpdateWizardTest, CanBeLeftOnEveryPageInEveryWay)
@@ -257,7 +224,7 @@ TEST_F(UpdateWizardTest, TellsInPlainWordsWhatWentWrong)
 
     Publish(false);
     {
-        const TUpdateLock other(FProgram);
+        const TUpdateLock other = FFolder.Lock();
         ASSERT_TRUE(Reaches({ Failed })) << "before anything is offered";
     }
     ASSERT_TRUE(Reaches({ Offered }));
@@ -268,11 +235,11 @@ TEST_F(UpdateWizardTest, TellsInPlainWordsWhatWentWrong)
     ASSERT_TRUE(Shows(Failed));
     EXPECT_THAT(FWizard->Note->text().toStdString(), HasSubstr("Corvadine.chm"));
     EXPECT_EQ(FileBytes(Program("extra.txt")), "old extra");
-    EXPECT_FALSE(QFileInfo::exists(StagingFolderOf(FProgram)));
+    EXPECT_FALSE(IsStaged());
 
     Publish(true);
     FStartHelper = [] { throw TError(TErrorKind::Io, "Cannot start the update helper"); };
     QDir(Program("Corvadine.chm")).removeRecursively();
     ASSERT_TRUE(Reaches({ Offered, Ready, Failed }));
-    EXPECT_FALSE(FWizard->EndsProgram() || QFileInfo::exists(StagingFolderOf(FProgram)));
+    EXPECT_FALSE(FWizard->EndsProgram() || IsStaged());
 }

@@ -4,5 +4,5 @@
 
 #include <QTest>
 
-// What every test of widgets shares: Testing.h, and a main() (in WidgetTesting.cpp) that makes a QApplication
-// on the offscreen platform, so that events are real and no screen is needed.
+// What all tests of widgets share: Testing.h, and a main() that makes a QApplication on the offscreen
+// platform. Events are real there, and no screen is needed.

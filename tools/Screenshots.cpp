@@ -3,15 +3,16 @@
 
 #include "app/MainFrm.h"
 #include "app/ProjectLookup.h"
-#include "app/Ribbon.h"
-#include "app/Theme.h"
+#include "base/Literals.h"
 #include "dialogs/AddProjFrm.h"
 #include "dialogs/ImageDlgFrm.h"
-#include "dialogs/ShellListView.h"
 #include "project/ProjectPaths.h"
-#include "support/UpdateEngine.h"
-#include "support/UpdateWizard.h"
+#include "support/update/UpdateEngine.h"
+#include "support/update/UpdateWizard.h"
 #include "tools/SilentPrompts.h"
+#include "widgets/Ribbon.h"
+#include "widgets/ShellListView.h"
+#include "widgets/Theme.h"
 
 #include <QApplication>
 #include <QDir>
@@ -29,8 +30,8 @@ class TPhotographer {
 public:
     TPhotographer(QString folder, QString suffix) : FFolder(std::move(folder)), FSuffix(std::move(suffix)) { }
 
-    // Shown as a user sees it: painted, and with the enabling rules up to date, which they are when nothing
-    // is left to do.
+    // Shows the widget, lets the event loop idle, and takes the picture. Only in idle time the widget is
+    // painted and its enabling rules are evaluated.
     void Take(QWidget& widget, const char* name) const
     {
         widget.show();
@@ -47,7 +48,7 @@ public:
 
     void TakeNow(QWidget& widget, const char* name) const
     {
-        const QString path = QStringLiteral("%1/%2%3.png").arg(FFolder, QLatin1String(name), FSuffix);
+        const QString path = u"%1/%2%3.png"_s.arg(FFolder, QLatin1String(name), FSuffix);
         if (!widget.grab().save(path))
             std::cerr << "cannot write " << path.toStdString() << '\n';
     }
@@ -57,7 +58,7 @@ private:
     QString FSuffix;
 };
 
-// Puts the sample project, with its two pictures, into the database of the program in `folder`.
+// Copies the sample project with its two pictures, and adds it to the database of the program in `folder`.
 void AddSample(const QString& folder, const QString& sample)
 {
     const QString home = folder + "/Demo";
@@ -78,18 +79,29 @@ void AddSample(const QString& folder, const QString& sample)
     table.Post();
 }
 
-// Says what an engine would say that has found an update.
+// Reports an update without asking a server.
 class TFoundUpdate : public TUpdateEngine {
 public:
-    explicit TFoundUpdate(const QString& programFolder) : TUpdateEngine(LoadUpdateSettings(programFolder)) { }
+    explicit TFoundUpdate(const QString& programFolder)
+        : TUpdateEngine(LoadUpdateSettings(TUpdateFolder(programFolder)))
+    {
+    }
 
     void Check() override
     {
-        const QDateTime date(QDate(2026, 11, 22), QTime(14, 30), Qt::UTC);
-        emit Checked(
-            { { "corvadine", "1.1.0", date, 2'950'000, "The newest catalogue of Android icons.", true },
-                { "Corvadine.chm", "1.1.0", date, 1'240'000, {}, true },
-                { "samples/Demo/launch.png", "1.1.0", date, 310'000, {}, false } });
+        const auto file = [](const char* target, qint64 size, const char* description, bool isMandatory) {
+            TUpdateFile made;
+            made.Target = target;
+            made.Version = "1.1.0";
+            made.Date = QDateTime(QDate(2026, 11, 22), QTime(14, 30), Qt::UTC);
+            made.Size = size;
+            made.Description = description;
+            made.Mandatory = isMandatory;
+            return made;
+        };
+        emit Checked({ file("corvadine", 2'950'000, "The newest catalogue of Android icons.", true),
+            file("Corvadine.chm", 1'240'000, "", true),
+            file("samples/Demo/launch.png", 310'000, "", false) });
     }
 };
 
@@ -122,7 +134,7 @@ int main(int argc, char** argv)
         photographer.Take(form, "empty");
     }
 
-    // A folder whose name may stand in a picture.
+    // The pictures show this folder's name, so it must be short and fixed.
     const QString program = QDir::temp().filePath("FMX");
     const auto removeProgram = qScopeGuard([&program] { QDir(program).removeRecursively(); });
     AddSample(program, sample);

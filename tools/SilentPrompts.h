@@ -6,8 +6,7 @@
 
 namespace Corvadine {
 
-// For programs that drive the window with nobody in front of it: agrees to everything, chooses nothing, and
-// prints errors.
+// For programs that drive the window without a user: confirms everything, chooses nothing, and prints errors.
 class TSilentPrompts : public TPrompts {
 public:
     void ShowError(const QString& text) override { std::cerr << text.toStdString() << '\n'; }

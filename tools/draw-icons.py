@@ -1,10 +1,10 @@
 #!/usr/bin/python3
-"""Draws the window's icons into app/icons: NAME.png (32 pixels) and NAME@2x.png (64) for every command, and the
+"""Draws the window's icons into widgets/icons: NAME.png (32 pixels) and NAME@2x.png (64) for every command, and the
 application's own icon in four sizes, which is the gem of samples/draw.py, and as app/corvadine.ico for Windows; and the
-update wizard's side picture, that gem in its night sky, into support/pictures.
+update wizard's side picture, that gem in its night sky, into support/update/pictures.
 
-One style: lines two units wide on a grid of 32, round at their ends, in a grey that can be told from a light ground as
-well as from a dark one, and one accent colour for what the command is about. Nothing is random, so the same Pillow and
+One style: lines two units wide on a grid of 32, round at their ends, in a gray that is visible on light and on dark
+backgrounds, and one accent color for the subject of the command. Nothing is random, so the same versions of Pillow and
 zlib draw the same bytes again.
 
 Needs Python 3 and Pillow (python3-pil). Run it after a change of a drawing and commit the pictures with it.
@@ -44,30 +44,30 @@ class Sheet:
         self.picture = Image.new("RGBA", (GRID * SUPERSAMPLING,) * 2)
         self.pen = ImageDraw.Draw(self.picture)
 
-    def disc(self, x, y, radius, colour):
+    def disc(self, x, y, radius, color):
         s = SUPERSAMPLING
         box = ((x - radius) * s, (y - radius) * s, (x + radius) * s - 1, (y + radius) * s - 1)
-        self.pen.ellipse(box, fill=colour)
+        self.pen.ellipse(box, fill=color)
 
-    def fill(self, points, colour):
-        self.pen.polygon([(x * SUPERSAMPLING, y * SUPERSAMPLING) for x, y in points], fill=colour)
+    def fill(self, points, color):
+        self.pen.polygon([(x * SUPERSAMPLING, y * SUPERSAMPLING) for x, y in points], fill=color)
 
-    def line(self, points, colour=LINE, width=LINE_WIDTH, closed=False):
+    def line(self, points, color=LINE, width=LINE_WIDTH, closed=False):
         """A line through the points with round ends and corners."""
         if closed:
             points = points + points[:1]
         for (x0, y0), (x1, y1) in zip(points, points[1:]):
             length = math.hypot(x1 - x0, y1 - y0) or 1.0  # two points may be one where shapes meet
             dx, dy = (y1 - y0) / length * width / 2, (x0 - x1) / length * width / 2
-            self.fill([(x0 + dx, y0 + dy), (x1 + dx, y1 + dy), (x1 - dx, y1 - dy), (x0 - dx, y0 - dy)], colour)
+            self.fill([(x0 + dx, y0 + dy), (x1 + dx, y1 + dy), (x1 - dx, y1 - dy), (x0 - dx, y0 - dy)], color)
         for x, y in points:
-            self.disc(x, y, width / 2, colour)
+            self.disc(x, y, width / 2, color)
 
     def save(self, name):
         for suffix, side in SIZES:
-            # resize() works on premultiplied alpha, so the edges keep their colour.
+            # resize() works on premultiplied alpha, so the edges keep their color.
             small = self.picture.resize((side, side), Image.Resampling.BOX)
-            small.save(ROOT / "app" / "icons" / f"{name}{suffix}.png", optimize=True)
+            small.save(ROOT / "widgets" / "icons" / f"{name}{suffix}.png", optimize=True)
 
 
 def arc(x, y, radius, start, end, steps=48):
@@ -113,7 +113,7 @@ def picture_frame(sheet):
 
 
 def badge(sheet, strokes):
-    """A disc in the lower right corner, set off from what lies under it."""
+    """A disc in the lower right corner, with a gap around it."""
     sheet.disc(23.5, 23.5, 9, NOTHING)
     sheet.disc(23.5, 23.5, 7.5, ACCENT)
     for points in strokes:
@@ -208,10 +208,10 @@ def delete_all(sheet):
 
 
 def check_update(sheet):
-    for turn, colour in ((0, LINE), (180, ACCENT)):
-        sheet.line(arc(16, 16, 11.5, turn + 200, turn + 335), colour)
+    for turn, color in ((0, LINE), (180, ACCENT)):
+        sheet.line(arc(16, 16, 11.5, turn + 200, turn + 335), color)
         tip = arc(16, 16, 11.5, turn + 335, turn + 345, 1)[0]
-        sheet.line(arrow_head(tip, turn + 335 + 78, 7), colour)
+        sheet.line(arrow_head(tip, turn + 335 + 78, 7), color)
 
 
 def generate(sheet):
@@ -277,7 +277,7 @@ def application_icon():
 
     for size in APPLICATION_SIZES:
         suffix = "" if size == max(APPLICATION_SIZES) else f"-{size}"
-        drawn(size).save(ROOT / "app" / "icons" / f"corvadine{suffix}.png", optimize=True)
+        drawn(size).save(ROOT / "widgets" / "icons" / f"corvadine{suffix}.png", optimize=True)
     smaller = [drawn(size) for size in WINDOWS_SIZES[:-1]]
     sizes = [(size, size) for size in WINDOWS_SIZES]
     drawn(WINDOWS_SIZES[-1]).save(ROOT / "app" / "corvadine.ico", sizes=sizes, append_images=smaller)
@@ -301,7 +301,7 @@ def billboard():
     picture.alpha_composite(rings.resize((width, height), Image.Resampling.BOX))
     for suffix, size in (("", BILLBOARD_SIZE), ("@2x", (width, height))):
         small = picture.resize(size, Image.Resampling.BOX) if size != picture.size else picture
-        small.save(ROOT / "support" / "pictures" / f"billboard{suffix}.png", optimize=True)
+        small.save(ROOT / "support" / "update" / "pictures" / f"billboard{suffix}.png", optimize=True)
 
 
 def main():

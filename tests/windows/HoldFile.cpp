@@ -1,5 +1,5 @@
-// Holds a file open as programs do that let nobody else write: HoldFile FILE. Says "held", and lets go when
-// its own input ends.
+// Holds a file open so that no other program can write to it: HoldFile FILE. Prints "held", and closes the
+// file when its standard input ends.
 
 #include <windows.h>
 

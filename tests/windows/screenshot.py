@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 """Turns the frame buffer file of Xvfb's option -fbdir into a picture: screenshot.py Xvfb_screen0 PICTURE.png
-Fails if the picture has hardly any colours, as one of a window that shows nothing does.
+Fails if the picture has so few colors that the window must be empty.
 
 The format is that of xwd: https://gitlab.freedesktop.org/xorg/proto/xorgproto/-/blob/master/include/X11/XWDFile.h
 """
@@ -11,18 +11,18 @@ from pathlib import Path
 
 from PIL import Image
 
-FEWEST_COLOURS = 500
+FEWEST_COLORS = 500
 
 
 def main():
     data = Path(sys.argv[1]).read_bytes()
     header = struct.unpack(">25I", data[:100])
-    header_size, width, height, bytes_per_line, colours = (header[i] for i in (0, 4, 5, 12, 19))
-    pixels = data[header_size + colours * 12 :][: bytes_per_line * height]  # 12 bytes a colour map entry
+    header_size, width, height, bytes_per_line, colors = (header[i] for i in (0, 4, 5, 12, 19))
+    pixels = data[header_size + colors * 12 :][: bytes_per_line * height]  # 12 bytes a color map entry
     picture = Image.frombuffer("RGB", (width, height), pixels, "raw", "BGRX", bytes_per_line, 1)
     picture.save(sys.argv[2], optimize=True)
-    if picture.getcolors(FEWEST_COLOURS):
-        sys.exit(f"screenshot.py: fewer than {FEWEST_COLOURS} colours in {sys.argv[2]}")
+    if picture.getcolors(FEWEST_COLORS):
+        sys.exit(f"screenshot.py: fewer than {FEWEST_COLORS} colors in {sys.argv[2]}")
 
 
 if __name__ == "__main__":

@@ -1,7 +1,7 @@
 #!/usr/bin/python3
-"""Prints what to import into Wine's registry so that it trusts the authority of tests/data/tls.
+"""Prints a registry file with which Wine trusts the authority of tests/data/tls.
 
-A stored certificate is a list of properties, each with its number, 1 and its length ahead; 32 is the certificate itself.
+A stored certificate is a list of properties. Each begins with its number, 1, and its length; 32 is the certificate.
 """
 
 import base64

@@ -28,12 +28,12 @@ PROGRAMS = {
     "corvadine": "the window",
     "corvadine-cli": "the same work on the command line; corvadine-cli --help lists its commands",
 }
-BUNDLED = ("upd",)  # programs that these carry inside
+BUNDLED = ("upd",)  # programs inside of these
 HELP_FILE = "Corvadine.chm"
 FOLDER = "Corvadine"  # without the version, so that a new one is unpacked over the old one and finds its projects
 
-# By the pattern that fits a static library's file name: what it is called, and the Debian package whose copyright file holds
-# its licence. Qt's tells of all that is bundled with it, too.
+# For each static library: the pattern of its file name, its name, and the Debian package whose copyright file holds its
+# licence. Qt's file also has the licences of the libraries inside of Qt.
 LIBRARIES = (
     (r"libQt6.*|libq(gif|ico|jpeg|windows|windowsvistastyle|schannelbackend|certonlybackend|tuiotouchplugin)", "Qt", "qt6-base-dev"),
     (r"libq(tiff|webp)", "Qt Image Formats", "qt6-image-formats-plugins"),
@@ -42,12 +42,11 @@ LIBRARIES = (
     (r"libhwy", "Highway", "libhwy-dev"),
     (r"libimagequant", "libimagequant", "libimagequant-dev"),
     (r"libpng", "libpng", "libpng-dev"),
-    (r"libpugixml", "pugixml", "libpugixml-dev"),
     (r"libz", "zlib", "zlib1g-dev"),
     (r"libsodium", "libsodium", "libsodium-dev"),
     (r"libarchive", "libarchive", "libarchive-dev"),
 )
-EMPTY_LIBRARIES = ("libpthread",)  # whose content is in the C library
+EMPTY_LIBRARIES = ("libpthread",)  # its content is in the C library
 HEADER_LIBRARIES = (("CLI11", "libcli11-dev"), ("SimpleIni", "libsimpleini-dev"))
 WINDOWS_RUNTIME = (("MinGW-w64 runtime", "mingw-w64-common"), ("GCC runtime", "gcc-mingw-w64-base"))
 
@@ -61,7 +60,7 @@ def output_of(*command):
 
 
 class Build:
-    """What there is to know of a build folder."""
+    """A build folder: version, system, programs and the libraries in them."""
 
     def __init__(self, folder):
         self.folder = folder
@@ -105,7 +104,7 @@ def licences_needed(build):
 
 
 def licence_files(build):
-    """The text of each library's licence and of the common ones that these refer to."""
+    """The licence of each library, and the common licences to which these refer."""
     files = {}
     for name, package in licences_needed(build).items():
         text = Path("/usr/share/doc", package, "copyright").read_text(encoding="utf-8")
@@ -137,7 +136,7 @@ def readme(build):
 
 
 def package_files(build):
-    """Path in the package to bytes."""
+    """The bytes of each file, by its path in the package."""
     texts = {"README.txt": readme(build), "LICENSE.txt": (ROOT / "LICENSE").read_text(encoding="utf-8")}
     texts |= licence_files(build)
     line_end = "\r\n" if build.for_windows else "\n"
@@ -150,7 +149,7 @@ def package_files(build):
 
 
 def time_stamp():
-    """Of the last commit; outside of a repository the first one that a zip file can hold."""
+    """The time of the last commit; without a repository the earliest one that a zip file can hold."""
     try:
         return int(output_of("git", "-C", str(ROOT), "log", "-1", "--format=%ct"))
     except (OSError, subprocess.CalledProcessError):

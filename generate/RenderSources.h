@@ -1,0 +1,34 @@
+#pragma once
+
+#include "generate/GenJob.h"
+#include "generate/pixels/Rendering.h"
+
+#include <memory>
+#include <optional>
+
+namespace Corvadine {
+
+// Pixel sizes of a job's sources.
+struct TSourceSizes {
+    QSize Icon { 1, 1 };         // that of BlankSourceImage() when no icon image is chosen
+    std::optional<QSize> Launch; // empty when no launch image is chosen
+};
+
+// The decoded sources of a job. Launch is null when no launch image is chosen.
+struct TRenderSources {
+    std::shared_ptr<const TRenderSource> Icon;
+    std::shared_ptr<const TRenderSource> Launch;
+
+    TSourceSizes Sizes() const;
+};
+
+// Reads the sizes from the files' headers. Throws TError as ReadImageHeader() does.
+TSourceSizes ReadSourceSizes(const TGenJob& job);
+
+// Decodes one source; an empty `file` gives BlankSourceImage(). Throws TError as LoadSourceImage() does.
+std::shared_ptr<const TRenderSource> LoadSource(const QString& file);
+
+// Decodes both sources of `job`, one after the other. Throws TError as LoadSource() does.
+TRenderSources LoadSources(const TGenJob& job);
+
+} // namespace Corvadine

@@ -1,0 +1,140 @@
+#include "generate/pixels/Palette.h"
+
+#include "base/Error.h"
+
+#include <libimagequant.h>
+#ifdef _OPENMP
+#include <omp.h>
+#endif
+
+#include <algorithm>
+#include <bit>
+#include <memory>
+#include <unordered_map>
+
+namespace Corvadine {
+
+namespace {
+
+constexpr std::size_t MostColors = 256;
+
+// 1 is the slowest and best, 10 the fastest. Above 5 the quantizer does not refine its palette, and
+// gradients show steps.
+constexpr int QuantizerSpeed = 5;
+
+using TRgba = std::array<std::uint8_t, 4>;
+
+std::vector<std::uint32_t> RgbaPixels(const TRaster& raster)
+{
+    const auto channels = static_cast<std::size_t>(raster.Channels);
+    std::vector<std::uint32_t> pixels(raster.Bytes.size() / channels);
+    const std::uint8_t* from = raster.Bytes.data();
+    for (std::uint32_t& pixel : pixels) {
+        const std::uint8_t alpha = channels == 4 ? from[3] : std::uint8_t { 255 };
+        pixel = std::bit_cast<std::uint32_t>(TRgba { from[0], from[1], from[2], alpha });
+        from += channels;
+    }
+    return pixels;
+}
+
+// Orders by alpha first. The tRNS chunk ends with the last transparent color, so this order makes the chunk
+// as short as possible.
+bool ComesBefore(const TRgba& a, const TRgba& b)
+{
+    return std::tie(a[3], a[0], a[1], a[2]) < std::tie(b[3], b[0], b[1], b[2]);
+}
+
+// Merges equal colors and gives the palette the same order on every system. The order of the quantizer
+// depends on how the C library's qsort() arranges colors that are equally frequent.
+void SortPalette(TPaletteRaster& raster)
+{
+    auto sorted = raster.Palette;
+    std::sort(sorted.begin(), sorted.end(), ComesBefore);
+    sorted.erase(std::unique(sorted.begin(), sorted.end()), sorted.end());
+    std::array<std::uint8_t, MostColors> placeOf {};
+    for (std::size_t i = 0; i < raster.Palette.size(); ++i) {
+        const auto place = std::lower_bound(sorted.begin(), sorted.end(), raster.Palette[i], ComesBefore);
+        placeOf[i] = static_cast<std::uint8_t>(place - sorted.begin());
+    }
+    for (std::uint8_t& index : raster.Indices)
+        index = placeOf[index];
+    raster.Palette = std::move(sorted);
+}
+
+// Returns the picture with all its colors, or nothing if it has more than 256 colors.
+std::optional<TPaletteRaster> ExactPalette(const TRaster& raster, const std::vector<std::uint32_t>& pixels)
+{
+    TPaletteRaster result { raster.Size, {}, {} };
+    result.Indices.reserve(pixels.size());
+    std::unordered_map<std::uint32_t, std::uint8_t> indexOf;
+    for (const std::uint32_t pixel : pixels) {
+        const auto next = static_cast<std::uint8_t>(indexOf.size());
+        const auto [entry, isNew] = indexOf.try_emplace(pixel, next);
+        if (isNew && indexOf.size() > MostColors)
+            return std::nullopt;
+        if (isNew)
+            result.Palette.push_back(std::bit_cast<TRgba>(pixel));
+        result.Indices.push_back(entry->second);
+    }
+    SortPalette(result);
+    return result;
+}
+
+template <auto Destroy> struct TDestroyer {
+    template <typename TObject> void operator()(TObject* object) const { Destroy(object); }
+};
+using TAttributes = std::unique_ptr<liq_attr, TDestroyer<liq_attr_destroy>>;
+using TImage = std::unique_ptr<liq_image, TDestroyer<liq_image_destroy>>;
+using TResult = std::unique_ptr<liq_result, TDestroyer<liq_result_destroy>>;
+
+void Require(bool succeeded)
+{
+    if (!succeeded)
+        throw TError(TErrorKind::BadInput, u"Cannot reduce an image to 256 colors"_s);
+}
+
+TPaletteRaster Quantized(
+    const TRaster& raster, const std::vector<std::uint32_t>& pixels, std::optional<TColor> exact)
+{
+#ifdef _OPENMP
+    // With one thread the library always gives the same result. More threads would save no time, because the
+    // run keeps all cores busy.
+    omp_set_num_threads(1);
+#endif
+    const TAttributes attributes(liq_attr_create());
+    Require(attributes != nullptr);
+    liq_set_speed(attributes.get(), QuantizerSpeed);
+    const TImage image(
+        liq_image_create_rgba(attributes.get(), pixels.data(), raster.Size.width(), raster.Size.height(), 0));
+    Require(image != nullptr);
+    if (exact)
+        liq_image_add_fixed_color(image.get(), { exact->Red, exact->Green, exact->Blue, 255 });
+    liq_result* made = nullptr;
+    Require(liq_image_quantize(image.get(), attributes.get(), &made) == LIQ_OK);
+    const TResult result(made);
+    liq_set_dithering_level(result.get(), 0);
+    TPaletteRaster reduced { raster.Size, {}, std::vector<std::uint8_t>(pixels.size()) };
+    Require(
+        liq_write_remapped_image(result.get(), image.get(), reduced.Indices.data(), reduced.Indices.size())
+        == LIQ_OK);
+    const liq_palette* palette = liq_get_palette(result.get());
+    for (unsigned i = 0; i < palette->count; ++i) {
+        const liq_color& color = palette->entries[i];
+        reduced.Palette.push_back(
+            { color.r, color.g, color.b, raster.Channels == 4 ? color.a : std::uint8_t { 255 } });
+    }
+    SortPalette(reduced);
+    return reduced;
+}
+
+} // namespace
+
+TPaletteRaster ReduceColors(const TRaster& raster, std::optional<TColor> exact)
+{
+    const std::vector<std::uint32_t> pixels = RgbaPixels(raster);
+    if (auto lossless = ExactPalette(raster, pixels))
+        return *std::move(lossless);
+    return Quantized(raster, pixels, exact);
+}
+
+} // namespace Corvadine

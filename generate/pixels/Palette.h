@@ -1,0 +1,16 @@
+#pragma once
+
+#include "base/Color.h"
+#include "generate/pixels/Raster.h"
+
+#include <optional>
+
+namespace Corvadine {
+
+// Reduces `raster` to at most 256 colors without dithering. A picture with at most 256 colors keeps every
+// pixel exactly. If `exact` is given, the palette holds this color unchanged: the background around a picture
+// must keep its color. A 3-channel raster gets an opaque palette. The result is the same on any number of
+// threads. Throws TError(BadInput) when the quantizer fails.
+TPaletteRaster ReduceColors(const TRaster& raster, std::optional<TColor> exact);
+
+} // namespace Corvadine

@@ -1,0 +1,62 @@
+#pragma once
+
+#include "generate/pixels/Composition.h"
+#include "generate/pixels/RenderOptions.h"
+
+#include <QByteArray>
+#include <QImage>
+
+#include <array>
+#include <mutex>
+#include <optional>
+
+namespace Corvadine {
+
+// One decoded source of a run. The picture is converted to a TPixelPairImage once, when an output first
+// needs this form. Read-only; several threads may use the source at the same time.
+class TRenderSource {
+public:
+    // REQUIRES: Format_ARGB32 or Format_RGB32, not null.
+    explicit TRenderSource(QImage image);
+
+    const QImage& Image() const { return FImage; }
+
+    // Returns the source scaled to `size`, or the unchanged picture if it has that size already.
+    TFittedImage At(QSize size, TResampleFilter filter) const;
+
+private:
+    QImage FImage;
+    mutable std::once_flag FConverted;
+    mutable std::optional<TPixelPairImage> FPixelPairs;
+};
+
+// How a picture is made from its source. Equal recipes for the same source give equal files.
+struct TRecipe {
+    QSize Fitted;            // pixels; size of the scaled source in the picture
+    QSize Canvas;            // pixels; size of the picture
+    bool KeepsAlpha = false; // false: the source is flattened onto the background
+
+    bool operator==(const TRecipe&) const = default;
+};
+
+// The recipe for fitting a source of size `source` into `box`. For a square box the picture has the shape of
+// the source and, unless `isOpaque`, its transparency. For any other box the source is flattened and centered
+// on a canvas as large as the box. REQUIRES: all sides at least 1.
+TRecipe RecipeOf(QSize source, QSize box, bool isOpaque);
+
+// Returns the PNG file of one picture. The same arguments always give the same bytes. Throws as
+// ReduceColors() and EncodePng() do.
+QByteArray RenderPng(const TRenderSource& source, const TRecipe& recipe, const TRenderOptions& options);
+
+// Sides in pixels of the square boxes of the Windows icon's ten images, in file order.
+inline constexpr std::array<int, 10> IconSizes { 16, 24, 32, 48, 64, 72, 96, 128, 256, 512 };
+
+// Returns the Windows icon file: the source fitted into each of the ten boxes, with its shape and
+// transparency. Of the render options only the filter is used. Throws as EncodeIco() does.
+QByteArray RenderMainIcon(const TRenderSource& source, TResampleFilter filter);
+
+// Whether any pixel is not fully opaque. An image with an alpha channel may still be opaque.
+// REQUIRES: Format_ARGB32 or Format_RGB32.
+bool IsTransparent(const QImage& image);
+
+} // namespace Corvadine

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "support/update/UpdateTask.h"
+#include "support/update/rules/ControlFile.h"
+
+#include <QBuffer>
+
+#include <cstddef>
+#include <utility>
+#include <vector>
+
+namespace Corvadine {
+
+// A verified control file, and those of its files that are newer than the files in the program folder.
+struct TUpdateOffer {
+    QByteArray Bytes;
+    QByteArray Signature; // of Bytes
+    TControlFile Control;
+    std::vector<TUpdateFile> Newer; // in the control file's order; empty: nothing to do
+};
+
+// Fetches the control file and its signature, verifies and reads it, and compares its files with those in the
+// program folder. Removes the staging folder that a killed process has left. Remembers the announced release
+// if the program folder can be written.
+class TUpdateCheck : public TUpdateTask {
+    Q_OBJECT
+
+public:
+    TUpdateCheck(const TUpdateSettings& settings, QNetworkAccessManager& manager);
+
+    // REQUIRES: Finished.
+    TUpdateOffer TakeOffer() { return std::move(FOffer); }
+
+protected:
+    void Run() override;
+
+private:
+    void FetchSignature();
+    void Judge();
+    bool CompareNext();
+
+    TUpdateOffer FOffer;
+    QBuffer FControl { &FOffer.Bytes };
+    QBuffer FSignature { &FOffer.Signature };
+    std::size_t FCompared = 0; // number of the control file's files compared so far
+};
+
+} // namespace Corvadine

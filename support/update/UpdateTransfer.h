@@ -1,0 +1,74 @@
+#pragma once
+
+#include "support/update/rules/UpdateSettings.h"
+
+#include <QCryptographicHash>
+#include <QNetworkAccessManager>
+#include <QObject>
+#include <QTimer>
+
+class QIODevice;
+class QNetworkReply;
+
+namespace Corvadine {
+
+// Sets what updates need: no proxy, and no deletion of replies by the manager, since each transfer deletes
+// its own replies.
+void PrepareForUpdates(QNetworkAccessManager& manager);
+
+// What to fetch, and how many bytes at most.
+struct TTransferRequest {
+    QUrl Url;
+    QString Name;         // how messages name the download
+    qint64 MostBytes = 0; // the transfer fails if the server sends more
+    bool IsExact = false; // true: the transfer also fails if the server sends fewer
+};
+
+// A download over HTTPS into a device. Follows a few redirects, to https addresses only. Fails at every TLS
+// error, when the headers take longer than their short time limit, and when the body exceeds the bounds of
+// the request. Emits Finished or Failed once, unless it is stopped. A slot may stop the transfer; to delete
+// it, a slot must call deleteLater().
+class TUpdateTransfer : public QObject {
+    Q_OBJECT
+
+public:
+    // `settings`, `manager` and `sink` must outlive the object. REQUIRES: `sink` is open for writing.
+    TUpdateTransfer(const TUpdateSettings& settings, QNetworkAccessManager& manager, TTransferRequest request,
+        QIODevice& sink, QObject* parent = nullptr);
+    ~TUpdateTransfer() override;
+
+    void Start();
+    // Ends the transfer without a signal.
+    void Stop();
+
+    // The SHA-256 of all received bytes. REQUIRES: Finished.
+    QByteArray Sha256() const { return FHash.result(); }
+
+signals:
+    void Progress(qint64 bytes);
+    void Finished();
+    void Failed(const QString& text);
+
+private:
+    void Fetch(const QUrl& url);
+    void HeadersArrived();
+    void BodyArrived();
+    void ReplyEnded();
+    void Redirect();
+    void Fail(const QString& reason);
+    QString NetworkReason() const;
+
+    const TUpdateSettings& FSettings;
+    QNetworkAccessManager& FManager;
+    TTransferRequest FRequest;
+    QIODevice& FSink;
+    QNetworkReply* FReply = nullptr; // null before the start and after the end
+    QUrl FUrl;                       // the address that FReply fetches
+    QTimer FStall;
+    QCryptographicHash FHash { QCryptographicHash::Sha256 };
+    QString FTlsReason;
+    qint64 FReceived = 0;
+    int FRedirects = 0;
+};
+
+} // namespace Corvadine

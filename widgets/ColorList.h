@@ -1,0 +1,52 @@
+#pragma once
+
+#include <QColor>
+#include <QFrame>
+#include <QString>
+
+#include <vector>
+
+class QModelIndex;
+class QTableView;
+
+namespace Corvadine {
+
+struct TNamedColor {
+    QString Name;
+    QColor Color;
+};
+
+// The named colors of SVG 1.1, section 4.4, each color once
+// (https://www.w3.org/TR/SVG11/types.html#ColorKeywords). The neutral colors come first, from white to black.
+// The other colors follow in the order of the color circle, in runs of NamedColorRun colors. Each run goes
+// from light to dark.
+const std::vector<TNamedColor>& NamedColors();
+
+inline constexpr int NamedColorRun = 10; // also the number of rows in TColorList
+
+// The drop-down of the color box: the named colors as swatches, column by column, and the button "More…". The
+// list closes and deletes itself after a choice or a click outside.
+class TColorList : public QFrame {
+    Q_OBJECT
+
+public:
+    // Marks `current` if it is one of the named colors.
+    TColorList(const QColor& current, QWidget* parent);
+
+    // Opens at DropDownPlace() of `box`.
+    void OpenAt(const QWidget& box);
+
+signals:
+    void ColorChosen(const QColor& color);
+    void MoreRequested();
+
+protected:
+    void mousePressEvent(QMouseEvent* event) override;
+
+private:
+    void Choose(const QModelIndex& index);
+
+    QTableView* FView;
+};
+
+} // namespace Corvadine

@@ -1,0 +1,67 @@
+#pragma once
+
+#include <QAbstractItemModel>
+#include <QIcon>
+
+#include <vector>
+
+namespace Corvadine {
+
+// The entries of one folder (see ListFolder()) as a tree. The model lists a folder of the tree when a view
+// first asks for its entries. It does not watch the disk for changes and starts no thread. A list view shows
+// only the first level.
+class TFolderModel : public QAbstractItemModel {
+    Q_OBJECT
+public:
+    // The model lists all folders, and the files that match `masks`. It is empty until SetFolder() is called.
+    explicit TFolderModel(const QStringList& masks, QObject* parent = nullptr);
+
+    // The path of the folder whose entries are the top level, written as ShellFolders.h describes.
+    // SetFolder() lists the folder again even if it is already the model's folder.
+    QString Folder() const { return FRoot.Name; }
+    void SetFolder(const QString& folder);
+
+    // Returns the path of the entry at `index`, written as ShellFolders.h describes. An invalid `index`
+    // stands for the model's folder.
+    QString PathOf(const QModelIndex& index) const;
+    bool IsFolder(const QModelIndex& index) const;
+
+    // Returns the entry with this path. Lists every folder on the way to the entry. If a part of the path is
+    // hidden or gone, returns the last entry before that part, or an invalid index if there is no such entry.
+    QModelIndex IndexOf(const QString& path);
+
+    // The longest name on the top level, for views that give all entries the same width.
+    QString LongestName() const;
+
+    QModelIndex index(int row, int column, const QModelIndex& parent = {}) const override;
+    QModelIndex parent(const QModelIndex& index) const override;
+    int rowCount(const QModelIndex& parent = {}) const override;
+    int columnCount(const QModelIndex& parent = {}) const override;
+    QVariant data(const QModelIndex& index, int role) const override;
+    Qt::ItemFlags flags(const QModelIndex& index) const override;
+    bool hasChildren(const QModelIndex& parent = {}) const override;
+    bool canFetchMore(const QModelIndex& parent) const override;
+    void fetchMore(const QModelIndex& parent) override;
+
+private:
+    struct TNode {
+        TNode* Parent = nullptr;
+        QString Name;
+        bool IsFolder = true;
+        bool Listed = false;
+        std::vector<TNode> Children; // must not move: indexes point to these nodes
+    };
+
+    TNode* NodeOf(const QModelIndex& index) const;
+    QModelIndex IndexFor(const TNode& node) const;
+    static QString PathTo(const TNode& node);
+    std::vector<TNode> ListChildren(TNode& node) const;
+
+    QStringList FMasks;
+    TNode FRoot;
+    QIcon FDriveIcon;
+    QIcon FFolderIcon;
+    QIcon FFileIcon;
+};
+
+} // namespace Corvadine

@@ -1,0 +1,71 @@
+#pragma once
+
+#include "images/SourceImage.h"
+
+#include <QColor>
+#include <QImage>
+#include <QPixmap>
+#include <QString>
+#include <QWidget>
+
+class QMimeData;
+
+namespace Corvadine {
+
+// Shows the whole picture of an image file, centered on a background. The picture is as large as the view
+// allows without changing its aspect ratio. The view reports mouse positions and dropped files. It has no
+// zoom, scrolling or selection. Use on the window's thread.
+class TImageView : public QWidget {
+    Q_OBJECT
+public:
+    explicit TImageView(QWidget* parent = nullptr);
+
+    // Shows the picture of `path`. If the file does not decode, the view becomes empty and nothing is thrown.
+    void Load(const QString& path, TDecoderChoice choice);
+
+    void Clear();
+    bool IsEmpty() const { return FIsEmpty; }
+
+    // The picture at full size, as LoadSourceImage() returns it, or BlankSourceImage() while the
+    // view is empty.
+    const QImage& Image() const { return FImage; }
+
+    // Sets the color behind and around the picture. Without a call, or with an invalid `color`, the palette's
+    // base color is used.
+    void SetContentColor(const QColor& color);
+
+    // Returns the color of the picture under a position in the view, in logical pixels. The result has the
+    // form that ColorUnder() describes.
+    int ColorAt(int x, int y) const;
+
+    QSize sizeHint() const override;
+
+signals:
+    // The pointer moved over the view, with or without a button held. Positions are in logical pixels of the
+    // view. They can lie outside of the view while a button is held.
+    void MouseMoved(int x, int y);
+
+    // Any mouse button was pressed over the view. The position is in logical pixels.
+    void MousePressed(int x, int y);
+
+    // One file with the extension of a readable image was dropped here. `path` is absolute.
+    void FileDropped(const QString& path);
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
+
+private:
+    void Show(const QImage& image, const QString& description);
+    QSize DeviceSize() const;
+
+    QImage FImage;
+    bool FIsEmpty = true;
+    QPixmap FFitted; // FImage scaled to device pixels; null until the view is painted
+    QColor FContentColor;
+};
+
+} // namespace Corvadine
