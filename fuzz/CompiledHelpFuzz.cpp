@@ -1,0 +1,28 @@
+#include "base/Error.h"
+#include "fuzz/Fuzzing.h"
+#include "support/help/ChmArchive.h"
+#include "support/help/HelpContents.h"
+
+using namespace Corvadine;
+
+// Compiled help: whatever the file holds, it is refused with a text or all that it names can be asked for.
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    const QString file = Fuzzing::FileWith(u"help.chm"_s, Fuzzing::BytesOf(data, size));
+    try {
+        const TChmArchive archive(file);
+        const QList<quint32> topics = archive.TopicNumbers();
+        for (qsizetype i = 0; i < std::min(topics.size(), qsizetype { 50 }); ++i)
+            archive.Read(archive.TopicPage(topics[i]));
+        archive.Read(archive.HomePage());
+        int level = -1;
+        for (const THelpEntry& entry :
+            ParseHelpContents(archive.Read(archive.ContentsFile()).value_or(QByteArray()))) {
+            Fuzzing::Require(entry.Level >= 0 && entry.Level <= level + 1);
+            level = entry.Level;
+        }
+    } catch (const TError& error) {
+        Fuzzing::Require(error.Text().contains(file));
+    }
+    return 0;
+}

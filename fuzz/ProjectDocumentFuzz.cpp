@@ -1,0 +1,75 @@
+#include "base/Error.h"
+#include "fuzz/Fuzzing.h"
+#include "project/ProjectDocument.h"
+
+using namespace Corvadine;
+
+namespace {
+
+const QString Marker = u"images\\Corvadine-7f3a.png"_s; // no input will have it by chance
+
+std::vector<TElementChange> Edit(TProjectDocument& document)
+{
+    std::vector<TElementChange> changes;
+    for (const QString& id : { u"Icon_MainIcon"_s, u"ProjectGuid"_s, u"a"_s }) {
+        const auto made = document.SetText(id, Marker);
+        changes.insert(changes.end(), made.begin(), made.end());
+    }
+    return changes;
+}
+
+// Where the first of the forms that `piece` may have in the original ends there, counted from `from`: an
+// edited <X/> has become <X>text</X>, so that the pieces beside it have grown by a tag and by a ">". -1 if
+// none is found.
+qsizetype EndOf(const QByteArray& piece, const QByteArray& original, qsizetype from)
+{
+    const qsizetype start = piece.startsWith("</") ? piece.indexOf('>') + 1 : 0;
+    qsizetype first = -1;
+    for (const QByteArray& form : { piece, piece.mid(start) })
+        for (const qsizetype cut : { 0, form.endsWith('>') ? 1 : 0 }) {
+            const qsizetype found = original.indexOf(form.chopped(cut), from);
+            const qsizetype end = found < 0 ? -1 : found + form.size() - cut;
+            first = end >= 0 && (first < 0 || end < first) ? end : first;
+        }
+    return first;
+}
+
+// What lies between the edited texts stands in the original, in the same order.
+void RequireUntouchedElsewhere(const QByteArray& original, const QByteArray& edited)
+{
+    const QByteArray marker = Marker.toUtf8();
+    qsizetype at = 0;
+    qsizetype from = 0;
+    for (qsizetype end = edited.indexOf(marker); end >= 0; end = edited.indexOf(marker, from)) {
+        at = EndOf(edited.mid(from, end - from), original, at);
+        Fuzzing::Require(at >= 0);
+        from = end + marker.size();
+    }
+    const QByteArray last = edited.mid(from);
+    Fuzzing::Require(EndOf(last, original, at) >= 0);
+    Fuzzing::Require(original.endsWith(last) || original.endsWith(last.mid(last.indexOf('>') + 1)));
+}
+
+} // namespace
+
+// Project files: an edit changes nothing but the texts it is about, and the same edit again changes nothing.
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    const QByteArray bytes = Fuzzing::BytesOf(data, size);
+    try {
+        TProjectDocument document(bytes, u"fuzz.dproj"_s);
+        Fuzzing::Require(document.Bytes() == bytes);
+        const bool isEdited = !Edit(document).empty();
+        const QByteArray edited = document.Bytes();
+        Fuzzing::Require(isEdited || edited == bytes);
+        if (!bytes.contains('\0')) // the marker is looked for as bytes, which UTF-16 has twice as many of
+            RequireUntouchedElsewhere(bytes, edited);
+        TProjectDocument again(edited, u"fuzz.dproj"_s);
+        for (const TElementChange& change : Edit(again))
+            Fuzzing::Require(!change.Differs && change.OldText == Marker);
+        Fuzzing::Require(again.Bytes() == edited);
+    } catch (const TError& error) {
+        Fuzzing::Require(error.Text().contains(u"fuzz.dproj"_s));
+    }
+    return 0;
+}

@@ -1,0 +1,28 @@
+#include "base/Error.h"
+#include "fuzz/Fuzzing.h"
+#include "images/SourceImage.h"
+
+using namespace Corvadine;
+
+// Pictures: a file is either refused with a text or gives a picture of the size that its header tells, in one
+// of two formats; a thumbnail of it fits its box.
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    const QString file = Fuzzing::FileWith(u"picture"_s, Fuzzing::BytesOf(data, size));
+    try {
+        const TImageHeader header = ReadImageHeader(file, TDecoderChoice::ByContent);
+        constexpr qint64 MostMebibytes = 16; // larger ones only cost time
+        if (header.DecodedMebibytes > MostMebibytes)
+            return 0;
+        const QImage image = LoadSourceImage(file, TDecoderChoice::ByContent);
+        Fuzzing::Require(image.size() == header.Size);
+        Fuzzing::Require(image.format() == QImage::Format_ARGB32 || image.format() == QImage::Format_RGB32);
+        constexpr QSize Box(24, 16);
+        const TThumbnail thumbnail = LoadThumbnail(file, Box);
+        Fuzzing::Require(
+            thumbnail.Picture.width() <= Box.width() && thumbnail.Picture.height() <= Box.height());
+    } catch (const TError& error) {
+        Fuzzing::Require(error.Text().contains(file));
+    }
+    return 0;
+}
