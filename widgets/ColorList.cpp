@@ -21,7 +21,8 @@ namespace {
 
 constexpr int CellSide = 22;
 
-// Whether `color` is white, gray, black or nearly one of these. 30 named colors are, so they fill three runs.
+// Returns whether `color` is close to white, gray or black. This is true of 30 named colors, so the neutral
+// colors fill exactly three runs.
 bool IsNeutral(const QColor& color)
 {
     const auto [low, high] = std::minmax({ color.red(), color.green(), color.blue() });
@@ -59,8 +60,7 @@ std::vector<TNamedColor> OrderedColors()
     return colors;
 }
 
-// A table of the named colors. Each column is one run, from top to bottom. The names are for
-// screen readers only.
+// A table of the named colors. Each column is one run, from top to bottom. Only screen readers get the names.
 class TColorModel : public QAbstractTableModel {
 public:
     using QAbstractTableModel::QAbstractTableModel;
@@ -202,7 +202,7 @@ void TColorList::mousePressEvent(QMouseEvent* event)
 
 void TColorList::Choose(const QModelIndex& index)
 {
-    // If the style activates items on one click, a click calls this twice. The second call finds the list
+    // If the style activates items on one click, a click calls Choose() twice. The second call finds the list
     // closed and does nothing.
     const std::size_t position = TColorModel::PositionOf(index);
     if (!isVisible() || position >= NamedColors().size())

@@ -18,20 +18,22 @@ public:
     // `window` contains the views and owns the picker. The views must outlive the picker.
     TColorPicker(TImageView* iconView, TImageView* launchView, QWidget* window);
 
-    // Call this with the new state of the pick button after each click. If `on`, the icon view's cursor
-    // becomes a hand. Otherwise the window's cursor becomes an arrow, and the icon view keeps its hand until
-    // a color is picked.
+    // Call this after each click on the pick button, with the new state of the button. If `on` is true, the
+    // icon view's cursor becomes a hand. If `on` is false, the window's cursor becomes an arrow, but the icon
+    // view keeps its hand until a color is picked.
     void SetPickMode(bool on);
 
 signals:
-    // The pointer moved in pick mode; `color` is to be shown, but not stored. It has red in the lowest byte,
-    // then green and blue. It is -1 beside the image.
+    // The pointer moved in pick mode. The owner must show `color`, but must not store it. The lowest byte
+    // of `color` is red, the next is green, and the third is blue. `color` is -1 if the pointer is beside
+    // the image.
     void Previewed(int color);
 
-    // A press has picked a color. The owner then releases the pick button, without calling SetPickMode().
+    // A press has picked a color. The owner must release the pick button without calling SetPickMode().
     void PickModeEnded();
 
-    // Emitted after PickModeEnded(). `color` is to be stored; it has the form that Previewed() describes.
+    // Emitted after PickModeEnded(). The owner must store `color`, which has the form that
+    // Previewed() describes.
     void Picked(int color);
 
 private:

@@ -7,13 +7,13 @@ class QGuiApplication;
 namespace Corvadine {
 
 // Returns whether the desktop is set to dark windows, or nothing if the desktop has no such setting or does
-// not answer in time. This version of Qt does not read the setting itself. On Windows it is the setting for
-// apps. On Linux it is color-scheme of org.freedesktop.appearance in the XDG Desktop Portal.
+// not answer in time. On Windows this is the setting for apps. On Linux it is color-scheme of
+// org.freedesktop.appearance in the XDG Desktop Portal. Qt 6.4 reads neither setting itself.
 std::optional<bool> DesktopPrefersDark();
 
-// Makes Windows draw dark frames and captions for all windows that `application` opens from now on. Needed
-// because the program can be dark while the setting of Windows is light (see ThemeOfEnvironment()). Does
-// nothing on other systems.
+// Makes Windows draw dark frames and captions for all windows that `application` opens from now on. Windows
+// does not do this itself if the program is dark and the setting of Windows is light (see
+// ThemeOfEnvironment()). Does nothing on other systems.
 void DarkenFrames(QGuiApplication& application);
 
 } // namespace Corvadine

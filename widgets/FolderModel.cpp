@@ -47,7 +47,7 @@ QModelIndex TFolderModel::IndexOf(const QString& path)
         const QString folderPath = PathTo(folder);
         const auto child = std::find_if(folder.Children.begin(), folder.Children.end(),
             [&](const TNode& node) { return EntryPath(folderPath, node.Name) == part; });
-        // No child matches a part above the model's folder, nor a part that is hidden or missing.
+        // If this part is above the model's folder, hidden or missing, then no child matches.
         if (child != folder.Children.end())
             found = IndexFor(*child);
     }
@@ -129,7 +129,8 @@ void TFolderModel::fetchMore(const QModelIndex& parent)
 
 TFolderModel::TNode* TFolderModel::NodeOf(const QModelIndex& index) const
 {
-    // This function is const so that all others can call it. Only non-const functions change the node.
+    // This function is const so that all other functions can call it. Only non-const functions change
+    // the node.
     return index.isValid() ? static_cast<TNode*>(index.internalPointer()) : const_cast<TNode*>(&FRoot);
 }
 

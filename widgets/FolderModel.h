@@ -16,8 +16,8 @@ public:
     // The model lists all folders, and the files that match `masks`. It is empty until SetFolder() is called.
     explicit TFolderModel(const QStringList& masks, QObject* parent = nullptr);
 
-    // The path of the folder whose entries are the top level, written as ShellFolders.h describes.
-    // SetFolder() lists the folder again even if it is already the model's folder.
+    // Folder() returns the path of the folder whose entries are the top level, written as ShellFolders.h
+    // describes. SetFolder() lists `folder` again even if `folder` is already the model's folder.
     QString Folder() const { return FRoot.Name; }
     void SetFolder(const QString& folder);
 
@@ -26,11 +26,13 @@ public:
     QString PathOf(const QModelIndex& index) const;
     bool IsFolder(const QModelIndex& index) const;
 
-    // Returns the entry with this path. Lists every folder on the way to the entry. If a part of the path is
-    // hidden or gone, returns the last entry before that part, or an invalid index if there is no such entry.
+    // Returns the entry `path`, and lists every folder on the way to this entry. If a part of `path` is
+    // hidden or missing, returns the entry of the part before. If there is no such entry either, returns an
+    // invalid index.
     QModelIndex IndexOf(const QString& path);
 
-    // The longest name on the top level, for views that give all entries the same width.
+    // Returns the longest name on the top level, from which views compute one width for all entries. Returns
+    // an empty name if there is no entry.
     QString LongestName() const;
 
     QModelIndex index(int row, int column, const QModelIndex& parent = {}) const override;

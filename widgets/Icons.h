@@ -4,11 +4,11 @@
 
 namespace Corvadine {
 
-// The icon of widgets/icons/NAME.png and of NAME@2x.png, which has twice the size.
+// Returns the icon made of widgets/icons/NAME.png and of NAME@2x.png, the same drawing at twice the size.
 // REQUIRES: both files exist.
 QIcon CommandIcon(QLatin1String name);
 
-// The program's own icon in all its sizes.
+// Returns the program's own icon in all its sizes.
 QIcon ApplicationIcon();
 
 } // namespace Corvadine

@@ -54,7 +54,7 @@ void TImageView::Load(const QString& path, TDecoderChoice choice)
         const QImage image = LoadSourceImage(path, choice);
         Show(image, u"%1, %2"_s.arg(FileNameOf(path), SizeText(image.size())));
         FIsEmpty = false;
-    } catch (const std::exception&) { // running out of memory counts as a file that does not decode
+    } catch (const std::exception&) { // for example std::bad_alloc for a huge picture
         Clear();
     }
 }

@@ -26,8 +26,8 @@ public:
     void Clear();
     bool IsEmpty() const { return FIsEmpty; }
 
-    // The picture at full size, as LoadSourceImage() returns it, or BlankSourceImage() while the
-    // view is empty.
+    // Returns the picture at full size, as LoadSourceImage() returned it. Returns BlankSourceImage() while
+    // the view is empty.
     const QImage& Image() const { return FImage; }
 
     // Sets the color behind and around the picture. Without a call, or with an invalid `color`, the palette's

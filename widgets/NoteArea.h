@@ -6,7 +6,8 @@ class QLabel;
 
 namespace Corvadine {
 
-// A note (TNoteLabel) that is as high as its text. If there is less room, a scroll bar appears.
+// A note (TNoteLabel) that is as high as its text. If there is not enough room for the text, a scroll
+// bar appears.
 class TNoteArea : public QScrollArea {
     Q_OBJECT
 

@@ -4,8 +4,8 @@
 
 namespace Corvadine {
 
-// An explaining text on a light yellow background, word-wrapped. The background is the same in every color
-// scheme, and so the letters are dark in every scheme. The text may be rich text.
+// An explaining text on a light yellow background, word-wrapped. The background is light in every color
+// scheme, so the letters are dark in every scheme too. The text may be rich text.
 class TNoteLabel : public QLabel {
     Q_OBJECT
 public:

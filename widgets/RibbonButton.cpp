@@ -36,7 +36,7 @@ TRibbonButton::TRibbonButton(QAction& action, QWidget* parent) : QToolButton(par
     setAutoRaise(true);
     setAccessibleName(action.text().remove(u'&'));
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
-    // A tool button reports clicks to its action, but not calls of its own setChecked().
+    // A tool button tells its action of clicks, but not of calls of setChecked().
     connect(this, &QToolButton::toggled, &action, &QAction::setChecked);
 }
 

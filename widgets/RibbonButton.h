@@ -6,7 +6,7 @@
 namespace Corvadine {
 
 // A large button of the ribbon: a 32-pixel icon above a caption of at most two lines. The button never takes
-// the keyboard focus and shows no hint.
+// the keyboard focus and shows no tool tip.
 class TRibbonButton : public QToolButton {
     Q_OBJECT
 

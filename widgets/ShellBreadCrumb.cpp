@@ -135,7 +135,7 @@ void TShellBreadCrumb::Rebuild()
             button->removeEventFilter(this);
             FParts->removeWidget(button);
             button->hide();
-            button->deleteLater(); // not at once: a click on this button may have led here
+            button->deleteLater(); // not at once, because Qt may still handle a click on this button
         }
     }
     FCrumbs.clear();
@@ -154,7 +154,7 @@ int TShellBreadCrumb::WidthForPath() const
     return contentsRect().width() - taken;
 }
 
-// Shows as many of the last parts as fit. The very last part is always shown; its name is cut if necessary.
+// Shows as many of the last parts as fit. The last part is always shown, with a shortened name if necessary.
 void TShellBreadCrumb::FitIntoWidth()
 {
     const int width = WidthForPath();

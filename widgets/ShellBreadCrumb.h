@@ -11,16 +11,16 @@ class QToolButton;
 
 namespace Corvadine {
 
-// A folder's path as a row of buttons. Each part of the path is a folder and has two buttons: its name shows
-// that folder, and its arrow drops down the folders in it. A button at the left has a menu of the parts that
-// do not fit. Left and Right move the focus along the parts. Space and Enter show the focused part's folder,
-// and Down opens its drop-down. Paths have the form of ShellFolders.h.
+// A folder's path as a row of buttons. Each part of the path is a folder with two buttons. The button with
+// the name shows the folder, and the button with the arrow drops down the folders inside. A further button at
+// the left has a menu of the parts that do not fit. Left and Right move the focus along the parts. Space and
+// Enter show the focused part's folder, and Down opens its drop-down. Paths have the form of ShellFolders.h.
 class TShellBreadCrumb : public QFrame {
     Q_OBJECT
 public:
     explicit TShellBreadCrumb(QWidget* parent = nullptr);
 
-    // The folder that is shown. The path is empty before SetPath() is called, and also for the root
+    // Returns the folder that is shown. The path is empty before the first SetPath(), and also for the root
     // above the drives.
     QString Path() const { return FPath; }
 

@@ -34,8 +34,8 @@ struct TSortedEntry {
     }
 };
 
-// The order of names in the user's language. A system without language settings has the "C" locale, which
-// cannot sort numbers by value or ignore case. Such a system uses the order of English.
+// Returns the order of names in the user's language. A system without language settings has the "C" locale,
+// which cannot sort numbers by value or ignore case. Such a system uses the order of English.
 QCollator PeoplesOrder()
 {
     const QLocale locale;

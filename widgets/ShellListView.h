@@ -15,8 +15,8 @@ class TShellListView : public QListView {
 public:
     explicit TShellListView(const QStringList& masks, QWidget* parent = nullptr);
 
-    // The folder that is shown, as a path in the form of ShellFolders.h. When SetFolder() goes up to the
-    // parent folder, it puts the cursor on the former folder without selecting that folder.
+    // Folder() returns the path of the folder that is shown, in the form of ShellFolders.h. When SetFolder()
+    // goes up to the parent folder, the cursor moves to the former folder, which is not selected.
     QString Folder() const { return FModel.Folder(); }
     void SetFolder(const QString& folder);
 

@@ -37,8 +37,8 @@ public:
         const QWidget* widget) const override
     {
         QProxyStyle::drawPrimitive(element, option, painter, widget);
-        // Fusion draws outlines darker than the window, so on a dark window they are hardly visible. Lighter
-        // outlines are drawn over them.
+        // Fusion draws outlines darker than the window, so on a dark window they are hardly visible. Here
+        // lighter outlines are drawn over them.
         if ((element == PE_IndicatorCheckBox || element == PE_FrameLineEdit) && IsDark(option->palette)
             && !(option->state & State_HasFocus))
             DrawOutline(QRectF(option->rect), option->palette, *painter);

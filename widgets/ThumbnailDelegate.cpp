@@ -66,7 +66,7 @@ void TThumbnailDelegate::paint(
     painter->restore();
 }
 
-// Returns the size of the whole cell of the grid, because the view paints an item no larger than this.
+// Returns the size of a whole cell of the grid, because the view paints no item larger than its size hint.
 QSize TThumbnailDelegate::sizeHint(const QStyleOptionViewItem& option, const QModelIndex&) const
 {
     const auto* const list = qobject_cast<const QListView*>(option.widget);

@@ -13,7 +13,7 @@ class TThumbnailDelegate : public QAbstractItemDelegate {
 public:
     using QAbstractItemDelegate::QAbstractItemDelegate;
 
-    // The size of the smallest cell that holds a thumbnail and its two lines of text.
+    // Returns the size of the smallest cell that holds a thumbnail and its two lines of text.
     static QSize CellSize(const QFontMetrics& font);
 
     void paint(

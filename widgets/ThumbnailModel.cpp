@@ -12,7 +12,7 @@ namespace Corvadine {
 
 namespace {
 
-// Holds 650 pictures at pixel ratio 1. A generation run writes fewer.
+// Enough for about 650 pictures at pixel ratio 1. A generation run writes fewer.
 constexpr int PictureMemoryInKiB = 64 * 1024;
 
 // Returns the thumbnail of `file` for a screen with `ratio` device pixels per logical pixel. A picture
@@ -61,8 +61,8 @@ bool TThumbnailModel::Append(const QString& file, const QString& info)
     return true;
 }
 
-// Identifies the content of a file, to find equal files. The result is empty for a file that cannot be read
-// or is too large to be a generated image.
+// Returns a key of the file's content, by which Load() finds equal files. The key is empty if the file cannot
+// be read or is too large to be a generated image.
 TThumbnailModel::TContent TThumbnailModel::ContentOf(const QString& path)
 {
     constexpr qint64 LargestHashed = qint64 { 4 } * 1024 * 1024;

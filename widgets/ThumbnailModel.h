@@ -11,12 +11,13 @@ namespace Corvadine {
 
 struct TThumbnail;
 
-// The thumbnails of image files, one per row, in the order in which they were appended. The display text
-// is the file's name. The decoration is the file's picture as a QImage; its pixel ratio makes the
+// The thumbnails of image files, one per row, in the order in which they were appended. The display text is
+// the file's name. The decoration is the file's picture as a QImage. The pixel ratio of the QImage makes the
 // picture fit ThumbnailSide.
 //
-// Pictures are kept in memory up to a fixed amount. A picture that was dropped is read from its file again
-// when it is needed. The picture is null if its file no longer decodes. Use on the window's thread.
+// The model keeps pictures in memory up to a fixed amount and drops the others. A dropped picture is read
+// from its file again when it is needed. The picture is null if the file no longer decodes. Use on the
+// window's thread.
 class TThumbnailModel : public QAbstractListModel {
     Q_OBJECT
 public:
@@ -34,8 +35,8 @@ public:
     // `info` is empty. Returns false and adds no row if the file does not decode.
     bool Append(const QString& file, const QString& info = {});
 
-    // Sets how many device pixels a logical pixel of the screen has; 1 at first. After a change, each picture
-    // is read again when it is needed.
+    // Sets how many device pixels a logical pixel of the screen has. At first this ratio is 1. After a
+    // change, each picture is read again when it is needed.
     void SetPixelRatio(double ratio);
 
     int rowCount(const QModelIndex& parent = {}) const override;
@@ -61,7 +62,7 @@ private:
 
     QList<TRow> FRows;
     mutable QCache<int, QImage> FPictures; // the key is the row, the cost is in KiB
-    QHash<TContent, int> FContents;        // the last row decoded from each content
+    QHash<TContent, int> FContents;        // for each content, the row that was decoded last
     double FPixelRatio = 1;
 };
 

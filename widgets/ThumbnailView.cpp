@@ -13,7 +13,7 @@ namespace Corvadine {
 
 namespace {
 
-constexpr qint64 SliceMilliseconds = 8; // half of a frame, so that the window can paint in the other half
+constexpr qint64 SliceMilliseconds = 8; // half a frame at 60 Hz; the window paints in the other half
 
 QStringList ImageFilesOf(const QString& folder)
 {
@@ -119,7 +119,7 @@ void TThumbnailView::changeEvent(QEvent* event)
 }
 
 // Makes the columns share the whole width. When QListView wraps, it subtracts the scroll bar from the width
-// even if the bar is hidden. It also needs one pixel more than the columns take.
+// even if the bar is hidden. QListView also needs one pixel more than the columns take.
 void TThumbnailView::SpreadColumns()
 {
     const int width = maximumViewportSize().width()
@@ -131,7 +131,7 @@ void TThumbnailView::SpreadColumns()
         return;
     setGridSize(grid);
     verticalScrollBar()->setSingleStep(
-        grid.height() / 3); // a notch of the wheel is three steps, and so one row
+        grid.height() / 3); // a notch of the wheel is three steps, so it scrolls by one row
 }
 
 } // namespace Corvadine

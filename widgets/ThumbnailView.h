@@ -16,10 +16,10 @@ class TThumbnailView : public QListView {
 public:
     explicit TThumbnailView(QWidget* parent = nullptr);
 
-    // Shows the image files that lie directly in `folder`, sorted by name. Hidden files and files that do
-    // not decode are left out. Returns whether there is an image. The first image is already shown on
-    // return. The event loop adds the others, some every few milliseconds, until all are shown or Clear() or
-    // Fill() is called.
+    // Shows the image files that lie directly in `folder`, sorted by name. Hidden files and files that do not
+    // decode are left out. Returns whether there is an image. The first image is shown before this function
+    // returns. The event loop then adds the others, a few at a time, until all are shown. Clear() or the next
+    // Fill() stops the adding.
     bool Fill(const QString& folder);
 
     // Adds the thumbnail of the first picture in `file` at the end. The line below the picture is `info`, or

@@ -2,10 +2,11 @@
 
 namespace Corvadine {
 
-// Shows the hourglass over the whole program. Calls are not counted, so one ShowNormalCursor() ends them all.
+// Shows the wait cursor over the whole program. Calls are not counted, so one ShowNormalCursor() removes the
+// wait cursor.
 void ShowWaitCursor();
 
-// Shows the normal cursor. Also removes a wait cursor that an earlier failed command has left.
+// Shows the normal cursor. Also removes a wait cursor that a failed command has left behind.
 void ShowNormalCursor();
 
 } // namespace Corvadine
