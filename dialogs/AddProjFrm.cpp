@@ -93,7 +93,8 @@ void TAddProjForm::UpdateCommands()
     btnAddProject->setEnabled(IsProjectFileName(ProjectFile()));
 }
 
-// Refuses a typed text that is not a full path; a path from the tree always is. The file need not exist.
+// Refuses a typed text that is not a full path. A path from the tree is always a full path. The file need
+// not exist.
 void TAddProjForm::AddProject()
 {
     const QString file = ProjectFile();

@@ -9,8 +9,8 @@ namespace Corvadine {
 class TShellDropDown;
 
 // The dialog that asks for the project file to add. Run it with exec(). After Accepted, ProjectFile()
-// is a full path, exactly as displayed; the file need not exist. Every other way of closing the
-// dialog gives Rejected.
+// returns a full path, exactly as displayed. The file need not exist. Every other way of closing the dialog
+// gives Rejected.
 class TAddProjForm : public QDialog {
     Q_OBJECT
 public:
@@ -24,8 +24,8 @@ public:
     QPushButton* const btnCancel;
 
 signals:
-    // "Add Project" was pressed, but the text is not a full path. The dialog stays open. `reason` says so to
-    // the user, as a sentence.
+    // "Add Project" was pressed, but the text is not a full path. The dialog stays open. `reason` is the
+    // sentence to show to the user.
     void Refused(const QString& reason);
 
 private:

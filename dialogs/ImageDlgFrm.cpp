@@ -33,7 +33,7 @@ constexpr int Gap = 4;
 constexpr int PreviewWidth = 300;
 constexpr int FilenameWidth = 470;
 
-// Many programs on Windows cannot open longer paths, the user's build tools among them.
+// Many programs on Windows, such as the user's build tools, cannot open longer paths.
 constexpr qsizetype MaxPathLength = 260;
 
 QStringList ListedMasks()
@@ -46,7 +46,7 @@ QImage LoadPreview(const QString& path, QSize box)
 {
     try {
         return LoadThumbnail(path, box).Picture;
-    } catch (const std::exception&) { // also std::bad_alloc, since pictures can be large
+    } catch (const std::exception&) { // includes std::bad_alloc, because pictures can be large
         return {};
     }
 }
@@ -192,8 +192,8 @@ void TImageDlgForm::aAddImageExecute()
 
 void TImageDlgForm::aAddImageUpdate()
 {
-    // A typed file name also enables the command, though the command then only beeps. Users cannot type a
-    // name yet, because edNewFilename is hidden.
+    // A typed file name also enables the command, which then only beeps. Users cannot type a name yet,
+    // because edNewFilename is hidden.
     const bool hasNewName = !ShellBreadCrumb->Path().isEmpty() && !edNewFilename->text().isEmpty();
     aAddImage->setEnabled(FSelectedIsImage || hasNewName);
 }
@@ -209,8 +209,8 @@ void TImageDlgForm::aUpLevelUpdate()
     aUpLevel->setEnabled(ParentFolder(ShellBreadCrumb->Path()).has_value());
 }
 
-// Decoding starts when all events are handled, so the selection is painted first. While a key is held down,
-// only the files where the cursor pauses are decoded.
+// Decoding starts when all events are handled, so the list paints the selection first. While an arrow key is
+// held down, only the files where the cursor pauses are decoded.
 void TImageDlgForm::SchedulePreview()
 {
     if (std::exchange(FPreviewIsDue, true))

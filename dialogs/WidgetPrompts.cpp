@@ -63,7 +63,7 @@ std::optional<QString> TWidgetPrompts::ChooseImage(const QString& startFolder)
     return form.SelectedFile;
 }
 
-// The dialog blocks the main window, but not a help window that it opens.
+// The dialog blocks the main window, but not the help window.
 int TWidgetPrompts::Run(QDialog& form) const
 {
     AnswerHelpKey(form, FHelp);

@@ -14,11 +14,12 @@ namespace Corvadine {
 // file names may look like markup.
 class TWidgetPrompts : public TPrompts {
 public:
-    // Sets the window that the boxes block and are centered on. At first there is none. REQUIRES: `window`
-    // outlives this object.
+    // Sets the window that boxes block and are centered on. Boxes that are shown before this call have no
+    // such window. REQUIRES: `window` outlives this object.
     void SetWindow(QWidget* window) { FWindow = window; }
 
-    // Sets the function that is called when F1 is pressed in a dialog. Without it, F1 does nothing.
+    // Sets the function that is called when F1 is pressed in a dialog. Without this function, F1
+    // does nothing.
     void SetHelp(THelpRequest help) { FHelp = std::move(help); }
 
     void ShowError(const QString& text) override;
