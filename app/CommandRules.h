@@ -2,7 +2,7 @@
 
 namespace Corvadine {
 
-// What the enabling rules of the commands depend on.
+// The state of the window from which the rules below decide which commands are enabled.
 struct TCommandState {
     bool TableOpen = false;
     bool HasRow = false;        // there is a current row, saved or new
@@ -16,7 +16,7 @@ struct TCommandState {
     bool Running = false; // a generation run is under way
 };
 
-// Whether a command may be carried out in this state.
+// A rule returns whether its command may be carried out in this state.
 using TCommandRule = bool (*)(const TCommandState&);
 
 // The rules of the commands. During a run no command may be carried out.

@@ -29,7 +29,7 @@ void TFieldEditor::Attach()
             Reload();
     });
     QObject::connect(&FTable, &TProjectsTable::StateChanged, &FWidget, [this] {
-        if (!FTable.IsEditing()) // a starting edit must keep shown values that are not written yet
+        if (!FTable.IsEditing()) // when an edit starts, shown values that are not written yet must stay
             Reload();
     });
     Reload();

@@ -15,14 +15,14 @@ namespace Corvadine {
 class TProjectsTable;
 
 // The base of the controls that show and change one field of the current project. A change starts editing the
-// row and sets the field; the command "Save Changes" saves the row. Without a current row the control is
+// row and sets the field. The command "Save Changes" saves the row. Without a current row the control is
 // blank and disabled. The control shows the field again when another row becomes current, when the field
 // changes, and when editing ends. So "Cancel Changes" also resets the control.
 //
 // A control inherits this class and a class of Qt, and calls Attach() at the end of its constructor.
 class TFieldEditor {
 public:
-    // Whether `widget` is an editor of a field, or a part of such an editor.
+    // Returns whether `widget` is an editor of a field, or a part of such an editor.
     static bool IsFieldEditor(const QWidget* widget);
 
     TFieldEditor(const TFieldEditor&) = delete;
@@ -46,7 +46,7 @@ protected:
     void Attach();
 
     // Sets the field of the current row. If there is no row, or if the field has this value already, only
-    // shows the field again.
+    // shows the field again. A TError is not thrown but passed to the error handler.
     void Write(const QVariant& value);
 
     // Shows the field of the current row.

@@ -16,7 +16,7 @@ namespace Corvadine {
 
 namespace {
 
-// Whether this key moves a slider.
+// Returns whether the key of `event` moves a slider.
 bool IsSliderKey(const QKeyEvent& event)
 {
     switch (event.key()) {
@@ -150,7 +150,7 @@ void TFieldSlider::ShowValue(const QVariant& value)
 
 void TFieldSlider::showEvent(QShowEvent* event)
 {
-    // Screen readers read the name of the slider, not of this widget around it.
+    // Screen readers read the name of the slider, not the name of this widget around the slider.
     FSlider->setAccessibleName(accessibleName());
     QWidget::showEvent(event);
 }
@@ -178,7 +178,8 @@ void TFieldSlider::ShowNumber()
 TFieldNumberEdit::TFieldNumberEdit(TProjectsTable& table, TField field, QWidget* parent)
     : QLineEdit(parent), TFieldEditor(table, field, *this)
 {
-    // The greatest width is all nines, so a limit on the digits suffices. Leading zeros may be typed.
+    // The greatest allowed width has only nines as digits. So a number is in range if it has no more digits.
+    // Leading zeros may be typed too.
     static const QRegularExpression Digits(u"[0-9]{0,%1}"_s.arg(QString::number(TwoxSizeRange.Most).size()));
     setValidator(new QRegularExpressionValidator(Digits, this));
     connect(this, &QLineEdit::textEdited, this, [this] {
@@ -197,8 +198,8 @@ std::optional<int> TFieldNumberEdit::Value() const
 
 void TFieldNumberEdit::ShowValue(const QVariant& value)
 {
-    // While the user types, text that means the same number stays as it is ("007"), because replacing it
-    // would move the cursor.
+    // While the user types, a text for the same number ("007") stays as it is, because a new text would move
+    // the cursor.
     const auto shown = value.isValid() ? std::optional(value.toInt()) : std::nullopt;
     if (shown != Value() || !hasFocus())
         setText(shown ? QString::number(*shown) : QString());

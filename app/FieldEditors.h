@@ -46,10 +46,10 @@ protected:
 };
 
 // Shows and edits an integer field in CompressionRange, as a slider with its number beside it. A move is
-// written when the slider loses the focus, when the pointer leaves the slider, or on a key that does not move
-// the slider. If the pointer leaves during a drag, the move is written when the drag ends. So the field is
-// written before the user can start a command by mouse, Alt key or shortcut. A move that is not written yet
-// is dropped when another row becomes current or editing ends.
+// written when the slider loses the focus or the pointer leaves the slider. A key that does not move the
+// slider also writes the move. If the pointer leaves during a drag, the move is written when the drag ends.
+// This way the field is written before the user can start a command by mouse, Alt key or shortcut. A move
+// that is not written yet is dropped when another row becomes current or editing ends.
 class TFieldSlider : public QWidget, public TFieldEditor {
     Q_OBJECT
 
@@ -59,7 +59,7 @@ public:
 
     TFieldSlider(TProjectsTable& table, TField field, QWidget* parent = nullptr);
 
-    // The number shown, if any.
+    // Returns the number that is shown, or nothing if the control is blank.
     std::optional<int> Value() const;
 
     bool eventFilter(QObject* watched, QEvent* event) override;
@@ -88,7 +88,7 @@ class TFieldNumberEdit : public QLineEdit, public TFieldEditor {
 public:
     TFieldNumberEdit(TProjectsTable& table, TField field, QWidget* parent = nullptr);
 
-    // The number shown, if any.
+    // Returns the number that is shown, or nothing if the control is blank.
     std::optional<int> Value() const;
 
 protected:

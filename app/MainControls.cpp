@@ -26,7 +26,7 @@ constexpr int ViewSide = 230;
 constexpr int PanelWidth = 250;
 constexpr int ColumnWidth = 2 * PanelWidth + Gap;
 
-// One line for each step. Older releases have the same text, so its misspelled "Piick" is kept.
+// One line for each step. The misspelled "Piick" is kept, because older releases have the same text.
 const QString Instructions =
     u"1. Click on the Add Project button.\n"
     "2. Add an Icon Image (1024 x 1024) recommended.\n"

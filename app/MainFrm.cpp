@@ -41,7 +41,7 @@ const QString DesignedCaption = u"FMX Corvadine"_s;
 constexpr std::chrono::seconds DatabasePatience { 1 }; // how long a locked database may block the window
 constexpr int MainWindowTopic = 90;                    // see help/Corvadine.hhp
 
-// Returns the local path of the dragged file if it is a single project file; otherwise an empty text.
+// Returns the local path of the dragged file if it is a single project file. Otherwise returns an empty text.
 QString DraggedProjectFile(const QMimeData& data)
 {
     const QList<QUrl> urls = data.urls();
@@ -67,7 +67,8 @@ TMainForm::TMainForm(const QString& programFolder, TPrompts& prompts)
     , FPicker(FControls.ImageEnViewIcon, FControls.ImageEnViewSplash, this)
 {
     FState.ProgramFolder = WithTrailingDelimiter(programFolder);
-    // Set before StartUp(): backups must go to this folder even if the start-up fails before creating it.
+    // The path is set before StartUp(), because backups go to this folder even if StartUp() fails before
+    // creating it.
     FState.BackupFolder = WithTrailingDelimiter(FState.OwnFile(BackupFolderName));
     setWindowTitle(DesignedCaption);
     setAcceptDrops(true);
@@ -105,8 +106,8 @@ void TMainForm::StartUp()
             return;
 }
 
-// Makes an action that calls `execute` if `rule` allows it. Each click evaluates the rule again, because the
-// button shows the state of the last idle time.
+// Makes an action that calls `execute` if `rule` allows the command. Each click evaluates the rule again,
+// because the state may have changed since the button was enabled.
 QAction* TMainForm::AddCommand(const QString& caption, const QIcon& icon, const QKeySequence& shortcut,
     TCommandRule rule, const std::function<void()>& execute)
 {
@@ -250,8 +251,8 @@ void TMainForm::aProjectExecute()
         images.Images.push_back({ record.ID, ImageFileName(record.ID) });
     ShowWaitCursor();
     QApplication::processEvents(QEventLoop::ExcludeUserInputEvents); // a second click must not update twice
-    // If this throws, the wait cursor stays until the next update or run ends. Older releases did the same,
-    // so this is on purpose.
+    // If the update throws, the wait cursor stays until the next update or run ends. This is on purpose,
+    // because older releases did the same.
     TBackups backups(FState.BackupFolder, FState.OwnFile(ProjectDatabaseName), DatabasePatience);
     const TUpdateResult result =
         UpdateProject(images, { backups, QDateTime::currentDateTime(), TBackupPolicy::BestEffort });
@@ -293,12 +294,13 @@ void TMainForm::btnHelpClick()
         FState.HelpRouter->HelpCommand(THelpRouter::ContentsCommand, 0);
 }
 
-// The program folder becomes the current folder and stays so. The update itself uses full paths.
+// The program folder becomes the current folder of the process and is not reset. The update itself uses
+// full paths.
 void TMainForm::btnCheckUpdatesClick()
 {
     QDir::setCurrent(FState.ProgramFolder);
     if (FCheckForUpdates(this, QDir::cleanPath(FState.ProgramFolder)))
-        QApplication::closeAllWindows(); // closing the window saves the settings
+        QApplication::closeAllWindows(); // the program then ends, and ~TMainForm() saves the settings
 }
 
 void TMainForm::tblProjectsAfterScroll()
@@ -306,7 +308,8 @@ void TMainForm::tblProjectsAfterScroll()
     FIntake.ShowCurrentProject();
 }
 
-// Reads the database again. The command-line program may have changed it while another window was active.
+// Reads the database again. The command-line program may have changed the database while this window was
+// not active.
 void TMainForm::FollowOtherPrograms()
 {
     FHasMissedActivation = false;
@@ -317,14 +320,14 @@ void TMainForm::FollowOtherPrograms()
         return; // no message: the database may be locked only at this moment
     }
     const TProject after = FTable.Current();
-    if (after.ID != before.ID) // CurrentChanged has updated the rest; the lookup does not follow rows
+    if (after.ID != before.ID) // the lookup alone does not follow CurrentChanged
         FControls.cbProjects->SetValue(FTable.IsEmpty() ? std::nullopt : std::optional<qint64>(after.ID));
     else if (ShowsOtherImages(before, after))
         Guarded([this] { FIntake.ShowCurrentProject(); });
 }
 
 // Runs a command or handler. Shows the text of an error, because exceptions must not pass through Qt. Returns
-// whether there was no error. If the window became active meanwhile, then reads the database again.
+// whether there was no error. If the window became active during the command, reads the database again.
 bool TMainForm::Guarded(const std::function<void()>& action)
 {
     bool hasSucceeded = false;
@@ -341,7 +344,7 @@ bool TMainForm::Guarded(const std::function<void()>& action)
     return hasSucceeded;
 }
 
-// Whether a command is under way or a dialog is open. The current row must not change during either.
+// Returns whether a command is under way or a dialog is open. Meanwhile the current row must not change.
 bool TMainForm::IsBusy() const
 {
     return FGuardedDepth > 0 || QApplication::activeModalWidget() != nullptr;
@@ -383,7 +386,8 @@ void TMainForm::closeEvent(QCloseEvent* event)
     event->setAccepted(!FClosesAfterRun);
 }
 
-// The desktop may change between light and dark, and other programs may change the database, at any time.
+// Follows a change of the desktop between light and dark. When the window becomes active, follows what other
+// programs have changed in the database.
 void TMainForm::changeEvent(QEvent* event)
 {
     QMainWindow::changeEvent(event);
@@ -396,7 +400,7 @@ void TMainForm::changeEvent(QEvent* event)
     }
 }
 
-// Only a copy is accepted: after a move the file manager would delete the file.
+// Accepts only a copy, because after a move the file manager would delete the file.
 void TMainForm::dragEnterEvent(QDragEnterEvent* event)
 {
     if (!MayAddProject(CommandState()) || DraggedProjectFile(*event->mimeData()).isEmpty())

@@ -35,11 +35,13 @@ public:
     // Saves the settings and closes the table and the database. Edits that are not saved are lost.
     ~TMainForm() override;
 
-    // Opens the store, reads the settings, shows the remembered project or else the first, and sets up the
-    // help. An error is shown and ends the start-up. Call this once.
+    // Opens the database, reads the settings, shows a project, and sets up the help. The project is the
+    // remembered one, or else the first in the table. An error is shown to the user and ends the start-up.
+    // Call this once.
     void StartUp();
 
-    // Opens the help at a numbered topic. Does nothing if the start-up ended before the help was set up.
+    // Opens the help page with the number `topic`. Does nothing if the start-up ended before the help was
+    // set up.
     void HelpContext(int topic);
 
     // Makes the window call `check` in place of CheckForUpdates(), so that tests need no network.

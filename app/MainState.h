@@ -24,18 +24,18 @@ struct TMainState {
     QString ProgramFolder {};          // with a trailing delimiter; all of the program's own files lie in it
     QString MyIniFileName {};          // the settings file; empty before TWindowSettings::Read()
     QString BackupFolder {};           // with a trailing delimiter
-    QString LastOutputFolder {};       // the last folder whose images filled the thumbnails
-    bool FilesGenerated = false;       // the thumbnails show the current project's folder or the last run
-    std::vector<TGenRec> GenList {};   // built when a folder or run is shown; ticking a platform keeps it
+    QString LastOutputFolder {};       // the folder that filled the thumbnails last
+    bool FilesGenerated = false;       // the folder shown last has images, or a run has ended since
+    std::vector<TGenRec> GenList {};   // of the shown folder or run; ticking a platform does not change it
     bool Running = false;              // a generation run is under way
-    bool RunIsShown = false;           // the run adds its thumbnails; false once another folder is shown
+    bool RunIsShown = false;           // false once another folder is shown; the run then adds no thumbnails
     THelpRouter* HelpRouter = nullptr; // a child of the window; null before SetUpHelp()
 
-    // Full path of one of the program's own files.
+    // Returns the full path of the program's own file `name`.
     QString OwnFile(const char* name) const { return ProgramFolder + QString::fromUtf8(name); }
 
-    // The current project with the options as the editors show them, even if they are not written yet: a
-    // previewed color, or a moved slider that still has the focus.
+    // Returns the current project with the options that the editors show, even if an option is not written to
+    // the row yet. For example, a previewed color or the position of a moved slider may not be written yet.
     TProject ProjectAsShown() const;
 
     // Rebuilds GenList for ProjectAsShown() and the image in the launch view. If "2x Width" has no value,

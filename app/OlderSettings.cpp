@@ -23,7 +23,7 @@ QString Trimmed(const QString& text)
 
 void AppendOlderProject(TProjectsTable& table, const TSettingsFile& settings)
 {
-    constexpr int InvalidColor = -1; // the default of the older release, which meant "no color"
+    constexpr int InvalidColor = -1; // "no color", the default of the older release
     table.Append();
     table.SetField(TField::ProjectFile, Trimmed(settings.Text("ProjectFile")));
     table.SetField(TField::IconImageName, settings.Text("BaseImage"));

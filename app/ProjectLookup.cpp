@@ -19,7 +19,7 @@ namespace {
 
 constexpr int GripSide = 14;
 constexpr int TextMargin = 4;
-constexpr int MinimumCharacters = 20; // the box may be narrower than a path, which is then shortened
+constexpr int MinimumCharacters = 20; // a longer path is shortened
 constexpr QSize SmallestList(120, 48);
 
 } // namespace
@@ -34,7 +34,7 @@ public:
         setCursor(Qt::SizeFDiagCursor);
     }
 
-    // Whether the user has sized the list.
+    // Returns whether the user has sized the list.
     bool WasUsed() const { return FWasUsed; }
 
 protected:
@@ -139,7 +139,7 @@ void TProjectLookup::wheelEvent(QWheelEvent* event)
     event->ignore(); // scrolling over the box must not change to another project
 }
 
-// The window that contains the drop-down list.
+// Returns the window that contains the drop-down list.
 QWidget* TProjectLookup::List() const
 {
     return view()->parentWidget();
@@ -153,7 +153,7 @@ void TProjectLookup::ReadRows()
     ShowSelected();
 }
 
-// Keeps the text if no row has the ID FValue. So a deleted project stays shown.
+// If no row has the ID FValue, keeps the text, so a deleted project stays shown.
 void TProjectLookup::ShowSelected()
 {
     setCurrentIndex(FValue ? findData(QVariant::fromValue<qlonglong>(*FValue)) : -1);

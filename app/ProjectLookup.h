@@ -10,8 +10,8 @@ class TListGrip;
 class TProjectsTable;
 
 // The drop-down that lists the project file of every saved row. The user can size the list at its lower right
-// corner. The value is the ID of a project. Only the user and SetValue() change the value: it does not follow
-// the current row, and a deleted project stays shown. The owner must make the chosen project current.
+// corner. The value is the ID of a project. Only the user and SetValue() change the value. The value does not
+// follow the current row, and a deleted project stays shown. The owner must make the chosen project current.
 class TProjectLookup : public QComboBox {
     Q_OBJECT
 
@@ -19,19 +19,19 @@ public:
     // `table` must outlive this object.
     explicit TProjectLookup(TProjectsTable& table, QWidget* parent = nullptr);
 
-    // Shows the project with the ID `value`, or nothing if there is no such row. Emits ValueChosen() if
-    // `value` is an ID and differs from the former value.
+    // Shows the project file of the row with the ID `value`, or an empty box if there is no such row. Emits
+    // ValueChosen() if `value` is an ID and differs from the former value.
     void SetValue(std::optional<qint64> value);
 
-    // The whole text of the box, even if the box paints it without its middle.
+    // Returns the whole text of the box, even if the box leaves out the middle when it paints the text.
     const QString& Text() const { return FText; }
 
     void showPopup() override;
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 signals:
-    // SetValue() has changed the value to `id`, or the user has chosen `id` from the list. The signal also
-    // comes when the user chooses the present value.
+    // SetValue() has changed the value to `id`, or the user has chosen `id` from the list. Also emitted if
+    // the user chooses the value that is shown already.
     void ValueChosen(qint64 id);
 
 protected:

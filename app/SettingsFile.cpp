@@ -6,8 +6,8 @@
 
 #include <QStringConverter>
 
-// The library needs no converter: it gets only UTF-8, because Decoded() converts the file first.
-// SI_IMPLEMENTATION makes this file contain the code of the library.
+// The library needs no converter, because Decoded() converts the file to UTF-8 first. SI_IMPLEMENTATION makes
+// this file contain the code of the library.
 #define SI_NO_CONVERSION
 #define SI_IMPLEMENTATION
 #include <SimpleIni.h>
@@ -20,7 +20,8 @@ namespace {
 
 constexpr const char* Section = "Corvadine";
 
-// Decodes the file by its byte order mark, otherwise as UTF-8, otherwise from the 8-bit code page.
+// Decodes the file by its byte order mark. Without such a mark, decodes UTF-8. If the bytes are not UTF-8,
+// decodes the 8-bit code page.
 QString Decoded(const QByteArray& bytes)
 {
     if (const auto marked = QStringConverter::encodingForData(bytes))

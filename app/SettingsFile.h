@@ -19,17 +19,20 @@ public:
     TSettingsFile(const TSettingsFile&) = delete;
     TSettingsFile& operator=(const TSettingsFile&) = delete;
 
-    // Whether the section exists, even if it is empty.
+    // Returns whether the section exists, even if it is empty.
     bool HasSection() const;
 
-    // The value of `key`, or `missing` if the file does not have the key.
+    // Returns the value of `key`, or `missing` if the file does not have the key.
     QString Text(const char* key, const QString& missing = {}) const;
-    // `missing` also stands for a value that is no integer.
+    // Returns the integer of `key`. Returns `missing` if the file does not have the key or the value is
+    // no integer.
     int Integer(const char* key, int missing) const;
-    // Reads 1, "true", "yes" and "on" as true, and 0, "false", "no" and "off" as false.
+    // Returns true for 1, "true", "yes" and "on", and false for 0, "false", "no" and "off". Looks only at the
+    // first letters: "1", "t", "y" and "on" suffice, and so do "0", "f", "n" and "of". Returns `missing` for
+    // every other value and if the file does not have the key.
     bool Boolean(const char* key, bool missing) const;
 
-    // Sets a value in memory. New keys come last in the file, in the order of the calls.
+    // Sets a value in memory; Save() writes it. New keys come last in the file, in the order of the calls.
     void SetText(const char* key, const QString& value);
     void SetInteger(const char* key, int value);
 

@@ -28,7 +28,7 @@ void TSourceIntake::Choose(const TSource& source)
 
 void TSourceIntake::Take(const TSource& source, const QString& file)
 {
-    FState.Table.Edit(); // before loading: if there is no row, this appends one and clears the views
+    FState.Table.Edit(); // first, because Edit() appends a row if there is none, which clears the views
     source.View.Load(file, TDecoderChoice::ByExtension);
     FState.Table.SetField(source.Field, file);
 }
@@ -51,8 +51,8 @@ void TSourceIntake::ShowCurrentProject()
     ShowOutputs(project.OutputFolder);
 }
 
-// Shows the images in `folder`; an empty path clears the thumbnails. Nothing changes if the folder is missing
-// or is LastOutputFolder, even if the thumbnails were cleared since then.
+// Shows the images in `folder`. An empty path clears the thumbnails. Nothing changes if `folder` is missing.
+// Nothing changes either if `folder` is LastOutputFolder, even if the thumbnails were cleared since.
 void TSourceIntake::ShowOutputs(const QString& folder)
 {
     TThumbnailView& thumbnails = *FState.Controls.MView;

@@ -9,9 +9,9 @@ namespace Corvadine {
 class TImageView;
 struct TMainState;
 
-// The two source images of the current project. The user can choose, drop and remove them; a change waits in
-// the row until the row is saved. When another project becomes current, its source images and the images in
-// its output folder are shown.
+// The two source images of the current project. The user can choose, drop and remove an image. The change
+// waits in the row until the row is saved. When another project becomes current, its source images and the
+// images in its output folder are shown.
 class TSourceIntake {
 public:
     // One source image: the field that has its path, and the view that shows it.
@@ -26,7 +26,7 @@ public:
     const TSource Icon;
     const TSource Splash;
 
-    // Asks the user for a file and passes it to Take(). The picker opens in the folder of the present source
+    // Asks the user for a file and passes it to Take(). The picker opens in the folder of the current source
     // image. If that folder is missing, the picker opens in the folder of the project file.
     void Choose(const TSource& source);
 

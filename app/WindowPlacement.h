@@ -13,7 +13,7 @@ struct TWindowPlacement {
     enum TState { Normal = 0, Minimized = 1, Maximized = 2 };
 
     int State = Maximized;
-    QRect Bounds; // with the frame; on the screen, in device-independent pixels
+    QRect Bounds; // of the window with its frame, on the screen, in device-independent pixels
 };
 
 TWindowPlacement ReadPlacement(const TSettingsFile& settings);
@@ -23,7 +23,7 @@ TWindowPlacement PlacementOf(const QWidget& window);
 
 // Restores the window's placement. A minimized window comes back maximized. A window that would lie outside
 // of every screen is moved onto the primary screen. The width of the frame may be known only after the window
-// is shown; the size is then corrected.
+// is shown, so the size is corrected then.
 void Place(QWidget& window, const TWindowPlacement& placement);
 
 // Centers the window on the primary screen without changing its size. A window larger than the screen starts

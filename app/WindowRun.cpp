@@ -55,7 +55,7 @@ void TWindowRun::GenerateAll()
     TThumbnailView& thumbnails = *FState.Controls.MView;
     QProgressBar& progress = *FState.Controls.PB;
     thumbnails.Clear();
-    // The job is taken before the first event is handled, because the user may then choose another project.
+    // The job is taken before the first event is handled, because events let the user choose another project.
     TOutputRenderer renderer = FState.TakeJob();
     FState.BuildGenList();
     const int steps = static_cast<int>(FState.GenList.size()); // without the Windows icon

@@ -8,17 +8,17 @@ class TOutputRenderer;
 struct TMainState;
 struct TOutput;
 
-// The generation run of the window. It renders one output after the other on the window's own thread. It
-// shows each output as soon as the file is written, and handles events between two outputs. Settings, sources
-// and output folder are fixed at the start. Files written before a failure stay.
+// The generation run of the window. The run renders one output after the other on the window's own thread. It
+// shows each output when the file is written, and handles events between two outputs. Settings, sources and
+// output folder are fixed at the start. Files written before a failure stay.
 class TWindowRun {
 public:
     // `state` must outlive this object.
     explicit TWindowRun(TMainState& state) : FState(state) { }
 
-    // Generates into the current project's output folder, and creates the folder if it is missing. If that
-    // fails, shows a message and returns. Throws TError for any later failure. Always restores the cursor
-    // and the ribbon.
+    // Generates into the current project's output folder, and creates the folder if it is missing. If the
+    // folder cannot be created, shows a message and returns. Throws TError for any later failure. Always
+    // restores the cursor and the ribbon.
     void Execute();
 
     // Ends the run after the output that is being rendered.

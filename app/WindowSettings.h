@@ -16,8 +16,8 @@ public:
     TWindowSettings(QWidget& window, TMainState& state) : FWindow(window), FState(state) { }
 
     // Sets MyIniFileName, reads that settings file, and places the window accordingly. If the settings file
-    // of the older release exists, reads the older file instead: adds its project to the table, saves the
-    // row, and then deletes the older file. Throws TError.
+    // of the older release exists, reads the older file instead. Then adds the project of the older file to
+    // the table, saves the row, and deletes the older file. Throws TError.
     void Read();
 
     // Makes the remembered project current if its file and its row still exist.

@@ -20,8 +20,8 @@ struct TUpdateNews {
     bool MustEnd = false; // the program must end after the message
 };
 
-// Runs before the program loads other files, because an interrupted update may have left old ones. If the
-// recovery fails, the program starts all the same, because its own files may be intact.
+// Runs before the program loads other files, because an interrupted update may have left old files. If the
+// recovery fails, the program still starts, because its own files may be intact.
 TUpdateNews RecoverInterruptedUpdate()
 {
     const TUpdateFolder folder(QFileInfo(RunningExecutable()).path());
