@@ -31,7 +31,7 @@ quint16 SmallNumberAt(const QByteArray& table, qsizetype position)
     return bytes.size() < Size ? quint16(0) : qFromLittleEndian<quint16>(bytes.constData());
 }
 
-// The text at `position`, up to a zero byte or the end of the table.
+// Returns the text at `position`, up to a zero byte or the end of the table.
 QString TextAt(const QByteArray& table, qsizetype position)
 {
     return QString::fromUtf8(table.mid(position).constData());
@@ -68,7 +68,7 @@ public:
 
     Q_DISABLE_COPY_MOVE(TObjects)
 
-    // Whether the file has its full length. A file that was cut off can still be opened if its
+    // Returns whether the file has its full length. A file that was cut off can still be opened if its
     // directory is complete.
     bool IsWhole() const { return FHeader != nullptr && FHeader->length <= FSize; }
 
@@ -111,7 +111,8 @@ std::optional<QByteArray> TChmArchive::Read(const QString& path) const
     return FObjects->Read(path);
 }
 
-// "/#SYSTEM" begins with a version. Entries follow: each has a code, the length of its data, and the data.
+// "/#SYSTEM" begins with a version, and entries follow. Each entry has a code, the length of its data, and
+// the data.
 // https://www.nongnu.org/chmspec/latest/Internal.html#SYSTEM
 void TChmArchive::ReadSystem()
 {
@@ -138,8 +139,8 @@ void TChmArchive::ReadSystem()
     }
 }
 
-// "/#IVB" begins with its size. Pairs follow: the number of a topic, and the offset in "/#STRINGS" of the
-// name of the topic's page.
+// "/#IVB" begins with its size, and pairs follow. A pair has the number of a topic, and the offset of a name
+// in "/#STRINGS". The name is that of the topic's page.
 // https://www.nongnu.org/chmspec/latest/Internal.html#IVB
 void TChmArchive::ReadTopics()
 {

@@ -14,26 +14,27 @@ namespace Corvadine {
 // on the disk.
 class TChmArchive {
 public:
-    // Throws TError: Io if the file cannot be read; BadInput if it is not a help file, is damaged or is
-    // larger than 64 MiB.
+    // Throws TError(Io) if the file cannot be read. Throws TError(BadInput) if the file is not a help file,
+    // is damaged or is larger than 64 MiB.
     explicit TChmArchive(const QString& path);
     ~TChmArchive();
     Q_DISABLE_COPY_MOVE(TChmArchive)
 
-    // Returns the content of the object `path` ("/page.html"; upper and lower case are alike). Returns
+    // Returns the content of the object `path`, such as "/page.html". Upper and lower case are alike. Returns
     // nothing if the object is missing, damaged or larger than 16 MiB.
     std::optional<QByteArray> Read(const QString& path) const;
 
     // Returns the path of the page with the topic number `number`, or an empty path if there is no such page.
     QString TopicPage(quint32 number) const { return FTopics.value(number); }
 
-    // The path of the page to open first; empty if the file does not name it.
+    // Returns the path of the page to open first, or an empty path if the file does not name such a page.
     const QString& HomePage() const { return FHomePage; }
 
-    // The path of the table of contents (see HelpContents.h); empty if the file does not name it.
+    // Returns the path of the table of contents (see HelpContents.h), or an empty path if the file does not
+    // name it.
     const QString& ContentsFile() const { return FContentsFile; }
 
-    // Empty if the file has no title.
+    // Returns the title, or an empty text if the file has none.
     const QString& Title() const { return FTitle; }
 
 private:

@@ -56,8 +56,8 @@ QString WithSuffix(const QString& path, const QString& suffix)
     return dot < 0 ? path : path.left(dot) + suffix + path.mid(dot);
 }
 
-// Stands for a missing picture. If loadResource() returned nothing, the text document would look for the
-// picture on the disk.
+// Returns a picture to show in place of a missing one. If loadResource() returned nothing, the text document
+// would look for the picture on the disk.
 QImage NoPicture()
 {
     QImage pixel(1, 1, QImage::Format_ARGB32);
@@ -71,7 +71,7 @@ THelpBrowser::THelpBrowser(QWidget* parent) : QTextBrowser(parent)
 {
     setOpenLinks(false);
     setUndoRedoEnabled(false);
-    // Always shown: otherwise FitPictures() could make the scroll bar appear and disappear without end.
+    // The scroll bar is always shown. Otherwise FitPictures() could make it appear and disappear without end.
     setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
     connect(this, &QTextBrowser::anchorClicked, this, &THelpBrowser::Follow);
 }
@@ -118,7 +118,7 @@ QVariant THelpBrowser::loadResource(int type, const QUrl& url)
     return QByteArray();
 }
 
-// Returns the best variant of a picture: a dark theme prefers dark variants, and double size is better than
+// Returns the best variant of a picture. A dark theme prefers dark variants. Double size is better than
 // normal size. Returns a null image if the archive has no variant.
 QImage THelpBrowser::Picture(const QString& path) const
 {
@@ -152,7 +152,7 @@ void THelpBrowser::changeEvent(QEvent* event)
         reload();
 }
 
-// ShowPage(), the history and reload() all call this.
+// ShowPage(), the history and reload() all end up in this function.
 void THelpBrowser::doSetSource(const QUrl& name, QTextDocument::ResourceType /*type*/)
 {
     QTextBrowser::doSetSource(name, QTextDocument::HtmlResource); // pages are HTML, whatever their names
@@ -166,7 +166,7 @@ void THelpBrowser::resizeEvent(QResizeEvent* event)
 }
 
 // Narrows pictures that are wider than the page. Scales every picture to the pixels of the screen, because a
-// text document would scale the picture without smoothing.
+// text document would scale it without smoothing.
 void THelpBrowser::FitPictures()
 {
     const int room = viewport()->width() - qCeil(2 * document()->documentMargin());

@@ -27,7 +27,7 @@ public:
     // if there is no such page.
     bool ShowPage(const QString& path);
 
-    // The path of the page that is shown, without an anchor.
+    // Returns the path of the page that is shown, without an anchor.
     QString Page() const { return source().path(); }
 
     // Selects the next occurrence of `text` on the page, or the previous occurrence if `flags` has

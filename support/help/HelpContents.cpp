@@ -67,7 +67,7 @@ private:
         FIsEntry = false;
         if (FEntry.Name.isEmpty())
             return;
-        constexpr int MostLevels = 16; // Qt's tree recurses at each level; a bad file could exhaust the stack
+        constexpr int MostLevels = 16; // more levels could exhaust the stack, because Qt's tree recurses
         const int deepest = Entries.empty() ? 0 : std::min(Entries.back().Level + 1, MostLevels - 1);
         FEntry.Level = std::clamp(FDepth - 1, 0, deepest);
         Entries.push_back(FEntry);

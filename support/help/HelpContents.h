@@ -10,13 +10,14 @@ namespace Corvadine {
 // One line of a help file's table of contents.
 struct THelpEntry {
     QString Name;
-    QString Page;  // a path in the archive, which may end in "#anchor"; empty for a heading without a page
-    int Level = 0; // 0 is the outermost; at most one more than the previous line's, and below 16
+    QString Page;  // path in the archive, may end in "#anchor"; empty for a heading without a page
+    int Level = 0; // 0 for the outermost; at most the previous line's level + 1, and below 16
 
     bool operator==(const THelpEntry&) const = default;
 };
 
-// Reads a contents file (.hhc): HTML whose lists have an OBJECT for each entry. Skips everything else.
+// Reads a contents file (.hhc), which is HTML. Its lists have an OBJECT for each entry. Skips everything
+// else. Returns the entries in the order of the file.
 std::vector<THelpEntry> ParseHelpContents(const QByteArray& file);
 
 } // namespace Corvadine

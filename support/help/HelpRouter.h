@@ -28,10 +28,10 @@ public:
 
     void SetHelpType(THelpType type) { FHelpType = type; }
 
-    // Opens the page with the number `topic`; ignores numbers below 1.
+    // Opens the page with the number `topic`. Ignores numbers below 1.
     void HelpContext(int topic);
 
-    // Opens the contents for ContentsCommand; ignores every other command. `data` is not used.
+    // Opens the contents if `command` is ContentsCommand. Ignores every other command. `data` is not used.
     void HelpCommand(int command, quintptr data);
 
 private:

@@ -18,8 +18,8 @@ enum THtmlHelpCommand : UINT {
 
 using THtmlHelp = HWND(WINAPI*)(HWND owner, LPCWSTR file, UINT command, DWORD_PTR data);
 
-// Loads HtmlHelpW at run time, because not every Windows has it; returns null if it is missing. Searches only
-// the system's folder, so that no other library with this name is loaded.
+// Loads HtmlHelpW at run time, because not every Windows has it. Returns null if HtmlHelpW is missing.
+// Searches only the system's folder, so that no other library of the same name is loaded.
 THtmlHelp LoadHtmlHelp()
 {
     const HMODULE module = LoadLibraryExW(L"hhctrl.ocx", nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32);

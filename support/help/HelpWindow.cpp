@@ -51,7 +51,7 @@ THelpWindow::THelpWindow()
     , FindEdit(new QLineEdit(this))
     , FFindResult(new QLabel(this))
 {
-    setAttribute(Qt::WA_QuitOnClose, false); // closing the main window ends the program
+    setAttribute(Qt::WA_QuitOnClose, false); // the program ends with the main window
     ContentsTree->setHeaderHidden(true);
     ContentsTree->setAccessibleName(u"Contents"_s);
     Browser->setAccessibleName(u"Page"_s);
@@ -169,7 +169,7 @@ void THelpWindow::FillContents()
 {
     const QSignalBlocker blocker(ContentsTree);
     ContentsTree->clear();
-    // The root, then the last item of each level.
+    // The root, followed by the last item of each level.
     std::vector<QTreeWidgetItem*> parents { ContentsTree->invisibleRootItem() };
     const QByteArray file = FArchive->Read(FArchive->ContentsFile()).value_or(QByteArray());
     for (const THelpEntry& entry : ParseHelpContents(file)) {
@@ -197,7 +197,8 @@ void THelpWindow::Present()
     activateWindow();
 }
 
-// Selects the page's line in the contents. Blocks signals, because the selection would otherwise open a page.
+// Selects the line of the page `source` in the contents. Blocks signals, because the selection would
+// otherwise open a page.
 void THelpWindow::SourceChanged(const QUrl& source)
 {
     const QString page = source.path(); // Browser->source() is not yet changed

@@ -17,9 +17,9 @@ namespace Corvadine {
 class TChmArchive;
 class THelpBrowser;
 
-// A viewer of compiled help files, for systems that have no viewer. The contents are at the left and a page
-// is at the right. The tool bar has Back, Forward, Home and a search in the page. Escape closes the window.
-// The window stores no settings and does not keep the program running.
+// A viewer of compiled help files, for systems that have no viewer. The table of contents is at the left, and
+// a page is at the right. The tool bar has Back, Forward, Home and a search in the page. Escape closes the
+// window. The window stores no settings and does not keep the program running.
 class THelpWindow : public QWidget {
     Q_OBJECT
 
@@ -27,8 +27,8 @@ public:
     THelpWindow();
     ~THelpWindow() override;
 
-    // Shows the window with the topic's page of `file`. The window does not open if `file` cannot be read or
-    // does not have the topic. `file` is read again only if it has changed.
+    // Shows the window with the page of `file` for `topic`. The window does not open if `file` cannot be read
+    // or does not have the topic. `file` is read again only if it has changed.
     void ShowTopic(const QString& file, quint32 topic);
 
     // Shows the window with the home page of `file` and focuses the contents. The window does not open if

@@ -9,7 +9,7 @@ namespace Corvadine {
 
 namespace {
 
-constexpr size_t MaxAllocation = 64 << 20; // a damaged file could make libmspack ask for any amount
+constexpr size_t MaxAllocation = 64 << 20; // because a damaged file could make libmspack ask for any amount
 
 void Ignore(mspack_file* /*file*/, const char* /*format*/, ...) { }
 

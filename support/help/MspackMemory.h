@@ -14,7 +14,7 @@ public:
     explicit TMspackMemory(QByteArray input);
     Q_DISABLE_COPY_MOVE(TMspackMemory)
 
-    // Starts a new output. Writing more than `size` bytes to it fails. May throw std::bad_alloc.
+    // Starts a new output. Writing more than `size` bytes to the output fails. May throw std::bad_alloc.
     void StartOutput(qsizetype size);
 
     // Returns the bytes written since StartOutput() and ends the output.
