@@ -4,7 +4,8 @@
 
 namespace Corvadine {
 
-// The bytes of the raw-data resource `name` in the running executable; empty if it has no such resource.
+// Returns the bytes of the raw-data resource `name` in the running executable, or no bytes if there is no
+// such resource.
 QByteArray ExecutableResource(const char* name);
 
 } // namespace Corvadine

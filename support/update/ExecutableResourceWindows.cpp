@@ -6,7 +6,8 @@ namespace Corvadine {
 
 QByteArray ExecutableResource(const char* name)
 {
-    // 10 is RT_RCDATA. That constant has wide characters in some builds, which FindResourceA() does not take.
+    // 10 is RT_RCDATA. The constant itself is not used, because it is for wide characters in some builds, and
+    // FindResourceA() takes none.
     const HRSRC entry = ::FindResourceA(nullptr, name, MAKEINTRESOURCEA(10));
     const HGLOBAL loaded = entry ? ::LoadResource(nullptr, entry) : nullptr;
     const void* bytes = loaded ? ::LockResource(loaded) : nullptr;

@@ -9,8 +9,8 @@ namespace Corvadine {
 
 namespace {
 
-// Removes the staging folder of a process that was killed. Ignores failures, also when another process is
-// using the folder: a check does not need the folder, and a download reports the failure.
+// Removes the staging folder of a process that was killed. Ignores failures, also if another process is using
+// the folder. A check does not need the folder, and a download reports the failure.
 void RemoveLeftovers(const TUpdateFolder& folder)
 {
     const QFileInfo staging(folder.Staging());
@@ -23,8 +23,8 @@ void RemoveLeftovers(const TUpdateFolder& folder)
     }
 }
 
-// Remembers the announced release, so that the server cannot go back to an older one. Ignores failures,
-// because in a folder that cannot be written nothing is installed either.
+// Remembers the announced release, so that the server cannot go back to an older release. Ignores failures,
+// because no update can be installed either if the folder cannot be written.
 void Remember(const TControlFile& control, const TUpdateFolder& folder)
 {
     try {
@@ -45,7 +45,7 @@ TUpdateCheck::TUpdateCheck(const TUpdateSettings& settings, QNetworkAccessManage
 
 void TUpdateCheck::Run()
 {
-    RequireKey(FSettings.PublicKey); // without a key no answer of the server could be used
+    RequireKey(FSettings.PublicKey); // first, because without a key no answer of the server can be used
     RemoveLeftovers(FSettings.Folder);
     Transfer({ FSettings.Url, u"the list of updates"_s, FSettings.Limits.ControlFile }, FControl,
         [this] { FetchSignature(); });

@@ -11,24 +11,24 @@
 
 namespace Corvadine {
 
-// A verified control file, and those of its files that are newer than the files in the program folder.
+// A verified control file, and the files in its list that are newer than the files in the program folder.
 struct TUpdateOffer {
     QByteArray Bytes;
     QByteArray Signature; // of Bytes
     TControlFile Control;
-    std::vector<TUpdateFile> Newer; // in the control file's order; empty: nothing to do
+    std::vector<TUpdateFile> Newer; // in the control file's order; empty if there is nothing to do
 };
 
-// Fetches the control file and its signature, verifies and reads it, and compares its files with those in the
-// program folder. Removes the staging folder that a killed process has left. Remembers the announced release
-// if the program folder can be written.
+// Fetches the control file and its signature, verifies them, and compares the listed files with the files in
+// the program folder. Removes the staging folder that a killed process has left. Remembers the announced
+// release if the program folder can be written.
 class TUpdateCheck : public TUpdateTask {
     Q_OBJECT
 
 public:
     TUpdateCheck(const TUpdateSettings& settings, QNetworkAccessManager& manager);
 
-    // REQUIRES: Finished.
+    // Returns what the check has found. REQUIRES: the task has emitted Finished.
     TUpdateOffer TakeOffer() { return std::move(FOffer); }
 
 protected:

@@ -35,7 +35,8 @@ TError NotWritten(const QFileDevice& file)
     return { TErrorKind::Io, u"write"_s, file.fileName(), file.errorString() };
 }
 
-// Sets the date and the permissions of the installed file. Later comparisons by date read this date.
+// Gives the staged file the date and permissions that the installed file must have. Later comparisons by date
+// read this date.
 void SetAttributes(const QString& path, const TUpdateFile& file)
 {
     QFile staged(path);
@@ -57,8 +58,8 @@ TUpdateDownload::TUpdateDownload(const TUpdateSettings& settings, QNetworkAccess
     for (const std::size_t package : packages)
         FTotal += offer.Control.Packages[package].Size;
     FPackages.assign(packages.rbegin(), packages.rend());
-    // The limit grows with the size. So a slow line can finish a large download, but no server can draw out a
-    // small one.
+    // The limit grows with the size, so that a slow line can finish a large download. A small download has a
+    // small limit, so that no server can draw it out.
     SetTimeLimit(settings.Limits.DownloadTotal + std::chrono::seconds(FTotal / settings.Limits.LeastRate));
 }
 
@@ -119,7 +120,7 @@ void TUpdateDownload::PackageArrived()
         Unpack(std::move(plan));
         return;
     }
-    const QString path = plan.Wanted.cbegin()->Path; // an uncompressed package is just one file
+    const QString path = plan.Wanted.cbegin()->Path; // an uncompressed package holds only one file
     if (!FFile.rename(path))
         throw TError(TErrorKind::Io, u"write"_s, path, FFile.errorString());
     PackageDone();

@@ -24,7 +24,7 @@ public:
     TUpdateDownload(const TUpdateSettings& settings, QNetworkAccessManager& manager,
         const TUpdateOffer& offer, std::vector<TUpdateFile> chosen);
 
-    // REQUIRES: Finished.
+    // Return the staged update and its lock. REQUIRES: the task has emitted Finished.
     TStagedUpdate TakeUpdate() { return { FOffer.Control.Version, std::move(FChosen) }; }
     TUpdateLock TakeLock() { return std::move(FLock); }
 
@@ -48,7 +48,7 @@ private:
     const TUpdateOffer& FOffer;
     std::vector<TUpdateFile> FChosen;
     TUpdateLock FLock;
-    std::vector<std::size_t> FPackages; // indices of the unfinished packages; the back is downloaded next
+    std::vector<std::size_t> FPackages; // indices of the unfinished packages; the last is downloaded next
     QFile FFile;                        // the package that is being received
     std::unique_ptr<TPackageExtractor> FExtractor;
     qint64 FReceived = 0;      // bytes of the packages that have arrived

@@ -20,7 +20,7 @@ TUpdateEngine::~TUpdateEngine()
 {
     if (FTask)
         FTask->Stop();
-    delete FTask; // before the manager, which the task uses
+    delete FTask; // before the manager is deleted, because the task uses the manager
 }
 
 void TUpdateEngine::Check()
@@ -72,7 +72,7 @@ void TUpdateEngine::Cancel()
 
 void TUpdateEngine::Begin(TUpdateTask* task)
 {
-    FLock.reset(); // an update that was staged before is given up
+    FLock.reset(); // gives up an update that was staged before
     FIsBusy = true;
     FTask = task;
     task->setParent(this);

@@ -41,7 +41,7 @@ void RemoveEarlierHelpers()
 // Extracts `name`, the only file in the cabinet, to `target`.
 void UnpackHelper(const QString& cabinet, const QString& name, const QString& target)
 {
-    constexpr qint64 LargestHelper = 64LL * 1024 * 1024; // bytes; a sanity check, since we built the cabinet
+    constexpr qint64 LargestHelper = 64LL * 1024 * 1024; // bytes; a sanity check of our own cabinet
     TPackageExtractor extractor(cabinet, { { { name, { target, LargestHelper, false } } }, { name } });
     while (extractor.Step()) { }
 }
@@ -61,7 +61,7 @@ void StartHelper(const QByteArray& cabinet, const TUpdateFolder& folder, const Q
 {
     RemoveEarlierHelpers();
     // The helper gets a new folder that only its owner may enter. In the temporary folder itself, another
-    // user could make files of these names beforehand, or exchange the helper before it is started.
+    // user could make files of the same names first, or exchange the helper before it is started.
     const QString ownFolder = QDir::temp().filePath(
         HelperFolderPrefix + QString::number(QRandomGenerator::system()->generate64(), 16));
     if (const std::error_code error = MakePrivateFolder(ownFolder))

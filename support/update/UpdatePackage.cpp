@@ -98,7 +98,7 @@ bool TPackageExtractor::Step()
 }
 
 // Begins the next entry. Returns false at the end of the archive. Throws TError for an entry that the archive
-// must not hold, and at the end if a planned file is missing.
+// must not hold. At the end of the archive, throws TError if a planned file is missing.
 bool TPackageExtractor::NextEntry()
 {
     const QString path = FInput->File.fileName();

@@ -11,12 +11,12 @@ struct archive;
 
 namespace Corvadine {
 
-// What to do with the files of a package, by their names in the package. CheckedTarget() accepts each name.
+// The files to extract from a package. Files are named as in the package. CheckedTarget() accepts each name.
 struct TPackagePlan {
     struct TWanted {
         QString Path;        // the file to write; its folder exists
         qint64 Size = 0;     // bytes
-        bool IsExact = true; // false: the file may be smaller than Size
+        bool IsExact = true; // if false, the file may be smaller than Size
     };
 
     QHash<QString, TWanted> Wanted; // the files to extract
@@ -24,17 +24,18 @@ struct TPackagePlan {
 };
 
 // Extracts files from a CAB or ZIP archive in small steps, so that the window can react in between. The
-// archive is not trusted. The extraction fails at a name that is not in the plan, a name that comes twice,
-// anything but a regular file, and a file that is larger or smaller than planned.
+// archive is not trusted. The extraction fails if a name is not in the plan or comes twice, if an entry is
+// not a regular file, or if a file is larger or smaller than planned.
 class TPackageExtractor {
 public:
-    // Throws TError: Io if the file cannot be read, BadInput if it is neither a CAB nor a ZIP archive.
+    // Throws TError(Io) if the file cannot be read. Throws TError(BadInput) if the file is neither a CAB nor
+    // a ZIP archive.
     TPackageExtractor(const QString& path, TPackagePlan plan);
     ~TPackageExtractor();
     Q_DISABLE_COPY_MOVE(TPackageExtractor)
 
     // Extracts the next part, about one megabyte at most. Returns false when the archive has ended and all
-    // planned files are complete. Throws TError; some files may then exist in part.
+    // planned files are complete. Throws TError if the extraction fails. Some files may then exist in part.
     bool Step();
 
 private:

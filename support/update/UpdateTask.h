@@ -11,7 +11,7 @@
 namespace Corvadine {
 
 // A step of an update that takes time. A task is started once, and emits Finished or Failed once unless it is
-// stopped. A slot may stop the task; to delete it, a slot must call deleteLater().
+// stopped. A slot may stop the task. A slot that deletes the task must call deleteLater().
 class TUpdateTask : public QObject {
     Q_OBJECT
 
@@ -30,17 +30,17 @@ signals:
 
 protected:
     virtual void Run() = 0;    // may throw TError
-    virtual void CleanUp() { } // must not throw; called after a failure and by Stop()
+    virtual void CleanUp() { } // called after a failure and by Stop(); must not throw
 
-    // Lets the task fail if it has not ended after `limit`. REQUIRES: called by the constructor.
+    // Makes the task fail if it has not ended after `limit`. REQUIRES: the constructor calls this.
     void SetTimeLimit(std::chrono::milliseconds limit) { FTimeLimit.setInterval(limit); }
 
-    // Calls `action`; a TError that it throws ends the task.
+    // Calls `action`. If `action` throws a TError, the task fails with the text of the error.
     void Guarded(const std::function<void()>& action);
 
-    // Fetches what `request` names into `sink`. When all bytes have arrived, calls `then` through Guarded().
+    // Downloads `request` into `sink`. When all bytes have arrived, calls `then` through Guarded().
     void Transfer(TTransferRequest request, QIODevice& sink, const std::function<void()>& then);
-    // The transfer that runs or has just finished.
+    // Returns the transfer that runs or has just finished.
     const TUpdateTransfer& LastTransfer() const { return *FTransfer; }
     virtual void TransferProgress(qint64 /*bytes*/) { }
 

@@ -32,7 +32,7 @@ QNetworkRequest RequestFor(const QUrl& url, const TUpdateSettings& settings)
     QNetworkRequest request(url);
     request.setSslConfiguration(TlsConfiguration(settings));
     request.setHeader(QNetworkRequest::UserAgentHeader, TUpdateSettings::Agent.toString());
-    // If we set this header, Qt does not decompress, and we count and hash the bytes that the server sends.
+    // This header keeps Qt from decompressing, so that we count and hash the bytes that the server sends.
     request.setRawHeader("Accept-Encoding", "identity");
     request.setRawHeader("Accept-Language", "*"); // otherwise Qt sends the user's language
     request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::ManualRedirectPolicy);
@@ -98,14 +98,14 @@ void TUpdateTransfer::Fetch(const QUrl& url)
     }
     FReply = FManager.get(RequestFor(url, FSettings));
     FReply->setReadBufferSize(ReadBufferBytes);
-    // Qt collects headers in memory without a bound and emits nothing before the headers end. So the headers
-    // get little time after the request. Connecting may take longer.
+    // Qt collects headers in memory without a bound, and emits no signal before the headers end. So the
+    // headers get little time, counted from the request. Connecting may take longer.
     connect(FReply, &QNetworkReply::requestSent, this, [this] { FStall.start(FSettings.Limits.Headers); });
     connect(FReply, &QNetworkReply::metaDataChanged, this, &TUpdateTransfer::HeadersArrived);
     connect(FReply, &QNetworkReply::readyRead, this, &TUpdateTransfer::BodyArrived);
     connect(FReply, &QNetworkReply::finished, this, &TUpdateTransfer::ReplyEnded);
     connect(FReply, &QNetworkReply::sslErrors, this, [this](const QList<QSslError>& errors) {
-        if (!errors.isEmpty()) // kept for the message; the errors end the transfer
+        if (!errors.isEmpty()) // kept for the message of Fail(); the errors themselves end the transfer
             FTlsReason = errors.first().errorString();
     });
     FStall.start(FSettings.Limits.Stall);
@@ -126,7 +126,7 @@ void TUpdateTransfer::HeadersArrived()
         Fail(u"the server %1 does not have it"_s.arg(FUrl.host()));
     else if (status != Ok && status != 0)
         Fail(u"the server %1 answered with the status %2"_s.arg(FUrl.host()).arg(status));
-    else if (FReply->hasRawHeader("Transfer-Encoding")) // Qt collects chunk extensions of any length
+    else if (FReply->hasRawHeader("Transfer-Encoding")) // because Qt collects chunk extensions of any length
         Fail(u"the server %1 sends it in pieces"_s.arg(FUrl.host()));
     else if (isAnnounced
         && (FRequest.IsExact ? announced != FRequest.MostBytes : announced > FRequest.MostBytes))

@@ -12,22 +12,22 @@ class QNetworkReply;
 
 namespace Corvadine {
 
-// Sets what updates need: no proxy, and no deletion of replies by the manager, since each transfer deletes
-// its own replies.
+// Sets up `manager` for updates. `manager` then uses no proxy. It also deletes no replies, because each
+// transfer deletes its own replies.
 void PrepareForUpdates(QNetworkAccessManager& manager);
 
-// What to fetch, and how many bytes at most.
+// The address of a download, and the limit of its size.
 struct TTransferRequest {
     QUrl Url;
-    QString Name;         // how messages name the download
+    QString Name;         // the name of the download in messages
     qint64 MostBytes = 0; // the transfer fails if the server sends more
-    bool IsExact = false; // true: the transfer also fails if the server sends fewer
+    bool IsExact = false; // if true, the transfer also fails if the server sends fewer
 };
 
 // A download over HTTPS into a device. Follows a few redirects, to https addresses only. Fails at every TLS
-// error, when the headers take longer than their short time limit, and when the body exceeds the bounds of
-// the request. Emits Finished or Failed once, unless it is stopped. A slot may stop the transfer; to delete
-// it, a slot must call deleteLater().
+// error, if the headers take longer than TUpdateLimits::Headers, and if the body is longer or shorter than
+// the request allows. Emits Finished or Failed once, unless the transfer is stopped. A slot may stop the
+// transfer. A slot that deletes the transfer must call deleteLater().
 class TUpdateTransfer : public QObject {
     Q_OBJECT
 
@@ -41,7 +41,7 @@ public:
     // Ends the transfer without a signal.
     void Stop();
 
-    // The SHA-256 of all received bytes. REQUIRES: Finished.
+    // Returns the SHA-256 of all received bytes. REQUIRES: the transfer has emitted Finished.
     QByteArray Sha256() const { return FHash.result(); }
 
 signals:

@@ -23,7 +23,8 @@
 #include <optional>
 #include <utility>
 
-// Must be outside of any namespace; widgets/Icons.cpp says why.
+// This function must be outside of any namespace, because Q_INIT_RESOURCE does not work inside of
+// a namespace.
 static void RegisterPictures()
 {
     Q_INIT_RESOURCE(wizard);
@@ -50,7 +51,7 @@ QString AsSentence(const QString& text)
     return text.endsWith(u'.') ? text : text + u'.';
 }
 
-// The label shows plain text, because texts of servers, folders and the system must not act as markup.
+// Makes a label for plain text, because texts of servers, folders and the system must not act as markup.
 QLabel* MakeLabel(QWidget* parent)
 {
     auto* label = new QLabel(parent);
@@ -74,7 +75,7 @@ QLabel* MakeBillBoard(QWidget* parent)
 QFont WizardFont()
 {
     QFont font(TUpdateWizardSettings::FontName, TUpdateWizardSettings::FontPoints, QFont::Bold);
-    // For systems without Verdana: DejaVu Sans has the same widths.
+    // DejaVu Sans is for systems without Verdana, because its letters have the widths of Verdana.
     font.setFamilies({ TUpdateWizardSettings::FontName, u"DejaVu Sans"_s });
     return font;
 }
@@ -102,7 +103,8 @@ TUpdateWizard::TUpdateWizard(TParts parts, QWidget* owner)
     SetButtons({ u"&Check"_s, [this] { Check(); } }, u"Cancel"_s);
 }
 
-// Cancels a running step and removes a staged update, in case no button has done so.
+// Cancels a running step and removes a staged update, because the wizard may be destroyed without a click on
+// a button.
 TUpdateWizard::~TUpdateWizard()
 {
     FParts.WebUpdate.disconnect(this);
@@ -221,7 +223,7 @@ void TUpdateWizard::Checked(const std::vector<TUpdateFile>& files)
                 VersionText(NewestAcceptedVersion(FParts.WebUpdate.Settings()))));
         return;
     }
-    try { // a folder that cannot be written is reported before the user chooses and downloads
+    try { // reports a folder that cannot be written before the user chooses and downloads
         const TUpdateLock probe = FFolder.Lock();
     } catch (const TError& error) {
         Fail(FStep, error.Text());
@@ -270,7 +272,7 @@ void TUpdateWizard::Install(const TStagedUpdate& update)
         return;
     ShowBusy(u"Installing"_s, u"Version %1 is verified once more and put into place."_s.arg(update.Version));
     btnCancel->setEnabled(false);
-    repaint();          // the event loop does not run before the end of the installation
+    repaint();          // now, because the event loop does not run until the installation ends
     FHasStaged = false; // the installer removes the staging folder in any case
     FInstalling = true;
     std::optional<TError> failure;
@@ -279,7 +281,7 @@ void TUpdateWizard::Install(const TStagedUpdate& update)
     } catch (const TError& error) {
         failure = error;
     }
-    QApplication::processEvents(); // clicks made meanwhile must not hit the next page's button
+    QApplication::processEvents(); // takes clicks made meanwhile; they must not hit the next page's button
     FInstalling = false;
     if (failure) {
         Fail({}, failure->Text());
@@ -305,7 +307,7 @@ void TUpdateWizard::HandOver()
     accept();
 }
 
-// `step` is empty if the log tells of the failure already.
+// Shows the failure `text`, and writes it to the log. `step` is empty if the failure is in the log already.
 void TUpdateWizard::Fail(const QString& step, const QString& text)
 {
     if (!step.isEmpty())

@@ -21,7 +21,7 @@ class TUpdateEngine;
 
 // The product's settings of the wizard, all in one place.
 struct TUpdateWizardSettings {
-    static constexpr bool AutoStart = true; // the check begins without a click when the wizard is shown
+    static constexpr bool AutoStart = true; // the check begins when the wizard is shown, without a click
     static constexpr QLatin1String Caption { "Corvadine Update" };
     static constexpr QSize BillBoard { 164, 314 }; // the picture at the side
     static constexpr bool BillBoardStretch = true; // the picture is stretched to the height of the pages
@@ -30,7 +30,7 @@ struct TUpdateWizardSettings {
 };
 
 // The dialog that leads the user through an update. It looks for a newer release, lists the newer files,
-// downloads and installs the ticked files, and shows the result. The dialog only shows and asks;
+// downloads and installs the ticked files, and shows the result. The dialog only shows and asks.
 // TUpdateEngine and TUpdateInstaller do the work. Every step is written to the log. Run the dialog with
 // exec(), because the engine needs an event loop. On every page, Escape and the window's close box have the
 // effect of Cancel.
@@ -38,7 +38,7 @@ class TUpdateWizard : public QDialog {
     Q_OBJECT
 
 public:
-    // What the wizard works with. `WebUpdate` must outlive the wizard.
+    // The parts that the wizard uses. `WebUpdate` must outlive the wizard.
     struct TParts {
         TUpdateEngine& WebUpdate;
         QString Executable;                // absolute path of the running program
@@ -48,8 +48,8 @@ public:
     TUpdateWizard(TParts parts, QWidget* owner);
     ~TUpdateWizard() override;
 
-    // Whether the helper was started and waits for the end of the program. The caller must then end the
-    // program, so that the helper can install the update.
+    // Returns whether the helper was started and waits for the end of the program. If so, the caller must end
+    // the program, so that the helper can install the update.
     bool EndsProgram() const { return FEndsProgram; }
 
     void reject() override;
@@ -58,7 +58,7 @@ public:
     QStackedWidget* const Pages;
     QTreeWidget* const News;
     QPlainTextEdit* const Description;
-    QLabel* const Note; // the text of pages without controls of their own
+    QLabel* const Note; // the text of a page that has no controls of its own
     QProgressBar* const ProgressBar;
     QPushButton* const btnNext;
     QPushButton* const btnCancel; // "Close" when there is nothing to cancel
@@ -101,7 +101,7 @@ private:
     QString FStep; // the running step, for the log
     bool FStarted = false;
     bool FHasStaged = false;
-    bool FInstalling = false; // true: the wizard can be neither cancelled nor closed
+    bool FInstalling = false; // while true, the wizard can be neither cancelled nor closed
     bool FEndsProgram = false;
 };
 

@@ -24,7 +24,7 @@ TError Senseless(const QString& reason)
     return { TErrorKind::BadInput, u"Cannot use the update server's answer: %1"_s.arg(reason) };
 }
 
-// Reads the values of one section. Throws TError for a value that is missing or of another type.
+// Reads the values of one section. Throws TError if a value is missing or has another type.
 class TSectionReader {
 public:
     TSectionReader(const TIniText& text, QString section) : FText(text), FSection(std::move(section)) { }
@@ -129,7 +129,7 @@ TUpdateFile ReadFileSection(
     file.Platform = section.Text("platform"_L1, {});
     file.Comparison = ReadComparison(section);
     file.Version = section.Version("newversion"_L1);
-    // A file of a newer version than the release would still be offered after the release was installed.
+    // If a file were newer than the release, the file would still be offered after the release was installed.
     section.Require(ParseVersion(file.Version) <= ParseVersion(control.Version), "newversion"_L1);
     file.Date = section.DateAndTime();
     file.Size = section.Number("newsize"_L1, 0, limits.Installed);
@@ -151,8 +151,8 @@ bool SharePlatform(const TUpdateFile& one, const TUpdateFile& other)
     return one.Platform.isEmpty() || other.Platform.isEmpty() || one.Platform == other.Platform;
 }
 
-// Whether two names cannot exist together where upper and lower case are the same: the names are equal, or
-// one is a folder of the other.
+// Returns whether two names cannot exist together on a system that ignores upper and lower case. The names
+// collide if they are equal, or if the file of one name lies in a folder of the other name.
 bool Collide(const QString& one, const QString& other)
 {
     return one.compare(other, Qt::CaseInsensitive) == 0 || one.startsWith(other + u'/', Qt::CaseInsensitive)

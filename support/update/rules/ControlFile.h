@@ -23,7 +23,7 @@ enum class TComparison {
 
 // Something to download: an archive, or a single file that is not compressed.
 struct TControlPackage {
-    QString Name; // without folder; lies beside the control file on the server; CheckedTarget() accepts it
+    QString Name; // of a file beside the control file on the server, no folder; CheckedTarget() accepts it
     bool Compressed = true;
     qint64 Size = 0;
     QByteArray Sha256; // 32 bytes
@@ -32,7 +32,7 @@ struct TControlPackage {
 // One file of a release, as the publisher signed it.
 struct TUpdateFile {
     QString Target;   // relative to the program folder, with '/'; CheckedTarget() accepts it
-    QString Platform; // empty: for all platforms
+    QString Platform; // empty if the file is for all platforms
     TComparison Comparison = TComparison::Checksum;
     QString Version;
     QDateTime Date;  // UTC
@@ -48,39 +48,41 @@ struct TControlFile {
     QString Version;           // of the release
     QDateTime Date;            // UTC
     QDate ValidUntil;          // the last day (UTC) on which the control file may be used
-    bool Offered = true;       // false: the publisher has withdrawn the release
+    bool Offered = true;       // false if the publisher has withdrawn the release
     TVersion OldestProgram {}; // older programs cannot be updated to this release
     std::vector<TControlPackage> Packages;
     std::vector<TUpdateFile> Files;
 };
 
-// The release that `control` announces.
+// Returns the release that `control` announces.
 TKnownRelease KnownReleaseOf(const TControlFile& control);
 
-// Verifies the signature of a control file and reads it. The values are checked although they are signed,
-// because a key can be stolen and the publisher's tool can have faults. Throws TError(BadInput) for
+// Verifies the signature of a control file, and returns the content of the file. The values are checked
+// although they are signed, because a key can be stolen and the publisher's tool can have faults. Throws
+// TError(BadInput) for
 // - a signature that was not made with the key of `publicKey`;
 // - text that TIniText refuses;
 // - a missing or senseless value;
 // - more or larger files than `limits` allow;
 // - two files for one platform that cannot both be installed: their names are equal, or the name of one is a
 //   folder of the other;
-// - an entry "signature" or "appname" with another value than this program's releases have.
+// - an entry "signature" or "appname" whose value is not that of this program's releases.
 TControlFile ReadControlFile(const QByteArray& bytes, const QByteArray& signature,
     const QByteArray& publicKey, const TUpdateLimits& limits);
 
-// Throws TError unless `control` may be used now: its last day has not passed, its version is not below
-// NewestAcceptedVersion(settings) or that of the known release, and the installed program is not too old for
-// the release. An equal version may be used, so that missing or damaged files can be downloaded again.
-// Returns false if the publisher has withdrawn the release.
+// Returns true if `control` may be used now, and false if the publisher has withdrawn the release. Throws
+// TError if the last day of `control` has passed. Throws TError if the release is older than
+// NewestAcceptedVersion(settings) or than the known release, or if the installed program is too old for the
+// release. An equal version may be used, so that missing or damaged files can be downloaded again.
 bool IsOffered(const TControlFile& control, const TUpdateSettings& settings);
 
-// Whether `file` is for this platform, and either missing in the program folder or newer than the installed
-// file by TUpdateFile::Comparison. May read the whole installed file. Throws TError when `file` could not be
-// put into place (see TUpdateFolder::CheckTarget()) or the installed file cannot be read.
+// Returns whether `file` is for this platform, and is either missing in the program folder or newer than the
+// installed file. TUpdateFile::Comparison decides what is newer. May read the whole installed file. Throws
+// TError if `file` could not be put into place (see TUpdateFolder::CheckTarget()), or if the installed file
+// cannot be read.
 bool IsNewer(const TUpdateFile& file, const TUpdateSettings& settings);
 
-// Whether a file of the release is for `settings.Platform`.
+// Returns whether `file` is for `settings.Platform`.
 bool IsForPlatform(const TUpdateFile& file, const TUpdateSettings& settings);
 
 } // namespace Corvadine

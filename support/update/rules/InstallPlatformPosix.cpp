@@ -23,7 +23,8 @@ namespace {
 
 using TClock = std::chrono::steady_clock;
 
-// Waits for the end of a process on kernels that have no descriptors of processes.
+// Waits for the end of a process on kernels that have no process descriptors. Returns false if the process
+// still runs at `deadline`.
 bool PollForProcessEnd(pid_t process, TClock::time_point deadline)
 {
     constexpr std::chrono::milliseconds Pause(50);
@@ -82,7 +83,7 @@ void CopyOwner(const QString& from, const QString& to)
         return;
     const QByteArray path = QFile::encodeName(to);
     constexpr auto Unchanged = static_cast<uid_t>(-1);
-    // Only the superuser may change the owner, but every user may set a group of his own.
+    // Only the superuser may change the owner. Every user may set a group to which the user belongs.
     if (::chown(path.constData(), status.st_uid, status.st_gid) != 0) [[maybe_unused]]
         const int ignored = ::chown(path.constData(), Unchanged, status.st_gid);
 }
@@ -116,8 +117,8 @@ std::error_code TFileLock::TryLock()
             return errorNumber == EWOULDBLOCK ? std::make_error_code(std::errc::device_or_resource_busy)
                                               : std::error_code(errorNumber, std::system_category());
         }
-        // The process that had the lock may have removed the file after we opened it. Then the name belongs
-        // to another file or to none, and we open the file again.
+        // The process that had the lock may have removed the file after we opened it. In that case the name
+        // stands for a new file or for none, and we must open the file again.
         struct stat locked { };
         struct stat named { };
         if (::fstat(descriptor, &locked) == 0 && ::stat(path.constData(), &named) == 0
@@ -130,9 +131,9 @@ std::error_code TFileLock::TryLock()
 }
 
 // The system may give the number of an ended process to another process, but the descriptor stands for this
-// process only. It also reports the end of a process whose parent has not waited for it, while kill() still
-// finds such a process. The C library's pidfd_open() is not used: its header lacks extern "C", so a C++
-// program cannot be linked with it.
+// process only. The descriptor also reports the end of a process whose parent has not waited for it. kill()
+// would still find such a process. The C library's pidfd_open() is not used, because its header lacks extern
+// "C" and a C++ program cannot link it.
 TOtherProcess::TOtherProcess(qint64 processId, const QString& /*executable*/)
     : FProcessId(processId), FHandle(::syscall(SYS_pidfd_open, static_cast<pid_t>(processId), 0))
 {

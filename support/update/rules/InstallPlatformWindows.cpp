@@ -31,7 +31,8 @@ TErrorNumber Flush(const std::wstring& name)
     return error;
 }
 
-// The SID (as text) of the owner that new files of this process get. Empty if the system does not tell it.
+// Returns the SID (as text) of the owner that new files of this process get. Returns an empty text if the
+// system does not tell the owner.
 std::wstring OwnerOfNewFiles()
 {
     struct {
@@ -52,8 +53,8 @@ std::wstring OwnerOfNewFiles()
     return sid;
 }
 
-// Whether `process` runs a program with the file name of `executable`. Returns true also if the system does
-// not tell which program it is.
+// Returns whether `process` runs a program with the file name of `executable`. Also returns true if the
+// system does not tell which program runs.
 bool Runs(HANDLE process, const QString& executable)
 {
     constexpr DWORD LongestPath = 32768;

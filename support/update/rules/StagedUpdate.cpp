@@ -30,8 +30,8 @@ QByteArray ReadStaged(const QString& path, qint64 mostBytes)
     return ReadFile(path, u"read the staged update"_s);
 }
 
-// The relative names of all files below `folder`. Throws TError for a link, because its target could change
-// after the check.
+// Returns the relative names of all files below `folder`, sorted. Throws TError for a link, because its
+// target could change after the check.
 QStringList FilesBelow(const QString& folder)
 {
     QStringList names;
@@ -53,8 +53,8 @@ TError Incomplete(const QString& name)
     return { TErrorKind::BadInput, u"use the downloaded update"_s, name, u"it is not complete"_s };
 }
 
-// The targets that the download was made for, sorted. Throws TError if a mandatory file that is newer is not
-// among them.
+// Returns the targets that were chosen for the download, sorted. Throws TError if a mandatory newer file was
+// not chosen.
 QStringList ChosenTargets(const TControlFile& control, const TUpdateSettings& settings)
 {
     const QString list = ChosenList(settings.Folder);

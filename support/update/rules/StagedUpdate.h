@@ -17,17 +17,18 @@ struct TStagedUpdate {
 };
 
 // Writes the verified control file, its signature and the chosen targets into the staging folder. Does not
-// sync them to disk, because after a power failure the download is repeated. Throws TError(Io). REQUIRES: the
-// staging folder exists.
+// sync these files to disk, because the download is repeated after a power failure. Throws TError(Io).
+// REQUIRES: the staging folder exists.
 void StageControlFile(const TUpdateFolder& folder, const QByteArray& bytes, const QByteArray& signature,
     const std::vector<TUpdateFile>& chosen);
 
-// The update in the staging folder of `settings.Folder`, verified anew. For the helper, which takes over from
-// an ended process and trusts nothing in the folder. Changes nothing. Throws TError unless
+// Returns the update in the staging folder of `settings.Folder`, after verifying it again. The helper calls
+// this, because it takes over from an ended process and trusts nothing in the folder. Changes no file. Throws
+// TError unless
 // - the signature of the control file is good, and its version may be installed (see IsOffered());
 // - the control file lists every file for this platform, with its size and SHA-256, and no file is a link;
-// - exactly the chosen files are there, with all newer mandatory files; otherwise half a release would be
-//   recorded as a whole one.
+// - exactly the chosen files are there, and all newer mandatory files are among them. Otherwise half a
+//   release would be recorded as a whole release.
 TStagedUpdate ReadStagedUpdate(const TUpdateSettings& settings);
 
 } // namespace Corvadine

@@ -18,7 +18,7 @@ namespace {
 
 constexpr QLatin1String Withdrawn { " withdrawn" };
 
-// The text of a record. Empty when the record is missing or unreadable.
+// Returns the text of a record, or an empty text if the record is missing or cannot be read.
 QString RecordedText(const QString& path)
 {
     constexpr qint64 MostBytes = 64;
@@ -117,7 +117,7 @@ void TUpdateFolder::WriteReport(const QString& text) const
     try {
         WriteFileAtomically(Own(u"report"_s), text.toUtf8());
     } catch (const TError&) {
-        // The log has the text too, if the log can be written.
+        // The failure is ignored. The log has the text too, if the log can be written.
     }
 }
 
@@ -138,7 +138,7 @@ QString TUpdateFolder::TakeReport() const
 TUpdateLock TUpdateFolder::Lock() const
 {
     TUpdateLock lock = AwaitLock(std::chrono::milliseconds(200));
-    constexpr qint64 MostSeconds = 60; // from the hand-over until the helper has the lock
+    constexpr qint64 MostSeconds = 60; // for the helper to get the lock after the hand-over
     const QFileInfo note(HandOverNote());
     if (note.exists() && qAbs(note.lastModified().secsTo(QDateTime::currentDateTime())) < MostSeconds)
         throw InUse(*this);
@@ -169,8 +169,8 @@ QString TUpdateFolder::Staging() const
 void TUpdateFolder::MakeStaging() const
 {
     RemoveStaging();
-    // In two steps: on Windows, mkdir() with permissions would make a folder whose files stay closed to other
-    // users even after they were moved out of it.
+    // This takes two steps, because of Windows. There mkdir() with permissions would make a folder whose
+    // files stay closed to other users, even after the files were moved out of the folder.
     if (!QDir().mkdir(Staging())
         || !QFile::setPermissions(Staging(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner))
         throw NotWritable(*this, u"the folder cannot be written"_s);
@@ -178,7 +178,7 @@ void TUpdateFolder::MakeStaging() const
 
 void TUpdateFolder::RemoveStaging() const
 {
-    UnmarkHandedOver(); // first: files that cannot be removed must not look handed over
+    UnmarkHandedOver(); // first, because files that cannot be removed must not look handed over
     if (const std::error_code error = RemoveTree(Staging()))
         throw TError(TErrorKind::Io, u"remove"_s, Staging(), SystemErrorText(error));
 }

@@ -13,8 +13,8 @@
 
 namespace Corvadine {
 
-// A release that a verified control file has announced. Of two with the same version, the withdrawn release
-// counts as newer, because a release is offered first and withdrawn later.
+// A release that a verified control file has announced. Of two releases with the same version, the withdrawn
+// release counts as newer, because a release is offered first and withdrawn later.
 struct TKnownRelease {
     TVersion Version {};
     bool IsWithdrawn = false;
@@ -25,7 +25,7 @@ struct TKnownRelease {
 // the object is destroyed or the process ends.
 using TUpdateLock = std::unique_ptr<TFileLock>;
 
-// A program folder, and all that updates keep in it:
+// A program folder, and the files that updates keep in the folder:
 //     CorvadineUpdate.ini             an administrator's URL and key
 //     CorvadineUpdate.accepted        the newest version that was installed
 //     CorvadineUpdate.known           the newest release that a control file has announced
@@ -41,84 +41,88 @@ using TUpdateLock = std::unique_ptr<TFileLock>;
 // The object is a value that holds only the path. May be used on any thread, by one thread at a time.
 class TUpdateFolder {
 public:
-    // The names above that belong to updates start with this, except the log's. A release may not contain a
-    // file whose name starts so.
+    // The names of these files and folders start with OwnPrefix, except the name of the log. A release may
+    // not contain a file whose name starts with OwnPrefix.
     static constexpr QLatin1String OwnPrefix { "CorvadineUpdate." };
 
     explicit TUpdateFolder(const QString& programFolder);
 
-    // Absolute if the path given to the constructor was absolute.
+    // Returns the path of the folder. The path is absolute if the one given to the constructor was absolute.
     const QString& Path() const { return FPath; }
     QString PathOf(const QString& relative) const { return FPath + u'/' + relative; }
     QString OverrideFile() const { return Own(u"ini"_s); }
     QString OldFiles() const { return Own(u"old"_s); }
     QString DamagedFiles() const { return Own(u"damaged"_s); }
 
-    // Throws TError(Conflict) unless `target` can be put into the program folder without leaving it. No
-    // folder on its way may be a link or a file. If the target exists, it must be a regular file and no link.
-    // REQUIRES: CheckedTarget() accepts `target`.
+    // Throws TError(Conflict) unless `target` can be put into the program folder without leaving this folder.
+    // No folder on the way to `target` may be a link or a file. If `target` exists, it must be a regular
+    // file. REQUIRES: CheckedTarget() accepts `target`.
     void CheckTarget(const QString& target) const;
 
     TUpdateLog Log() const;
 
-    // The newest version that an update has installed; 0.0.0 when the record is missing or unreadable.
+    // Returns the newest version that an update has installed, or 0.0.0 if the record is missing or cannot
+    // be read.
     TVersion AcceptedVersion() const;
 
-    // Remembers that the release `version` is installed; an older version changes nothing. Call it after all
-    // files of the release are in place and before the old ones are removed. If it were called before that,
-    // and the installation then failed, files compared by version would not be offered again. If it were not
-    // called, files compared by version would be offered again after a release that does not replace the
-    // executable, because the program's own version would still be the old one. Throws TError(Io).
+    // Remembers that the release `version` is installed. An older version changes nothing. Call this after
+    // all files of the release are in place and before the old files are removed. If this were called earlier
+    // and the installation then failed, files compared by version would not be offered again. The record is
+    // needed because a release may leave the executable as it is. The program then still has its old version,
+    // and without the record, files compared by version would be offered again. Throws TError(Io).
     void RecordAcceptedVersion(const QString& version) const;
 
-    // The newest release that a control file has announced. Older releases are refused, even if the newest
-    // one was never installed. Version 0.0.0 when the record is missing or unreadable.
+    // Returns the newest release that a control file has announced. Older releases are refused, even if the
+    // newest release was never installed. If the record is missing or cannot be read, returns version 0.0.0.
     TKnownRelease KnownRelease() const;
 
-    // Remembers `release`; an older release changes nothing. Throws TError(Io).
+    // Remembers `release`. An older release changes nothing. Throws TError(Io).
     void RecordKnownRelease(const TKnownRelease& release) const;
 
-    // How the helper's work ended, as plain text for the user. WriteReport() ignores failures. TakeReport()
-    // also removes the report, and returns an empty text if there is none.
+    // The report tells the user in plain text how the helper's work ended. WriteReport() ignores failures.
+    // TakeReport() returns the report and removes it, or returns an empty text if there is no report.
     void WriteReport(const QString& text) const;
     QString TakeReport() const;
 
-    // Takes the lock. Throws TError: Conflict when another process has the lock or is handing it to the
-    // helper; Io when the folder cannot be written.
+    // Takes the lock. Throws TError(Conflict) if another process has the lock or is handing the lock to the
+    // helper. Throws TError(Io) if the folder cannot be written.
     TUpdateLock Lock() const;
 
-    // Takes the lock for the helper, although the lock is being handed over. Waits up to `patience` while
-    // another process has the lock. Throws TError as Lock() does.
+    // Takes the lock for the helper, to which the lock is handed over. Waits up to `patience` while another
+    // process has the lock. Throws TError as Lock() does.
     TUpdateLock AwaitLock(std::chrono::milliseconds patience) const;
 
-    // The staging folder lies in the program folder, so that renaming moves its files into place.
+    // Returns the path of the staging folder. The staging folder lies in the program folder, so a rename
+    // moves its files into place.
     QString Staging() const;
     QString StagedFiles() const { return Staging() + u"/files"_s; }
     QString StagedPath(const QString& target) const { return StagedFiles() + u'/' + target; }
     QString Downloads() const { return Staging() + u"/downloads"_s; }
 
-    // Makes an empty staging folder, after removing an existing one. Only the owner may look into the folder;
-    // on Windows the folder has the permissions of the program folder instead. Throws TError(Io). REQUIRES:
-    // the caller has the lock.
+    // Makes an empty staging folder, and first removes an existing staging folder. Only the owner may look
+    // into the folder; on Windows the folder has the permissions of the program folder instead. Throws
+    // TError(Io). REQUIRES: the caller has the lock.
     void MakeStaging() const;
 
     // Removes the staging folder and its content, but not the targets of links. Does nothing if the folder
-    // does not exist. Throws TError(Io) when a part of the folder stays. REQUIRES: the caller has the lock.
+    // does not exist. Throws TError(Io) if a part of the folder cannot be removed. REQUIRES: the caller has
+    // the lock.
     void RemoveStaging() const;
 
-    // Like RemoveStaging(), but ignores failures: the next check removes the rest. REQUIRES: the caller has
-    // the lock.
+    // Like RemoveStaging(), but ignores failures, because the next check removes the rest. REQUIRES: the
+    // caller has the lock.
     void DropStaging() const;
 
     // Makes a note that the helper is about to take the lock. After the program has released the lock, the
-    // note keeps other processes out until the helper has the lock, for a minute at most. Throws TError(Io).
+    // note keeps other processes out until the helper has the lock. After a minute the note no longer counts.
+    // Throws TError(Io).
     void MarkHandedOver() const;
     // Removes the note of MarkHandedOver().
     void UnmarkHandedOver() const;
-    // Whether an update was handed over and its staging folder is still there.
+    // Returns whether an update was handed over and its staging folder still exists.
     bool IsHandedOver() const;
 
-    // Whether a recovery is due, because an installation was cut off or could not put all files back.
+    // Returns whether a recovery is due, because an installation was cut off or could not put all files back.
     bool IsRecoveryDue() const;
 
 private:

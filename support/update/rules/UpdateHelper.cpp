@@ -15,9 +15,11 @@ namespace Corvadine {
 
 namespace {
 
-// The window of the program closes within moments, but a debugger or security program may ask the user first.
+// How long the helper waits for the end of the program. The window of the program closes within moments, but
+// a debugger or security program may ask the user first.
 constexpr std::chrono::minutes EndOfProgram(2);
-// The program releases the lock when its wizard closes. A check by another copy may hold the lock briefly.
+// How long the helper waits for the lock. The program releases the lock when its wizard closes. A check by
+// another copy of the program may hold the lock briefly.
 constexpr std::chrono::seconds Patience(20);
 
 // One update by the helper.
@@ -37,9 +39,9 @@ private:
 
     const THelperJob& FJob;
     const TUpdateFolder FFolder;
-    const TOtherProcess FProgram;      // made at once: its number may soon stand for another process
+    const TOtherProcess FProgram;      // made at once, because process numbers are used again
     QString FStep;                     // for the log; empty while the installer writes to the log itself
-    std::optional<bool> FProgramEnded; // empty before HasProgramEnded() was called
+    std::optional<bool> FProgramEnded; // empty until HasProgramEnded() is called
 };
 
 bool THelperRun::Run()
@@ -59,11 +61,11 @@ bool THelperRun::Run()
     return installed;
 }
 
-// Installs the update and then releases the lock, because the program that Restart() starts needs it.
+// Installs the update and then releases the lock, because the program that Restart() starts needs the lock.
 void THelperRun::Install()
 {
     FStep = u"Take over the update"_s;
-    // The lock comes first: a program that is started while we wait must see that an update is going on.
+    // The lock comes first. So a program that is started while we wait sees that an update is going on.
     const TUpdateLock lock = FFolder.AwaitLock(Patience);
     const auto dropStaging = qScopeGuard([this] { FFolder.DropStaging(); });
     if (!HasProgramEnded())

@@ -41,8 +41,8 @@ void Rename(const QString& from, const QString& to)
         throw TError(TErrorKind::Io, u"replace"_s, to, SystemErrorText(error));
 }
 
-// Keeps the old file under the second name `kept`. A hard link costs neither time nor space; if there can be
-// none, the file is copied.
+// Keeps the old file under the second name `kept`, as a hard link, which needs neither time nor space. If no
+// hard link can be made, copies the file.
 void Keep(const QString& file, const QString& kept)
 {
     std::error_code error;
@@ -61,8 +61,8 @@ void Keep(const QString& file, const QString& kept)
 }
 
 // Gives the new file the permissions and owner of the old file. If the release says that the new file is
-// executable, all users who may read the file may run it. MarkAsBefore() sets a read-only mark later, because
-// the mark would prevent the rename.
+// executable, all users who may read the file may run it. The read-only mark is left out here, because it
+// would prevent the rename. MarkAsBefore() sets the mark later.
 void KeepAttributes(const QString& file, const QString& successor)
 {
     constexpr int FromReadToExe = 2; // bits between QFile::ReadX and QFile::ExeX
@@ -90,7 +90,7 @@ TError SetAside(const TUpdateFolder& folder, const TError& error)
 
 } // namespace
 
-// A replacement of files that is still to be made, or that was read back from its journal.
+// A replacement of files. It is either still to be made, or was read back from its journal.
 class TUpdateInstaller::TReplacement {
 public:
     TReplacement(const TUpdateInstaller& owner, const TStagedUpdate& update, const QString& executable);
@@ -102,17 +102,17 @@ public:
     void KeepOld();
     void WriteJournal();
     void MoveIn();
-    void Settle(); // from then on nothing is undone
+    void Settle(); // after this step nothing is undone
     void Finish();
 
     void Undo();
 
-    // Whether all new files are in place.
+    // Returns whether all new files are in place.
     bool IsAllIn() const;
 
 private:
     struct TEntry {
-        TUpdateFile File;      // after a journal was read: only target, size and hash
+        TUpdateFile File;      // only target, size and hash if a journal was read
         bool Replaces = false; // there is an old file
         bool ReadOnly = false; // the old file is marked read-only
         QString Path;          // of the target, in the program folder
@@ -142,8 +142,8 @@ TUpdateInstaller::TReplacement::TReplacement(
     const TUpdateInstaller& owner, const TStagedUpdate& update, const QString& executable)
     : FOwner(owner), FFolder(owner.FFolder), FVersion(update.Version)
 {
-    // The program comes last. If the replacement is cut off before, the next start runs the old program,
-    // which undoes the replacement.
+    // The program comes last. If the replacement is cut off before the program is replaced, the next start
+    // runs the old program. The old program then undoes the replacement.
     std::vector<TUpdateFile> files = update.Files;
     const QFileInfo program(executable);
     std::stable_partition(files.begin(), files.end(),
@@ -195,7 +195,8 @@ void TUpdateInstaller::TReplacement::Verify()
     }
 }
 
-// Keeps the old files, and gives their attributes to the new files. Afterwards both are safely on disk.
+// Keeps the old files, and gives their attributes to the new files. Afterwards the old and the new files are
+// synced to disk.
 void TUpdateInstaller::TReplacement::KeepOld()
 {
     Step(u"make the folder for the old files"_s);
@@ -241,22 +242,22 @@ void TUpdateInstaller::TReplacement::MoveIn()
     SyncFolders();
 }
 
-// Settles the update by a rename, which is atomic. The recorded version could not show that an update is
-// settled, because the version stays the same when files of the installed release are repaired.
+// Settles the update by a rename of the journal, because a rename is atomic. The recorded version could not
+// show that an update is settled: it stays the same when an update repairs files of the installed release.
 void TUpdateInstaller::TReplacement::Settle()
 {
     Step(u"settle the update"_s);
     Rename(FJournal, FSettled);
 }
 
-// Cleans up after Settle(). Recover() repeats this if it was cut off. Once the journal is removed, Recover()
-// only removes the old files.
+// Cleans up after Settle(). If the cleaning is cut off, Recover() repeats it. Once the journal is removed,
+// Recover() only removes the old files.
 void TUpdateInstaller::TReplacement::Finish()
 {
     Step(u"mark files as read-only again"_s);
     MarkAsBefore();
     Step(u"record the version"_s);
-    SyncToDisk(FFolder.OldFiles()); // makes Settle() durable; in Settle(), a failure would undo the update
+    SyncToDisk(FFolder.OldFiles()); // makes Settle() durable; a failure in Settle() would undo the update
     FFolder.RecordAcceptedVersion(FVersion);
     SyncToDisk(FFolder.Path());
     Step(u"remove the journal"_s);
@@ -266,16 +267,16 @@ void TUpdateInstaller::TReplacement::Finish()
     RemoveTree(FFolder.OldFiles());
 }
 
-// Puts the old files back. Recover() repeats this if it was cut off. Without a journal no file was replaced,
-// so there is nothing to put back.
+// Puts the old files back. If this is cut off, Recover() repeats it. If there is no journal, no file was
+// replaced and no file is put back.
 void TUpdateInstaller::TReplacement::Undo()
 {
     if (FileExists(FJournal)) {
         for (const TEntry& entry : FEntries) {
             Step(u"put back "_s + entry.File.Target);
             if (FileExists(entry.Kept)) {
-                // A file that was not replaced is left alone. It may be the running program, which Windows
-                // does not allow to be renamed.
+                // A file that was not replaced is left alone. The file may be the running program, which
+                // Windows does not allow to be replaced.
                 if (FileExists(entry.Path) && FileSha256(entry.Path) == FileSha256(entry.Kept))
                     continue;
                 MarkReadOnly(entry.Path, false);
@@ -293,8 +294,8 @@ void TUpdateInstaller::TReplacement::Undo()
     RemoveTree(FFolder.OldFiles());
 }
 
-// Sets the read-only marks of the old files again. Call this last, because a marked file can be neither
-// synced nor replaced.
+// Gives the files the read-only marks that the old files had. Call this last, because a marked file can be
+// neither synced nor replaced.
 void TUpdateInstaller::TReplacement::MarkAsBefore() const
 {
     for (const TEntry& entry : FEntries)
@@ -322,7 +323,7 @@ void TUpdateInstaller::TReplacement::SyncFolders() const
     QStringList folders;
     for (const TEntry& entry : FEntries)
         folders.append(QFileInfo(entry.Path).path());
-    for (const QString& folder : FNewFolders) { // the folder around it holds its name
+    for (const QString& folder : FNewFolders) { // the name of a folder is stored in the folder around it
         const QString path = FFolder.PathOf(folder);
         folders << path << QFileInfo(path).path();
     }
@@ -382,7 +383,7 @@ TRecovery TUpdateInstaller::Recover()
     const QString oldFiles = FFolder.OldFiles();
     const bool isSettled = FileExists(oldFiles + SettledName);
     const QString journal = oldFiles + (isSettled ? SettledName : JournalName);
-    if (!FileExists(journal)) { // killed before the replacement began, or after it had ended
+    if (!FileExists(journal)) { // the process was killed before the replacement began or after it had ended
         RemoveTree(oldFiles);
         return TRecovery::NotNeeded;
     }

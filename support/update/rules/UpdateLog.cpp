@@ -25,7 +25,7 @@ QString OnOneLine(QString text)
 QString Now()
 {
     const QDateTime now = QDateTime::currentDateTime();
-    // QDate and QTime ignore the user's locale, which could have other separators.
+    // The functions of QDate and QTime ignore the user's locale, which could have other separators.
     return now.date().toString(TUpdateSettings::QtDateFormat) + u' '
         + now.time().toString(TUpdateSettings::QtTimeFormat);
 }
@@ -47,7 +47,7 @@ void TUpdateLog::DropOlderHalf() const
         const QByteArray lines = ReadFile(FPath, u"read the log"_s);
         WriteFileAtomically(FPath, lines.mid(lines.indexOf('\n', lines.size() / 2) + 1));
     } catch (const TError&) {
-        // The log grows; the next Write() tries again.
+        // The failure is ignored, because the next Write() tries again.
     }
 }
 

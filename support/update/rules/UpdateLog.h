@@ -12,7 +12,7 @@ public:
     explicit TUpdateLog(const QString& path) : FPath(path) { }
 
     // Appends one line. Control characters become blanks, so that a text from a server cannot look like
-    // several lines. Long texts are cut. A log larger than LargestSize loses its older half first.
+    // several lines. Long texts are cut. If the log is larger than LargestSize, first removes its older half.
     void Write(const QString& step, const QString& result) const;
 
     const QString& Path() const { return FPath; }

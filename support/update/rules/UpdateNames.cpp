@@ -12,12 +12,13 @@ namespace Corvadine {
 
 namespace {
 
-constexpr qsizetype MostCharacters = 200; // the path of the program folder needs room as well
+constexpr qsizetype MostCharacters = 200; // because the path of the program folder needs room too
 constexpr qsizetype MostParts = 8;
 
 TError Refused(const QString& name, const QString& reason)
 {
-    // The name comes from a server: it is cut, and characters that could start a new line are replaced.
+    // The name comes from a server. So the message shows only its start, without characters that could start
+    // a new line.
     QString shown = name.left(80);
     for (QChar& character : shown)
         if (!character.isPrint())
@@ -41,7 +42,7 @@ bool IsDevice(const QString& lowerPart)
     return numbered || Devices.contains(stem);
 }
 
-// Whether the program keeps data of the user or of updates under this name.
+// Returns whether the program keeps data of the user or of updates under this name.
 bool IsProtected(const QString& lowerFirstPart)
 {
     static const QStringList Names { u"corvadine.ini"_s, u"corvadinebase.ini"_s, u"project backups"_s,
@@ -57,7 +58,7 @@ void CheckPart(const QString& name, const QString& part)
         throw Refused(name, u"it could lead out of the program folder"_s);
     if (part.front() == u' ' || part.back() == u' ' || part.back() == u'.')
         throw Refused(name, u"a blank or full stop at the end of a name is lost on Windows"_s);
-    // Some file systems make short names: "PROJEC~1" then stands for a file with a longer name.
+    // Some file systems give every long name a short name, such as "PROJEC~1".
     if (part.contains(u'~'))
         throw Refused(name, u"it could be the short name of another file"_s);
     if (IsDevice(part.toLower()))

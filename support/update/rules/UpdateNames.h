@@ -4,9 +4,10 @@
 
 namespace Corvadine {
 
-// Returns `name`, a path relative to the program folder with '/', if an update may write a file of that name.
-// On all systems that we run on, the name must stand for a file inside the program folder that holds no data
-// of the user or of updates. Looks only at the text, and ignores its case. Throws TError(BadInput) for
+// Returns `name` if an update may write a file of this name. `name` is a path relative to the program folder,
+// with '/' as the delimiter. On every system that we support, the name must stand for a file inside the
+// program folder. The file must not hold data of the user or of updates. Looks only at the text, and ignores
+// upper and lower case. Throws TError(BadInput) for
 // - empty names, names of more than 200 characters or 8 parts, and anything but printable ASCII;
 // - "." and ".." and empty parts; absolute, drive and UNC names; parts that may be a short name ("PROJEC~1");
 // - backslashes and other characters that Windows forbids in names, such as the colon of streams;

@@ -19,7 +19,7 @@ struct TUpdateLimits {
     std::chrono::milliseconds Stall { 30'000 };          // without a byte from the server
     std::chrono::milliseconds CheckTotal { 60'000 };     // for a whole check
     std::chrono::milliseconds DownloadTotal { 300'000 }; // for a download, without the time for its size
-    qint64 LeastRate = 16LL * 1024;                      // bytes; each such amount adds one second
+    qint64 LeastRate = 16LL * 1024;                      // bytes per second; gives the time for the size
     int Redirects = 5;                                   // per transfer
     qint64 ControlFile = 256LL * 1024;                   // bytes
     qint64 Package = 512LL * 1024 * 1024;                // bytes of one download
@@ -27,8 +27,8 @@ struct TUpdateLimits {
     int Files = 500;                                     // in a control file
 };
 
-// Where updates come from and what is trusted. A value, so that a test or an administrator can set another
-// server. docs/UPDATES.md describes the server's side.
+// The source of updates, and the key that is trusted. The settings are a value, so that a test or an
+// administrator can set another server. docs/UPDATES.md describes the server's side.
 struct TUpdateSettings {
     // The product's settings of the update engine.
     static constexpr QLatin1String ControlFilePath { "/Corvadine/Corvadine.INF" }; // on the build's host
@@ -50,25 +50,25 @@ struct TUpdateSettings {
     explicit TUpdateSettings(TUpdateFolder folder) : Folder(std::move(folder)) { }
 
     TUpdateFolder Folder;         // the folder whose files are compared and replaced
-    QUrl Url;                     // of the control file; checks fail unless it is https
-    QByteArray PublicKey;         // 32 bytes of Ed25519; empty switches updates off: every check fails
-    QByteArray CaCertificates;    // PEM; trusted instead of the system's certificates, unless empty
+    QUrl Url;                     // of the control file; checks fail unless the scheme is https
+    QByteArray PublicKey;         // 32 bytes of Ed25519; if empty, updates are off: every check fails
+    QByteArray CaCertificates;    // PEM; if not empty, trusted instead of the system's certificates
     TVersion InstalledVersion {}; // of this program
-    QString Platform;             // files of a release for this platform are ours: "linux-x86_64"
+    QString Platform;             // such as "linux-x86_64"; we take the files of a release for it
     TUpdateLimits Limits;
 };
 
-// The settings of this build for the program in `folder`. The URL and the key of an administrator's
-// CorvadineUpdate.ini replace those of the build:
+// Returns the settings of this build for the program in `folder`. The URL and the key of an administrator's
+// CorvadineUpdate.ini replace the URL and the key of the build:
 //     [update]
 //     url=https://updates.example.com/Corvadine/Corvadine.INF
 //     key=<public key, 44 characters of base64>
-// The file and each value may be missing. Throws TError for a file that cannot be read or a value that makes
-// no sense, because the administrator would not expect that the build's own server is asked instead.
+// The file and each value may be missing. Throws TError if the file cannot be read or a value makes no sense.
+// Asking the build's own server instead would surprise the administrator.
 TUpdateSettings LoadUpdateSettings(const TUpdateFolder& folder);
 
-// The newer of the program's own version and the newest version that an update has installed. No update may
-// be older than this version.
+// Returns the newer of the program's own version and the newest version that an update has installed. No
+// update may be older than this version.
 TVersion NewestAcceptedVersion(const TUpdateSettings& settings);
 
 } // namespace Corvadine

@@ -1,5 +1,6 @@
 // The helper, which replaces Corvadine's own files while Corvadine does not run. Corvadine carries the helper
-// in a cabinet, unpacks it into a new folder and starts it there. The helper removes this folder at its end.
+// in a cabinet, unpacks the helper into a new folder and starts it there. The helper removes this folder at
+// its end.
 
 #include "base/Error.h"
 #include "base/Platform.h"
@@ -16,8 +17,8 @@ using namespace Corvadine;
 
 namespace {
 
-// Removes the helper with its folder, but not a helper that was copied elsewhere. Windows does not remove the
-// file of a running program, so on Windows the next update removes the helper.
+// Removes the helper with its folder. A helper that was copied to another folder stays. Windows does not
+// remove the file of a running program, so on Windows a later update removes the helper.
 void RemoveOwnFolder()
 {
     const QString executable = RunningExecutable();
