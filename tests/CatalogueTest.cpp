@@ -36,7 +36,7 @@ TEST(CatalogueTest, ListsEveryPlatformInOrder)
     for (const auto& [index, text] : landmarks)
         EXPECT_EQ(list[index], text) << index;
 
-    // Every name tells its own size, so a wrong number in the table shows.
+    // Every ID contains its size, so this finds a wrong number in the table.
     for (const QString& line : list.first(31)) {
         const QString size = line.section(u' ', 1);
         const QString number = line.section(u' ', 0, 0).section(u'_', 1).remove(QRegularExpression("[^0-9]"));

@@ -45,7 +45,7 @@ protected:
 
     QString Home(const char* name) const { return Path(HardName() + u'/' + QLatin1String(name)); }
 
-    // Runs in this process, with the test's data folder as the program's own.
+    // Runs the command line in this process. The test's data folder stands for the program's own folder.
     TOutcome Run(const QStringList& arguments)
     {
         std::ostringstream out;
@@ -57,7 +57,7 @@ protected:
         return { status, out.str(), err.str() };
     }
 
-    // Runs the program itself. Its standard output goes to the file `output` if that is given.
+    // Runs the program itself. If `output` is given, the standard output goes to the file `output`.
     TOutcome RunProgram(const QStringList& arguments, const QString& output = {})
     {
         QProcess process;
@@ -75,7 +75,8 @@ protected:
         ASSERT_EQ(added.Err + added.Out, "1\n");
     }
 
-    // A failure is one line on the error stream, says what it must, and leaves every file as it was.
+    // Expects that the command fails with `status`, prints one line with `text` to the error stream, and
+    // changes no file.
     void ExpectRefusal(const QStringList& arguments, int status, const std::string& text)
     {
         const auto before = Files();
@@ -130,7 +131,7 @@ TEST_F(TCliTest, DoesTheWholeJobOnTheSample)
 
 TEST_F(TCliTest, AnswersEveryCommandWithOneJsonDocument)
 {
-    // The status, how the error ends, and the arguments.
+    // Each entry has the exit status, the end of the error text, and the arguments.
     const QList<std::tuple<int, QString, QStringList>> commands {
         { 1, "data: the folder does not exist", { "show", "1" } },
         { 0, {}, { "add", FProject, "--icon", FIcon, "--platforms", "windows" } },
@@ -232,7 +233,7 @@ TEST_F(TCliTest, RefusesBadFilesAndChangesNothing)
     PutFile(FIcon, icon.left(icon.size() / 2));
     for (const char* command : { "plan", "generate", "check" })
         ExpectRefusal({ command, "1" }, 1, "icon.png: ");
-    // The decoders' own lines must not reach the error stream.
+    // Lines that the decoders print must not reach the error stream.
     EXPECT_THAT(RunProgram({ "generate", "1" }).Err, Matches("Cannot load the image [^\n]*\n"));
     PutFile(FIcon, icon);
 
@@ -249,7 +250,7 @@ TEST_F(TCliTest, RefusesBadFilesAndChangesNothing)
     ExpectRefusal({ "plan", "1" }, 1, "Demo.dproj: the option \"Sampling Filter\" has the unknown value 12");
 }
 
-// Two copies of one template, whose backups would have the same name.
+// The two projects are copies of one template, so their backups would have the same name.
 TEST_F(TCliTest, GoesThroughSeveralProjectsAndPastFailures)
 {
     const QString second = Home("copy/Demo.dproj");
@@ -264,7 +265,7 @@ TEST_F(TCliTest, GoesThroughSeveralProjectsAndPastFailures)
     EXPECT_EQ(FileBytes(backups + "20240305140710.dproj"), originals[1]);
 
     PutFile(FProject, FileBytes(FProject).replace("UWP_DelphiLogo44>", "Other>"));
-    EXPECT_THAT(Run({ "update", "1" }).Out, // a run of its own in that second
+    EXPECT_THAT(Run({ "update", "1" }).Out, // a new run in the same second
         Matches("[0-9]+ Entries updated, .* need to be set manually:\n  UWP_DelphiLogo44\n"
                 "Nothing had to change, so no backup was made.\n"));
     EXPECT_EQ(FileBytes(backups + "20240305140709.dproj"), originals[0]);

@@ -11,8 +11,8 @@
 // What tests of dialogs and windows share: waiting until idle, and clicks on the entries of views.
 namespace Corvadine::Testing {
 
-// Lets the event loop handle everything and wait, as between two actions of a user. Only then are enabling
-// rules evaluated.
+// Runs the event loop until all events are handled and the event loop waits, as between two actions of a
+// user. The enabling rules are evaluated only while the event loop waits.
 inline void LetIdle()
 {
     QEventLoop loop;
@@ -46,7 +46,7 @@ inline void Press(Qt::Key key)
     LetIdle();
 }
 
-// Acts on the next modal dialog when it has opened. `action` receives it as a TDialog.
+// When the next modal dialog has opened, calls `action` with the dialog as a TDialog.
 template <typename TDialog, typename TAction> void InDialog(TAction action)
 {
     QTimer::singleShot(0, [action] {
@@ -57,14 +57,14 @@ template <typename TDialog, typename TAction> void InDialog(TAction action)
     });
 }
 
-// The view of the open drop-down; null if none is open.
+// Returns the view of the open drop-down, or null if no drop-down is open.
 inline QAbstractItemView* OpenDropDown()
 {
     QWidget* popup = QApplication::activePopupWidget();
     return popup ? popup->findChild<QAbstractItemView*>() : nullptr;
 }
 
-// The entry `name` of `view` under `parent`.
+// Returns the entry `name` of `view` below `parent`.
 inline QModelIndex Find(const QAbstractItemView* view, const QString& name, const QModelIndex& parent = {})
 {
     const QModelIndex first = view->model()->index(0, 0, parent);

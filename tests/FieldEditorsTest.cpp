@@ -22,7 +22,7 @@ using TState = TProjectsTable::TState;
 
 namespace {
 
-// A window with one editor of each kind over a table of three projects, the last two without any numbers.
+// A window with one editor of each kind. The table has three projects, and the last two have no numbers.
 class FieldEditorsTest : public TFolderTest {
 protected:
     FieldEditorsTest()

@@ -104,8 +104,8 @@ TEST_F(GenerationRunTest, WithoutSourcesTheOutputsAreWhite)
 
 TEST_F(GenerationRunTest, TheListTellsSourcesAndWhichOutputsAreTheSame)
 {
-    FJob.TwoxSize = 512; // the size of the Windows icon's largest image; doubled, that of the App Store's
-    for (const int launchWidth : { 0, 1, 100 }) { // no launch image; one that counts as none; a square one
+    FJob.TwoxSize = 512; // the size of the Windows icon's largest image; twice this is the App Store's size
+    for (const int launchWidth : { 0, 1, 100 }) { // 0: no launch image; 1: counts as none; 100: a square
         const auto launch = launchWidth > 0 ? std::optional(QSize(launchWidth, launchWidth)) : std::nullopt;
         const auto outputs = OutputsOf(FJob, { { 64, 64 }, launch });
         const auto output = [&](const QString& id) { return *std::ranges::find(outputs, id, &TOutput::ID); };
@@ -144,17 +144,17 @@ TEST_F(GenerationRunTest, CheckFindsEachKindOfDamage)
 
 TEST_F(GenerationRunTest, RefusesOutputsThatAreTooLargeBeforeItDecodes)
 {
-    FJob.TwoxSize = 8192; // 200 x 400 pixels make it 8192 x 4096
+    FJob.TwoxSize = 8192; // with a launch image of 200 x 400 pixels, 8192 x 4096
     EXPECT_EQ(PlanOutputs(FJob).Outputs.size(), 38U) << "just small enough";
     FJob.TwoxSize = 8193;
     const std::string refusal =
         "Cannot render iPhone_Launch3x: it would have 16386 x 8192 pixels, which take 513 MiB, and the limit "
         "is 512 MiB; its height follows from its width and the shape of the launch image, 200 x 400 pixels";
     EXPECT_EQ(ErrorOf([&] { PlanOutputs(FJob); }), refusal);
-    PutFile(FJob.IconFile, FileBytes(FJob.IconFile).chopped(100)); // shows only once it is decoded
+    PutFile(FJob.IconFile, FileBytes(FJob.IconFile).chopped(100)); // damage that only decoding finds
     EXPECT_EQ(RunError(), refusal);
 
-    // More bytes than 64 bits count.
+    // The image has more bytes than a number of 64 bits can count.
     FJob.Platforms = { .IPad = true };
     FJob.TwoxSize = 2'000'000'000;
     ASSERT_TRUE(QImage(2, 2, QImage::Format_RGB32).save(FJob.LaunchFile));

@@ -1,4 +1,4 @@
-// Compares the help with the program: its sizes, options and captions must be those of the program.
+// Compares the help with the program. The help must tell the sizes, options and captions of the program.
 
 #include "app/MainFrm.h"
 #include "cli/Cli.h"
@@ -25,7 +25,7 @@ class HelpFileTest : public TFolderTest {
 protected:
     QString PageText(const QString& path) const { return FArchive.Read(path).value_or(""); }
 
-    // Whether "/page.html#anchor" exists.
+    // Returns whether the page and the anchor of `link` exist. `link` is such as "/page.html#anchor".
     bool Resolves(const QString& link) const
     {
         const auto page = FArchive.Read(link.section(u'#', 0, 0));
@@ -48,7 +48,7 @@ protected:
     const TChmArchive FArchive { QStringLiteral(CORVADINE_HELP_FILE) };
 };
 
-// The first group of every match.
+// Returns the first group of every match of `pattern`.
 QStringList AllOf(const QString& text, const QString& pattern)
 {
     QStringList found;
@@ -119,7 +119,7 @@ TEST_F(HelpFileTest, TellsTheCommandsAndOptionsOfTheCommandLine)
     EXPECT_EQ(AllOf(page, u"<tr><td><code>(\\w+)"_s), commands);
 }
 
-// Bold is for captions alone.
+// In the help, only captions are bold.
 TEST_F(HelpFileTest, QuotesCaptionsAsTheyAreShown)
 {
     TSilentPrompts prompts;
@@ -143,7 +143,7 @@ TEST_F(HelpFileTest, QuotesCaptionsAsTheyAreShown)
                 << page.toStdString() << ": " << caption.toStdString();
 }
 
-// The bytes depend on the compiled files alone, not on folder or time.
+// The bytes of the help depend only on the compiled files, not on folder or time.
 TEST_F(HelpFileTest, CompilesToTheSameBytesAnywhere)
 {
     const QString copy = Path("Corvadine.chm");

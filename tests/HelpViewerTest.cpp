@@ -22,7 +22,7 @@ const QString HelpFile = QStringLiteral(CORVADINE_HELP_FILE);
 
 class HelpViewerTest : public TFolderTest { };
 
-// The window with the help, if it is visible.
+// Returns the help window, or null if the help window is not visible.
 THelpWindow* ShownHelp()
 {
     for (QWidget* widget : QApplication::topLevelWidgets())
@@ -42,7 +42,7 @@ TEST_F(HelpViewerTest, DamagedFilesDoNotCrashAndGiveNoMessage)
     };
     std::mt19937 engine(1);
     const auto random = [&](qsizetype below) { return static_cast<qsizetype>(engine()) % below; };
-    // Most of the damage is at the start, where the numbers are by which everything else is found.
+    // Most of the damage is at the start, because the numbers at the start lead to everything else.
     constexpr int Rounds = 120;
     for (int round = 0; round < Rounds; ++round) {
         QByteArray bytes = whole;
@@ -51,7 +51,7 @@ TEST_F(HelpViewerTest, DamagedFilesDoNotCrashAndGiveNoMessage)
             bytes[random(end)] = static_cast<char>(random(256));
         if (round % 8 == 0)
             bytes.truncate(random(bytes.size()));
-        try { // only the sanitizers and a crash tell whether reading everything goes wrong
+        try { // reading must not crash; the sanitizers find other faults
             const TChmArchive archive(damaged(bytes));
             archive.Read(archive.HomePage());
             archive.Read(archive.TopicPage(90));
@@ -67,7 +67,7 @@ TEST_F(HelpViewerTest, DamagedFilesDoNotCrashAndGiveNoMessage)
         EXPECT_THAT(errorOf(damaged(whole.left(size))), EndsWith(": it is damaged")) << size;
     EXPECT_THAT(errorOf(Path("none.chm")), EndsWith(": the file does not exist"));
 
-    // The window does not open, and does not lose its page.
+    // A damaged or missing file does not open the window, and an open window keeps its page.
     THelpWindow window;
     window.ShowTopic(damaged(whole.left(5000)), 90);
     window.ShowContents(Path("none.chm"));
@@ -104,7 +104,7 @@ TEST_F(HelpViewerTest, WalksThroughThePages)
     window.ShowContents(HelpFile);
     EXPECT_EQ(window.Browser->Page(), "/start.html");
 
-    // A key in the contents opens a page; a link in a page selects its line in the contents.
+    // A key in the contents opens a page. A link in a page selects the line of the new page in the contents.
     QApplication::setActiveWindow(&window);
     window.ContentsTree->setFocus();
     Press(Qt::Key_End);
@@ -138,7 +138,7 @@ TEST_F(HelpViewerTest, PagesGetNothingFromOutsideTheArchive)
     window.ShowTopic(HelpFile, 90);
     THelpBrowser& browser = *window.Browser;
     QStringList opened;
-    QTextBrowser opener; // its signal receives what would be opened by other programs
+    QTextBrowser opener; // its signal gets the links that other programs would open
     QObject::connect(&opener, &QTextBrowser::anchorClicked, [&](const QUrl& url) { opened += url.scheme(); });
     const QStringList links { "https://example.com/", "http://example.com/", "mailto:a@example.com",
         "javascript:alert(1)", "ftp://example.com/", "ms-its:x.chm::/y.html", "file:///etc/passwd",
@@ -153,7 +153,7 @@ TEST_F(HelpViewerTest, PagesGetNothingFromOutsideTheArchive)
              "help://host" + Path("secret") }) {
         EXPECT_EQ(browser.loadResource(QTextDocument::HtmlResource, name + ".html").toByteArray(), "")
             << name.toStdString();
-        // Not null: the text document would then look for the file itself.
+        // The picture is not null, because the text document would then look for the file itself.
         const QVariant picture = browser.loadResource(QTextDocument::ImageResource, name + ".png");
         EXPECT_EQ(picture.value<QImage>().size(), QSize(1, 1)) << name.toStdString();
         emit browser.anchorClicked(name + ".html");

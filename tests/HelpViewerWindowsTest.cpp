@@ -8,7 +8,7 @@ using namespace Corvadine;
 
 namespace {
 
-// The window of Windows' viewer, by its class and the title in the help file.
+// Returns the window of the viewer of Windows, which has this class and the title of the help file.
 HWND ViewerWindow()
 {
     return ::FindWindowW(L"HH Parent", L"Corvadine Help");
@@ -16,7 +16,8 @@ HWND ViewerWindow()
 
 } // namespace
 
-// The page is not checked here, since this process cannot see it: windows/run reads it from Wine's log.
+// This test does not check the page, because this process cannot see it. windows/run reads the name of the
+// page from Wine's log.
 TEST(HelpViewerWindowsTest, ShowsTopicsAndContentsInOneWindowAndClosesIt)
 {
     const QString file = QStringLiteral(CORVADINE_HELP_FILE);

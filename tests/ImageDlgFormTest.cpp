@@ -44,7 +44,7 @@ protected:
         LetIdle();
     }
 
-    // The path of `name` in the folder of images.
+    // Returns the path of `name` in the folder of images.
     QString Art(const QString& name) { return Path("art/" + name); }
 
     void PutImage(const char* name, QColor color)
@@ -196,7 +196,7 @@ TEST_F(ImageDlgFormTest, PathBarWalksTheFolders)
     }
     EXPECT_EQ(FForm->ShellBreadCrumb->Path(), RootFolder());
 
-    FForm->resize(500, 300); // a third of what the path needs
+    FForm->resize(500, 300); // a third of the width of the path
     const QString longName = "A folder with a name as long as people like them";
     ASSERT_TRUE(QDir(Path({})).mkpath(longName + "/below"));
     FForm->ShellBreadCrumb->SetPath(Path(longName + "/below"));

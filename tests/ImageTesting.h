@@ -5,7 +5,7 @@
 // What the tests of images share.
 namespace Corvadine::Testing {
 
-// An image with the pixel `colorAt(x, y)` everywhere.
+// Returns an image whose pixel at (x, y) is `colorAt(x, y)`.
 template <typename TColorAt> QImage Painted(QSize size, QImage::Format format, TColorAt colorAt)
 {
     QImage image(size, format);

@@ -19,7 +19,7 @@ class ImageViewTest : public TFolderTest {
 protected:
     ImageViewTest() { FView.resize(FView.sizeHint()); }
 
-    // A picture with a red left and a blue, half transparent right half, shown in the view.
+    // Shows a picture in the view. The left half is red. The right half is blue and half transparent.
     void ShowHalves(QSize size)
     {
         const QImage image = Painted(size, QImage::Format_ARGB32,
@@ -29,8 +29,8 @@ protected:
         ASSERT_EQ(FView.Image(), image);
     }
 
-    // Drags `urls` onto the view and drops them if it accepts them. Offers to copy or to move, as file
-    // managers do. Returns the action that the view took, or Qt::IgnoreAction if it refused.
+    // Drags `urls` onto the view, and drops them if the view accepts them. Offers to copy or to move, as file
+    // managers do. Returns the action that the view took, or Qt::IgnoreAction if the view refused.
     Qt::DropAction Drop(const QList<QUrl>& urls)
     {
         QMimeData data;
@@ -65,7 +65,7 @@ TEST_F(ImageViewTest, FindsThePixelUnderThePointer)
     EXPECT_EQ(FView.ColorAt(114, 115), Red);
     EXPECT_EQ(FView.ColorAt(115, 115), Blue);
 
-    ShowHalves({ 2000, 1 }); // so flat that its fitted height rounds to nothing
+    ShowHalves({ 2000, 1 }); // so flat that the fitted height rounds to zero
     EXPECT_EQ(FView.ColorAt(10, 114), Red);
     EXPECT_EQ(FView.ColorAt(10, 113), -1);
 }

@@ -37,7 +37,7 @@ TEST_F(MainFormTest, RestartReopensTheProjectAndStandsWhereItStoodWithItsFrame)
     const QRect bounds(10, 0, 1200, 760);
     PutFile(Path("program/CorvadineBase.ini"),
         "[Corvadine]\nWindowsState=0\nScreenLeft=10\nScreenTop=0\nScreenWidth=1200\nScreenHeight=760\n");
-    for (int i = 0; i < 2; ++i) { // the second time from what the first has written
+    for (int i = 0; i < 2; ++i) { // the second start reads what the first has written
         Start();
         EXPECT_EQ(FForm->frameGeometry(), bounds);
         EXPECT_NE(FForm->geometry(), bounds) << "this platform frames its windows";
@@ -129,7 +129,7 @@ TEST_F(MainFormTest, SwitchingProjectsFollowsTheirFolders)
     Choose(1);
     EXPECT_EQ(shown(), std::pair(2, true));
     EXPECT_EQ(FForm->State().GenList.size(), 37U);
-    Choose(2); // its folder is missing
+    Choose(2); // the project's folder is missing
     EXPECT_EQ(shown(), std::pair(2, true));
     Table().SetField(TField::OutputFolder, QString());
     Table().Post();
@@ -168,7 +168,7 @@ TEST_F(MainFormTest, ChoosesAndRemovesImagesAndPicksTheIconsColorFromEitherView)
         Click("Pick Color");
         EXPECT_EQ(icon->cursor().shape(), Qt::PointingHandCursor);
         QTest::mouseMove(view, position);
-        LetIdle(); // a move needs no button
+        LetIdle(); // a preview needs no pressed button
         EXPECT_EQ(Ui().cbBackground->Value(), color);
         EXPECT_FALSE(Table().IsEditing()) << "previewed, not stored";
         QTest::mouseClick(view, button, {}, position);
@@ -234,7 +234,8 @@ TEST_F(MainFormTest, ComingBackToTheWindowShowsWhatAnotherProgramWrote)
     EXPECT_EQ(Current().ID, project.ID);
     EXPECT_EQ(Ui().cbProjects->Text(), ProjectFile("B")) << "and no project that is gone";
 
-    // Not during a command: "Delete Project" would delete the next project.
+    // During a command the window must not follow other programs. Otherwise "Delete Project" would delete the
+    // next project.
     FPrompts.Answer = [&] {
         other.Delete(project);
         comeBack();
@@ -272,7 +273,7 @@ TEST_F(MainFormTest, RowsWithoutSomeOptionAreShownAsFarAsTheyGo)
             + ": the option \"2x Width\" has no value"));
     EXPECT_EQ(FForm->State().MyIniFileName, QString()) << "the start-up has ended there";
     EXPECT_EQ(FForm->State().BackupFolder, Path("program/Project Backups") + QDir::separator());
-    Click("Help"); // it was not set up
+    Click("Help"); // the help was not set up
     EXPECT_EQ(FPrompts.Shown, QStringList());
 }
 
@@ -283,7 +284,7 @@ TEST_F(MainFormTest, FailuresShowTheirTextAndRestoreTheWindow)
     Click("Generate");
     EXPECT_EQ(FPrompts.TakeShown(), QStringList("error: The Output Folder does not exist!"));
     QFile::remove(Path("A/A"));
-    ASSERT_TRUE(QDir().mkpath(OutputFolder("A") + "/Android_LauncherIcon48.png")); // a folder of that name
+    ASSERT_TRUE(QDir().mkpath(OutputFolder("A") + "/Android_LauncherIcon48.png")); // a folder, not a file
     Click("Generate");
     EXPECT_THAT(FPrompts.TakeShown().join('\n').toStdString(),
         HasSubstr("Android_LauncherIcon48.png: Is a directory"));

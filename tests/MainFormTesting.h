@@ -15,7 +15,7 @@
 
 namespace Corvadine::Testing {
 
-// Gives prepared answers and records what was shown.
+// Gives prepared answers, and records the texts that were shown.
 class TScriptedPrompts : public TPrompts {
 public:
     void ShowError(const QString& text) override { Shown.append("error: " + text); }
@@ -41,7 +41,7 @@ public:
     QStringList Shown;
 };
 
-// The whole window, used as by a user, with three project files to add.
+// The whole window. Tests use it as a user would, and there are three project files to add.
 class TMainFormTest : public TFolderTest {
 protected:
     void SetUp() override

@@ -35,7 +35,8 @@ TEST(MainIconTest, SmallImagesAreBitmapsWithAMaskAndLargeOnesPng)
         EXPECT_EQ(qFromLittleEndian<qint32>(image.constData() + 4), width);
         EXPECT_EQ(qFromLittleEndian<qint32>(image.constData() + 8), height * 2);
         EXPECT_EQ(image[14], 32) << "bits per pixel";
-        // The mask hides the left edge and shows the right one, whose pixels are green and opaque.
+        // The mask hides the left edge and shows the right edge. The pixels of the right edge are green
+        // and opaque.
         const auto maskRow = image.mid(40 + colorBytes, maskRowBytes);
         const auto isHidden = [&maskRow](int x) {
             return (static_cast<uchar>(maskRow[x / 8]) & 0x80 >> x % 8) != 0;

@@ -21,7 +21,7 @@ QByteArray Project(const QByteArray& properties)
     return "<Project><PropertyGroup>" + properties + "</PropertyGroup></Project>";
 }
 
-// Everything that an edit could stumble over; @ stands where the texts to replace are.
+// A project file with everything that could confuse an edit. Each @ marks a text to replace.
 const QByteArray Awkward = R"(<?xml version='1.0' encoding="UTF-8" ?>
 <!-- <PropertyGroup><Icon>no</Icon></PropertyGroup> -->
 <Project  xmlns='urn:x'
@@ -104,7 +104,7 @@ TEST(ProjectDocumentTest, AddsOnlyAsciiWhereTheEncodingIsNotUnicode)
     for (const QByteArray& head : { QByteArray(), declaration, QByteArray("\xEF\xBB\xBF") })
         for (const QByteArray& before : { Project("<!--\xFC\x80--><Icon/>"), after })
             EXPECT_EQ(Edited(head + before, "Bür😀"), head + after);
-    // The bytes need not mean the letter that they look like, even where they are UTF-8.
+    // The document does not decode this encoding, so it does not take these bytes for the letter "ü".
     for (const char* before : { "<Icon>\xFC</Icon>", "<Icon>\xC3\xBC</Icon>" })
         EXPECT_EQ(Edited(declaration + Project(before), "ü"), declaration + Project("<Icon>&#252;</Icon>"));
 }

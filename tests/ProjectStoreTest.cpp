@@ -13,7 +13,7 @@ using ::testing::EndsWith;
 
 namespace {
 
-// The table as releases before the resampling filter made it.
+// The table of the releases that had no resampling filter yet.
 const std::string OlderTable =
     "CREATE TABLE Projects (ID integer PRIMARY KEY,ProjectFile VARCHAR(256),IconImageName VARCHAR(256),"
     "SplashImageName VARCHAR(256),IncAndroid BOOLEAN,IncIPhone BOOLEAN,IncIPad BOOLEAN,IncWindows BOOLEAN,"
@@ -26,7 +26,7 @@ const std::string OlderDatabase = OlderTable + ");" + Index
 class ProjectStoreTest : public TFolderTest {
 protected:
     QString Database() const { return Path("Corvadine.db"); }
-    // What another program does to the file.
+    // Opens the file as another program would.
     SQLite::Database Raw() const
     {
         return { Database().toStdString(), SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE };
@@ -41,7 +41,7 @@ protected:
 
 TEST_F(ProjectStoreTest, CreatesExactlyTheAgreedSchema)
 {
-    PutFile(Database(), ""); // as good as missing
+    PutFile(Database(), ""); // an empty file counts as missing
     const TProjectStore store(Database());
     auto raw = Raw();
     EXPECT_EQ(raw.execAndGet("SELECT group_concat(sql,'|') FROM sqlite_master").getString(),
@@ -146,7 +146,7 @@ TEST_F(ProjectStoreTest, TwoProgramsDoNotUndoEachOther)
         ours.Insert({ .ProjectFile = "a", .TwoxSize = 1 }, { TField::ProjectFile, TField::TwoxSize });
     TProject sameRow = theirs.ReadProjects().front();
     sameRow.TwoxSize = 7;
-    sameRow.Compression = 0; // set in memory alone
+    sameRow.Compression = 0; // set only in memory
     theirs.Update(sameRow, { TField::TwoxSize });
 
     project.PickColor = std::nullopt;

@@ -14,7 +14,7 @@ using namespace Corvadine::Testing;
 
 namespace {
 
-// A project file whose paths lead into `folder`.
+// Returns a project file whose paths lead into `folder`.
 QByteArray ProjectWith(const char* folder)
 {
     return QByteArray("\xEF\xBB\xBF<Project>\r\n"
@@ -64,7 +64,7 @@ TEST_F(ProjectUpdaterTest, SetsEveryElementWhoseImageExists)
     EXPECT_EQ(result.ClosingMessage(), "3 Entries updated.\r\nA backup of the project file was made first.");
 
     QFile::setPermissions(FFile, QFile::ReadOwner);     // any write would be refused
-    FImages.Images.push_back({ "Extra", "extra.png" }); // has no element
+    FImages.Images.push_back({ "Extra", "extra.png" }); // no such element
     EXPECT_EQ(UpdateProject(FImages, FBackup).BackupPath, "") << "of an update that changes nothing";
     EXPECT_EQ(FileBytes(result.BackupPath), FOriginal);
     FBackup.Policy = TBackupPolicy::BestEffort;

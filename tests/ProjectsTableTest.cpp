@@ -10,7 +10,7 @@ using TState = TProjectsTable::TState;
 
 namespace {
 
-// A table with the projects "a", "b" and "c" whose announcements are recorded in FLog.
+// A table with the projects "a", "b" and "c". FLog records what the table announces.
 class ProjectsTableTest : public TFolderTest {
 protected:
     ProjectsTableTest()
@@ -30,7 +30,7 @@ protected:
     }
 
     QString Name() const { return FTable.IsEmpty() ? "none" : FTable.Current().ProjectFile; }
-    // What has been announced since the last call.
+    // Returns what was announced since the last call.
     std::string Announced() { return std::exchange(FLog, {}).join(", ").toStdString(); }
 
     TProjectStore FStore { Path("Corvadine.db") };

@@ -14,7 +14,8 @@ namespace {
 
 const TColor Violet = TColor::FromStored(0xC8145A); // red in the lowest byte
 
-// A disc whose color changes smoothly, on transparency or, opaque, on yellow.
+// Returns a disc whose color changes smoothly. The area around the disc is yellow if `opaque`, and
+// otherwise transparent.
 QImage Disc(QSize size, bool opaque)
 {
     const QRgb outside = opaque ? qRgb(255, 255, 0) : qRgba(0, 0, 0, 0);
@@ -26,7 +27,7 @@ QImage Disc(QSize size, bool opaque)
     });
 }
 
-// The PNG of `source` in a picture of size `box`.
+// Returns the PNG of `source`, rendered for a picture of size `box`.
 QByteArray Png(const QImage& source, QSize box, const TRenderOptions& options, bool isOpaque = false)
 {
     return RenderPng(TRenderSource(source), RecipeOf(source.size(), box, isOpaque), options);
@@ -37,7 +38,7 @@ QImage Decoded(const QByteArray& png)
     return QImage::fromData(png, "PNG");
 }
 
-constexpr int ColorTypeAt = 25; // in a PNG file
+constexpr int ColorTypeAt = 25; // the position in a PNG file
 constexpr QSize Icon36(36, 36);
 const QRgb VioletRgb = qRgb(90, 20, 200);
 const TRenderOptions TrueColor { .Background = Violet, .Format = TOutputFormat::TrueColor };
@@ -105,7 +106,8 @@ TEST(RenderingTest, PaletteHoldsAtMost256ColorsAndKeepsFewExactly)
 
 TEST(RenderingTest, BackgroundSurvivesTheReductionOfColors)
 {
-    // Far more colors than a palette holds, some of them near violet, and a margin of one pixel.
+    // The picture has far more colors than a palette holds, and some are near violet. The margin is one
+    // pixel wide.
     const QImage noisy = Painted({ 1000, 1000 }, QImage::Format_RGB32,
         [](int x, int y) { return qRgb(80 + x % 23, 10 + y % 19, 190 + (x + y) % 29); });
     const QImage image = Decoded(Png(noisy, { 1001, 1000 }, Colors256));
@@ -114,7 +116,7 @@ TEST(RenderingTest, BackgroundSurvivesTheReductionOfColors)
 
 TEST(RenderingTest, UntouchedAndPickedPixelsAreExact)
 {
-    // Hardly visible colors, which a premultiplication would lose.
+    // These colors are hardly visible. Premultiplied pixels would lose them.
     const QImage faint = Painted(
         { 36, 36 }, QImage::Format_ARGB32, [](int x, int y) { return qRgba(x * 7, y * 7, 77, 1 + x % 3); });
     EXPECT_EQ(Decoded(Png(faint, Icon36, TrueColor)).convertToFormat(QImage::Format_ARGB32), faint);

@@ -18,11 +18,11 @@ namespace {
 
 using TValues = std::vector<int>;
 
-// What the plain code of `kernel` makes, which is also the slowest. All other instruction sets of this
-// machine must give the same.
+// Returns the result of `kernel` without special instructions. Expects the same result from all instruction
+// sets of this machine.
 template <typename TKernel> auto SameOnAllTargets(TKernel kernel)
 {
-    const auto resultOn = [&kernel](std::int64_t targets) { // 0 allows all of them
+    const auto resultOn = [&kernel](std::int64_t targets) { // 0 allows all targets
         hwy::SetSupportedTargetsForTest(targets);
         hwy::GetChosenTarget().Update(hwy::SupportedTargets());
         return kernel();
@@ -48,7 +48,7 @@ TValues Filtered(const QImage& image, QSize size, TResampleFilter filter)
     return Gray(WithAlpha(Resample(TPixelPairImage(image), size, filter)));
 }
 
-// `image` at `size` by every filter that mixes pixels, with the filter's name.
+// Returns `image` at `size`, resampled by every filter that mixes pixels, with the name of the filter.
 std::vector<std::pair<std::string, TRaster>> MixedByAll(const QImage& image, QSize size)
 {
     std::vector<std::pair<std::string, TRaster>> results;
@@ -68,8 +68,8 @@ std::vector<std::int16_t> Values(const TPixelRows& image, int rowValues)
 
 } // namespace
 
-// Values of Pillow 9.4 (bilinear, bicubic, Lanczos) and ImageMagick 6.9 (the others, which cuts where we
-// round).
+// The expected values of bilinear, bicubic and Lanczos are from Pillow 9.4. The other values are from
+// ImageMagick 6.9, which cuts off fractions where we round.
 TEST(ResamplerTest, KernelsAgreeWithIndependentPrograms)
 {
     const QSize smaller(4, 3);
@@ -135,7 +135,7 @@ TEST(ResamplerTest, FlatPicturesStayFlatAtAnyReduction)
 
 TEST(ResamplerTest, TransparentNeighborsDoNotTintAndOvershootStaysWithinAlpha)
 {
-    // Invisible green around a red disc with a faint rim.
+    // A red disc with a faint rim. Around the disc is invisible green.
     const QImage image = Painted({ 64, 64 }, QImage::Format_ARGB32, [](int x, int y) {
         const double radius = std::hypot(x - 32, y - 32);
         return radius < 24 ? qRgba(250, 0, 0, radius < 22 ? 255 : 3) : qRgba(0, 255, 0, 0);

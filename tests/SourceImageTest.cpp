@@ -11,7 +11,7 @@ using namespace Corvadine::Testing;
 
 namespace {
 
-// Left half red, right half blue.
+// Returns an image whose left half is red and whose right half is blue.
 QImage TwoHalves(QSize size, QImage::Format format)
 {
     return Painted(size, QImage::Format_ARGB32, [size](int x, int) {
@@ -25,7 +25,7 @@ bool IsNear(QRgb a, QRgb b, int tolerance)
         && std::abs(qBlue(a) - qBlue(b)) <= tolerance && qAlpha(a) == qAlpha(b);
 }
 
-// Some formats come with plugins that not every build has.
+// Returns whether this build reads `format`. Some formats come with plugins that not every build has.
 bool IsRead(const char* format)
 {
     return QImageReader::supportedImageFormats().contains(format);
@@ -33,7 +33,8 @@ bool IsRead(const char* format)
 
 class SourceImageTest : public TFolderTest {
 protected:
-    // Writes `image` to FFile. Returns the bytes, which may be changed before they are loaded.
+    // Writes `image` to FFile and returns the bytes of the file. Tests may change the bytes and then
+    // load them.
     QByteArray Saved(const QImage& image, const char* format = "PNG", int quality = -1) const
     {
         EXPECT_TRUE(image.save(FFile, format, quality));
@@ -69,14 +70,15 @@ TEST_F(SourceImageTest, LoadsEveryPixelFormatAsThirtyTwoBits)
     palette.fill(0);
     EXPECT_TRUE(Loaded(Saved(palette)).hasAlphaChannel());
 
-    // 16 x 8 pixels of ink red, made by another program.
+    // A CMYK picture of 16 x 8 red pixels, made by another program.
     const QImage cmyk = Loaded(FileBytes(QStringLiteral(CORVADINE_TEST_DATA "/cmyk.jpg")));
     EXPECT_TRUE(IsNear(cmyk.pixel(8, 4), qRgb(254, 0, 0), 3)) << cmyk.pixelColor(8, 4).name().toStdString();
 }
 
 TEST_F(SourceImageTest, AppliesTheOrientationToPixelsAndHeader)
 {
-    // An Exif segment with one tag: the orientation 6, "turn right". Qt writes none, it turns the pixels.
+    // An Exif segment with one tag: the orientation 6, "turn right". Qt never writes this tag, because it
+    // turns the pixels.
     const QByteArray segment =
         QByteArray::fromHex("FFE1002245786966000049492A0008000000010012010300010000000600000000000000");
     constexpr qsizetype AfterStart = 2;
@@ -89,14 +91,16 @@ TEST_F(SourceImageTest, AppliesTheOrientationToPixelsAndHeader)
     const TThumbnail thumbnail = LoadThumbnail(FFile, { 16, 16 });
     EXPECT_EQ(thumbnail.Size, QSize(32, 64));
     EXPECT_EQ(thumbnail.Picture.size(), QSize(8, 16));
-    // Beside the edge: a picture reduced to the size before the rotation would be blurred here.
+    // These pixels are beside the edge between red and blue. They would be blurred if the picture were
+    // reduced to the size before the rotation.
     EXPECT_TRUE(IsNear(thumbnail.Picture.pixel(4, 7), qRgb(200, 30, 30), 12));
     EXPECT_TRUE(IsNear(thumbnail.Picture.pixel(4, 8), qRgb(30, 30, 200), 12));
 }
 
 TEST_F(SourceImageTest, ConvertsProfilesToSrgbButLeavesScreenGammaAlone)
 {
-    // The color of a PNG with `space`, or else with `chunks` after its header.
+    // Returns the loaded color of a PNG file that is filled with `color`. The file has the color space
+    // `space`, and `chunks` after its header.
     const auto loaded = [this](QRgb color, const QColorSpace& space, const QByteArray& chunks = {}) {
         QImage image(4, 4, QImage::Format_ARGB32);
         image.fill(color);
@@ -125,7 +129,7 @@ TEST_F(SourceImageTest, ChoosesTheDecoderByContentWhenTheExtensionLies)
 
     if (!IsRead("tga"))
         return;
-    // Red throughout; the start of a TGA is also that of a Windows cursor.
+    // A red TGA picture. A TGA file starts with the same bytes as a Windows cursor.
     QByteArray tga(18, '\0');
     for (const auto& [at, value] : { std::pair(2, 2), { 12, 4 }, { 14, 4 }, { 16, 24 } })
         tga[at] = static_cast<char>(value);
@@ -137,14 +141,14 @@ TEST_F(SourceImageTest, ChoosesTheDecoderByContentWhenTheExtensionLies)
 
 TEST_F(SourceImageTest, LoadsTheLargestImageOfAnIcon)
 {
-    const QString icon = QStringLiteral(CORVADINE_TEST_DATA "/two.ico"); // 16 and 48 pixels, by icotool
+    const QString icon = QStringLiteral(CORVADINE_TEST_DATA "/two.ico"); // images of 16 and 48 pixels
     for (const TDecoderChoice choice : { TDecoderChoice::ByContent, TDecoderChoice::ByExtension }) {
         EXPECT_EQ(LoadSourceImage(icon, choice).pixel(40, 3), qRgb(30, 30, 200));
         EXPECT_EQ(ReadImageHeader(icon, choice).Size, QSize(48, 48));
     }
     EXPECT_EQ(LoadThumbnail(icon, { 160, 160 }).Size, QSize(16, 16)) << "the first will do";
 
-    // Apple's icons tell no size in their header.
+    // The header of Apple's icons tells no size.
     if (!IsRead("icns"))
         return;
     const auto chunk = [](const QByteArray& type, const QByteArray& data) {
@@ -217,7 +221,7 @@ TEST_F(SourceImageTest, ReducesToThumbnails)
     EXPECT_TRUE(IsNear(qRgba(qRed(halfBlue), 0, 0, 128), qRgba(0, 0, 0, 128), 1))
         << "tinted by transparent red";
 
-    // Squares of 256 colors: the mixed ones along their edges are too many for a palette.
+    // Squares of 256 colors. The mixed colors along their edges are too many for a palette.
     const QImage squares = Painted({ 640, 320 }, QImage::Format_RGB32, [](int x, int y) {
         return qRgb(x / 37 % 16 * 17, y / 19 % 16 * 17, x / 37 % 16 + y / 19 % 16 * 16);
     }).convertToFormat(QImage::Format_Indexed8);

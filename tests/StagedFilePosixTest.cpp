@@ -18,9 +18,10 @@
 using namespace Corvadine;
 using namespace Corvadine::Testing;
 
-// These replace the system's functions of the same names in this program, so that a test can make them fail.
-static int FSyncError = 0;  // errno of the next calls; 0: they succeed
-static int FChownError = 0; // the same
+// The two functions below replace the system's functions of the same names, so that a test can make
+// them fail.
+static int FSyncError = 0;  // errno of the next calls of fsync(); 0: they succeed
+static int FChownError = 0; // errno of the next calls of fchown(); 0: they succeed
 
 extern "C" int fsync(int descriptor) // NOLINT(*-naming)
 {
@@ -39,8 +40,8 @@ namespace {
 const char* const AccessList = "system.posix_acl_access";
 const char* const DefaultList = "system.posix_acl_default";
 
-// An access control list as Linux stores it (the kernel's posix_acl_xattr.h): the owner may read and write,
-// user 4242 may read, the group may do nothing, the mask is r--.
+// Returns an access control list as Linux stores it (the kernel's posix_acl_xattr.h). The owner may read and
+// write. User 4242 may read. The group may do nothing. The mask is r--.
 QByteArray ListWithNamedUser()
 {
     const auto entry = [](int tag, int rights, quint32 id) {
@@ -59,7 +60,7 @@ bool SetAttribute(const QString& path, const char* name, const QByteArray& value
         == 0;
 }
 
-// Empty if there is none.
+// Returns the value of the attribute `name`, or an empty value if the file has no such attribute.
 QByteArray Attribute(const QString& path, const char* name)
 {
     char buffer[256];
@@ -80,7 +81,7 @@ protected:
         return status.st_mode & 07777U;
     }
 
-    // The mode of a copy of a file that has `original`.
+    // Returns the mode of a copy of a file that has the mode `original`.
     unsigned ModeOfCopy(unsigned original) const
     {
         PutFile(Path("original"), "");
@@ -112,7 +113,7 @@ TEST_F(StagedFilePosixTest, ACopyIsOpenToNoMoreUsersThanItsOriginal)
 {
     EXPECT_EQ(ModeOfCopy(0400), 0600U);
     EXPECT_EQ(ModeOfCopy(0674), 0674U);
-    FChownError = EPERM; // the copy gets our group, whose users are others to the original
+    FChownError = EPERM; // the copy gets our group, whose users count as others for the original
     EXPECT_EQ(ModeOfCopy(0674), 0644U);
     EXPECT_EQ(ModeOfCopy(0660), 0600U);
     FChownError = 0;
@@ -128,7 +129,7 @@ TEST_F(StagedFilePosixTest, AFailedSyncChangesNothing)
     EXPECT_EQ(ErrorOf([&] { WriteFileAtomically(Path("a"), "new"); }),
         "Cannot write " + Path("a").toStdString() + ": Input/output error");
     EXPECT_EQ(FileBytes(Path("a")), "old");
-    FSyncError = EINVAL; // the file system has no sync
+    FSyncError = EINVAL; // the file system cannot sync
     WriteFileAtomically(Path("a"), "new");
     EXPECT_EQ(FileBytes(Path("a")), "new");
 }
@@ -145,12 +146,13 @@ TEST_F(StagedFilePosixTest, KeepsAccessControlListsAndOtherExtendedAttributes)
     EXPECT_EQ(Attribute(Path("a"), AccessList), ListWithNamedUser());
     EXPECT_EQ(Attribute(Path("a"), "user.note"), "kept");
 
-    // A copy: the group's bits of the original are the mask of its list and must not become the group's
-    // rights.
+    // The bits of the group in the original's mode are the mask of its access control list. In a copy these
+    // bits must not become the rights of the group.
     TStagedFile(Path("copy"), "new", Path("a")).Commit();
     EXPECT_EQ(Attribute(Path("copy"), AccessList), ListWithNamedUser());
 
-    // What the folder hands down to new files is not what the replaced file or the original had.
+    // New files get the folder's default list. A replaced file and a copy must not get this list, because the
+    // old file did not have it.
     ASSERT_TRUE(SetAttribute(Path("."), DefaultList, ListWithNamedUser()));
     ASSERT_EQ(::chmod(QFile::encodeName(Path("plain")).constData(), 0640), 0);
     WriteFileAtomically(Path("plain"), "new");

@@ -44,7 +44,7 @@ TEST_F(StagedFileTest, RefusesWhatCannotBeWrittenAndNamesFileAndReason)
         "Cannot write " + Path("a").toStdString() + ": the file is read-only");
     EXPECT_EQ(ErrorOf([&] { WriteFileAtomically(Path("."), "new"); }),
         "Cannot write " + Path(".").toStdString() + ": Is a directory");
-    EXPECT_THAT(ErrorOf([&] { WriteFileAtomically(Path("no/a"), "new"); }), // the reason is the system's
+    EXPECT_THAT(ErrorOf([&] { WriteFileAtomically(Path("no/a"), "new"); }), // the system gives the reason
         Matches(R"(Cannot write .*no.a: .*[a-z])"));
     EXPECT_EQ(FileBytes(Path("a")), "old");
 }

@@ -15,7 +15,7 @@ using namespace Corvadine::Testing;
 
 namespace {
 
-// A file that another program has open, for reading and alone unless told otherwise.
+// A file that another program has opened for reading. Without `share`, no other program can open the file.
 class TOpenFile {
 public:
     explicit TOpenFile(const QString& path, DWORD share = 0)
@@ -58,7 +58,7 @@ TEST_F(StagedFileWindowsTest, RefusesAFileInUseBeforeAndAfterStaging)
                     ::testing::Not(::testing::EndsWith(": ")), ::testing::Not(::testing::EndsWith("."))));
         EXPECT_EQ(FileBytes(Path("a")), "old");
     }
-    staged.Commit(); // it is still there
+    staged.Commit(); // the staged file is still there
     EXPECT_EQ(FolderContent(Path("")), (TFolderContent { { "a", "new" } }));
 }
 
@@ -81,7 +81,7 @@ TEST_F(StagedFileWindowsTest, TakesEveryLengthAroundTheClassicLimit)
         const QString path = Path(QString(length + 1 - Path("n").size(), u'n'));
         ASSERT_EQ(path.size(), length);
         WriteFileAtomically(path, "new");
-        WriteFileAtomically(path, "newer"); // both with a longer name for a moment
+        WriteFileAtomically(path, "newer"); // both calls use a longer name for a moment
         EXPECT_EQ(FileBytes(path), "newer") << length;
         EXPECT_THAT(SystemPath(path), ::testing::StartsWith(L"\\\\?\\"));
     }

@@ -15,7 +15,7 @@
 #include <map>
 #include <string>
 
-// gtest finds printers by the type's namespace, which for QString is the global one.
+// This function is in the global namespace, because gtest looks for printers in the namespace of the type.
 inline void PrintTo(const QString& text, std::ostream* stream)
 {
     *stream << '"' << text.toStdString() << '"';
@@ -27,14 +27,14 @@ namespace Corvadine::Testing {
 // A test in an empty folder that is removed afterwards.
 class TFolderTest : public ::testing::Test {
 protected:
-    // Absolute path of `name` in the test's folder, as the system spells it.
+    // Returns the absolute path of `name` in the test's folder, with the system's own delimiters.
     QString Path(const QString& name) const { return QDir::toNativeSeparators(FFolder.filePath(name)); }
 
 private:
     QTemporaryDir FFolder;
 };
 
-// Whether the whole text matches a regular expression; a full stop also matches a line break. GoogleTest's
+// Matches if the whole text matches a regular expression. A full stop also matches a line break. GoogleTest's
 // own matcher knows only a small part of the syntax on some systems.
 MATCHER_P(Matches, pattern, "matches " + ::testing::PrintToString(pattern)) // NOLINT(*-naming)
 {
@@ -43,19 +43,21 @@ MATCHER_P(Matches, pattern, "matches " + ::testing::PrintToString(pattern)) // N
     return expression.match(QString::fromStdString(arg)).hasMatch();
 }
 
-// Writes a whole file, with missing folders, or reads one. Fails the test if the system refuses.
+// PutFile() writes a whole file, and makes missing folders. FileBytes() returns the content of a file. Both
+// fail the test if the system refuses.
 void PutFile(const QString& path, const QByteArray& bytes);
 QByteArray FileBytes(const QString& path);
 
 // Sets the time at which the file was last changed.
 void SetFileTime(const QString& path, const QDateTime& time);
 
-// What is in `folder` and below, by its name relative to `folder`: files with their content, links with their
-// target, and empty folders, whose names end with a slash. Leaves out files with a name in `except`.
+// Returns the entries in `folder` and below, by their names relative to `folder`. The value of a file is its
+// content, and the value of a link names its target. Empty folders are listed with a slash at the end of the
+// name. Leaves out files with a name in `except`.
 using TFolderContent = std::map<QString, QByteArray>;
 TFolderContent FolderContent(const QString& folder, const QStringList& except = {});
 
-// The text of the TError that `action` throws; fails the test when it throws none.
+// Returns the text of the TError that `action` throws. Fails the test if `action` throws no TError.
 template <typename TAction> std::string ErrorOf(TAction action)
 {
     try {

@@ -25,7 +25,7 @@ pid_t StartCopy(const std::function<void()>& work)
     const pid_t child = ::fork();
     EXPECT_GE(child, 0);
     if (child == 0) {
-        // noexcept: an exception must end the copy, not reach GoogleTest.
+        // The function is noexcept, because an exception must end the copy and must not reach GoogleTest.
         [&]() noexcept { work(); }();
         ::_exit(0);
     }

@@ -28,7 +28,7 @@ protected:
         FView.show();
     }
 
-    // A folder with small pictures of these names.
+    // Makes a folder with small pictures of these names, and returns its path.
     QString Folder(const QString& name, const QStringList& files)
     {
         for (const QString& file : files)
@@ -36,7 +36,7 @@ protected:
         return Path(name);
     }
 
-    // Opens a folder and waits until `files` are there.
+    // Opens a folder and waits until the view shows `files`.
     void ExpectFilled(const QString& folder, const QStringList& files)
     {
         EXPECT_EQ(FView.Fill(folder), !files.isEmpty());
@@ -129,7 +129,8 @@ TEST_F(ThumbnailViewTest, SpreadsItsColumnsAndNeverTakesTheFocus)
     EXPECT_FALSE(FView.hasFocus() || FView.viewport()->hasFocus());
 }
 
-// A screen of another resolution needs other pictures. So does a row whose picture did not fit into memory.
+// A screen of another resolution needs other pictures. The model reads the files again, as it does for
+// pictures that did not fit into memory.
 TEST_F(ThumbnailViewTest, MakesPicturesAnewForAnotherScreen)
 {
     PutFile(Path("out/a.png"), PngBytes({ 1000, 500 }));

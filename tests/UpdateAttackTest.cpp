@@ -4,8 +4,8 @@
 #include <QCryptographicHash>
 #include <QFileInfo>
 
-// What attackers and accidents can do to an update: each row is one, and each ends in a sentence for the user
-// and a program folder as it was.
+// What attackers and accidents can do to an update. Each row is one attack or accident. Each must end in a
+// sentence for the user, and must leave the program folder as it was.
 
 using namespace Corvadine;
 using namespace Corvadine::Testing;
@@ -35,14 +35,14 @@ struct TAttack {
     const char* Certificate = "localhost";
 };
 
-// As the publisher might by mistake.
+// Replaces `from` in the control file and signs the control file, as the publisher might do by mistake.
 TPrepare Signed(const QByteArray& from, const QByteArray& to)
 {
     return [=](TScene& scene) { scene.Release.Replace(from, to); };
 }
 
-// A package with all that it should have, and ahead of that one more file. make-update refuses bad names, so
-// the archive is made with another name as long.
+// Puts a further file called `name` at the start of a complete package. make-update refuses bad names. So the
+// archive is made with a harmless name of the same length, which is then replaced by `name`.
 TPrepare Packed(const QByteArray& name, const QByteArray& content = "evil")
 {
     return [=](TScene& scene) {
@@ -93,7 +93,7 @@ std::vector<TAttack> Attacks()
 {
     const TAnswer endless { OkHeaders, TThen::SendForEver };
     return {
-        // On the control file.
+        // Attacks on the control file.
         { "a byte of the control file", NotSigned, [](TScene& s) { FlipByte(s.Release.Control()); } },
         { "a byte of the signature", NotSigned, [](TScene& s) { FlipByte(s.Release.Signature()); } },
         { "no signature", "does not have it", [](TScene& s) { s.Release.Files.erase("Corvadine.INF.sig"); } },
@@ -113,7 +113,7 @@ std::vector<TAttack> Attacks()
         { "a file list without end", "\"count\" in [files]", Signed("count=3", "count=501") },
         { "a package without size", "\"newsize\" in [package1]",
             Signed("=1\r\nnewsize=", "=1\r\nnewsize=-") },
-        // On the line.
+        // Attacks on the connection.
         { "plain HTTP", "is not secure", [](TScene& s) { s.Settings.Url.setScheme("http"); } },
         { "a redirect to HTTP", "is not secure",
             Answer(ControlPath, { Redirect + "http://localhost/\r\n\r\n" }) },
@@ -149,7 +149,7 @@ std::vector<TAttack> Attacks()
             Answer(PackageUrlPath, { OkHeaders + Release().Package().chopped(1) }) },
         { "an error page", "status 500",
             Answer(PackageUrlPath, { "HTTP/1.1 500 Oops\r\nContent-Length: 4\r\n\r\noops" }) },
-        // On the package.
+        // Attacks on the package.
         { "another package of this size", "not the package that",
             [](TScene& s) { FlipByte(s.Release.Package()); } },
         { "a truncated archive", "Cannot unpack",
@@ -172,7 +172,7 @@ std::vector<TAttack> Attacks()
         { "a link", "is not a regular file",
             [](TScene& s) {
                 TUpdateRelease other({ { "corvadine", "/etc/passwd" } }, { "--archive", "zip" });
-                const QByteArray file("\0\0\xa4\x81", 4); // what the archive knows of permissions and kind
+                const QByteArray file("\0\0\xa4\x81", 4); // permissions and kind of the file
                 const QByteArray link("\0\0\xa4\xa1", 4);
                 s.Release.ReplacePackage(other.Files["Corvadine.ZIP"].replace(file, link));
             } },
@@ -181,7 +181,7 @@ std::vector<TAttack> Attacks()
                 QByteArray package = s.Release.Package();
                 s.Release.ReplacePackage(package.replace("Corvadine.chm", "..\\corvadine"));
             } },
-        // On the program folder.
+        // Attacks on the program folder.
         { "a listed name outside", BadName, Signed("targetdir=presets", "targetdir=../presets") },
         { "a listed name of the user's", BadName, Signed("=presets", "=Project Backups") },
         { "a package name with a folder", "\"file\" in [package1]",
@@ -189,7 +189,7 @@ std::vector<TAttack> Attacks()
         { "two names for one file", "cannot both be installed", Signed("Corvadine.chm", "CORVADINE") },
         { "a program that is a link", "it is a link", Linked("corvadine", "/etc/passwd") },
         { "a folder that is a link", "it is a link", Linked("presets", "/etc") },
-        { "a disk without any room", "of free space in", // as the kernel's own folders say
+        { "a disk without any room", "of free space in", // /proc tells that none is free
             [](TScene& s) { s.Settings.Folder = TUpdateFolder("/proc"); } },
         { "a disk without room for the package",
             "Cannot download Corvadine.CAB: ", [](TScene& s) { s.LargestFile = quint64 { 64 } * 1024; } },

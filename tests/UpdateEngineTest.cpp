@@ -27,7 +27,7 @@ protected:
     QString Program(const QString& name) const { return FFolder.PathOf(name); }
     bool IsStaged() const { return QFileInfo::exists(FFolder.Staging()); }
 
-    // How many files a check finds newer when this is on the server.
+    // Returns how many newer files a check finds when `release` is on the server.
     std::size_t Newer(const TUpdateRelease& release)
     {
         release.PutOn(FServer);
@@ -37,7 +37,7 @@ protected:
         return outcome.Files.size();
     }
 
-    // What make-update says when it refuses a release of these files, which are empty.
+    // Returns the error of make-update, which must refuse a release of `files`. The files are empty.
     static std::string Refusal(const QStringList& files, const QStringList& arguments = {})
     {
         TFolderContent content;
@@ -73,7 +73,7 @@ TEST_F(UpdateEngineTest, DownloadsWhatIsNewer)
         EXPECT_EQ(files[0].Date, QDateTime({ 2020, 11, 22 }, { 14, 30 }, Qt::UTC));
         EXPECT_TRUE(!files[0].Mandatory && files[1].Mandatory && files[2].Mandatory);
 
-        // The mandatory files come along.
+        // The mandatory files are downloaded, although no file is chosen.
         const TUpdateOutcome outcome = RunDownload(engine, {});
         ASSERT_EQ(outcome.Signal, u"Downloaded") << outcome.Text.toStdString();
         EXPECT_EQ(outcome.LastDone, outcome.Total);
@@ -88,14 +88,14 @@ TEST_F(UpdateEngineTest, DownloadsWhatIsNewer)
     }
 }
 
-// The limits are on silence, and on a line too slow for the size.
+// The limits stop a server that is silent, and a line that is too slow for the size of the download.
 TEST_F(UpdateEngineTest, ASlowDownloadIsNotAStalledOne)
 {
     FSettings.Limits.Stall = std::chrono::milliseconds(900);
     FSettings.Limits.DownloadTotal = std::chrono::milliseconds(100);
     FSettings.Limits.LeastRate = Release().Package().size() / 10;
     TAnswer slow = Ok(Release().Package());
-    slow.DripMilliseconds = 120; // ten times
+    slow.DripMilliseconds = 120; // after each of ten pieces
     FServer.Put(PackageUrlPath, slow);
     TUpdateEngine engine(FSettings);
     EXPECT_EQ(RunDownload(engine, { 0 }).Signal, u"Downloaded");
@@ -131,7 +131,7 @@ TEST_F(UpdateEngineTest, FindsNothingNewer)
     foreign.Replace("compare=", "platform=windows-x86_64\r\ncompare=");
     EXPECT_EQ(Newer(foreign), 0) << "another platform's files";
 
-    // What has the right bytes or is younger is left alone, file by file.
+    // A file that has the right bytes or is younger is left alone. Each file is compared by itself.
     TUpdateRelease byDate = Release();
     byDate.Replace("compare=version", "compare=date");
     PutFile(Program(Help), NewHelp);
@@ -163,7 +163,7 @@ TEST_F(UpdateEngineTest, CanBeCancelledAtEveryStep)
         engine.Cancel();
         EXPECT_EQ(AwaitOutcome(engine).Signal, u"Cancelled");
 
-        // From within the engine's own signal, in the middle of the package.
+        // Cancels from within a signal of the engine, in the middle of the package.
         FServer.Put(PackageUrlPath, { OkHeaders + Release().Package().left(100'000), TThen::Stall });
         QObject::connect(&engine, &TUpdateEngine::Progress, &engine, [&] {
             EXPECT_TRUE(IsStaged());
@@ -203,7 +203,7 @@ TEST_F(UpdateEngineTest, RemovesLeftoversUnlessAnotherProcessIsAtWork)
     ASSERT_EQ(RunDownload(engine, { 0 }).Signal, u"Downloaded");
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     EXPECT_THAT(ErrorOf([&] { FFolder.Lock(); }), HasSubstr(busy));
-    if (QStorageInfo(u"/sys"_s).fileSystemType() == "sysfs") { // where not even root makes files
+    if (QStorageInfo(u"/sys"_s).fileSystemType() == "sysfs") { // in /sys not even root makes files
         EXPECT_THAT(ErrorOf([] { TUpdateFolder("/sys").Lock(); }), HasSubstr("the folder cannot be written"));
     }
 }

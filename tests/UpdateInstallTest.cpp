@@ -27,7 +27,7 @@ const TFolderContent NewFiles { { "corvadine", "new program, longer" }, { "docs/
 
 class UpdateInstallTest : public TFolderTest {
 protected:
-    // The program folder as if never updated, and an update staged in it.
+    // Makes a program folder that was never updated, and stages an update in the folder. Returns the update.
     TStagedUpdate Stage()
     {
         QDir(FFolder.Path()).removeRecursively();
@@ -46,14 +46,15 @@ protected:
         return update;
     }
 
-    // What the system, which may not know them all, makes of `permissions` for the file.
+    // Sets `permissions`, and returns the permissions that the file then has. A system may not support all
+    // of `permissions`.
     static QFile::Permissions PermissionsOnceSet(const QString& path, QFile::Permissions permissions)
     {
         EXPECT_TRUE(QFile::setPermissions(path, permissions));
         return QFile::permissions(path);
     }
 
-    // What lies in the program folder but for the log and what outlasts an update.
+    // Returns the content of the program folder, without the log and the record of the accepted version.
     TFolderContent Files() const
     {
         return FolderContent(FFolder.Path(), { "WUPDATE.LOG", "CorvadineUpdate.accepted" });
@@ -62,15 +63,15 @@ protected:
     static TFolderContent Updated()
     {
         TFolderContent files = NewFiles;
-        files.insert(OldFiles.begin(), OldFiles.end()); // keeps the new ones
+        files.insert(OldFiles.begin(), OldFiles.end()); // keeps the new files
         return files;
     }
 
     QString Program() const { return FFolder.PathOf("corvadine"); }
     std::string Log() const { return FileBytes(FFolder.Log().Path()).toStdString(); }
 
-    // Runs `action`, which gets an installer, in a process of its own that ends like a killed one before the
-    // first deadly step. Returns whether it came to its end.
+    // Runs `action` with an installer in a copy of this process. The copy ends before the first deadly step,
+    // as if it were killed. Returns whether `action` came to its end.
     template <typename TAction>
     bool Survives(const std::function<bool(const QString&)>& isDeadly, const TAction& action) const
     {
@@ -90,7 +91,7 @@ protected:
     }
 
     const TUpdateFolder FFolder { Path("program") };
-    QFile::Permissions FPermissions; // of the program, as far as the system knows such
+    QFile::Permissions FPermissions; // of the program, as far as the system supports them
 };
 
 TEST_F(UpdateInstallTest, ReplacesAllFilesAndLeavesNothingBehind)
@@ -168,7 +169,7 @@ TEST_F(UpdateInstallTest, OtherProcessesStayOutWhileTheHelperTakesOver)
 {
     Stage();
     const QString lockFile = FFolder.PathOf("CorvadineUpdate.lock");
-    PutFile(lockFile, {}); // of a process that was killed, or of another computer
+    PutFile(lockFile, {}); // left by a killed process or by another computer
     EXPECT_EQ(RecoverUpdate(FFolder), TRecovery::NotNeeded);
     FFolder.MarkHandedOver();
     EXPECT_THAT(ErrorOf([&] { FFolder.Lock(); }), HasSubstr("CorvadineUpdate.lock"));
@@ -197,7 +198,7 @@ TEST_F(UpdateInstallTest, FailureAtAnyStepPutsAllBack)
         };
         try {
             installer.Install(update, Program());
-            break; // once it is settled it is installed, whatever fails
+            break; // a settled update is installed, even if a later step fails
         } catch (const TError& error) {
             EXPECT_EQ(error.Text(), "the disk is on fire");
         }
@@ -258,7 +259,7 @@ TEST_F(UpdateInstallTest, NobodyElseGetsIntoAPrivateFolder)
     const QString folder = Path("private");
     ASSERT_FALSE(MakePrivateFolder(folder));
     PutFile(folder + "/a", "made by its owner");
-    // Elsewhere the bits of the group and of others are no rights.
+    // On Windows the bits of the group and of others are no rights.
     EXPECT_TRUE(!IsPosix() || (QFile::permissions(folder).toInt() & 0x77) == 0);
     EXPECT_TRUE(MakePrivateFolder(folder)) << "another user may have prepared it";
 }

@@ -1,6 +1,7 @@
-// Replaces Corvadine in tests that update the program itself. It recovers at its start. With "update" it
-// first downloads the mandatory files; with "update" or "hand-over" it hands over to the helper that it
-// carries. It writes what it does to notes.txt in its folder.
+// This program replaces Corvadine in tests that update the program itself. At its start it calls
+// RecoverUpdate(). With the argument "update", it downloads the mandatory files and then hands over to the
+// helper that it carries. With "hand-over", it only hands over to the helper. The program writes its steps to
+// notes.txt in its folder.
 
 #include "base/Error.h"
 #include "support/update/ExecutableResource.h"
@@ -25,7 +26,8 @@ void Note(const QString& text)
         notes.write(text.toUtf8() + '\n');
 }
 
-// Stages the mandatory files; throws TError if that fails or none is newer.
+// Downloads the mandatory files into the staging folder. Throws TError if the download fails or no file
+// is newer.
 void Download(const TUpdateFolder& folder)
 {
     TUpdateEngine engine(LoadUpdateSettings(folder));

@@ -17,7 +17,8 @@ namespace {
 
 const QString TlsFolder = QStringLiteral(CORVADINE_TEST_DATA "/tls/");
 
-// What the tool prints, or what it fails with in `error`, if one is expected.
+// Runs a tool and returns its standard output. If `error` is given, the tool must fail, and `error` receives
+// its error output.
 QByteArray Run(const char* program, const QStringList& arguments, QByteArray* error = nullptr)
 {
     QProcess tool;
@@ -30,12 +31,12 @@ QByteArray Run(const char* program, const QStringList& arguments, QByteArray* er
     return tool.readAllStandardOutput();
 }
 
-// One for all tests of a process, in a folder that goes with it.
+// The key pair for all tests of this process. The folder is removed at the end of the process.
 struct TKeyPair {
     QTemporaryDir Folder;
     QString Path = Folder.filePath("secret.key");
     QByteArray Public = QByteArray::fromBase64(Run(CORVADINE_MAKE_UPDATE, { "key", Path }));
-    // As libsodium wants it: the seed and the public key.
+    // The seed and the public key, as libsodium needs them.
     QByteArray Secret = QByteArray::fromBase64(FileBytes(Path)) + Public;
 };
 
@@ -51,7 +52,8 @@ void PutAll(const TFolderContent& files, const QTemporaryDir& folder)
         PutFile(folder.filePath(name), bytes);
 }
 
-// What make-update leaves in its output folder, in which `before` lies.
+// Runs make-update with the files `before` in its output folder. Returns the files of the output
+// folder afterwards.
 TFolderContent Make(const QString& command, const TFolderContent& before, const QStringList& arguments,
     QByteArray* error = nullptr)
 {
@@ -233,7 +235,7 @@ TUpdateOutcome AwaitOutcome(TUpdateEngine& engine)
 {
     TUpdateOutcome outcome;
     QEventLoop loop;
-    QObject context; // ends the connections
+    QObject context; // its destructor ends the connections
     const auto end = [&](const char* signal) {
         EXPECT_TRUE(outcome.Signal.isEmpty()) << outcome.Signal.toStdString() << " and then " << signal;
         EXPECT_FALSE(engine.IsBusy());

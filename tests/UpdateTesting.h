@@ -16,21 +16,21 @@ enum class TThen { Close, Stall, SendForEver };
 struct TAnswer {
     QByteArray Bytes; // headers and body as they are sent
     TThen Then = TThen::Close;
-    int DripMilliseconds = 0; // other than 0: the pause after every tenth of the bytes
+    int DripMilliseconds = 0; // the pause after every tenth of the bytes; 0: no pauses
 };
 
 inline const QByteArray OkHeaders = "HTTP/1.1 200 OK\r\n\r\n";
 TAnswer Ok(const QByteArray& body);
 
-// Serves answers by path over TLS on a free port of localhost; 404 for other paths. Fails the test when a
-// request has another user agent than ours.
+// Serves answers by path over TLS on a free port of localhost. Answers 404 for other paths. Fails the test if
+// a request has another user agent than ours.
 class TUpdateServer : public QObject {
 public:
-    // With the certificate tests/data/tls/CERTIFICATE.pem.
+    // The server has the certificate tests/data/tls/CERTIFICATE.pem.
     explicit TUpdateServer(const QString& certificate = "localhost");
 
     void Put(const QString& path, const TAnswer& answer) { FAnswers[path] = answer; }
-    // Of the control file.
+    // Returns the address of the control file.
     QUrl Url() const;
 
 private:
@@ -40,12 +40,13 @@ private:
     QHash<QString, TAnswer> FAnswers;
 };
 
-// What tools/make-update puts on a server, by file name, with a key pair made for the tests. Tests tamper
-// with it and sign it again.
+// The files that tools/make-update makes for a server, by name. They are signed with a key made for the
+// tests. Tests change the files and sign them again.
 class TUpdateRelease {
 public:
-    // Runs `make-update release` on these files with further arguments, for version 1.1.0 of 22/11/2020 14:30
-    // UTC. "corvadine" is executable. With `error` it must fail, and that is what it says.
+    // Runs `make-update release` on the files `content` with further arguments, for version 1.1.0 of
+    // 22/11/2020 14:30 UTC. The file "corvadine" is executable. If `error` is given, make-update must fail,
+    // and `error` receives its text.
     explicit TUpdateRelease(
         const TFolderContent& content, const QStringList& arguments = {}, QByteArray* error = nullptr);
 
@@ -55,52 +56,55 @@ public:
     QByteArray& Signature() { return Files["Corvadine.INF.sig"]; }
     QByteArray& Package() { return Files["Corvadine.CAB"]; }
 
-    // Replaces all of `from`, which must be there, in the control file, and signs it again.
+    // Replaces every `from` in the control file, and signs the control file again. REQUIRES: the control file
+    // contains `from`.
     void Replace(const QByteArray& from, const QByteArray& to);
-    // Another package, with its true size and hash in the control file.
+    // Replaces the package, and writes the true size and hash of the new package into the control file.
     void ReplacePackage(const QByteArray& bytes);
     void PutOn(TUpdateServer& server) const;
-    // What `make-update renew --withdraw` makes of it.
+    // Withdraws the release with `make-update renew --withdraw`.
     void Withdraw();
-    // What check-update has against it. REQUIRES: there is a fault.
+    // Returns the fault that check-update finds in the release. REQUIRES: there is a fault.
     std::string Faults() const;
 
     static QByteArray PublicKey();
 };
 
-// A new program that hardly packs, a help file that packs well, and a file in a folder.
+// The files of a new release: a program that hardly shrinks when packed, a help file that shrinks well, and a
+// file in a folder.
 const QByteArray& NewProgram();
 inline const QByteArray NewHelp(400 * 1024, 'h');
 inline const QByteArray NewPresets = "new presets";
 
-// Of these three: "corvadine", "Corvadine.chm", "presets/colors.txt".
+// Returns a release of these three files, named "corvadine", "Corvadine.chm" and "presets/colors.txt".
 TUpdateRelease MakeRelease(const QStringList& arguments);
-// The same, made once: the program by version, the others by checksum, the help optional.
+// Returns a release that is made only once. The program is compared by version, and the other files by
+// checksum. The help is optional.
 TUpdateRelease Release();
 inline const QString PackageUrlPath = "/Corvadine/Corvadine.CAB";
 
-// A program folder with old files of these names and a database.
+// Makes a program folder with old files of these names and a database.
 void PutOldFiles(const QString& programFolder);
 
-// Settings for a program of version 1.0.0 on "linux-x86_64" in `programFolder`.
+// Returns settings for a program of version 1.0.0 on "linux-x86_64" in `programFolder`.
 TUpdateSettings TestUpdateSettings(const TUpdateServer& server, const QString& programFolder);
 
 // How one step of an engine ended.
 struct TUpdateOutcome {
     QString Signal; // the final signal's name
-    QString Text;   // of Failed
+    QString Text;   // the text of Failed
     std::vector<TUpdateFile> Files;
-    qint64 LastDone = 0; // of Progress
+    qint64 LastDone = 0; // of the last Progress
     qint64 Total = 0;
 };
 
 TUpdateOutcome RunCheck(TUpdateEngine& engine);
-// A check, and if it finds files, their download.
+// Runs a check. If the check finds files, downloads the files `chosen`.
 TUpdateOutcome RunDownload(TUpdateEngine& engine, const std::vector<std::size_t>& chosen);
-// Runs the event loop until the engine's next final signal; fails the test when none comes.
+// Runs the event loop until the engine emits a final signal. Fails the test if no signal comes.
 TUpdateOutcome AwaitOutcome(TUpdateEngine& engine);
 
-// FolderContent() but for what a check remembers.
+// Returns FolderContent() without the record of the known release, which a check writes.
 TFolderContent ContentOf(const QString& folder);
 
 } // namespace Corvadine::Testing

@@ -37,7 +37,8 @@ protected:
         ASSERT_TRUE(QFile::copy(QStringLiteral(CORVADINE_STAND_IN), Program("corvadine")));
     }
 
-    // Puts version 1.1.0 on the server: the help, something optional and, if asked for, another executable.
+    // Puts version 1.1.0 on the server, with the help and an optional file. With `withProgram`, the release
+    // also has a new executable.
     void Publish(bool withProgram)
     {
         TFolderContent content { { "Corvadine.chm", "new help" }, { "extra.txt", "new extra" } };
@@ -63,7 +64,8 @@ protected:
         QTest::mouseClick(button, Qt::LeftButton);
     }
 
-    // Opens a wizard and waits for the pages with these headings, each but the last left by its button.
+    // Opens a wizard and waits for the pages with these headings, one after the other. Clicks the button of
+    // each page except the last.
     ::testing::AssertionResult Reaches(const QStringList& headings, QWidget* owner = nullptr)
     {
         FWizard.reset();
@@ -79,7 +81,7 @@ protected:
         return result;
     }
 
-    // Clicks the box of the row. Returns its new state.
+    // Clicks the check box of the row. Returns the new state of the check box.
     Qt::CheckState Tick(int row) const
     {
         QTreeWidget* const news = FWizard->News;
@@ -99,9 +101,9 @@ protected:
     std::string Log() const { return FileBytes(FFolder.Log().Path()).toStdString(); }
     QString Program(const QString& name) const { return FFolder.PathOf(name); }
 
-    // Stages with the wizard until the program would end, does what comes `between`, and runs the stand-in as
-    // the program that hands over. Waits until the helper has started it again and is gone. Returns the
-    // stand-in's notes.
+    // Stages an update with the wizard, up to the point where the program would end. Then calls `between`,
+    // and runs the stand-in, which hands over to the helper. Waits until the helper has started the stand-in
+    // again and has removed itself. Returns the stand-in's notes.
     std::string Update(const std::function<void()>& between)
     {
         bool asked = false;
@@ -110,7 +112,7 @@ protected:
         Click(FWizard->btnNext);
         EXPECT_TRUE(asked && FWizard->EndsProgram() && !FWizard->isVisible());
         FWizard.reset();
-        FEngine.reset(); // and its lock
+        FEngine.reset(); // also ends its lock
         between();
 
         const QString notes = Program("notes.txt");
@@ -159,7 +161,7 @@ TEST_F(UpdateWizardTest, OffersWhatIsNewerAndReplacesDataInPlace)
     EXPECT_THAT(Log(), HasSubstr("Replace Corvadine.chm: done"));
     Click(wizard.btnCancel);
     EXPECT_FALSE(wizard.isVisible());
-    FWizard.reset(); // before its window
+    FWizard.reset(); // before its owner, the window
 
     ASSERT_TRUE(Reaches({ Offered, Installed })) << "what was left out is offered again";
     ASSERT_TRUE(Reaches({ "Corvadine is up to date" }));
@@ -198,7 +200,7 @@ TEST_F(UpdateWizardTest, CanBeLeftOnEveryPageInEveryWay)
         [this] { FWizard->close(); },
     };
     const std::pair<QStringList, QString> pages[] {
-        // And what the server is silent about from then on.
+        // The headings of the pages, and a path for which the server then sends nothing.
         { { Offered }, {} },
         { { Offered, Ready }, {} },
         { { Offered, "Downloading" }, PackageUrlPath },

@@ -5,4 +5,4 @@
 #include <QTest>
 
 // What all tests of widgets share: Testing.h, and a main() that makes a QApplication on the offscreen
-// platform. Events are real there, and no screen is needed.
+// platform. On this platform events are real, and no screen is needed.

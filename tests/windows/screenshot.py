@@ -2,7 +2,7 @@
 """Turns the frame buffer file of Xvfb's option -fbdir into a picture: screenshot.py Xvfb_screen0 PICTURE.png
 Fails if the picture has so few colors that the window must be empty.
 
-The format is that of xwd: https://gitlab.freedesktop.org/xorg/proto/xorgproto/-/blob/master/include/X11/XWDFile.h
+The file has the format of xwd: https://gitlab.freedesktop.org/xorg/proto/xorgproto/-/blob/master/include/X11/XWDFile.h
 """
 
 import struct

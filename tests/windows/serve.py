@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 """Serves a folder over TLS on a free port of localhost, as the host of tests/data/tls/localhost.pem: serve.py FOLDER
-Prints the port, and serves until its standard input ends.
+Prints the port. Ends when its standard input ends.
 """
 
 import functools

@@ -1,7 +1,8 @@
 #!/usr/bin/python3
 """Prints a registry file with which Wine trusts the authority of tests/data/tls.
 
-A stored certificate is a list of properties. Each begins with its number, 1, and its length; 32 is the certificate.
+A stored certificate is a list of properties. Each property begins with its number, the value 1, and its length.
+Property 32 is the certificate itself.
 """
 
 import base64
