@@ -5,7 +5,7 @@
 
 using namespace Corvadine;
 
-// Compiled help: whatever the file holds, it is refused with a text or all that it names can be asked for.
+// Compiled help: a file is either refused with a text, or its topics, home page and contents can be read.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     const QString file = Fuzzing::FileWith(u"help.chm"_s, Fuzzing::BytesOf(data, size));

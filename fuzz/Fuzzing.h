@@ -9,11 +9,11 @@
 #include <cstdlib>
 #include <fstream>
 
-// What the fuzz targets share. Each target is one function that libFuzzer calls with more and more inputs
-// (https://llvm.org/docs/LibFuzzer.html); a fault is what ends the process.
+// What the fuzz targets share. Each target is one function that libFuzzer calls with many inputs
+// (https://llvm.org/docs/LibFuzzer.html). If the process ends during a call, libFuzzer reports a fault.
 namespace Corvadine::Fuzzing {
 
-// Ends the process unless a promise holds that the code under test makes for every input.
+// Ends the process unless `holds` is true. `holds` is a promise that the tested code makes for every input.
 inline void Require(bool holds)
 {
     if (!holds)
@@ -25,14 +25,14 @@ inline QByteArray BytesOf(const std::uint8_t* data, std::size_t size)
     return { reinterpret_cast<const char*>(data), static_cast<qsizetype>(size) };
 }
 
-// A folder of this process in memory, removed at its end.
+// Returns a folder in memory that only this process uses. The folder is removed at the end of the process.
 inline const QTemporaryDir& Folder()
 {
     static const QTemporaryDir TheFolder(QStringLiteral("/dev/shm/corvadine-fuzz"));
     return TheFolder;
 }
 
-// Writes `bytes` to a file of that folder, for code that takes a path, and returns the path.
+// Writes `bytes` to the file `name` in Folder() and returns its path, for code that takes a path.
 inline QString FileWith(const QString& name, const QByteArray& bytes)
 {
     const QString path = Folder().filePath(name);

@@ -7,7 +7,8 @@
 
 using namespace Corvadine;
 
-// Packages of an update: what is extracted is just what was planned, with just the planned size.
+// Packages of an update: only the planned file is extracted. Unless the package is refused, the file has
+// exactly the planned size.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     const QString file = Fuzzing::FileWith(u"package.zip"_s, Fuzzing::BytesOf(data, size));

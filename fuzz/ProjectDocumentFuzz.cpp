@@ -6,7 +6,7 @@ using namespace Corvadine;
 
 namespace {
 
-const QString Marker = u"images\\Corvadine-7f3a.png"_s; // no input will have it by chance
+const QString Marker = u"images\\Corvadine-7f3a.png"_s; // no input has this text by chance
 
 std::vector<TElementChange> Edit(TProjectDocument& document)
 {
@@ -18,9 +18,10 @@ std::vector<TElementChange> Edit(TProjectDocument& document)
     return changes;
 }
 
-// Where the first of the forms that `piece` may have in the original ends there, counted from `from`: an
-// edited <X/> has become <X>text</X>, so that the pieces beside it have grown by a tag and by a ">". -1 if
-// none is found.
+// Searches for a `piece` of the edited file in `original`, beginning at `from`. Returns the position after
+// the piece, or -1 if it is not found. The edit may have made <X>text</X> of <X/>. Then the piece before the
+// text has grown by a ">", and the piece after the text by an end tag. So the search also tries the piece
+// without them, and takes the match that ends first.
 qsizetype EndOf(const QByteArray& piece, const QByteArray& original, qsizetype from)
 {
     const qsizetype start = piece.startsWith("</") ? piece.indexOf('>') + 1 : 0;
@@ -34,7 +35,7 @@ qsizetype EndOf(const QByteArray& piece, const QByteArray& original, qsizetype f
     return first;
 }
 
-// What lies between the edited texts stands in the original, in the same order.
+// Requires that the pieces between the edited texts are found in the original, in the same order.
 void RequireUntouchedElsewhere(const QByteArray& original, const QByteArray& edited)
 {
     const QByteArray marker = Marker.toUtf8();
@@ -52,7 +53,8 @@ void RequireUntouchedElsewhere(const QByteArray& original, const QByteArray& edi
 
 } // namespace
 
-// Project files: an edit changes nothing but the texts it is about, and the same edit again changes nothing.
+// Project files: an edit changes only the texts of the edited elements. The same edit once more
+// changes nothing.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     const QByteArray bytes = Fuzzing::BytesOf(data, size);
@@ -62,7 +64,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         const bool isEdited = !Edit(document).empty();
         const QByteArray edited = document.Bytes();
         Fuzzing::Require(isEdited || edited == bytes);
-        if (!bytes.contains('\0')) // the marker is looked for as bytes, which UTF-16 has twice as many of
+        if (!bytes.contains('\0')) // the search is for UTF-8, which UTF-16 does not contain
             RequireUntouchedElsewhere(bytes, edited);
         TProjectDocument again(edited, u"fuzz.dproj"_s);
         for (const TElementChange& change : Edit(again))

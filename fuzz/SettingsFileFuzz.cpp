@@ -4,8 +4,7 @@
 
 using namespace Corvadine;
 
-// The settings file: what is set is read again, whatever else the file holds, and saving the same once more
-// gives the same bytes.
+// Settings files: values that were set and saved are read again, whatever else the file holds.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     const QString path = Fuzzing::FileWith(u"settings.ini"_s, Fuzzing::BytesOf(data, size));

@@ -4,14 +4,14 @@
 
 using namespace Corvadine;
 
-// Pictures: a file is either refused with a text or gives a picture of the size that its header tells, in one
-// of two formats; a thumbnail of it fits its box.
+// Pictures: a file is either refused with a text, or gives a picture. The picture has one of two formats and
+// the size that the header tells. The thumbnail fits its box.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     const QString file = Fuzzing::FileWith(u"picture"_s, Fuzzing::BytesOf(data, size));
     try {
         const TImageHeader header = ReadImageHeader(file, TDecoderChoice::ByContent);
-        constexpr qint64 MostMebibytes = 16; // larger ones only cost time
+        constexpr qint64 MostMebibytes = 16; // larger pictures only cost time
         if (header.DecodedMebibytes > MostMebibytes)
             return 0;
         const QImage image = LoadSourceImage(file, TDecoderChoice::ByContent);
