@@ -1,21 +1,22 @@
 #!/usr/bin/python3
-"""Compiles the help's pages to one .chm file with chmcmd, and mends in it what chmcmd gets wrong.
+"""Compiles the help's pages to one .chm file with chmcmd, and mends the faults that chmcmd leaves in the file.
 
 usage: compile.py CHMCMD CHMLS OUTPUT PROJECT.hhp FILE...
 
-PROJECT.hhp and the FILEs (pages, style sheet, pictures, contents, index) are laid side by side in a folder of their
-own; the project names them without a folder. The same files give the same bytes, wherever and whenever they are
-compiled. Needs Python 3, chmcmd, and chmls of the same package.
+The FILEs are the pages, style sheet, pictures, contents and index. The script copies them and PROJECT.hhp into one
+folder, because the project names its files without a folder. The same files give the same bytes, wherever and whenever
+they are compiled. Needs Python 3, chmcmd, and chmls of the same package.
 
-What is mended, in place, so that no offset in the archive moves:
+All faults are mended in place, so that no offset in the archive changes:
 - chmcmd writes the page of a numbered topic with its absolute path, which no viewer can open. So the pages are compiled
-  in /proc/self/cwd, and the mended topic table (/#IVB) points behind that prefix, at "/page.html". The table is stored
-  compressed; the mended one overwrites the compiler's advertisement, which is not compressed.
-- The header has two identifiers; chmcmd writes the first one twice, which strict readers take for damage.
-- The time of compiling stands in the file twice. One is set to zero. The other, in the header, is made from the
-  content, since Windows tells versions of a file apart by it.
+  in /proc/self/cwd, and the mended topic table (/#IVB) points to the text behind this prefix, such as "/page.html".
+  chmcmd stores its own table compressed. So the mended table overwrites the advertisement of chmcmd, which is not
+  compressed.
+- The header has two identifiers. chmcmd writes the first identifier twice, and strict readers then report damage.
+- The file has the time of compiling in two places. The time in /#SYSTEM is set to zero. The time in the header is
+  replaced by a number made from the content, because Windows tells versions of a file apart by this time.
 
-The format: https://www.nongnu.org/chmspec/latest/
+The format of the file: https://www.nongnu.org/chmspec/latest/
 """
 
 import hashlib
@@ -46,7 +47,7 @@ class Entry:
 
 
 class Archive:
-    """The bytes of a .chm file. Changes neither add nor move any."""
+    """The bytes of a .chm file. The methods change bytes, but add and move none."""
 
     def __init__(self, content):
         self.bytes = bytearray(content)
@@ -70,7 +71,7 @@ class Archive:
             position = entry.end
 
     def number(self, position):
-        """A number of seven bits a byte, the highest first, and the position after it."""
+        """Returns the number at a position, and the position after it. Each byte has seven bits, the highest first."""
         value = 0
         while True:
             byte = self.bytes[position]
@@ -80,7 +81,7 @@ class Archive:
                 return value, position
 
     def set_number(self, start, end, value):
-        """Overwrites a number with one that needs no more bytes; leading zeros fill it up."""
+        """Overwrites the number from start to end, and fills the value up with leading zeros."""
         for position in range(end - 1, start - 1, -1):
             self.bytes[position] = value & 0x7F | (0x80 if position < end - 1 else 0)
             value >>= 7
@@ -114,7 +115,7 @@ class Archive:
 
 
 def run(folder, *command):
-    """The output of a program. If the program fails, the script ends."""
+    """Runs a program and returns its output. If the program fails, the script ends."""
     result = subprocess.run(command, cwd=folder, check=False, text=True, stdout=subprocess.PIPE,
                             stderr=subprocess.STDOUT)
     if result.returncode != 0:
@@ -123,7 +124,7 @@ def run(folder, *command):
 
 
 def mended_topics(names, table):
-    """The topic table with its names without the prefix."""
+    """Returns the topic table, pointing to the names without the prefix WORK."""
     table = bytearray(table)
     for position in range(8, len(table), 8):
         start, = struct.unpack_from("<I", table, position)

@@ -4,7 +4,7 @@ filters makes it, side by side.
 
 usage: draw-filters.py CORVADINE_CLI
 
-The program itself renders the icons, so the picture shows what it does. Needs Python 3, Pillow (python3-pil) and DejaVu
+The program itself renders the icons, so the picture shows its real results. Needs Python 3, Pillow (python3-pil) and DejaVu
 fonts (fonts-dejavu-core). Run it after a change of the resampling and commit the pictures with it.
 """
 
@@ -31,7 +31,7 @@ FONT = "/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf"
 
 
 def rendered(cli, folder, name):
-    """The sample's icon, made by one filter."""
+    """Returns the sample's icon, made by one filter."""
     data = folder / name
     data.mkdir()
     project = data / "Demo.dproj"
@@ -44,7 +44,7 @@ def rendered(cli, folder, name):
 
 
 def sheet(icons, scale):
-    """All icons with their captions, in rows."""
+    """Returns a picture of all icons with their captions, in rows."""
     cell, caption_height = SIDE * ENLARGEMENT * scale, CAPTION * scale
     rows = -(-len(icons) // COLUMNS)
     picture = Image.new("RGB", (COLUMNS * cell, rows * (cell + caption_height)), "white")
