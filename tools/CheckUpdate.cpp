@@ -1,7 +1,7 @@
-// Checks the files that tools/make-update has made, by the same rules as every copy of the program: the
-// signature, and the limits and names in the control file. If PACKAGE_FOLDER is given, also checks the sizes
-// and hashes of the packages. Prints in one line what is wrong and ends with the status 1.
-// usage: check-update PUBLIC_KEY CONTROL_FILE [PACKAGE_FOLDER]
+// Checks the files that tools/make-update has made, by the rules of the program itself. Checks the signature,
+// and the limits and names in the control file. If PACKAGE_FOLDER is given, also checks the sizes and hashes
+// of the packages. If a check fails, prints the reason in one line and ends with the status 1. usage:
+// check-update PUBLIC_KEY CONTROL_FILE [PACKAGE_FOLDER]
 
 #include "base/Error.h"
 #include "base/Files.h"

@@ -30,8 +30,8 @@ class TPhotographer {
 public:
     TPhotographer(QString folder, QString suffix) : FFolder(std::move(folder)), FSuffix(std::move(suffix)) { }
 
-    // Shows the widget, lets the event loop idle, and takes the picture. Only in idle time the widget is
-    // painted and its enabling rules are evaluated.
+    // Shows the widget, lets the event loop idle, and takes the picture. Only while the event loop idles, the
+    // widget is painted and its enabling rules are evaluated.
     void Take(QWidget& widget, const char* name) const
     {
         widget.show();
@@ -58,7 +58,7 @@ private:
     QString FSuffix;
 };
 
-// Copies the sample project with its two pictures, and adds it to the database of the program in `folder`.
+// Copies the sample project with its two pictures, and adds the project to the database in `folder`.
 void AddSample(const QString& folder, const QString& sample)
 {
     const QString home = folder + "/Demo";
@@ -134,7 +134,7 @@ int main(int argc, char** argv)
         photographer.Take(form, "empty");
     }
 
-    // The pictures show this folder's name, so it must be short and fixed.
+    // The pictures show the name of this folder, so the name must be short and always the same.
     const QString program = QDir::temp().filePath("FMX");
     const auto removeProgram = qScopeGuard([&program] { QDir(program).removeRecursively(); });
     AddSample(program, sample);

@@ -6,7 +6,8 @@
 
 namespace Corvadine {
 
-// For programs that drive the window without a user: confirms everything, chooses nothing, and prints errors.
+// Prompts for programs that run the window without a user. They confirm everything, choose nothing, and
+// print errors.
 class TSilentPrompts : public TPrompts {
 public:
     void ShowError(const QString& text) override { std::cerr << text.toStdString() << '\n'; }

@@ -1,11 +1,13 @@
 #!/usr/bin/python3
-"""Draws the window's icons into widgets/icons: NAME.png (32 pixels) and NAME@2x.png (64) for every command, and the
-application's own icon in four sizes, which is the gem of samples/draw.py, and as app/corvadine.ico for Windows; and the
-update wizard's side picture, that gem in its night sky, into support/update/pictures.
+"""Draws the icons of the window and the side picture of the update wizard:
+- NAME.png (32 pixels) and NAME@2x.png (64 pixels) for each command, in widgets/icons;
+- the application's icon, which is the gem of samples/draw.py: in four sizes in widgets/icons, and for Windows as
+  app/corvadine.ico;
+- the wizard's picture, which is the gem in its night sky, in support/update/pictures.
 
-One style: lines two units wide on a grid of 32, round at their ends, in a gray that is visible on light and on dark
-backgrounds, and one accent color for the subject of the command. Nothing is random, so the same versions of Pillow and
-zlib draw the same bytes again.
+The command icons have one style. Lines are two units wide on a grid of 32, and round at their ends. They have a gray
+that is visible on light and dark backgrounds. The subject of the command has one accent color. Nothing is random, so
+the same versions of Pillow and zlib draw the same bytes again.
 
 Needs Python 3 and Pillow (python3-pil). Run it after a change of a drawing and commit the pictures with it.
 """
@@ -17,7 +19,7 @@ from pathlib import Path
 from PIL import Image, ImageDraw
 
 ROOT = Path(__file__).resolve().parent.parent
-sys.dont_write_bytecode = True  # the sample's folder holds samples, nothing else
+sys.dont_write_bytecode = True  # keeps the folder samples free of __pycache__
 sys.path.insert(0, str(ROOT / "samples"))
 import draw as samples  # noqa: E402  (found by the line above)
 
@@ -38,7 +40,7 @@ RING = (236, 220, 255, 150)
 
 
 class Sheet:
-    """One drawing in grid units; later shapes replace earlier ones, also with nothing."""
+    """One drawing in grid units. Later shapes replace earlier shapes, and the color NOTHING erases them."""
 
     def __init__(self):
         self.picture = Image.new("RGBA", (GRID * SUPERSAMPLING,) * 2)
@@ -53,11 +55,11 @@ class Sheet:
         self.pen.polygon([(x * SUPERSAMPLING, y * SUPERSAMPLING) for x, y in points], fill=color)
 
     def line(self, points, color=LINE, width=LINE_WIDTH, closed=False):
-        """A line through the points with round ends and corners."""
+        """Draws a line through the points, with round ends and corners."""
         if closed:
             points = points + points[:1]
         for (x0, y0), (x1, y1) in zip(points, points[1:]):
-            length = math.hypot(x1 - x0, y1 - y0) or 1.0  # two points may be one where shapes meet
+            length = math.hypot(x1 - x0, y1 - y0) or 1.0  # the two points may be equal where shapes meet
             dx, dy = (y1 - y0) / length * width / 2, (x0 - x1) / length * width / 2
             self.fill([(x0 + dx, y0 + dy), (x1 + dx, y1 + dy), (x1 - dx, y1 - dy), (x0 - dx, y0 - dy)], color)
         for x, y in points:
@@ -71,13 +73,13 @@ class Sheet:
 
 
 def arc(x, y, radius, start, end, steps=48):
-    """Points on a circle from one angle to another, in degrees clockwise from the right."""
+    """Returns points on a circle from one angle to another, in degrees clockwise from the right."""
     angles = [math.radians(start + (end - start) * i / steps) for i in range(steps + 1)]
     return [(x + radius * math.cos(a), y + radius * math.sin(a)) for a in angles]
 
 
 def rounded(left, top, right, bottom, radius):
-    """The outline of a rectangle with round corners."""
+    """Returns the outline of a rectangle with round corners."""
     return (
         arc(right - radius, top + radius, radius, -90, 0, 12)
         + arc(right - radius, bottom - radius, radius, 0, 90, 12)
@@ -87,7 +89,7 @@ def rounded(left, top, right, bottom, radius):
 
 
 def arrow_head(tip, direction, size):
-    """Two strokes that meet in `tip`; `direction` is where it points, in degrees clockwise from the right."""
+    """Returns two strokes that meet in `tip`. The tip points to `direction`, in degrees clockwise from the right."""
     x, y = tip
     ends = [math.radians(direction + turn) for turn in (135, -135)]
     return [(x + size * math.cos(ends[0]), y + size * math.sin(ends[0])), tip] + [
@@ -113,7 +115,7 @@ def picture_frame(sheet):
 
 
 def badge(sheet, strokes):
-    """A disc in the lower right corner, with a gap around it."""
+    """Draws a disc with `strokes` in the lower right corner, and a gap around the disc."""
     sheet.disc(23.5, 23.5, 9, NOTHING)
     sheet.disc(23.5, 23.5, 7.5, ACCENT)
     for points in strokes:
@@ -126,7 +128,7 @@ CHECK = ([(-3.5, 0.2), (-1, 2.7), (3.5, -2.3)],)
 
 
 def gem(sheet, x, y, size):
-    """A small brilliant, seen from the side."""
+    """Draws a small gem, seen from the side."""
     outline = [(-0.55, -0.75), (0.55, -0.75), (1, -0.15), (0, 1), (-1, -0.15)]
     facets = ([(-1, -0.15), (1, -0.15)], [(-0.42, -0.15), (0, 1), (0.42, -0.15)])
 
@@ -183,7 +185,7 @@ def help_mark(sheet):
 
 
 def pick_color(sheet):
-    """A pipette, drawn with its tip down and turned until that is to the lower left."""
+    """Draws a pipette with its tip down, turned so that the tip is at the lower left."""
 
     def turned(points):
         half = math.sqrt(0.5)
@@ -240,7 +242,7 @@ def up(sheet):
 
 
 def close(sheet):
-    """Shown at half its size, so with lines twice as wide."""
+    """Draws lines of about twice the width, because this icon is shown at half its size."""
     sheet.line([(8, 8), (24, 24)], width=3.6)
     sheet.line([(24, 8), (8, 24)], width=3.6)
 
@@ -265,7 +267,7 @@ ICONS = {
 
 
 def application_icon():
-    """The gem without its empty margin, in every size drawn from the large one."""
+    """Draws the gem without its empty margin. Every size is made from the large drawing."""
     large = samples.gem(1024)
     left, top, right, bottom = large.getbbox()
     side = max(right - left, bottom - top)
@@ -284,13 +286,13 @@ def application_icon():
 
 
 def billboard():
-    """The side picture in two sizes; arrows go round the gem, as on the command's icon."""
+    """Draws the side picture in two sizes. Arrows go round the gem, as on the icon of the update check."""
     width, height = (side * 2 for side in BILLBOARD_SIZE)
     large = samples.launch((width, height), samples.gem(200))
     rings = Image.new("RGBA", (width * SUPERSAMPLING // 4, height * SUPERSAMPLING // 4))
     sheet = Sheet()
     sheet.picture, sheet.pen = rings, ImageDraw.Draw(rings)
-    # In the grid units of a sheet; the ring is centred on the gem.
+    # These numbers are grid units of a sheet. The ring is centered on the gem.
     scale = 1 / 4
     x, y, radius = width / 2 * scale, height * 0.43 * scale, 138 * scale
     for turn in (0, 180):

@@ -1,12 +1,13 @@
 #!/usr/bin/python3
-"""Packs what ./dev windows or ./dev package has built: one folder with the programs, README, LICENSE and the licences of
-everything in them, Corvadine, as build/Corvadine-VERSION-win64.zip or build/Corvadine-VERSION-debian12-amd64.tar.gz.
+"""Packs the programs that ./dev windows or ./dev package has built.
+The package is build/Corvadine-VERSION-win64.zip or build/Corvadine-VERSION-debian12-amd64.tar.gz. It has one folder,
+Corvadine, with the programs, the help, README, LICENSE and the licences of all libraries in the programs.
 
 Usage: tools/package/package.py BUILD_FOLDER      (build/windows or build/release)
 
-The same build gives the same bytes: files are sorted, and all have the time of the last commit. A library without an
-entry in LIBRARIES ends the script, so that none is shipped without its licence. Needs Python 3, ninja and, for the
-licences, the Debian packages that hold the libraries.
+The same build gives the same bytes, because files are sorted and all have the time of the last commit. The script fails
+if a library has no entry in LIBRARIES, so that no library is shipped without its licence. Needs Python 3, ninja, and the
+Debian packages that hold the libraries, for their licences.
 """
 
 import gzip
@@ -28,9 +29,9 @@ PROGRAMS = {
     "corvadine": "the window",
     "corvadine-cli": "the same work on the command line; corvadine-cli --help lists its commands",
 }
-BUNDLED = ("upd",)  # programs inside of these
+BUNDLED = ("upd",)  # programs inside of PROGRAMS
 HELP_FILE = "Corvadine.chm"
-FOLDER = "Corvadine"  # without the version, so that a new one is unpacked over the old one and finds its projects
+FOLDER = "Corvadine"  # no version, so that a new release is unpacked over the old one and finds its projects
 
 # For each static library: the pattern of its file name, its name, and the Debian package whose copyright file holds its
 # licence. Qt's file also has the licences of the libraries inside of Qt.
@@ -46,7 +47,7 @@ LIBRARIES = (
     (r"libsodium", "libsodium", "libsodium-dev"),
     (r"libarchive", "libarchive", "libarchive-dev"),
 )
-EMPTY_LIBRARIES = ("libpthread",)  # its content is in the C library
+EMPTY_LIBRARIES = ("libpthread",)  # the C library has its content
 HEADER_LIBRARIES = (("CLI11", "libcli11-dev"), ("SimpleIni", "libsimpleini-dev"))
 WINDOWS_RUNTIME = (("MinGW-w64 runtime", "mingw-w64-common"), ("GCC runtime", "gcc-mingw-w64-base"))
 
@@ -72,7 +73,7 @@ class Build:
         return self.folder / "bin" / (name + (".exe" if self.for_windows else ""))
 
     def static_libraries(self):
-        """File names, without extension, of the libraries from outside that are linked into the programs."""
+        """Returns the file names, without extension, of the outside libraries that are linked into the programs."""
         found = set()
         for name in (*PROGRAMS, *BUNDLED):
             target = self.program(name).relative_to(self.folder)
@@ -81,7 +82,7 @@ class Build:
         return sorted(found - set(EMPTY_LIBRARIES))
 
     def library_packages(self):
-        """The Debian packages with the shared libraries that the programs load."""
+        """Returns the Debian packages with the shared libraries that the programs load."""
         files = set()
         for name in PROGRAMS:
             needed = re.findall(r"NEEDED +(\S+)", output_of("objdump", "-p", str(self.program(name))))
@@ -104,7 +105,7 @@ def licences_needed(build):
 
 
 def licence_files(build):
-    """The licence of each library, and the common licences to which these refer."""
+    """Returns the licence of each library, and the common licences that these licences mention."""
     files = {}
     for name, package in licences_needed(build).items():
         text = Path("/usr/share/doc", package, "copyright").read_text(encoding="utf-8")
@@ -116,7 +117,7 @@ def licence_files(build):
 
 
 def contents(build):
-    """What the README lists: (file name, description)."""
+    """Returns the list of files for the README, one line for each file with its description."""
     suffix = ".exe" if build.for_windows else ""
     rows = [(name + suffix, description) for name, description in PROGRAMS.items()]
     rows.append((HELP_FILE, "the help, which the window's Help button opens"))
@@ -136,7 +137,7 @@ def readme(build):
 
 
 def package_files(build):
-    """The bytes of each file, by its path in the package."""
+    """Returns the bytes of each file, by its path in the package."""
     texts = {"README.txt": readme(build), "LICENSE.txt": (ROOT / "LICENSE").read_text(encoding="utf-8")}
     texts |= licence_files(build)
     line_end = "\r\n" if build.for_windows else "\n"
@@ -149,7 +150,7 @@ def package_files(build):
 
 
 def time_stamp():
-    """The time of the last commit; without a repository the earliest one that a zip file can hold."""
+    """Returns the time of the last commit. Without a repository, returns the earliest time that a zip file can hold."""
     try:
         return int(output_of("git", "-C", str(ROOT), "log", "-1", "--format=%ct"))
     except (OSError, subprocess.CalledProcessError):
