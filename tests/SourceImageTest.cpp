@@ -141,7 +141,7 @@ TEST_F(SourceImageTest, ChoosesTheDecoderByContentWhenTheExtensionLies)
 
 TEST_F(SourceImageTest, LoadsTheLargestImageOfAnIcon)
 {
-    const QString icon = QStringLiteral(CORVADINE_TEST_DATA "/two.ico"); // images of 16 and 48 pixels
+    const QString icon = QStringLiteral(CORVADINE_TEST_DATA "/two.ico"); // 16 and 48 pixels, made by icotool
     for (const TDecoderChoice choice : { TDecoderChoice::ByContent, TDecoderChoice::ByExtension }) {
         EXPECT_EQ(LoadSourceImage(icon, choice).pixel(40, 3), qRgb(30, 30, 200));
         EXPECT_EQ(ReadImageHeader(icon, choice).Size, QSize(48, 48));
