@@ -24,7 +24,7 @@ constexpr QSize SmallestList(120, 48);
 
 } // namespace
 
-// The corner for sizing a drop-down list. QSizeGrip does not work here: it asks the window manager to size
+// The corner for sizing a drop-down list. QSizeGrip does not work here. It asks the window manager to size
 // the window, but window managers do not size drop-down windows.
 class TListGrip : public QWidget {
 public:

@@ -34,7 +34,8 @@ QRect OnSomeScreen(QRect bounds, QSize smallest)
 }
 
 // Gives a window that is not shown yet a size that includes its frame. The margins of the frame are known
-// only later: on Windows when the native window exists, on X11 when the window manager has framed it.
+// only later. On Windows they are known when the native window exists, and on X11 when the window manager has
+// framed the window.
 class TFrameFitter : public QObject {
 public:
     TFrameFitter(QWidget& window, const QRect& bounds)

@@ -18,7 +18,7 @@ public:
     // Shows `text` with an information icon and the button OK.
     virtual void Inform(const QString& text) = 0;
 
-    // Asks `text` with the buttons Yes and No. Returns true only for Yes; closing the box means No.
+    // Asks `text` with the buttons Yes and No. Returns true only for Yes. Closing the box means No.
     virtual bool Confirm(const QString& text) = 0;
 
     // Shows the add-project dialog. Returns the chosen path as displayed, or nothing if the user canceled.

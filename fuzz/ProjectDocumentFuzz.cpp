@@ -21,7 +21,7 @@ std::vector<TElementChange> Edit(TProjectDocument& document)
 // Searches for a `piece` of the edited file in `original`, beginning at `from`. Returns the position after
 // the piece, or -1 if it is not found. The edit may have made <X>text</X> of <X/>. Then the piece before the
 // text has grown by a ">", and the piece after the text by an end tag. So the search also tries the piece
-// without them, and takes the match that ends first.
+// without this growth, and takes the match that ends first.
 qsizetype EndOf(const QByteArray& piece, const QByteArray& original, qsizetype from)
 {
     const qsizetype start = piece.startsWith("</") ? piece.indexOf('>') + 1 : 0;

@@ -1,11 +1,11 @@
 #!/usr/bin/python3
-"""Draws filters.png, and filters@2x.png for screens of twice the resolution: the sample's icon as each of the twelve
-filters makes it, side by side.
+"""Draws the sample's icon as each of the twelve filters makes it, side by side.
+The pictures are filters.png, and filters@2x.png for screens of twice the resolution.
 
 usage: draw-filters.py CORVADINE_CLI
 
-The program itself renders the icons, so the picture shows its real results. Needs Python 3, Pillow (python3-pil) and DejaVu
-fonts (fonts-dejavu-core). Run it after a change of the resampling and commit the pictures with it.
+The program itself renders the icons, so the picture shows its real results. Needs Python 3, Pillow (python3-pil) and
+DejaVu fonts (fonts-dejavu-core). Run it after a change of the resampling and commit the pictures with it.
 """
 
 import subprocess

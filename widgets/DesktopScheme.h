@@ -6,8 +6,8 @@ class QGuiApplication;
 
 namespace Corvadine {
 
-// Returns whether the desktop is set to dark windows, or nothing if the desktop has no such setting or does
-// not answer in time. On Windows this is the setting for apps. On Linux it is color-scheme of
+// Returns whether the desktop is set to dark windows. Returns nothing if the desktop has no such setting or
+// does not answer in time. On Windows the setting is the one for apps. On Linux it is color-scheme of
 // org.freedesktop.appearance in the XDG Desktop Portal. Qt 6.4 reads neither setting itself.
 std::optional<bool> DesktopPrefersDark();
 

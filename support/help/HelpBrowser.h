@@ -23,7 +23,7 @@ public:
     // SetArchive() or the end of this object.
     void SetArchive(const TChmArchive* archive);
 
-    // Shows the page `path` of the archive; `path` may end in "#anchor". Returns false, and changes nothing,
+    // Shows the page `path` of the archive. `path` may end in "#anchor". Returns false, and changes nothing,
     // if there is no such page.
     bool ShowPage(const QString& path);
 

@@ -24,7 +24,7 @@ void RemoveLeftovers(const TUpdateFolder& folder)
 }
 
 // Remembers the announced release, so that the server cannot go back to an older release. Ignores failures,
-// because no update can be installed either if the folder cannot be written.
+// because a folder that cannot be written cannot be updated either.
 void Remember(const TControlFile& control, const TUpdateFolder& folder)
 {
     try {

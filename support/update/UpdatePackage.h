@@ -24,8 +24,8 @@ struct TPackagePlan {
 };
 
 // Extracts files from a CAB or ZIP archive in small steps, so that the window can react in between. The
-// archive is not trusted. The extraction fails if a name is not in the plan or comes twice, if an entry is
-// not a regular file, or if a file is larger or smaller than planned.
+// archive is not trusted. The extraction fails if a name is not in the plan or comes twice, or if an entry is
+// not a regular file. It also fails if a file is larger or smaller than planned.
 class TPackageExtractor {
 public:
     // Throws TError(Io) if the file cannot be read. Throws TError(BadInput) if the file is neither a CAB nor

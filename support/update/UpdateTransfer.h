@@ -25,9 +25,9 @@ struct TTransferRequest {
 };
 
 // A download over HTTPS into a device. Follows a few redirects, to https addresses only. Fails at every TLS
-// error, if the headers take longer than TUpdateLimits::Headers, and if the body is longer or shorter than
-// the request allows. Emits Finished or Failed once, unless the transfer is stopped. A slot may stop the
-// transfer. A slot that deletes the transfer must call deleteLater().
+// error. Also fails if the headers take longer than TUpdateLimits::Headers, or if the body is longer or
+// shorter than the request allows. Emits Finished or Failed once, unless the transfer is stopped. A slot may
+// stop the transfer. A slot that deletes the transfer must call deleteLater().
 class TUpdateTransfer : public QObject {
     Q_OBJECT
 

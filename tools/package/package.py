@@ -6,8 +6,8 @@ Corvadine, with the programs, the help, README, LICENSE and the licences of all 
 Usage: tools/package/package.py BUILD_FOLDER      (build/windows or build/release)
 
 The same build gives the same bytes, because files are sorted and all have the time of the last commit. The script fails
-if a library has no entry in LIBRARIES, so that no library is shipped without its licence. Needs Python 3, ninja, and the
-Debian packages that hold the libraries, for their licences.
+if a library has no entry in LIBRARIES, so that no library is shipped without its licence. Needs Python 3, ninja,
+and the Debian packages that hold the libraries, for their licences.
 """
 
 import gzip

@@ -72,8 +72,9 @@ TControlFile ReadControlFile(const QByteArray& bytes, const QByteArray& signatur
 
 // Returns true if `control` may be used now, and false if the publisher has withdrawn the release. Throws
 // TError if the last day of `control` has passed. Throws TError if the release is older than
-// NewestAcceptedVersion(settings) or than the known release, or if the installed program is too old for the
-// release. An equal version may be used, so that missing or damaged files can be downloaded again.
+// NewestAcceptedVersion(settings) or than the known release. Throws TError if the installed program is
+// too old for the release. An equal version may be used, so that missing or damaged files can be
+// downloaded again.
 bool IsOffered(const TControlFile& control, const TUpdateSettings& settings);
 
 // Returns whether `file` is for this platform, and is either missing in the program folder or newer than the

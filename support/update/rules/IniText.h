@@ -18,9 +18,10 @@ public:
     static constexpr qsizetype MostLineCharacters = 4096;
     static constexpr qsizetype MostLines = 20'000;
 
-    // Throws TError(BadInput) for text that is not UTF-8. Throws TError(BadInput) with the number of the line
-    // for a control character, a line of another form, a section or key that comes twice, a key before the
-    // first section, and a line beyond the bounds above. Messages call the file `name`.
+    // Throws TError(BadInput) if the text is not UTF-8 or has a control character, a line of another form,
+    // a line beyond the bounds above, a section or key for the second time, or a key before the first
+    // section. Except for text that is not UTF-8, the error tells the number of the line. Messages call the
+    // file `name`.
     TIniText(const QByteArray& bytes, const QString& name);
 
     // Returns the value of `key`, or nothing if the section or the key is missing. REQUIRES: `section` and

@@ -52,14 +52,14 @@ private:
     qintptr FHandle = -1; // the system's handle; -1 while not locked
 };
 
-// Waits for the end of another process. Make the object as soon as the number of the process is known. A
-// system gives the number of an ended process to a new process, but the object still means the ended process.
-// May be used on any thread, by one thread at a time.
+// Waits for the end of another process. Make the object as soon as the number of the process is known. The
+// system may later give the number to a new process. The object still stands for the first process. May be
+// used on any thread, by one thread at a time.
 class TOtherProcess {
 public:
     // `executable` is the path of the program that the process runs. On Windows, the number may already
-    // belong to a new process. So a process with another program's file name counts as ended on Windows, and
-    // so does a process for which we may not wait.
+    // belong to a new process. So on Windows the process counts as ended if its program has another file name
+    // than `executable`, or if we may not wait for the process.
     TOtherProcess(qint64 processId, const QString& executable);
     ~TOtherProcess();
     Q_DISABLE_COPY_MOVE(TOtherProcess)

@@ -130,7 +130,7 @@ std::error_code TFileLock::TryLock()
     }
 }
 
-// The system may give the number of an ended process to another process, but the descriptor stands for this
+// The system may give the number of an ended process to another process. The descriptor stands for this
 // process only. The descriptor also reports the end of a process whose parent has not waited for it. kill()
 // would still find such a process. The C library's pidfd_open() is not used, because its header lacks extern
 // "C" and a C++ program cannot link it.

@@ -100,7 +100,7 @@ public:
     QString Downloads() const { return Staging() + u"/downloads"_s; }
 
     // Makes an empty staging folder, and first removes an existing staging folder. Only the owner may look
-    // into the folder; on Windows the folder has the permissions of the program folder instead. Throws
+    // into the folder. On Windows the folder has the permissions of the program folder instead. Throws
     // TError(Io). REQUIRES: the caller has the lock.
     void MakeStaging() const;
 

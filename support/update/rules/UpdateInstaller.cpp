@@ -243,7 +243,7 @@ void TUpdateInstaller::TReplacement::MoveIn()
 }
 
 // Settles the update by a rename of the journal, because a rename is atomic. The recorded version could not
-// show that an update is settled: it stays the same when an update repairs files of the installed release.
+// show that an update is settled, because it stays the same when files of the installed release are repaired.
 void TUpdateInstaller::TReplacement::Settle()
 {
     Step(u"settle the update"_s);
