@@ -105,7 +105,7 @@ TEST_F(GenerationRunTest, WithoutSourcesTheOutputsAreWhite)
 TEST_F(GenerationRunTest, TheListTellsSourcesAndWhichOutputsAreTheSame)
 {
     FJob.TwoxSize = 512; // the size of the Windows icon's largest image; twice this is the App Store's size
-    for (const int launchWidth : { 0, 1, 100 }) { // 0: no launch image; 1: counts as none; 100: a square
+    for (const int launchWidth : { 0, 1, 100 }) { // 0: no launch image; 1: as good as none
         const auto launch = launchWidth > 0 ? std::optional(QSize(launchWidth, launchWidth)) : std::nullopt;
         const auto outputs = OutputsOf(FJob, { { 64, 64 }, launch });
         const auto output = [&](const QString& id) { return *std::ranges::find(outputs, id, &TOutput::ID); };

@@ -6,8 +6,9 @@
 
 namespace Corvadine {
 
-// Calls a function whenever the thread has handled all events and is about to wait. The window evaluates its
-// enabling rules in this function. So the window needs no timer, and no signal for each thing that may change.
+// Calls a function whenever the thread has handled all events and is about to wait. The window evaluates
+// its enabling rules in this function. So the window needs no timer, and no signal for each thing that
+// may change.
 // REQUIRES: the function is quick, does not throw and runs no event loop.
 class TIdleUpdate : public QObject {
 public:

@@ -23,7 +23,9 @@ enum class TComparison {
 
 // Something to download: an archive, or a single file that is not compressed.
 struct TControlPackage {
-    QString Name; // of a file beside the control file on the server, no folder; CheckedTarget() accepts it
+    // The name of the package on the server, where it lies beside the control file. The name has no folder,
+    // and CheckedTarget() accepts it.
+    QString Name;
     bool Compressed = true;
     qint64 Size = 0;
     QByteArray Sha256; // 32 bytes

@@ -188,7 +188,7 @@ void TUpdateFolder::DropStaging() const
     try {
         RemoveStaging();
     } catch (const TError&) {
-        // The next check removes the folder.
+        // The failure is ignored, because the next check removes the folder.
     }
 }
 

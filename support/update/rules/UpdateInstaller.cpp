@@ -78,7 +78,8 @@ void KeepAttributes(const QString& file, const QString& successor)
     QFile::setPermissions(successor, permissions);
 }
 
-// Moves the old files to DamagedFiles(), where the user can find them. Returns the error to throw.
+// Moves the old files to DamagedFiles(), where the user can find them. Returns an error to throw, which tells
+// `error` and this folder.
 TError SetAside(const TUpdateFolder& folder, const TError& error)
 {
     RemoveTree(folder.DamagedFiles());
