@@ -28,7 +28,7 @@ int LineWidth(const QFontMetrics& metrics, const QString& line)
 
 TRibbonButton::TRibbonButton(QAction& action, QWidget* parent) : QToolButton(parent)
 {
-    action.setIconText(action.text()); // the button shows this text; Qt's default has no Alt key
+    action.setIconText(action.text()); // otherwise Qt drops the ampersand that marks the Alt key
     setDefaultAction(&action);
     setToolButtonStyle(Qt::ToolButtonTextUnderIcon);
     setIconSize({ IconSide, IconSide });
