@@ -9,10 +9,10 @@
 
 namespace Corvadine {
 
-// Tells code what went wrong. Users read the text.
+// The kind of a failure, for code that reacts to it. Users read the text of the TError.
 enum class TErrorKind {
     Io,       // a file, a folder or the database is missing, or cannot be read or written
-    BadInput, // it can be read, but its content cannot be used
+    BadInput, // a file or the database can be read, but its content cannot be used
     Conflict, // another program changed what we were about to replace
     Usage,    // the caller asked for something that makes no sense
 };
@@ -29,8 +29,8 @@ public:
     TErrorKind Kind() const { return FKind; }
     QString Text() const { return QString::fromUtf8(what()); }
 
-    // The `reason` of the second constructor, for callers that name the file themselves. After the first
-    // constructor: the whole text.
+    // Returns the `reason` of the second constructor, for callers that name the file themselves. Returns the
+    // whole text if the first constructor was used.
     const QString& Reason() const { return FReason; }
 
 private:
@@ -38,9 +38,9 @@ private:
     QString FReason;
 };
 
-// The operating system's text for `error`, without a final full stop. Use std::system_category() for numbers
-// of the system's own calls (errno, or GetLastError() on Windows), and std::generic_category() for those of
-// the C library.
+// Returns the operating system's text for `error`, without a final full stop. Use std::system_category() for
+// the numbers of system calls (errno, or GetLastError() on Windows). Use std::generic_category() for the
+// numbers of the C library.
 QString SystemErrorText(const std::error_code& error);
 
 } // namespace Corvadine

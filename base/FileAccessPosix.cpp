@@ -37,7 +37,8 @@ struct TAttribute {
     bool operator==(const TAttribute&) const = default;
 };
 
-// Fills a buffer by a call that tells the size when it is given none; empty with errno set if that fails.
+// Returns what `call` writes into a buffer. With a null buffer, `call` returns the size that it needs.
+// Returns nothing, with errno set, if `call` fails.
 template <typename TCall> std::optional<QByteArray> Filled(TCall call)
 {
     for (;;) { // the size may grow between the two calls
@@ -60,7 +61,8 @@ std::optional<QByteArray> ValueOf(int descriptor, const QByteArray& name)
     });
 }
 
-// The extended attributes of a file; none where the file system has no such thing.
+// Returns the extended attributes of a file that can be read. Returns none if the file system has
+// no attributes.
 std::vector<TAttribute> AttributesOf(const QByteArray& file)
 {
     std::vector<TAttribute> attributes;
@@ -82,7 +84,8 @@ bool Has(const std::vector<TAttribute>& attributes, const char* name)
         [name](const TAttribute& attribute) { return attribute.Name == name; });
 }
 
-// One that has this value already is left alone: the system sets some itself and lets no program do so.
+// Gives the file an attribute. Does nothing if the attribute has this value already, because some attributes
+// can be set only by the system. Returns false if this fails.
 bool Set(int descriptor, const TAttribute& attribute)
 {
     return ValueOf(descriptor, attribute.Name) == attribute.Value
@@ -91,13 +94,14 @@ bool Set(int descriptor, const TAttribute& attribute)
         == 0;
 }
 
-// A folder may hand an access control list down to new files, which the file in question need not have.
+// Removes the access control list that a new file may inherit from its folder. Returns false if this fails.
 bool DropInheritedList(int descriptor)
 {
     return !ValueOf(descriptor, AccessControlList) || ::fremovexattr(descriptor, AccessControlList) == 0;
 }
 
-// Whether the file now belongs to the group of `status`; to its owner, too, if the system allows it.
+// Gives the file to the owner and the group of `status`, or to the group alone if the system refuses the
+// owner. Returns false if the system refuses the group, too.
 bool GiveToGroup(int descriptor, const struct stat& status)
 {
     constexpr auto SameOwner = static_cast<uid_t>(-1);
@@ -105,7 +109,8 @@ bool GiveToGroup(int descriptor, const struct stat& status)
         || ::fchown(descriptor, SameOwner, status.st_gid) == 0;
 }
 
-// `mode` for a file whose group is another one: to the old file its members were others.
+// Returns `mode` for a file that cannot get the group of its original. The file's own group gets only what
+// all users have, because the original did not belong to it.
 mode_t WithoutGroup(mode_t mode)
 {
     return (mode & ~mode_t { S_IRWXG }) | (mode & S_IRWXO) << 3;
@@ -128,7 +133,7 @@ void KeepAccess(int descriptor, const QByteArray& target, const QString& path)
     const mode_t mode = status.st_mode & 07777;
     if (::fchmod(descriptor, hasGroup ? mode : WithoutGroup(mode)) != 0)
         throw WriteError(path, LastError());
-    for (const TAttribute& attribute : attributes) // the list last would do, too: it sets the same mode
+    for (const TAttribute& attribute : attributes) // setting the list leaves the mode as it is
         if (!Set(descriptor, attribute))
             throw WriteError(path,
                 u"its extended attribute %1 cannot be kept: %2"_s.arg(
@@ -147,7 +152,8 @@ void CopyAccess(int descriptor, const QByteArray& original, const QString& path)
         mode = status.st_mode & 0777;
     }
     const bool hasList = Has(attributes, AccessControlList);
-    // The group's bits of a file with a list are the list's mask, which may allow more than the group has.
+    // If a file has a list, the group's bits of its mode are the mask of the list. The mask may allow more
+    // than the group has.
     if (hasList)
         mode &= ~mode_t { S_IRWXG };
     else if (!hasGroup)
@@ -156,8 +162,8 @@ void CopyAccess(int descriptor, const QByteArray& original, const QString& path)
         throw WriteError(path, LastError());
     for (const TAttribute& attribute : attributes)
         if (attribute.Name != AccessControlList || hasGroup)
-            Set(descriptor, attribute); // as far as the folder's file system has such attributes
-    // The list brings its mask along as the bits of the group, so they are read again.
+            Set(descriptor, attribute); // may fail: not every file system has such attributes
+    // Setting the list has set the group's bits to the mask of the list, so the mode is read again.
     if (::fstat(descriptor, &status) != 0 || ::fchmod(descriptor, (status.st_mode & 0777) | S_IWUSR) != 0)
         throw WriteError(path, LastError());
 }

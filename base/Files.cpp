@@ -50,8 +50,8 @@ void WriteFileAtomically(const QString& path, const QByteArray& bytes)
     TStagedFile(path, bytes).Commit();
 }
 
-// Not QDir::removeRecursively() or std::filesystem::remove_all(): they follow junctions and empty the folders
-// behind them.
+// QDir::removeRecursively() and std::filesystem::remove_all() are not used: they follow junctions and empty
+// the target folders.
 std::error_code RemoveTree(const QString& path)
 {
     const QFileInfo info(path);
@@ -82,7 +82,7 @@ void CreateFolder(const QString& path)
             error ? SystemErrorText(error) : u"it cannot be found afterwards"_s);
 }
 
-// The folder and those of its parents that do not exist, the deepest first.
+// Returns `path` and those of its parents that do not exist, the deepest folder first.
 static QStringList MissingFolders(const QString& path)
 {
     QStringList missing;
@@ -100,14 +100,14 @@ static QStringList MissingFolders(const QString& path)
 TNewFolder::TNewFolder(const QString& path) : TNewFolder()
 {
     FCreated = MissingFolders(path);
-    CreateFolder(path); // the destructor removes what was made before this failed
+    CreateFolder(path); // if this throws, the destructor removes the folders made so far
 }
 
 TNewFolder::~TNewFolder()
 {
     for (const QString& folder : std::as_const(FCreated))
         if (FolderExists(folder)
-            && !QDir().rmdir(folder)) // refuses a folder that is not empty: the job succeeded
+            && !QDir().rmdir(folder)) // refuses a folder that is not empty: the job has filled it
             break;
 }
 

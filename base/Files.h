@@ -17,8 +17,8 @@ bool FileExists(const QString& path);
 
 bool FolderExists(const QString& path);
 
-// Opens `file` for reading. An error text begins with `attempt`: "read the project file". Throws TError(Io)
-// for a missing file, a folder, a pipe, or when the system refuses.
+// Opens `file` for reading. An error text begins with "Cannot" and `attempt`, such as "read the project
+// file". Throws TError(Io) for a missing file, a folder, a pipe, or when the system refuses.
 void OpenForReading(QFile& file, const QString& attempt);
 
 // The whole content of a file. Throws as OpenForReading does.
@@ -27,18 +27,18 @@ QByteArray ReadFile(const QString& path, const QString& attempt);
 // Replaces or creates `path` with `bytes` in one step (see TStagedFile). Throws TError(Io).
 void WriteFileAtomically(const QString& path, const QByteArray& bytes);
 
-// Removes the file or the folder `path` with everything in it, also what is marked read-only. Of a link (on
-// Windows also of a junction) only the link is removed, not its target. Does nothing if `path` does not
-// exist. Goes on after a failure, and returns the first one.
+// Removes the file or the folder `path` with everything in it, also files marked read-only. Removes a link,
+// or on Windows a junction, without its target. Does nothing if `path` does not exist. After a failure,
+// removes the rest and returns the first error.
 std::error_code RemoveTree(const QString& path);
 
-// Creates `path` with every missing parent; does nothing if it exists. Throws TError(Io), also when a file
-// has that name.
+// Creates the folder `path` with every missing parent. Does nothing if the folder exists. Throws TError(Io),
+// also when a file has that name.
 void CreateFolder(const QString& path);
 
-// A folder for a job that may fail. The constructor creates it with its missing parents, as CreateFolder
-// does. The destructor removes those new folders that are still empty, so a failed job leaves none behind. If
-// the constructor throws, it has removed them already.
+// A folder for a job that may fail. The constructor creates the folder with its missing parents, as
+// CreateFolder does. The destructor removes those new folders that are still empty, so a failed job leaves
+// none behind. A constructor that throws has removed its new folders already.
 class TNewFolder {
 public:
     explicit TNewFolder(const QString& path);
@@ -51,8 +51,8 @@ private:
     QStringList FCreated; // the deepest first
 };
 
-// The absolute form of `path` with the system's own delimiters and without "." and "..": how paths that the
-// user types are stored and compared.
+// Returns the absolute form of `path`, with the system's own delimiters and without "." and "..". Paths that
+// the user types are stored and compared in this form.
 QString AbsolutePath(const QString& path);
 
 } // namespace Corvadine

@@ -13,7 +13,8 @@ bool IsPathDelimiter(QChar character);
 // Whether `path` begins with a delimiter, or with a drive and a delimiter.
 bool IsFullPath(const QString& path);
 
-// `folder` with the system's own delimiter appended unless it ends in one; an empty text stays empty.
+// Returns `folder` with the system's own delimiter appended, unless it ends in a delimiter. An empty text
+// stays empty.
 QString WithTrailingDelimiter(const QString& folder);
 
 // Everything after the last delimiter or drive colon.
@@ -22,7 +23,8 @@ QString FileNameOf(const QString& path);
 // Everything up to and including the last delimiter or drive colon; empty if there is none.
 QString FolderOf(const QString& path);
 
-// From the last full stop of the file name to its end, the stop included; empty if it has none.
+// Returns the part of the file name from its last full stop on. Returns an empty text if there is no
+// full stop.
 QString ExtensionOf(const QString& path);
 
 // Whether the extension of `path` equals `upperExtension` (".DPROJ") after a to z are changed to A to Z.

@@ -5,14 +5,14 @@
 // Process-wide matters of the operating system. Files are in StagedFile.h and Files.h.
 namespace Corvadine {
 
-// Prepares signals and standard streams; call once at the start of main(). A write past a file-size limit
-// then fails with an error, which we report, instead of ending the process. On Windows the standard streams
-// then print UTF-8 and keep LF.
+// Prepares signals and standard streams. Call this once at the start of main(). From then on a write past a
+// file-size limit fails with an error and does not end the process. On Windows, the standard streams print
+// UTF-8 and keep LF from then on.
 void PrepareProcess();
 
-// Keeps the error stream for the program's own lines. Returns a new stream to the same place, and discards
-// everything else that is printed to stderr: image decoders print their complaints there, and cannot be told
-// not to. Returns null, with nothing changed, if the system refuses.
+// Returns a new stream to the place of stderr, for the program's own lines. Discards everything that is
+// printed to stderr itself, because image decoders print complaints there and cannot be told to be silent.
+// Returns null, with nothing changed, if the system refuses.
 std::FILE* TakeErrorStream();
 
 // Whether the error stream is a terminal, so that progress can be drawn there. REQUIRES: TakeErrorStream()

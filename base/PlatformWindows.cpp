@@ -12,14 +12,15 @@ namespace Corvadine {
 
 namespace {
 
-UINT ConsoleCodePage = 0; // of the time before we changed it; 0 without a console
+UINT ConsoleCodePage = 0; // the code page before we changed it; 0 without a console
 
 void RestoreConsole()
 {
     ::SetConsoleOutputCP(ConsoleCodePage);
 }
 
-// A new stream to the file of `handle`; programs that we start do not inherit it. Null if the system refuses.
+// Returns a new stream to the file of `handle`, or null if the system refuses. Programs that we start do not
+// inherit the stream.
 std::FILE* StreamTo(HANDLE handle)
 {
     const HANDLE process = ::GetCurrentProcess();

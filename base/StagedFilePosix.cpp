@@ -61,8 +61,8 @@ QByteArray FolderPart(const QByteArray& target)
 
 constexpr mode_t NewFileMode = 0666; // narrowed by the umask
 
-// A staged file under a name is called TARGET.newPROCESS.COUNT. It is locked from before it has that name
-// until its process ends, so a file of such a name without a lock was left by a process that was killed.
+// The name of a staged file is TARGET.newPROCESS.COUNT. Its process keeps the file locked. So a file with
+// such a name and without a lock was left by a process that was killed.
 const QByteArray StagedMark = ".new";
 
 QByteArray StagedName(const QByteArray& target)
@@ -71,7 +71,7 @@ QByteArray StagedName(const QByteArray& target)
     return target + StagedMark + QByteArray::number(::getpid()) + '.' + QByteArray::number(++count);
 }
 
-// Whether `name` is one that StagedName() gives for `target`, with or without its count.
+// Whether `name` is a name of a staged file for `target`. The count may be missing.
 bool IsStagedName(const QByteArray& name, const QByteArray& target)
 {
     const QByteArray start = target + StagedMark;
@@ -92,7 +92,7 @@ void RemoveUnlessLocked(const QByteArray& file)
     ::close(descriptor);
 }
 
-// The files in `folder` whose names may be those of staged ones.
+// Returns the files in `folder` that may be staged files.
 std::vector<QByteArray> StagedFilesIn(const QByteArray& folder)
 {
     std::vector<QByteArray> files;
@@ -104,8 +104,8 @@ std::vector<QByteArray> StagedFilesIn(const QByteArray& folder)
     return files;
 }
 
-// Removes the staged files for `target` that killed processes have left. A folder is read once in the life of
-// this process, since many files may be written there.
+// Removes the staged files for `target` that killed processes have left. Each folder is read only once in a
+// process, because many files may be written there.
 void RemoveAbandoned(const QByteArray& target)
 {
     static std::mutex mutex;
@@ -120,8 +120,8 @@ void RemoveAbandoned(const QByteArray& target)
             RemoveUnlessLocked(file);
 }
 
-// Makes the names in a folder survive a loss of power. The files are in place by now, so a folder that cannot
-// be synced is no failure.
+// Makes the names in a folder survive a loss of power. Failures are ignored, because the files are in place
+// by now.
 void SyncFolder(const QByteArray& folder)
 {
     const int descriptor = ::open(folder.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
@@ -140,7 +140,7 @@ public:
     Q_DISABLE_COPY_MOVE(TSystemFile)
 
     void Stage(const QByteArray& bytes, const QString& original);
-    // Gives the file its name. False if `isNew` is asked for and the name is taken.
+    // Gives the staged file its final name. With `isNew`, returns false if the name is taken.
     bool PutInPlace(bool isNew);
     QByteArray Folder() const { return FolderPart(FTarget); }
 
@@ -167,7 +167,7 @@ void TStagedFile::TSystemFile::Stage(const QByteArray& bytes, const QString& ori
 {
     RefuseUnwritableTarget(FPath, FTarget);
     RemoveAbandoned(FTarget);
-    // A file that takes over the access of another one is closed to everybody else from the beginning.
+    // A file that will get the access of another file is first open to its owner alone.
     const bool takesOver = !original.isEmpty() || QFileInfo::exists(QFile::decodeName(FTarget));
     Create(takesOver ? S_IRUSR | S_IWUSR : NewFileMode);
     if (original.isEmpty())
@@ -183,8 +183,8 @@ void TStagedFile::TSystemFile::Create(mode_t mode)
     // A file without a name: a process that is killed now leaves nothing behind.
     FDescriptor = ::open(FolderPart(FTarget).constData(), O_TMPFILE | O_WRONLY | O_CLOEXEC, mode);
 #endif
-    // Either the file system has no such files, or the folder cannot be written. In that case the next call
-    // gives the reason.
+    // The call fails if the file system has no files without a name, or if the folder cannot be written. The
+    // next call creates a file with a name, or gives the reason.
     if (FDescriptor < 0) {
         const QByteArray name = StagedName(FTarget);
         FDescriptor = ::open(name.constData(), O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, mode);
@@ -192,7 +192,8 @@ void TStagedFile::TSystemFile::Create(mode_t mode)
             throw WriteError(FPath, errno);
         FTemporary = name;
     }
-    // Where the file system has no locks this fails, and RemoveAbandoned() removes nothing there.
+    // On a file system without locks this fails. RemoveAbandoned() gets no lock there, either, and
+    // removes nothing.
     ::flock(FDescriptor, LOCK_EX | LOCK_NB);
 }
 
@@ -205,7 +206,8 @@ bool TStagedFile::TSystemFile::LinkAs(const QByteArray& name) const
 
 bool TStagedFile::TSystemFile::PutInPlace(bool isNew)
 {
-    // Nothing is left behind by a kill where the name is free, and nothing is replaced.
+    // A link gives a file without a name its final name in one step, so a kill leaves nothing behind. A link
+    // never replaces a file.
     if (FTemporary.isEmpty() || isNew) {
         if (LinkAs(FTarget))
             return true;

@@ -33,7 +33,7 @@ QString FollowLinks(const QString& path)
 
 constexpr DWORD ShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 
-// Opens the file with the access that replacing it needs, to learn whether that can succeed.
+// Opens the file with the access that a replacement needs, to learn whether the replacement can succeed.
 TErrorNumber TryToOpen(const std::wstring& target)
 {
     const HANDLE handle = ::CreateFileW(target.c_str(), GENERIC_READ | DELETE, ShareAll, nullptr,
@@ -94,7 +94,7 @@ TStagedFile::TSystemFile::~TSystemFile()
 {
     Close();
     if (!FTemporary.empty() && !FIsStranded)
-        ::DeleteFileW(FTemporary.c_str()); // fails if closing has deleted it
+        ::DeleteFileW(FTemporary.c_str()); // fails if Close() has deleted the file
 }
 
 void TStagedFile::TSystemFile::Stage(const QByteArray& bytes)
@@ -136,7 +136,8 @@ void TStagedFile::TSystemFile::Create()
     throw WriteError(FPath, error);
 }
 
-// Not every file system has this mark. Without it the destructor deletes the file, except after a kill.
+// Sets or removes the mark that deletes the staged file when it is closed. Returns false on file systems
+// without this mark. There the destructor deletes the file, except after a kill.
 bool TStagedFile::TSystemFile::MarkForDeletion(bool isMarked) const
 {
     FILE_DISPOSITION_INFO disposition { isMarked };
@@ -157,7 +158,8 @@ void TStagedFile::TSystemFile::WriteAndSync(const QByteArray& bytes)
         throw WriteError(FPath, ::GetLastError());
 }
 
-// ReplaceFileW() keeps the access rights of the old file; whether also its attributes is not documented.
+// ReplaceFileW() keeps the access rights of the old file. Its documentation does not say whether it keeps the
+// attributes, so they are copied here.
 void TStagedFile::TSystemFile::CopyAttributesOfTarget()
 {
     constexpr DWORD Copied =
@@ -177,7 +179,7 @@ void TStagedFile::TSystemFile::Close()
     FHandle = INVALID_HANDLE_VALUE;
 }
 
-// Makes the staged file one that can be renamed, which is none that is open for writing.
+// Removes the mark for deletion and closes the staged file, because an open file cannot be renamed.
 void TStagedFile::TSystemFile::Finish()
 {
     if (FIsMarked && !MarkForDeletion(false))
@@ -234,12 +236,13 @@ TErrorNumber TStagedFile::TSystemFile::Replace() const
     constexpr DWORD Lenient = REPLACEFILE_IGNORE_MERGE_ERRORS | REPLACEFILE_IGNORE_ACL_ERRORS;
     const TErrorNumber error = ErrorUnless(
         ::ReplaceFileW(FTarget.c_str(), FTemporary.c_str(), Backup().c_str(), Lenient, nullptr, nullptr));
-    if (error == ERROR_UNABLE_TO_MOVE_REPLACEMENT_2) // the old file has lost its name, the new one not got it
+    if (error == ERROR_UNABLE_TO_MOVE_REPLACEMENT_2) // the old file lost its name, the new one has none yet
         ::MoveFileExW(Backup().c_str(), FTarget.c_str(), MOVEFILE_WRITE_THROUGH);
     return error;
 }
 
-// Gives the old file its name back if replacing failed after taking it. False if that fails, too.
+// Gives the old file its name back if ReplaceFileW() has taken the name and then failed. Returns false if
+// this fails, too.
 bool TStagedFile::TSystemFile::PutBackOld() const
 {
     if (Exists(FTarget) || !Exists(Backup()))

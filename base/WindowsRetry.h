@@ -14,8 +14,8 @@ inline TErrorNumber ErrorUnless(BOOL succeeded)
     return succeeded ? ERROR_SUCCESS : ::GetLastError();
 }
 
-// Whether a call that failed with `error` may succeed later, because another program, such as a virus
-// scanner, was using the file or has deleted it.
+// Whether a call that failed with `error` may succeed later. The cause is then another program, such as a
+// virus scanner, that was using the file or has deleted it.
 inline bool MayPass(TErrorNumber error)
 {
     switch (error) {
@@ -33,7 +33,8 @@ inline bool MayPass(TErrorNumber error)
     }
 }
 
-// Runs `action`, which returns the number of its error, until it succeeds, for up to `patience` milliseconds.
+// Repeats `action` while it returns an error that may pass, for up to `patience` milliseconds. Returns the
+// last error.
 template <typename TAction> TErrorNumber Persistently(TAction action, DWORD patience = 1000)
 {
     constexpr DWORD FirstPause = 5; // ms; every further pause is twice as long
