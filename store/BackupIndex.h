@@ -16,37 +16,38 @@ namespace Corvadine {
 
 // Why a project file was copied.
 enum class TBackupReason {
-    Update,        // an update was about to change it
-    BeforeRestore, // a backup was about to replace it
+    Update,        // an update was about to change the file
+    BeforeRestore, // a backup was about to replace the file
 };
 
-// One time that a project file's content was kept. Content that is kept already gets a further record and no
-// further file, so several records may have one name.
+// Says when and why the content of a project file was kept. If the backup folder has the same content
+// already, the new record gets the name of that copy. So several records may have one name.
 struct TBackupRecord {
     QString Name;        // of the copy, without folder
     QString ProjectFile; // full path of the file that was copied
-    QString ProjectGuid; // as the copy has it; empty if it has none
+    QString ProjectGuid; // read from the copy; empty if the copy has none
     QByteArray Sha256;   // of the copy's bytes; 32 bytes
     QDateTime Time;      // with its offset from UTC
     TBackupReason Reason = TBackupReason::Update;
 };
 
-// What is known of the files in the backup folder: the table Backups of the project database, which is made
-// when it is missing. Several programs may use it at once; each function that writes is one transaction. What
-// fails throws TError(Io). Use on the thread that made it.
+// The records of the files in the backup folder. They are rows of the table Backups in the project database.
+// Reserve and Add create the table if it is missing. Several programs may use the table at once. Each
+// function that writes is one transaction. Every function throws TError(Io) when it fails. Use on the thread
+// that made the object.
 class TBackupIndex {
 public:
-    // Opens the existing database `path`. A database that can only be read can only be asked.
+    // Opens the existing database `path`. If the file can only be read, the functions that write throw.
     explicit TBackupIndex(
         const QString& path, std::chrono::milliseconds busyTimeout = std::chrono::seconds(5));
     ~TBackupIndex();
     TBackupIndex(const TBackupIndex&) = delete;
     TBackupIndex& operator=(const TBackupIndex&) = delete;
 
-    // All records, oldest first by the order of their writing.
+    // Returns all records in the order in which they were written.
     std::vector<TBackupRecord> Records() const;
 
-    // Adds the first record of a name. False, and nothing is written, if the name has one.
+    // Adds the first record of a name. Returns false, and writes nothing, if the name has a record.
     bool Reserve(const TBackupRecord& record);
 
     // Adds a further record of a name.

@@ -13,10 +13,10 @@
 
 namespace Corvadine {
 
-// One project, as one row of the database keeps it: what the user chose for one .dproj file. The fields have
-// the names of their columns. A number is absent where the column is NULL, as in rows of older releases; the
-// code that needs the number decides what to do then. Every member has an initializer, so that a designated
-// initializer may name only some.
+// One project: what the user chose for one .dproj file, as one row of the database. Fields have the names of
+// their columns. A number is absent if its column is NULL, as in rows of older releases. The code that needs
+// the number decides what to do then. Every member has an initializer, so that a designated initializer may
+// name only some members.
 struct TProject {
     std::int64_t ID = 0;        // assigned by the database; 0 = never saved
     QString ProjectFile {};     // full path of the .dproj; no two projects share it
@@ -61,8 +61,8 @@ struct TFieldRange {
 };
 
 inline constexpr TFieldRange CompressionRange { 1, 10 };
-// This limit only keeps the doubled width inside the type. How wide an image may be depends on the shape of
-// the launch source; a run checks that when it is planned.
+// The upper limit only prevents an overflow when the width is doubled. The real limit depends on the shape of
+// the launch source, and is checked when a run is planned.
 inline constexpr TFieldRange TwoxSizeRange { 1, 999'999'999 };
 
 using TFieldSet = std::set<TField>;
@@ -103,22 +103,22 @@ constexpr const TColumn& ColumnOf(TField field)
 static_assert(
     std::ranges::all_of(Columns, [](const TColumn& column) { return &ColumnOf(column.Field) == &column; }));
 
-// Calls `visitor` with the member that `field` names, const if `project` is.
+// Calls `visitor` with the member that `field` names. The member is const if `project` is const.
 template <typename TRecord, typename TVisitor>
 auto VisitField(TRecord& project, TField field, const TVisitor& visitor)
 {
     return std::visit([&](auto member) { return visitor(project.*member); }, ColumnOf(field).Member);
 }
 
-// The value of one field: text, bool, integer, or an invalid QVariant for an absent number.
+// Returns the value of one field: a text, bool or integer, or an invalid QVariant for an absent number.
 QVariant FieldValue(const TProject& project, TField field);
 
-// Sets one field, converting `value` as QVariant does. A null value empties a text, unticks a bool and makes
-// a number absent. If the field is a number and a value that is not null cannot be converted to an integer,
-// throws TError(Usage) and leaves the field unchanged. REQUIRES: field is not ID.
+// Sets one field, and converts `value` as QVariant does. A null value empties a text, unticks a bool and
+// makes a number absent. Throws TError(Usage), with the field unchanged, if the field is a number and `value`
+// cannot be converted to an integer. REQUIRES: field is not ID.
 void SetFieldValue(TProject& project, TField field, const QVariant& value);
 
-// The fields whose values differ.
+// Returns the fields whose values differ.
 TFieldSet DifferentFields(const TProject& project, const TProject& other);
 
 } // namespace Corvadine

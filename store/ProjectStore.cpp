@@ -41,7 +41,7 @@ void RefuseImpossiblePath(const QString& path)
         refuse("its folder does not exist");
 }
 
-// Goes by the mode bits, because the system would let the superuser write to a file marked read-only.
+// Looks at the mode bits, because the system would let the superuser write to a file marked read-only.
 int OpenFlags(const QString& path)
 {
     constexpr auto AnyoneMayWrite = QFile::WriteOwner | QFile::WriteGroup | QFile::WriteOther;
@@ -113,7 +113,7 @@ std::string SelectRows(const char* clause)
     return u"SELECT %1 FROM Projects %2"_s.arg(names.join(u','), QLatin1String(clause)).toStdString();
 }
 
-// The row on which a statement made by SelectRows stands.
+// Returns the current row of a statement made by SelectRows.
 TProject RowOf(const SQLite::Statement& statement)
 {
     TProject project;
@@ -126,7 +126,7 @@ TProject RowOf(const SQLite::Statement& statement)
 } // namespace
 
 TProjectStore::TProjectStore(const QString& path, std::chrono::milliseconds busyTimeout)
-    : FPath(AbsolutePath(path)) // absolute also because SQLite takes a name like "file:x" for a URI
+    : FPath(AbsolutePath(path)) // SQLite would take a relative name like "file:x" for a URI
     , FBusyTimeout(busyTimeout)
 {
     RefuseImpossiblePath(FPath);
@@ -234,8 +234,9 @@ void TProjectStore::Open()
     EnsureSchema();
 }
 
-// SQLite creates the file before it finds that there is no room for a table. The lock keeps another program
-// from filling the same file meanwhile. If a program opens it later, SQLite reports that the file is gone.
+// Removes the new file if opening failed and left it empty. SQLite creates the file before it learns, for
+// example, that the disk is full. The lock keeps other programs from filling the file meanwhile. A program
+// that has opened the file and writes later gets an error from SQLite.
 void TProjectStore::RemoveEmptyFile() noexcept
 {
     try {

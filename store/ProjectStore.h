@@ -16,20 +16,20 @@ class Database;
 
 namespace Corvadine {
 
-// What the project database is called in the program folder.
+// The name of the project database in the program folder.
 inline constexpr const char* ProjectDatabaseName = "Corvadine.db";
 
 // The project database: one SQLite file with the table Projects, held open by one connection. Each function
-// that writes is one transaction, so that a kill or a power failure leaves all of it or nothing.
-// Several programs may use the file at once: a function waits for the others for at most the busy timeout,
-// unless its comment says otherwise.
-// What fails throws TError(Io) with the attempt, the file and SQLite's own text.
-// Use on the thread that made it.
+// that writes is one transaction, so a kill or a power failure leaves all of its changes or none. Several
+// programs may use the file at once. A function waits for the others for at most the busy timeout, unless its
+// comment says otherwise. Every function throws TError(Io) when it fails, with the attempt, the file and
+// SQLite's own text. Use on the thread that made the object.
 class TProjectStore {
 public:
-    // Opens `path`. Creates the file and its table if they are missing, and adds the columns that an older
-    // release lacks. A file marked read-only can be read if its table is complete. A file of a newer release
-    // (its PRAGMA user_version is above ours) is refused. When this throws, it leaves no new file behind.
+    // Opens `path`. Creates the file and its table if they are missing, and adds the columns that files of
+    // older releases lack. A file marked read-only can be read if its table is complete. A file of a newer
+    // release (its PRAGMA user_version is above ours) is refused. If the constructor throws, it leaves no new
+    // file behind.
     explicit TProjectStore(
         const QString& path, std::chrono::milliseconds busyTimeout = std::chrono::seconds(5));
     ~TProjectStore();
@@ -44,21 +44,21 @@ public:
 
     bool TableExists(const QString& name) const;
 
-    // All projects in ascending ID, the order in which they were added.
+    // Returns all projects in ascending ID, the order in which they were added.
     std::vector<TProject> ReadProjects() const;
 
-    // A number that changes when another connection writes to the database, and not when this one does. Does
-    // not wait for a database that is locked.
+    // Returns a number that changes when another connection writes to the database, but not when this one
+    // does. If the database is locked, throws without waiting.
     std::int64_t DataVersion() const;
 
-    // Adds a row with those `fields` of `project`; the other columns stay NULL. Returns the row as stored,
-    // with its ID.
+    // Adds a row with the values that `project` has in `fields`. The other columns stay NULL. Returns the row
+    // as stored, with its ID.
     TProject Insert(const TProject& project, const TFieldSet& fields);
 
-    // Writes only those `fields` of `project` to the row with its ID, so that other fields keep what another
-    // program wrote to them. Returns the row as it is now.
-    // Throws TError(Conflict) when the row is gone or belongs to another project file by now: SQLite gives
-    // the ID of a deleted last row to the next row. REQUIRES: fields is not empty.
+    // Writes the `fields` of `project` to the row with its ID. Other fields keep what another program wrote
+    // to them. Returns the row as it is now. Throws TError(Conflict) when the row is gone. Throws the same
+    // when the row has another project file by now, unless `fields` contains the project file. This happens
+    // because SQLite gives the ID of a deleted last row to the next row. REQUIRES: fields is not empty.
     TProject Update(const TProject& project, const TFieldSet& fields);
 
     // Removes the row with this project's ID and project file. Does nothing if there is no such row any more.

@@ -13,8 +13,8 @@ namespace {
 
 constexpr int White = 0xFFFFFF;
 
-// What a new project starts from: 256 colors on white for all platforms, filtered with Mitchell. Its texts
-// are left to the caller.
+// The defaults of a new project: 256 colors on white for all platforms, filtered with Mitchell. The caller
+// fills in the texts.
 TProject NewProject()
 {
     return { .IncAndroid = true,
@@ -177,7 +177,7 @@ void TProjectsTable::Refresh()
 {
     if (FState != TState::Browse)
         return;
-    // Taken before the rows are read: what is written in between makes the next Refresh read again.
+    // The version is read before the rows. If a program writes in between, the next Refresh reads again.
     const std::int64_t version = FStore->DataVersion();
     if (version == FDataVersion)
         return;
@@ -185,7 +185,7 @@ void TProjectsTable::Refresh()
     FDataVersion = version;
     if (rows == FRows)
         return;
-    const TProject before = Current(); // blank if there is none, and no row has its ID 0
+    const TProject before = Current(); // without a current row its ID is 0, which no row has
     FRows = std::move(rows);
     FPosition.reset();
     if (!FRows.empty()) {

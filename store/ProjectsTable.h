@@ -16,16 +16,16 @@ namespace Corvadine {
 class TProjectStore;
 
 // A cursor over the projects of a store: one current row that can be edited, and announcements that a window
-// can follow. Rows are in ascending ID and as they were last read. Open and Refresh read all rows, Post reads
-// the row that it has written.
+// can follow. The rows are in ascending ID, with the values that were last read. Open and Refresh read all
+// rows. Post reads the row that it has written.
 //
 // Edits stay in a buffer until Post writes them. Moving to another row or closing drops them. Moving to the
 // row that is current already does nothing.
 //
-// Announcements come when the object is consistent again, so a slot may call it. If several apply, they come
-// in the order StateChanged, RowsChanged, CurrentChanged, FieldChanged. After CurrentChanged there is no
-// FieldChanged, as all fields may differ. A function that throws has announced nothing and changed nothing
-// unless its comment says otherwise. Use on the store's thread. A slot must not throw.
+// Announcements come when the object is consistent again, so a slot may call its functions. Several
+// announcements come in the order StateChanged, RowsChanged, CurrentChanged, FieldChanged. No FieldChanged
+// follows CurrentChanged, because all fields may differ then. A function that throws has announced nothing
+// and changed nothing unless its comment says otherwise. Use on the store's thread. A slot must not throw.
 class TProjectsTable : public QObject {
     Q_OBJECT
 
@@ -63,7 +63,7 @@ public:
     // Makes the saved row with this ID current. Returns false, and does nothing, if there is none.
     bool LocateByID(std::int64_t id);
 
-    // The ID of the saved row with exactly this project file.
+    // Returns the ID of the saved row with exactly this project file, or nothing if there is no such row.
     std::optional<std::int64_t> LookupByProjectFile(const QString& projectFile) const;
 
     // Drops pending edits and makes a new row current, filled with the defaults of a new project.
@@ -75,13 +75,13 @@ public:
     void Edit();
 
     // Starts editing as Edit does, sets one field of the buffer, and announces the field if its value
-    // differs. Throws what Edit and SetFieldValue throw. If SetFieldValue throws, the row is being edited.
+    // differs. Throws what Edit and SetFieldValue throw. If SetFieldValue throws, the row stays in editing.
     // REQUIRES: field is not ID.
     void SetField(TField field, const QVariant& value);
 
     // Writes only the fields that were set since editing began, then takes over the row as the database has
-    // it now. Does nothing when not editing. Throws what TProjectStore::Insert and Update throw; then the row
-    // is still being edited, with its values.
+    // it now. Does nothing when not editing. Throws what TProjectStore::Insert and Update throw. The row is
+    // then still being edited, and keeps its values.
     void Post();
 
     // Drops pending edits. After an append, the former row is current again. Does nothing when not editing.
@@ -95,10 +95,10 @@ public:
     // `confirm` is called before each delete; if it returns false, nothing is deleted.
     void SetDeleteConfirmation(std::function<bool()> confirm) { FConfirmDelete = std::move(confirm); }
 
-    // Reads all rows again if other programs have written to the database. Otherwise it costs little. The
-    // current row stays current. If it is gone, the next row becomes current, or the last. Does nothing while
-    // a row is being edited, because its values would be lost. Throws TError(Io), without waiting when the
-    // database is locked.
+    // Reads all rows again if other programs have written to the database. The current row stays current. If
+    // it is gone, the next row becomes current, or the last if there is no next. Does nothing while a row is
+    // being edited, because its values would be lost. Throws TError(Io), without waiting when the database
+    // is locked.
     void Refresh();
 
 signals:
@@ -107,8 +107,8 @@ signals:
     void StateChanged(Corvadine::TProjectsTable::TState state);
     // Rows() has changed.
     void RowsChanged();
-    // A field of the current row has another value: it was set, taken back by Cancel, or found changed in the
-    // database.
+    // A field of the current row has another value: it was set, taken back by Cancel, or found changed in
+    // the database.
     void FieldChanged(Corvadine::TField field);
 
 private:
