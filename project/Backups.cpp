@@ -22,8 +22,8 @@ namespace {
 
 constexpr qsizetype StampLength = 14; // YYYYMMDDHHNNSS
 
-// The part of the name before the time. It keeps the full stop of ".dproj": only five of those six characters
-// are cut off.
+// Returns the part of a copy's name before the time. Only five characters are cut off, so the full stop of
+// ".dproj" stays.
 QString StemOf(const QString& projectFile)
 {
     const QString name = FileNameOf(projectFile);
@@ -40,8 +40,9 @@ QString NameAt(const QString& projectFile, const QDateTime& time)
     return NameWithStamp(projectFile, time.toString(u"yyyyMMddHHmmss"_s));
 }
 
-// The time in the name of a copy of `projectFile`; invalid if the name is not one. Whether that local time
-// existed is not checked: a change of time zone or the hour skipped in spring must not hide a backup.
+// Returns the time in the name of a copy of `projectFile`, or an invalid time for any other name. Does not
+// check whether this local time existed: a change of time zone or the hour skipped in spring must not hide
+// a backup.
 QDateTime TimeIn(const QString& name, const QString& projectFile)
 {
     const QString stamp = name.mid(StemOf(projectFile).size(), StampLength);
@@ -62,7 +63,7 @@ QByteArray ReadBackup(const QString& path)
     return ReadFile(path, u"read the backup"_s);
 }
 
-// Why the content is no project file; empty if it is one.
+// Returns the reason why `bytes` are no project file, or an empty text if they are one.
 QString FaultIn(const QByteArray& bytes, const QString& file)
 {
     try {
@@ -82,7 +83,8 @@ QString GuidIn(const QByteArray& bytes, const QString& file)
     }
 }
 
-// Why the copy at `path` is not what was recorded; empty if it is.
+// Returns the reason why the copy at `path` cannot be read or differs from its record. Returns an empty text
+// if the copy is whole.
 QString DamageOf(const QString& path, const TBackupRecord& record)
 {
     try {
@@ -102,7 +104,7 @@ bool IsOlder(const TBackup& a, const TBackup& b)
     return a.Time < b.Time;
 }
 
-// The last record of each name among those of `projectFile`.
+// Returns the last record of each name. Considers only the records of `projectFile`.
 std::map<QString, TBackupRecord> LastRecordsOf(
     const std::vector<TBackupRecord>& records, const QString& projectFile)
 {
@@ -130,7 +132,7 @@ TBackups::~TBackups() = default;
 QString TBackups::Keep(const QString& projectFile, const QByteArray& bytes, const QDateTime& time,
     TBackupReason reason, TKeep keep)
 {
-    if (FFolder.isEmpty()) // which would be the current folder, wherever that is
+    if (FFolder.isEmpty()) // an empty text would mean the current folder
         throw TError(TErrorKind::Usage, u"No folder for backups was given"_s);
     const TNewFolder folder(FFolder.chopped(1)); // without the delimiter
     TBackupRecord record { {}, projectFile, GuidIn(bytes, projectFile), HashOf(bytes),
@@ -200,7 +202,7 @@ TRestoredBackup TBackups::Restore(const QString& projectFile, const TRestoreOrde
     TStagedFile staged(projectFile, choice.Bytes, isThere ? QString() : choice.Path);
     if (isThere)
         restored.SavedPath = Keep(projectFile, present, order.Now, TBackupReason::BeforeRestore);
-    // Compared last, so that hardly a moment is left in which another program could save the file unseen.
+    // The comparison comes last, so that other programs have hardly any time to change the file unseen.
     if (isThere && ReadFile(projectFile, attempt) == present)
         staged.Commit();
     else if (isThere || !staged.CommitIfNew())
@@ -240,8 +242,8 @@ QString TBackups::PathOf(const QString& name) const
     return FFolder + name;
 }
 
-// The name of a whole copy with the content of `record` that was made of the same project file; empty if
-// there is none.
+// Returns the name of a whole copy of the same project file with the same content as in `record`. Returns an
+// empty name if there is no such copy.
 QString TBackups::EqualCopy(const TBackupRecord& record) const
 {
     for (const auto& [name, kept] : LastRecordsOf(Index().Records(), record.ProjectFile))
@@ -250,21 +252,21 @@ QString TBackups::EqualCopy(const TBackupRecord& record) const
     return {};
 }
 
-// Whether the copy of this name was made of `projectFile`.
+// Whether there is a copy of this name, and it was made of `projectFile`.
 bool TBackups::IsOwn(const QString& name, const QString& projectFile) const
 {
     return QFileInfo::exists(PathOf(name)) && LastRecordsOf(Index().Records(), projectFile).contains(name);
 }
 
-// The record first: a process that is killed in between leaves a record of no file, which List() passes over.
-// False, and nothing is left, if the name is taken.
+// Writes the record before the copy. A process that is killed in between leaves a record without a copy, and
+// List() skips such a record. Returns false, with nothing left behind, if the name is taken.
 bool TBackups::WriteRecorded(const TBackupRecord& record, const QByteArray& bytes)
 {
     const QString path = PathOf(record.Name);
     if (QFileInfo::exists(path) || !Index().Reserve(record))
         return false;
     try {
-        // A project may hold passwords, so its copy is not open to more people at any time.
+        // A project may hold passwords, so its copy is never open to more users than the project.
         if (TStagedFile(path, bytes, record.ProjectFile).CommitIfNew())
             return true;
     } catch (const TError&) {
@@ -280,13 +282,14 @@ TBackups::TChoice TBackups::ChooseNewest(const QString& projectFile, TBackupReas
     std::vector<TBackupRecord> records = Index().Records();
     std::stable_sort(records.begin(), records.end(),
         [](const TBackupRecord& a, const TBackupRecord& b) { return a.Time < b.Time; });
-    std::reverse(records.begin(), records.end()); // of one time, the one written last comes first
+    std::reverse(records.begin(), records.end()); // among equal times, the record written last comes first
     for (const TBackupRecord& record : records) {
         const QString path = PathOf(record.Name);
         if (record.Reason != reason || !IsSameFileName(record.ProjectFile, projectFile)
             || !DamageOf(path, record).isEmpty())
             continue;
-        // An update in the window copies a file before it finds that the file is no project.
+        // The window makes the backup before it parses the file, so the backup of an update may be no
+        // project file.
         const QByteArray bytes = ReadBackup(path);
         if (reason == TBackupReason::BeforeRestore || FaultIn(bytes, record.Name).isEmpty())
             return { path, bytes };

@@ -12,9 +12,9 @@
 #include <optional>
 #include <vector>
 
-// The copies that are made of a project file before it is changed. A copy is named after the file and the
-// time, so "Demo.dproj" of 5 March 2024, 14:07:09 is kept as "Demo.20240305140709.dproj". Projects of one
-// file name share the folder; the index in the project database tells which project each copy belongs to.
+// Copies of project files, made before the files are changed. The name of a copy contains the time: a copy of
+// "Demo.dproj" made on 5 March 2024, 14:07:09 is "Demo.20240305140709.dproj". Projects with the same file
+// name share the folder. The index in the project database tells which project each copy belongs to.
 namespace Corvadine {
 
 // The folder for backups, in the data folder.
@@ -23,67 +23,72 @@ inline constexpr const char* BackupFolderName = "Project Backups";
 struct TBackup {
     QString Name; // without folder
     QString Path;
-    QDateTime Time;                      // when its content was last kept; without a record, from its name
+    QDateTime Time;                      // of the last record; without a record, from the name
     std::optional<TBackupReason> Reason; // of the last record; none without a record
-    QString Fault;                       // why a recorded copy is damaged; empty if it is not
+    QString Fault;                       // why a recorded copy is damaged; empty if the copy is whole
 };
 
-// Which backup is put back, and when.
+// Which backup is restored, and at what time.
 struct TRestoreOrder {
-    QString Name {};       // empty: the newest that an update made
-    bool IsUndo = false;   // without a name: the newest that a restore made instead
-    bool IsForced = false; // by name: also one of another project, without a record, or damaged
-    QDateTime Now {};      // local
+    QString Name {};       // empty: the newest backup made by an update
+    bool IsUndo = false;   // without a name: the newest backup made by a restore
+    bool IsForced = false; // with a name: even if damaged, of another project or unrecorded
+    QDateTime Now {};      // local time
 };
 
 struct TRestoredBackup {
-    QString BackupPath; // what was put back
-    QString SavedPath;  // the backup of what it replaced; empty if there was no file or nothing was written
+    QString BackupPath; // the backup that was restored
+    QString SavedPath;  // the backup of the replaced content; empty if there was no file or nothing was written
     bool IsWritten = false; // false: the project file had this content already
 };
 
-// When a copy is made, if there is an equal one already.
+// Whether content gets a new copy if there is an equal copy already.
 enum class TKeep {
-    Once,   // none is made: the equal one gets a further record
-    Always, // one is made; it replaces an earlier one of the same project and second
+    Once,   // no new copy: the equal copy gets a further record
+    Always, // a new copy; it replaces an earlier copy of the same project and second
 };
 
-// The backups of one data folder. Several programs may use it at once: no copy ever replaces another one, but
-// for TKeep::Always as it says. Paths of project files are full ones. Use on one thread.
+// The backups of one data folder. Several programs may use the folder at once. No copy ever replaces another
+// copy, except with TKeep::Always. Paths of project files are full paths. Use on one thread.
 class TBackups {
 public:
-    // `folder` need not exist. `database` is the project database; it is opened when it is first needed, and
-    // then waited for as long as `busyTimeout` while another program has locked it.
+    // `folder` need not exist. `database` is the path of the project database, which is opened when it is
+    // first needed. If another program has locked the database, a function waits for at most `busyTimeout`.
     TBackups(const QString& folder, const QString& database,
         std::chrono::milliseconds busyTimeout = std::chrono::seconds(5));
     ~TBackups();
     TBackups(const TBackups&) = delete;
     TBackups& operator=(const TBackups&) = delete;
 
-    // Keeps `bytes`, the content of `projectFile`, and records it. The copy's name has the first second from
-    // `time` (local) on that is free. A missing folder is created. Returns the copy's path. Throws TError:
-    // Usage for an empty folder, Io, Database. A process that is killed leaves a copy with its record or
-    // nothing.
+    // Keeps `bytes`, the content of `projectFile`, and records the copy. The copy's name has the first free
+    // second from `time` (local) on. A missing folder is created. Returns the copy's path. Throws
+    // TError(Usage) if the folder's name is empty, and TError(Io) if a file or the database fails. A process
+    // that is killed never leaves a new copy without a record.
     QString Keep(const QString& projectFile, const QByteArray& bytes, const QDateTime& time,
         TBackupReason reason, TKeep keep = TKeep::Once);
 
-    // Keeps `bytes` without a record, for a database that cannot be written. Otherwise as Keep().
+    // Keeps `bytes` in a new copy without a record, for a database that cannot be written. Chooses the name
+    // as Keep() does, and creates a missing folder. Returns the copy's path. Throws TError(Io). REQUIRES: the
+    // folder's name is not empty.
     QString KeepUnrecorded(const QString& projectFile, const QByteArray& bytes, const QDateTime& time);
 
-    // The copies recorded for this path, and those named after the file that have no record, oldest first.
-    // Throws TError(Io).
+    // Returns the copies recorded for this path, and the copies without a record that are named after the
+    // file. The oldest copy comes first. Throws TError(Io).
     std::vector<TBackup> List(const QString& projectFile) const;
 
-    // Puts a backup back, byte for byte and in one step. The file it replaces is kept first. A project file
-    // that is gone gets the access rights of its backup. Throws TError, the project file then being as it
-    // was: NotFound if there is no such backup; Conflict if it is not known to be of this path and not
-    // forced, or if another program changes the project file meanwhile; BadInput if it is damaged and not
-    // forced; Usage if its name is a path; Io; Database.
+    // Restores a backup byte for byte and in one step. Keeps the present project file in a new backup first.
+    // If the project file is gone, the new file gets the access rights of the backup. When this throws, the
+    // project file is unchanged. Throws TError of these kinds:
+    // - Io: there is no such backup, or a file or the database fails.
+    // - Usage: the backup's name is a path, or the folder's name is empty.
+    // - Conflict: another program changes the project file meanwhile. Or, unless IsForced: the backup has no
+    //   record, or its record has another path or content.
+    // - BadInput, unless IsForced: the backup is no project file.
     TRestoredBackup Restore(const QString& projectFile, const TRestoreOrder& order);
 
-    // Removes the recorded copies of this path but for the `kept` newest, and returns the names of those
-    // removed. Copies without a record stay. Throws TError: Io for the first that cannot be removed,
-    // Database.
+    // Removes the recorded copies of this path, except for the `kept` newest. Returns the names of the
+    // removed copies. Copies without a record stay. Throws TError(Io) at the first copy that cannot be
+    // removed, or if the database fails.
     QStringList Prune(const QString& projectFile, int kept);
 
 private:

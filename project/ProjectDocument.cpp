@@ -52,8 +52,8 @@ bool IsName(QStringView name)
     });
 }
 
-// Looks for faults in the reader's last token that the reader itself accepts, and makes the reader fail for
-// them. `depth` is the depth of the innermost open element, or 0 if no element is open.
+// Checks the reader's last token for faults that the reader accepts. Makes the reader fail if there is such a
+// fault. `depth` is the depth of the innermost open element, or 0 if no element is open.
 void CheckStrictly(QXmlStreamReader& reader, int depth)
 {
     const auto attributes = reader.attributes();
@@ -116,7 +116,7 @@ QByteArray TProjectDocument::Bytes() const
     }
     edited += before.sliced(copied);
 
-    // No fault would cost the user more than a damaged project file, so the result is read back.
+    // A damaged project file would be the worst fault for the user, so the result is read back.
     QByteArray bytes = EncodeText(edited, FText.Encoding);
     if (!TProjectDocument(bytes, FFile).IsResultOf(*this))
         throw Refusal(u"edit the project file"_s, u"the result does not read back"_s);
@@ -165,8 +165,8 @@ void TProjectDocument::ReadElements()
         ReadAttempt, u"it is not well-formed XML, line %1: %2"_s.arg(reader.lineNumber()).arg(reason));
 }
 
-// Finds the characters of `element` that a new text would replace. `tagEnd` is the end of its
-// last or only tag.
+// Finds the characters of `element` that a new text would replace. `tagEnd` is the end of its last or
+// only tag.
 void TProjectDocument::CloseElement(TElement& element, qsizetype tagEnd) const
 {
     const QStringView text = FText.Text;
@@ -179,8 +179,8 @@ void TProjectDocument::CloseElement(TElement& element, qsizetype tagEnd) const
     }
 }
 
-// Whether every reader of the file sees Text as the text of `element`. This is uncertain if elements
-// are inside it, or if non-ASCII characters have an unknown encoding.
+// Whether every reader of the file sees Text as the text of `element`. This is uncertain if elements are
+// inside it, or if non-ASCII characters have an unknown encoding.
 bool TProjectDocument::IsCertain(const TElement& element) const
 {
     const auto content = QStringView(FText.Text).sliced(element.Begin, element.End - element.Begin);

@@ -15,7 +15,7 @@ namespace Corvadine {
 struct TElementChange {
     QString ID;      // the element's name
     int Line = 0;    // line of the element's start tag, from 1
-    QString OldText; // the element's text without that of elements inside it
+    QString OldText; // the element's text, without the text of elements inside it
     QString NewText;
     bool Differs = false; // false: the element has NewText already, and its bytes stay as they are
 };
@@ -30,15 +30,15 @@ public:
     // XML document without entity declarations.
     TProjectDocument(const QByteArray& bytes, const QString& file);
 
-    // The text of the first property ProjectGuid; empty if there is none.
+    // Returns the text of the first property ProjectGuid, or an empty text if there is none.
     QString ProjectGuid() const;
 
     // Replaces the whole content of every property named exactly `id` by `text`. Returns these properties in
     // document order. Throws TError(BadInput), and changes nothing, if XML cannot hold a character of `text`.
     std::vector<TElementChange> SetText(const QString& id, const QString& text);
 
-    // The whole file with the texts set so far. Throws TError(BadInput) if the edited file does not read
-    // back correctly.
+    // Returns the whole file with the texts set so far. Throws TError(BadInput) if the edited file does not
+    // read back correctly.
     QByteArray Bytes() const;
 
 private:

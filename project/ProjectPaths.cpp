@@ -44,7 +44,7 @@ QString InBackslashes(QString path)
     return path.replace(u'/', u'\\');
 }
 
-// The path from the folder `base` to the folder `target`. If the drives differ, it is `target` itself.
+// Returns the path from the folder `base` to the folder `target`, or `target` itself if the drives differ.
 QString RelativePath(const QString& base, const QString& target)
 {
     const TSplitPath from = Split(base);

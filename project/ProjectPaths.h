@@ -10,13 +10,13 @@ namespace Corvadine {
 // Whether `path` ends in ".dproj", in upper or lower case.
 bool IsProjectFileName(const QString& path);
 
-// The output folder that a new project gets: "C:\Dev\Demo.dproj" gives "C:\Dev\Demo\Corvadine".
+// Returns the output folder of a new project: "C:\Dev\Demo.dproj" gives "C:\Dev\Demo\Corvadine".
 // REQUIRES: IsProjectFileName(projectFile).
 QString DeriveOutputFolder(const QString& projectFile);
 
-// `outputFolder` in the form that the project file needs: relative to the folder of `projectFile`, with
-// backslashes. It is empty or ends in a backslash. A folder on another drive or network share stays absolute.
-// REQUIRES: both paths are absolute.
+// Returns `outputFolder` in the form that the project file needs: relative to the folder of `projectFile`,
+// with backslashes. The result is empty or ends in a backslash. A folder on another drive or network share
+// stays absolute. REQUIRES: both paths are absolute.
 QString RelativeFolder(const QString& projectFile, const QString& outputFolder);
 
 } // namespace Corvadine

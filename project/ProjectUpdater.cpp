@@ -24,7 +24,7 @@ void CheckImages(const TProjectImages& images)
             TErrorKind::Usage, u"update"_s, images.ProjectFile, u"the project has no output folder"_s);
 }
 
-// Returns the backup's path; empty if none could be made and none is required.
+// Returns the path of the backup. Returns an empty path if the backup failed and is not required.
 QString BackUp(const QString& projectFile, const QByteArray& bytes, const TBackupOrder& backup)
 {
     const bool isRequired = backup.Policy == TBackupPolicy::Required;
@@ -46,14 +46,14 @@ QString BackUp(const QString& projectFile, const QByteArray& bytes, const TBacku
     }
 }
 
-// Saves `newBytes` as the project file that was read as `bytesRead`. Returns false, without touching it, if
-// they are the same. Throws TError: Conflict if the file no longer holds `bytesRead`, Io.
+// Replaces the project file, which was read as `bytesRead`, by `newBytes`. Returns false, and writes nothing,
+// if both are equal. Throws TError(Conflict) if the file no longer holds `bytesRead`, else TError(Io).
 bool SaveProjectFile(const QString& projectFile, const QByteArray& bytesRead, const QByteArray& newBytes)
 {
     if (newBytes == bytesRead)
         return false;
     TStagedFile staged(projectFile, newBytes);
-    // Compared last, so that hardly a moment is left in which another program could save the file unseen.
+    // The comparison comes last, so that other programs have hardly any time to change the file unseen.
     if (ReadProjectFile(projectFile) != bytesRead)
         throw TError(TErrorKind::Conflict, u"save the project file"_s, projectFile,
             u"another program has changed it meanwhile"_s);
@@ -110,7 +110,7 @@ TUpdateResult PlanUpdate(const TProjectImages& images, TImageFiles files)
 TUpdateResult UpdateProject(const TProjectImages& images, const TBackupOrder& backup)
 {
     CheckImages(images);
-    // Read once, so that the backup holds the very content that is edited.
+    // The file is read once, so that the backup holds the same content that is edited.
     const QByteArray bytes = ReadProjectFile(images.ProjectFile);
     QString backupPath;
     if (backup.Policy == TBackupPolicy::BestEffort)

@@ -32,12 +32,12 @@ struct TProjectImages {
 
 // When a backup is made, and what happens if it fails.
 enum class TBackupPolicy {
-    // For the window: before every update, and always a copy of its own. If the backup fails, the update goes
-    // on.
+    // For the window: a backup before every update, even if an equal copy exists. If the backup fails, the
+    // update goes on.
     BestEffort,
-    // For the command line: only before an update that changes the file, and equal content is kept once, so
-    // that a build server does not fill the folder with equal copies. If the backup fails, the file stays
-    // unchanged.
+    // For the command line: a backup only before an update that changes the file. Equal content is kept
+    // once, so that a build server does not fill the folder with equal copies. If the backup fails, the file
+    // stays unchanged.
     Required,
 };
 
@@ -50,31 +50,34 @@ struct TBackupOrder {
 // Which images are entered into the project file.
 enum class TImageFiles {
     Existing, // only those whose file exists
-    Assumed,  // all, as an update would do once they have been generated
+    Assumed,  // all, as if they had been generated
 };
 
 struct TUpdateResult {
     int UpdatedCount = 0;                // elements set, also those that had the text already
     QStringList MissingIDs;              // images that no element is named after
-    std::vector<TElementChange> Changes; // one for each element set, in the order of images, then of the file
+    std::vector<TElementChange> Changes; // one for each element set, grouped by image
     QString BackupPath;                  // empty if none was made
-    bool IsWritten = false;              // if not, the update would not have changed the file
+    bool IsWritten = false;              // false if the file has all texts already
 
-    // The message after an update: CountMessage() and BackupMessage(), with CR LF between lines. It names no
-    // missing IDs, and says that a backup was made even if that failed.
+    // Returns the message after an update: CountMessage() and BackupMessage(), with CR LF between lines. The
+    // message names no missing IDs, and says that a backup was made even if the backup failed.
     QString ClosingMessage() const;
-    // Tells how many elements were set. Ends in a colon if there are missing IDs.
+    // Returns a text with the number of elements set. The text ends in a colon if there are missing IDs.
     QString CountMessage() const;
     static QString BackupMessage();
 };
 
-// Tells what UpdateProject() would set, without a backup and without writing. Throws TError as that does.
+// Returns what UpdateProject() would set. Makes no backup and writes nothing. Throws TError as
+// UpdateProject() does.
 TUpdateResult PlanUpdate(const TProjectImages& images, TImageFiles files);
 
-// Makes a backup of the project file as ordered, sets the paths of the images that exist, and saves the file
-// in one step. Throws TError, the project file then being as it was: Io, with MissingProjectText if there is
-// no such file; BadInput if it is no XML; Usage without an output folder; Conflict if another program saved
-// it meanwhile.
+// Makes a backup of the project file as ordered, sets the paths of the images that exist, and saves the
+// file in one step. When this throws, the project file is unchanged. Throws TError of these kinds:
+// - Io: there is no such file (with MissingProjectText), or reading, writing or a required backup fails.
+// - BadInput: TProjectDocument refuses the file or an image's path.
+// - Usage: the project has no output folder, or a required backup has no folder.
+// - Conflict: another program saved the file meanwhile.
 TUpdateResult UpdateProject(const TProjectImages& images, const TBackupOrder& backup);
 
 } // namespace Corvadine

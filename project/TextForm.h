@@ -7,8 +7,8 @@
 namespace Corvadine {
 
 // Stands for every encoding but UTF-8 and UTF-16. Each byte is read as the character with the same number,
-// and written back as that byte. So nothing is lost, though such text may be displayed wrongly. Only ASCII
-// can be added, because it is not known how the encoding writes other characters.
+// and written back as that byte. So nothing is lost, but such text may be displayed wrongly. Only ASCII can
+// be added, because it is not known how the encoding writes other characters.
 inline constexpr QStringConverter::Encoding OtherEncoding = QStringConverter::Latin1;
 
 // The text of an XML file, and the form in which an edited text must be stored again.
