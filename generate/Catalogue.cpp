@@ -78,7 +78,7 @@ constexpr std::array<TCatalogueEntry, 7> LaunchGenRecs { {
 
 constexpr TCatalogueEntry MainIconGenRec { Windows, MainIcon, MainIconID, { 512, 512 } };
 
-// A source of extreme shape gives sizes that do not fit into an int. They are limited, so that
+// A source of extreme shape gives sizes that do not fit into an int. Such sizes are limited here, so that
 // RefuseHuge() can report the fault.
 int ToPixels(double value)
 {

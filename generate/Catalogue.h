@@ -33,15 +33,15 @@ struct TCatalogueEntry {
     int TwoxFactor = 0; // if not 0, the box is this multiple of the "2x" size, and Size is unused
 };
 
-// The images that the ticked platforms need, in the order in which they are generated and written into the
-// project file. The Windows icon comes last.
+// Returns the images that the ticked platforms need, in the order in which they are generated and written
+// into the project file. The Windows icon comes last.
 std::vector<TCatalogueEntry> CatalogueOf(const TPlatforms& platforms);
 
 // BoxOf() gets this launch size when no launch image is chosen.
 inline constexpr QSize NoLaunchSize { 1, 1 };
 
-// The size in pixels of the box that the entry's source is fitted into. `twoxSize` is the project's "2x
-// Width", `launchSize` the pixel size of the launch source. If the entry has a TwoxFactor, its box is
+// Returns the size in pixels of the box that the entry's source is fitted into. `twoxSize` is the project's
+// "2x Width", `launchSize` the pixel size of the launch source. If the entry has a TwoxFactor, its box is
 // `twoxSize` wide, and `twoxSize` * launch width / launch height high. Both sides are then multiplied by
 // TwoxFactor. So a portrait source gives landscape boxes. Older releases did the same, and the sizes of
 // existing projects must not change. No side is below 1.
@@ -56,11 +56,11 @@ struct TGenRec {
     bool operator==(const TGenRec&) const = default;
 };
 
-// The window's generation list at the start of a run. It lacks the Windows icon, which the run adds once that
-// file is written. The parameters are those of BoxOf().
+// Returns the window's generation list at the start of a run. The list lacks the Windows icon, which the run
+// adds when the icon's file is written. The parameters are those of BoxOf().
 std::vector<TGenRec> BuildGenList(const TPlatforms& platforms, int twoxSize, QSize launchSize);
 
-// The name, without folder, of the file that holds the image `id`.
+// Returns the name, without folder, of the file that holds the image `id`.
 QString ImageFileName(const QString& id);
 
 } // namespace Corvadine

@@ -10,7 +10,7 @@ namespace Corvadine {
 
 struct TProject;
 
-// What one run has to make. The settings are copied, so changes to the project during the run have no effect.
+// The settings of one run. They are copied, so changes to the project during the run have no effect.
 struct TGenJob {
     TPlatforms Platforms;
     int TwoxSize = 400; // "2x Width", pixels
@@ -23,16 +23,16 @@ struct TGenJob {
 // The platforms that `project` ticks.
 TPlatforms PlatformsOf(const TProject& project);
 
-// The project's "2x Width" in pixels. Throws TError(BadInput), naming the project file, if the
-// option has no value.
+// Returns the project's "2x Width" in pixels. Throws TError(BadInput), naming the project file, if the option
+// has no value.
 int TwoxSizeOf(const TProject& project);
 
-// The job that `project` asks for. An unknown output format means true color. Throws TError(BadInput), naming
-// the project file, for an option that has no value and for an unknown filter.
+// Returns the job that `project` asks for. An unknown output format means true color. Throws
+// TError(BadInput), naming the project file, for an option that has no value and for an unknown filter.
 TGenJob JobOf(const TProject& project);
 
-// Returns one sentence for each setting that makes `job` pointless or its outputs blank. Does not
-// read the sources.
+// Returns one sentence for each setting that makes `job` pointless or its outputs blank. Does not read
+// the sources.
 QStringList JobWarnings(const TGenJob& job);
 
 } // namespace Corvadine

@@ -35,8 +35,8 @@ public:
     }
 
 private:
-    // Loading the launch source comes first, because it is usually the larger one. Loading the icon source
-    // follows, then rendering, with the outputs that take longest first.
+    // Returns the tasks in their order. The launch source is loaded first, because it is usually larger than
+    // the icon source. The outputs come last, and those that take longest come first among them.
     std::vector<TTask> Tasks()
     {
         constexpr int LaunchTask = 0;
@@ -54,8 +54,8 @@ private:
         return tasks;
     }
 
-    // Indices of the outputs to render, those that take longest first. Outputs equal to an earlier
-    // one are left out.
+    // Returns the indices of the outputs to render, those that take longest first. Leaves out outputs that
+    // are equal to an earlier output.
     std::vector<std::size_t> LongestFirst() const
     {
         std::vector<std::size_t> indices;

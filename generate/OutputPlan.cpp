@@ -9,8 +9,9 @@ namespace Corvadine {
 
 namespace {
 
-// Names the output that enlarges a source most: the launch source if `launch`, otherwise the icon source.
-// Returns nothing if no output enlarges that source. `source` is the size of the source in pixels.
+// Returns a warning about the output that enlarges a source most, or nothing if no output enlarges the
+// source. `launch` chooses the launch source, otherwise the icon source is meant. `source` is the size of the
+// source in pixels.
 QStringList EnlargementWarnings(const std::vector<TOutput>& outputs, bool launch, QSize source)
 {
     const auto width = [launch](const TOutput& output) {

@@ -19,13 +19,13 @@ struct TOutput {
     QString Path;
     std::size_t SameAs = 0; // index of the first output with the same content, which may be this output
 
-    // The output as an entry of the window's generation list.
+    // Returns the output as an entry of the window's generation list.
     TGenRec Record() const;
 };
 
-// The outputs of `job`, in the order in which they are generated and entered into the project file. The
-// Windows icon comes last. A launch source that is one pixel wide is not rendered; the icon source
-// takes its place.
+// Returns the outputs of `job`, in the order in which they are generated and entered into the project file.
+// The Windows icon comes last. A launch source that is one pixel wide is not rendered; the icon source takes
+// its place.
 std::vector<TOutput> OutputsOf(const TGenJob& job, const TSourceSizes& sizes);
 
 // Throws TError(BadInput), naming the output, if the picture of `output` takes more memory than

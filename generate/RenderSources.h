@@ -10,7 +10,7 @@ namespace Corvadine {
 
 // Pixel sizes of a job's sources.
 struct TSourceSizes {
-    QSize Icon { 1, 1 };         // that of BlankSourceImage() when no icon image is chosen
+    QSize Icon { 1, 1 };         // the size of BlankSourceImage() when no icon image is chosen
     std::optional<QSize> Launch; // empty when no launch image is chosen
 };
 

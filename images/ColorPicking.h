@@ -5,20 +5,20 @@
 #include <QRect>
 #include <QSize>
 
-// Where a picture is shown in a view, and which color a point of the view shows. Sizes and points of views
+// Tells where a view shows a picture, and which color a point of the view shows. Sizes and points of views
 // are in device pixels.
 namespace Corvadine {
 
-// The rectangle of the view that shows the whole picture: centered, and as large as the picture's
+// Returns the rectangle of the view that shows the whole picture: centered, and as large as the picture's
 // aspect ratio allows.
 QRect FittedRect(QSize picture, QSize view);
 
-// The picture's pixel under a point of the view. In the margin beside the picture, a coordinate is negative,
-// or not less than the picture's width or height.
+// Returns the picture's pixel under a point of the view. In the margin beside the picture, a coordinate is
+// negative, or not less than the picture's width or height.
 QPoint PixelUnder(QPointF point, QSize picture, QSize view);
 
-// The color of the pixel under a point of the view, without alpha: red in the lowest byte, then green and
-// blue. Returns -1 in the margin beside the picture.
+// Returns the color of the pixel under a point of the view, without alpha: red in the lowest byte, then green
+// and blue. Returns -1 in the margin beside the picture.
 int ColorUnder(QPointF point, const QImage& picture, QSize view);
 
 } // namespace Corvadine

@@ -38,7 +38,7 @@ qint64 RoundedUpQuotient(qint64 dividend, qint64 divisor)
     return (dividend + divisor - 1) / divisor;
 }
 
-// Refuses a file that is larger than the limit for decoded pixels. Such a file is hardly an image, but
+// Refuses a file that is larger than the limit for decoded pixels. Such a file is probably no image, but
 // perhaps a video with a wrong name. Some decoders would read the whole file to find the picture's size.
 void RefuseHugeFile(const QFile& file)
 {
@@ -62,7 +62,7 @@ enum class TWhichImage {
     Largest,
 };
 
-// Decodes one file. If the file is no image, the first bytes are enough to refuse it, however long it is.
+// Decodes one file. A file that is no image is refused after its first bytes, so a long file costs no time.
 class TFileDecoder {
 public:
     // Opens `file`, which must outlive the decoder.
@@ -158,9 +158,8 @@ private:
         return HeaderOf(IsLying() ? stored.transposed() : stored, FReader.imageFormat());
     }
 
-    // Finds the size by decoding, for decoders that cannot tell the size before, such as Apple's icon
-    // decoder. Such a file may also hold one picture in several sizes, and the decoder may be unable to
-    // read some of them.
+    // Decodes the picture to find its size. Some decoders, such as Apple's icon decoder, cannot tell the size
+    // before. A file may hold one picture in several sizes. Sizes that the decoder cannot read are skipped.
     TImageHeader DecodeForHeader(TWhichImage which)
     {
         const bool isSeveral = FReader.imageCount() > 1 && !FReader.supportsAnimation();

@@ -13,19 +13,19 @@ enum class TDecoderChoice {
     ByContent,   // by the content alone
 };
 
-// What the header of an image file tells. If the header does not tell the size, as in Apple's icons, the file
-// is decoded to find it.
+// The facts that the header of an image file tells. If the header does not tell the size, as in Apple's
+// icons, the file is decoded to find the size.
 struct TImageHeader {
     QSize Size;                  // pixels, upright (EXIF orientation applied)
     qint64 DecodedMebibytes = 0; // memory that the decoded pixels take, rounded up
 };
 
-// A picture that takes more MiB once decoded is refused. A picture of 16384 x 8192 pixels with 32
+// Pictures that take more memory than this once decoded are refused. A picture of 16384 x 8192 pixels with 32
 // bits just fits.
 constexpr qint64 MaxDecodedMebibytes = 512;
 
-// The memory in MiB, rounded up, that a picture takes. Correct even if the number of bytes does not fit into
-// 64 bits. REQUIRES: bytesPerPixel is a power of two.
+// Returns the memory in MiB, rounded up, that a picture takes. Correct even if the number of bytes does not
+// fit into 64 bits. REQUIRES: bytesPerPixel is a power of two.
 qint64 MebibytesOf(QSize size, int bytesPerPixel);
 
 // Reads the header of `path`. Throws as LoadSourceImage() does, but only for faults that the header shows. A
@@ -52,11 +52,11 @@ struct TThumbnail {
 // decoded at full size. Throws as LoadSourceImage() does.
 TThumbnail LoadThumbnail(const QString& path, QSize box);
 
-// One opaque white pixel, which stands for a source that is not chosen. It is white even on a dark desktop,
-// because the outputs must not depend on the theme.
+// Returns one opaque white pixel, which stands for a source that is not chosen. The pixel is white even on a
+// dark desktop, because the outputs must not depend on the theme.
 QImage BlankSourceImage();
 
-// A size in pixels as all messages write it, for example "1024 x 512".
+// Returns a size in pixels as all messages write it, for example "1024 x 512".
 QString SizeText(QSize size);
 
 } // namespace Corvadine

@@ -10,15 +10,15 @@ namespace Corvadine {
 
 namespace {
 
-// The bytes of a file. Only one piece of the file is in memory, because the file may be far larger
-// than the picture.
+// The bytes of a file. Only one piece of the file is in memory, because the file may be far larger than
+// the picture.
 class TFileBytes {
 public:
     explicit TFileBytes(QIODevice& file) : FFile(file), FSize(file.size()) { }
 
     qint64 Size() const { return FSize; }
 
-    // The byte at `at`; 0 past the end of the file.
+    // Returns the byte at `at`, or 0 past the end of the file.
     int At(qint64 at)
     {
         if (at < FPieceAt || at >= FPieceAt + FPiece.size())
@@ -26,7 +26,7 @@ public:
         return at < FPieceAt + FPiece.size() ? static_cast<uchar>(FPiece[at - FPieceAt]) : 0;
     }
 
-    // The position of the first `byte` at or after `at`; the size of the file if there is none.
+    // Returns the position of the first `byte` at or after `at`, or the size of the file if there is none.
     qint64 Find(char byte, qint64 at)
     {
         for (; at < FSize; at = FPieceAt + FPiece.size()) {
@@ -55,8 +55,8 @@ private:
 };
 
 // Walks the segments of a JPEG (ITU-T T.81, https://www.w3.org/Graphics/JPEG/itu-t81.pdf, B.1.1) up to the
-// end of its picture. Searching the file for the last end marker would not do: previews inside the picture
-// have end markers too. Data that phones append, for example a short video, may also have them.
+// end of its picture. A search for the last end marker would not do, because previews inside the picture have
+// end markers, too. So may data that phones append, for example a short video.
 class TJpegWalker {
 public:
     explicit TJpegWalker(QIODevice& file) : FFile(file) { }
@@ -101,8 +101,8 @@ private:
     qint64 FAt = 0;
 };
 
-// Walks the blocks of a GIF (https://www.w3.org/Graphics/GIF/spec-gif89a.txt) up to the end of its first
-// picture.
+// Walks the blocks of a GIF (https://www.w3.org/Graphics/GIF/spec-gif89a.txt) up to the end of its
+// first picture.
 class TGifWalker {
 public:
     explicit TGifWalker(QIODevice& file) : FFile(file) { }

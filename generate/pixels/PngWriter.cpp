@@ -50,7 +50,7 @@ void OnBytes(png_structp png, png_bytep bytes, std::size_t count)
 
 void OnFlush(png_structp) { }
 
-// What WriteSteps() writes: the fields of the header, the palette and the rows.
+// The data that WriteSteps() writes: the fields of the header, the palette and the rows.
 struct TPngPlan {
     QSize Size;
     int ColorType;
@@ -63,8 +63,8 @@ struct TPngPlan {
     int AlphaCount;
 };
 
-// Returns false after an error. libpng then jumps back into this function, so no local variable may
-// have a destructor.
+// After an error, libpng jumps back into this function, which then returns false. Because of the jump, no
+// local variable may have a destructor.
 bool WriteSteps(png_structp png, png_infop info, const TPngPlan& plan)
 {
     if (setjmp(png_jmpbuf(png)) != 0) // NOLINT(cert-err52-cpp): libpng reports errors by a jump

@@ -39,9 +39,9 @@ struct TRecipe {
     bool operator==(const TRecipe&) const = default;
 };
 
-// The recipe for fitting a source of size `source` into `box`. For a square box the picture has the shape of
-// the source and, unless `isOpaque`, its transparency. For any other box the source is flattened and centered
-// on a canvas as large as the box. REQUIRES: all sides at least 1.
+// Returns the recipe for fitting a source of size `source` into `box`. For a square box the picture has the
+// shape of the source and, unless `isOpaque`, its transparency. For any other box the source is flattened and
+// centered on a canvas as large as the box. REQUIRES: all sides at least 1.
 TRecipe RecipeOf(QSize source, QSize box, bool isOpaque);
 
 // Returns the PNG file of one picture. The same arguments always give the same bytes. Throws as

@@ -8,9 +8,9 @@
 
 namespace Corvadine {
 
-// The largest size that has the aspect ratio of `source` and fits into `box`; it may be larger than
-// `source`. The side that does not fill the box is rounded to the nearest pixel, and is at least 1.
-// REQUIRES: all sides at least 1.
+// Returns the largest size that has the aspect ratio of `source` and fits into `box`. The result may be
+// larger than `source`. The side that does not fill the box is rounded to the nearest pixel, and is at least
+// 1. REQUIRES: all sides at least 1.
 QSize FittedSize(QSize source, QSize box);
 
 // Filters `source` to `size`. The result keeps the overshoot of kernels with negative weights. Every
