@@ -57,8 +57,8 @@ private:
             throw TError(TErrorKind::Io, attempt, file, u"the file does not exist"_s);
     }
 
-    // The database refuses duplicates, too, but its error text is technical, and it tells capitals from small
-    // letters even where file names do not.
+    // The database refuses duplicates, too, but with a technical error text. It also tells capitals from
+    // small letters even where file names do not.
     static void CheckIsNew(TCliContext& context, const QString& file)
     {
         for (const TProject& project : context.Projects())

@@ -16,7 +16,7 @@ QString ReasonText(TBackupReason reason)
     return reason == TBackupReason::Update ? u"update"_s : u"before restore"_s;
 }
 
-// What the list says of a backup beside its time and name.
+// Returns the last column of the list: why the backup was made, or what is wrong with it.
 QString StateText(const TBackup& backup)
 {
     if (!backup.Reason)
@@ -62,7 +62,7 @@ protected:
     }
 
 private:
-    int FKept = 0; // 0: all
+    int FKept = 0; // 0: nothing is removed
 };
 
 } // namespace

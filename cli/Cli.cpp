@@ -22,7 +22,7 @@ constexpr const char* ExitStatusHelp =
 constexpr const char* CommonOptionsHelp =
     "--data DIR and --json, described by corvadine-cli --help, go with every command.";
 
-// Parses one command line: the parser with all commands declared, and the values found.
+// Parses one command line. Holds the parser with all commands, and the values found.
 class TCommandLine {
 public:
     TCommandLine() : FApp(Overview, "corvadine-cli")
@@ -44,7 +44,7 @@ public:
             DeclareCommand(*command);
     }
 
-    // Throws CLI::ParseError, also for --help and --version; TError(Usage).
+    // Throws CLI::ParseError, also for --help and --version. Throws TError(Usage) as CheckUsage() does.
     void Parse(const QStringList& arguments)
     {
         std::vector<std::string> words;
@@ -63,7 +63,7 @@ public:
             command->CheckUsage();
     }
 
-    // The command that was given; null if none was.
+    // Returns the command that was given, or null if there is none.
     TCommand* Command() const
     {
         const auto found = std::find_if(FCommands.begin(), FCommands.end(),
@@ -79,7 +79,7 @@ public:
         return QString::fromStdString(FApp.help()).replace("\n\n\n"_L1, "\n\n"_L1);
     }
 
-    // What is wrong. For an unknown command the parser's own text would be misleading.
+    // Returns the text for `error`. For an unknown command the parser's own text would be misleading.
     QString TextOf(const CLI::ParseError& error) const
     {
         const std::vector<std::string> unknown = FApp.remaining();
@@ -88,7 +88,7 @@ public:
         return QString::fromUtf8(error.what());
     }
 
-    // The command line that prints the help of the given command: "corvadine-cli set --help".
+    // Returns the command line that prints the help of the given command: "corvadine-cli set --help".
     QString HelpCommand() const
     {
         const TCommand* const command = Command();
@@ -110,17 +110,18 @@ private:
 
     void SetDataFolder(const QString& folder)
     {
-        if (folder.isEmpty()) // a script's variable that is not set must not select another database
+        if (folder.isEmpty()) // an unset variable of a script must not select another database
             throw TError(TErrorKind::Usage, u"a folder is required"_s);
         FDataFolder = folder;
     }
 
     CLI::App FApp;
     std::vector<TCommandPtr> FCommands = MakeCommands();
-    QString FDataFolder; // empty: the program's own
+    QString FDataFolder; // empty: the program's own folder
 };
 
-// The form of the output. Decided before parsing, since errors of parsing are printed in this form, too.
+// Returns the form of the output. Called before parsing, because errors of parsing are printed in this
+// form, too.
 TOutputForm FormOf(const QStringList& arguments)
 {
     return arguments.contains("--json"_L1) ? TOutputForm::Json : TOutputForm::Text;

@@ -16,10 +16,11 @@ class TBackups;
 class TProjectStore;
 class TProjectsTable;
 
-// What the commands work on: the data folder with the project database in it, opened on first use.
+// The data that commands work on: the data folder and the project database in it. The database is opened on
+// first use.
 class TCliContext {
 public:
-    // An empty `dataFolder` means the program's own.
+    // An empty `dataFolder` means the program's own folder.
     TCliContext(const TCliEnvironment& environment, TCliOutput& output, const QString& dataFolder);
     ~TCliContext();
     TCliContext(const TCliContext&) = delete;
@@ -31,15 +32,16 @@ public:
     // The backups in the data folder.
     TBackups& Backups();
 
-    // All projects in the order in which they were added. None if there is no database; none is created.
-    // Throws TError(Io), also for a missing data folder.
+    // Returns all projects in the order in which they were added. If there is no database, returns no
+    // projects and creates no database. Throws TError(Io), also for a missing data folder.
     std::vector<TProject> Projects();
 
-    // The project with the ID `name`, or with the project file `name`, as a relative or full path.
-    // Throws TError: Io as Projects does, and if there is no such project; Usage for an empty name.
+    // Returns the project whose ID is `name`, or whose project file is the relative or full path `name`.
+    // Throws TError(Usage) for an empty name. Throws TError(Io) as Projects() does, and if there is no
+    // such project.
     TProject FindProject(const QString& name);
 
-    // The table for writing, open; the database is created when missing. Throws TError(Io).
+    // Returns the open table, for writing. Creates the database if it is missing. Throws TError(Io).
     // REQUIRES: the data folder exists.
     TProjectsTable& Table();
 

@@ -15,7 +15,7 @@ void TCliOutput::Show(const TCommandResult& result)
     if (FForm == TOutputForm::Text)
         for (const QString& line : result.Lines)
             FOut << OneLine(line) << '\n';
-    // Without this the lines of both streams would be out of order where both go to one terminal or file.
+    // If both streams go to one terminal or file, this keeps their lines in order.
     FOut.flush();
     if (!result.Error.isEmpty())
         FErr << OneLine(result.Error) << '\n';

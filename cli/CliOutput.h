@@ -20,8 +20,8 @@ class TCliOutput {
 public:
     TCliOutput(std::ostream& out, std::ostream& err, TOutputForm form) : FOut(out), FErr(err), FForm(form) { }
 
-    // Prints the warnings and the error to the error stream, and the lines unless the output is JSON. A
-    // command on several projects calls this after each project.
+    // Prints the warnings and the error to the error stream. Prints the lines to the output stream unless the
+    // output is JSON. A command on several projects calls this after each project.
     void Show(const TCommandResult& result);
 
     // Shows the last result, and prints the JSON document.
@@ -33,18 +33,18 @@ private:
     TOutputForm FForm;
 };
 
-// `text` in UTF-8 with its control characters written as escapes. A file name may contain line ends or
-// control sequences, which would break the rule of one line each or confuse the terminal.
+// Returns `text` in UTF-8, with its control characters written as escapes. A file name may contain line ends
+// or control sequences. Unescaped, they would start a new line or confuse the terminal.
 std::string OneLine(const QString& text);
 
-// "1 image", "2 images".
+// Returns `count` and the noun, such as "1 image" or "2 images".
 QString Counted(qsizetype count, const QString& noun);
 
-// `texts` indented, as lines below a heading.
+// Returns `texts` indented, as lines below a heading.
 QStringList Indented(const QStringList& texts);
 
-// The rows with their cells padded to columns, two spaces between them; the last column is not padded.
-// REQUIRES: all rows have as many cells as the first.
+// Returns one line for each row. The cells are padded to columns, with two spaces between them. The last
+// column is not padded. REQUIRES: all rows have as many cells as the first.
 QStringList AlignedRows(const std::vector<QStringList>& rows);
 
 } // namespace Corvadine

@@ -24,14 +24,14 @@ public:
     virtual const char* Name() const = 0;
     virtual const char* Description() const = 0; // one line, for the list of commands and the command's help
 
-    // Declares positionals and options. Parsing stores their values in this object, which must live as long,
-    // and refuses values out of range.
+    // Declares positionals and options. Parsing stores their values in this object, and refuses values out of
+    // range. The object must live until parsing has ended.
     virtual void Declare(CLI::App& app) = 0;
 
     // Throws TError(Usage) for combinations of options that make no sense. Reads no files.
     virtual void CheckUsage() const { }
 
-    // Does the work. Throws TError.
+    // Runs the command and returns its result. Throws TError.
     virtual TCommandResult Run(TCliContext& context) = 0;
 };
 
@@ -51,7 +51,7 @@ TCommandPtr MakeClearCommand();
 TCommandPtr MakeBackupsCommand();
 TCommandPtr MakeRestoreCommand();
 
-// A new object of every command, in the order of the program's help.
+// Returns a new object of every command, in the order of the program's help.
 std::vector<TCommandPtr> MakeCommands();
 
 } // namespace Corvadine

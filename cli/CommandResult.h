@@ -15,7 +15,7 @@ enum class TExit {
     WrongUsage = 2,
 };
 
-// What a command found out or did, in two forms: as text, and as members of a JSON document.
+// The result of a command, in two forms: as lines of text, and as members of a JSON document.
 struct TCommandResult {
     QJsonObject Json;
     QStringList Lines;
@@ -24,10 +24,12 @@ struct TCommandResult {
     TExit Exit = TExit::Done;
 };
 
-// The result of a command that ended with `exception`: its text, and the status WrongUsage for TError(Usage).
+// Returns the result of a command that ended with `exception`. The error is the text of the exception. The
+// status is WrongUsage for TError(Usage), otherwise Failed.
 TCommandResult FailureOf(const std::exception_ptr& exception);
 
-// The whole JSON object of one result: its members, "ok", and "error" and "warnings" if there are any.
+// Returns the whole JSON object of one result: its members, "ok", and "error" and "warnings" if there
+// are any.
 QJsonObject JsonOf(const TCommandResult& result);
 
 } // namespace Corvadine

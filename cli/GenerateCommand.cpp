@@ -11,7 +11,7 @@ namespace Corvadine {
 
 namespace {
 
-// The progress in one line of a terminal, which the destructor clears.
+// Shows the progress in one line of a terminal. The destructor clears the line.
 class TProgressLine {
 public:
     TProgressLine(std::ostream& stream, const QString& title) : FStream(stream), FTitle(OneLine(title)) { }

@@ -12,15 +12,16 @@ class Option;
 
 namespace Corvadine {
 
-// Declares an option, or a positional if `name` has no dashes. Parsing calls `take` with its text. If `take`
-// throws TError(Usage), parsing ends and the error text begins with the option's name.
+// Declares an option, or a positional if `name` has no dashes. Parsing calls `take` with the option's text.
+// If `take` throws TError(Usage), parsing ends and the error text begins with the option's name.
 CLI::Option* AddTextOption(CLI::App& app, const std::string& name,
     std::function<void(const QString& text)> take, const std::string& help);
 
 // Declares a required positional.
 CLI::Option* AddRequired(CLI::App& app, const std::string& name, std::string& value, const std::string& help);
 
-// `text` as a whole number. Throws TError(Usage), which names the range, if it is none or is out of range.
+// Returns `text` as a whole number. Throws TError(Usage), which names the range, if `text` is no number in
+// the range.
 int ParseNumber(const QString& text, int least, int most);
 
 } // namespace Corvadine

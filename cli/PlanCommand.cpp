@@ -7,7 +7,8 @@ namespace Corvadine {
 
 namespace {
 
-// The path of the source that fills the output. Empty if none is chosen; the output is then plain white.
+// Returns the path of the source that fills the output. Returns an empty path if no source is chosen; the
+// output is then plain white.
 QString SourceFile(const TOutput& output, const TGenJob& job)
 {
     return output.FromLaunch ? job.LaunchFile : job.IconFile;

@@ -59,7 +59,7 @@ TCommandResult TProjectsCommand::Run(TCliContext& context)
         TCommandResult result = RunOnName(context, name);
         projects.append(JsonOf(result));
         if (!result.Error.isEmpty() && !total.Json.contains("error"_L1))
-            total.Json.insert("error"_L1, result.Error); // the first; each project has its own
+            total.Json.insert("error"_L1, result.Error); // the first error; each project's object has its own
         if (result.Exit != TExit::Done)
             total.Exit = TExit::Failed;
         if (names.size() > 1) {

@@ -22,8 +22,8 @@ private:
     std::string FProject;
 };
 
-// A command on the projects that are named, or on all. After a failure it goes on with the next project. Each
-// result is printed as soon as the project is done.
+// A command on the projects that are named, or on all projects. After a failure the command goes on with the
+// next project. Each result is printed as soon as the project is done.
 class TProjectsCommand : public TCommand {
 public:
     void Declare(CLI::App& app) override;

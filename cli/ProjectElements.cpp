@@ -11,7 +11,7 @@ namespace Corvadine {
 
 TProjectImages ImagesOf(const TProject& project, const TGenJob& job)
 {
-    // Checked here, since the error text of the update does not name the file.
+    // This is checked here, because the error text of the update does not name the file.
     if (!FileExists(project.ProjectFile))
         throw TError(
             TErrorKind::Io, u"read the project file"_s, project.ProjectFile, u"the file does not exist"_s);

@@ -83,7 +83,7 @@ QJsonValue NumberValue(const std::optional<int>& number)
     return number ? QJsonValue(*number) : QJsonValue();
 }
 
-// The # may be missing, since shells take an unquoted # for the start of a comment.
+// The # may be missing, because shells take an unquoted # for the start of a comment.
 TFieldValues ParseBackground(const QString& text)
 {
     constexpr int DigitCount = 6;
@@ -115,7 +115,7 @@ TFieldValues ParseFormat(const QString& text)
     throw NotOneOf(text, { u"256"_s, u"true"_s });
 }
 
-// As the generation reads it: every other number than that of 256 colors means true color.
+// Every number except the one for 256 colors means true color, as when images are generated.
 QJsonValue FormatValue(const TProject& project)
 {
     if (!project.PixelFormat)

@@ -28,8 +28,8 @@ public:
     bool IsEmpty() const { return FValues.empty(); }
     bool Has(TField field) const { return FValues.contains(field); }
 
-    // Throws TError unless the given source images exist and the given output folder is no file. So a typing
-    // error shows at once, not in the next build.
+    // Throws TError unless the given source images exist and the given output folder is no file. So the user
+    // sees a typing error at once, not in the next build.
     void CheckPaths() const;
 
     // Puts the given values into the row that is being edited or inserted.
@@ -39,10 +39,11 @@ private:
     std::map<TField, QVariant> FValues;
 };
 
-// The project as a JSON object: "id", "project", and the settings by name; null for what has no value.
+// Returns the project as a JSON object: "id", "project", and the settings by name. A setting without a value
+// is null.
 QJsonObject ProjectJson(const TProject& project);
 
-// The same as aligned lines. The values are written as the options take them.
+// Returns the project as aligned lines, with the values in the form that the options take.
 QStringList ProjectLines(const TProject& project);
 
 } // namespace Corvadine

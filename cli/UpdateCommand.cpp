@@ -8,8 +8,8 @@ namespace Corvadine {
 
 namespace {
 
-// The window's message, with the missing IDs after its first sentence, which announces them. Its sentence
-// about the backup is printed only if a backup was made.
+// Returns the lines of the window's message. The missing IDs follow the first sentence, which announces them.
+// The sentence about the backup is printed only if a backup was made.
 QStringList UpdateLines(const TUpdateResult& update)
 {
     QStringList lines { update.CountMessage() };

@@ -13,16 +13,16 @@ using namespace Corvadine;
 
 namespace {
 
-// Drops Qt's own warnings about bad files, for which we print an error.
+// Drops Qt's own warnings about bad files, because we print errors for them.
 void DropMessage(QtMsgType, const QMessageLogContext&, const QString&) { }
 
-// Writes to a C stream, which does the buffering. Keeps errno of the first failure, which a std::ostream does
-// not.
+// Writes to a C stream, which does the buffering. Keeps errno of the first failure, because std::ostream does
+// not keep it.
 class TFileBuffer : public std::streambuf {
 public:
     explicit TFileBuffer(std::FILE* file) : FFile(file) { }
 
-    int ErrorNumber() const { return FErrorNumber; } // of errno
+    int ErrorNumber() const { return FErrorNumber; } // errno of the first failure, or 0
 
 protected:
     int_type overflow(int_type character) override

@@ -38,7 +38,7 @@ struct TRestoreOrder {
 
 struct TRestoredBackup {
     QString BackupPath; // the backup that was restored
-    QString SavedPath;  // the backup of the replaced content; empty if there was no file or nothing was written
+    QString SavedPath;  // the backup of the old content; empty if there was no file or nothing was written
     bool IsWritten = false; // false: the project file had this content already
 };
 
