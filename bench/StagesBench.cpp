@@ -60,7 +60,8 @@ public:
         }
     }
 
-    // The sources at all different sizes of the catalogue, then at the ten sizes of the Windows icon.
+    // Returns the sources at each size of the catalogue once, then the icon at the ten sizes of the
+    // Windows icon.
     std::vector<TFittedImage> Resample(TResampleFilter filter) const
     {
         std::vector<TFittedImage> fitted;
@@ -101,8 +102,8 @@ public:
         return files;
     }
 
-    // Deflates the same bytes with zlib alone, without the row filters, chunks and checksums of PNG. Returns
-    // the total size.
+    // Deflates the bytes of `rasters` with zlib alone, without the row filters, chunks and checksums of PNG.
+    // Returns the total size.
     static std::size_t Deflate(const std::vector<TRaster>& rasters)
     {
         std::size_t total = 0;

@@ -33,7 +33,7 @@ void LetIdle()
     loop.exec();
 }
 
-// The memory that this process occupies, in MiB (proc_pid_statm(5)), for pages of 4 KiB.
+// Returns the memory that this process occupies, in MiB (proc_pid_statm(5)). Assumes pages of 4 KiB.
 double ResidentMiB()
 {
     QFile file(u"/proc/self/statm"_s);

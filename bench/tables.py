@@ -5,9 +5,9 @@ Usage: tables.py --runs N [--ratio peer|first] [--column TITLE] {-- NAME COMMAND
        tables.py --stages JSON
        tables.py --replace DOCUMENT TABLE < text
 
-The first form runs the commands in turns, so that other load on the machine affects all of them alike: N times, after
-one round that is not measured. The second one reads the output of StagesBench. The third one replaces the text
-between "<!-- table: TABLE -->" and "<!-- end -->" in the document.
+The first form runs each command N times, after one round that is not measured. The commands are run in turns, so that
+other load on the machine affects all commands alike. The second form reads the output of StagesBench. The third form
+replaces the text between "<!-- table: TABLE -->" and "<!-- end -->" in the document.
 """
 
 import argparse
@@ -26,7 +26,7 @@ RUN_STAGES = ["decode the icon", "decode the launch image", "convert both", "res
 
 
 def run(command):
-    """Seconds and peak memory in MiB of one run. The memory is that of the largest process in it."""
+    """Returns the seconds and the peak memory in MiB of one run. The memory is that of its largest process."""
     start = time.perf_counter()
     process = subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE)
     errors = process.stderr.read()
@@ -39,7 +39,7 @@ def run(command):
 
 
 def table(title, columns, rows):
-    """The lines of a table whose first column is text and whose others are numbers."""
+    """Returns the lines of a table. The first column is text, the other columns are numbers."""
     lines = [[title, *columns], *rows]
     widths = [max(len(line[i]) for line in lines) for i in range(len(columns) + 1)]
 
@@ -52,7 +52,7 @@ def table(title, columns, rows):
 
 
 def ratio(numerators, denominators):
-    """The median of the ratios of runs that followed each other."""
+    """Returns the median of the ratios of two commands. Each ratio is of runs in the same turn."""
     return f"{statistics.median(a / b for a, b in zip(numerators, denominators)):.2f}"
 
 
@@ -114,7 +114,7 @@ def replace(document, name, text):
 
 
 def split_commands(words):
-    """The options and the list of (name, command) in words that "--" separates."""
+    """Returns the options and the list of (name, command). Each command begins after a "--" in `words`."""
     groups = [[]]
     for word in words:
         if word == "--":

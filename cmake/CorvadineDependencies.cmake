@@ -1,4 +1,5 @@
-# Libraries that more than one folder uses. Their static versions for Windows do not tell all that they need.
+# Libraries that more than one folder uses. Their static versions for Windows do not name all that they need, so this
+# file adds the rest.
 
 find_package(PkgConfig REQUIRED)
 pkg_check_modules(sodium REQUIRED IMPORTED_TARGET libsodium)

@@ -5,7 +5,8 @@ find_program(GCAB gcab REQUIRED)
 set(helper_folder ${PROJECT_BINARY_DIR}/support/helper)
 set(helper_name upd${CMAKE_EXECUTABLE_SUFFIX})
 
-# The cabinet of the program upd. The file's time is fixed, so that the same helper gives the same cabinet.
+# Adds the target that packs the program upd into a cabinet. The time of the packed file is fixed, so that the same
+# helper gives the same cabinet.
 function(corvadine_make_helper_cabinet)
     add_custom_command(OUTPUT ${helper_folder}/UPD
         COMMAND ${CMAKE_COMMAND} -E copy $<TARGET_FILE:upd> ${helper_folder}/${helper_name}
@@ -19,7 +20,7 @@ function(corvadine_make_helper_cabinet)
     add_custom_target(helper_cabinet DEPENDS ${helper_folder}/UPD)
 endfunction()
 
-# Makes the cabinet the resource UPD of an executable, which support/update/ExecutableResource.h finds.
+# Embeds the cabinet in an executable as the resource UPD. support/update/ExecutableResource.h finds the resource.
 function(corvadine_embed_helper target)
     add_dependencies(${target} helper_cabinet)
     if(WIN32)

@@ -1,9 +1,10 @@
-# How every target of this project is made: one function per kind, flags per target.
+# Functions that make the targets of this project, one for each kind of target. All targets get the same flags.
 
 option(CORVADINE_WARNINGS_AS_ERRORS "Treat compiler warnings as errors" OFF)
 set(CORVADINE_SANITIZE "" CACHE STRING "Sanitizers for every target, as -fsanitize= takes them")
 
-# Code for one operating system stands in twin files behind one header; this is how their names end.
+# Code for an operating system is in files such as PlatformWindows.cpp and PlatformPosix.cpp. CORVADINE_SYSTEM is the
+# end of their names.
 if(WIN32)
     set(CORVADINE_SYSTEM Windows)
 else()
@@ -16,7 +17,7 @@ function(corvadine_set_flags target)
     target_compile_options(${target} PRIVATE
         -Wall -Wextra -Wconversion -Wsign-conversion -Wnon-virtual-dtor -Wcast-align
         $<$<CXX_COMPILER_ID:GNU>:-Wshadow=local> -Wold-style-cast -Woverloaded-virtual -Wformat=2
-        # No fused multiply-add, which rounds differently: the same input gives the same bytes on every machine.
+        # Fused multiply-add rounds differently. Without it, the same input gives the same bytes on every machine.
         -ffp-contract=off)
     target_compile_definitions(${target} PRIVATE QT_NO_CAST_TO_ASCII QT_NO_FOREACH)
     if(CORVADINE_WARNINGS_AS_ERRORS)
@@ -50,7 +51,7 @@ function(corvadine_add_program target description)
     endif()
 endfunction()
 
-# corvadine_add_test(NAME library...): the test tests/NAME.cpp, linked with just the libraries it tests.
+# corvadine_add_test(NAME library...): the test tests/NAME.cpp, linked with the libraries that it tests.
 function(corvadine_add_test name)
     corvadine_add_program(${name} "Test" ${name}.cpp)
     target_link_libraries(${name} PRIVATE ${ARGN} corvadine_testing)
@@ -59,7 +60,7 @@ function(corvadine_add_test name)
     set_tests_properties(${name} PROPERTIES TIMEOUT 300)
 endfunction()
 
-# corvadine_add_widget_test(NAME library...): the same for a test of widgets, on the offscreen platform.
+# corvadine_add_widget_test(NAME library...): the test of widgets tests/NAME.cpp, on the offscreen platform.
 function(corvadine_add_widget_test name)
     corvadine_add_test(${name} corvadine_widget_testing ${ARGN})
     if(TARGET Qt6::QOffscreenIntegrationPlugin) # a static Qt links only the system's own platform by itself

@@ -1,4 +1,4 @@
-# Defines CLI11::CLI11. CLI11 is headers alone, and not every package of it contains its CMake files.
+# Defines CLI11::CLI11. CLI11 has only headers, and some of its packages lack its CMake files.
 find_path(CLI11_INCLUDE_DIR CLI/CLI.hpp)
 mark_as_advanced(CLI11_INCLUDE_DIR)
 

@@ -1,4 +1,4 @@
-# Defines imagequant::imagequant, since libimagequant has no CMake files.
+# Defines imagequant::imagequant, because libimagequant has no CMake files.
 find_path(imagequant_INCLUDE_DIR libimagequant.h)
 find_library(imagequant_LIBRARY imagequant)
 mark_as_advanced(imagequant_INCLUDE_DIR imagequant_LIBRARY)
