@@ -18,7 +18,7 @@ enum class TErrorKind {
 };
 
 // The one exception type of this project. Its text is a single sentence: what was attempted, on which file,
-// and the reason. It is shown to the user unchanged.
+// and the reason. The user sees this text unchanged.
 class TError : public std::runtime_error {
 public:
     TError(TErrorKind kind, const QString& text);

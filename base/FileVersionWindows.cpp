@@ -29,7 +29,7 @@ public:
             throw Failure();
     }
 
-    // The text called `name` in the first language of the resource.
+    // Returns the text called `name` in the first language of the resource.
     QString Text(const char* name) const
     {
         struct TTranslation {

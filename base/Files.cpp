@@ -82,7 +82,7 @@ void CreateFolder(const QString& path)
             error ? SystemErrorText(error) : u"it cannot be found afterwards"_s);
 }
 
-// Returns `path` and those of its parents that do not exist, the deepest folder first.
+// Returns the missing folders among `path` and its parents, the deepest folder first.
 static QStringList MissingFolders(const QString& path)
 {
     QStringList missing;

@@ -5,7 +5,7 @@
 #include <QString>
 
 // Rules on the text of paths; nothing here looks at the disk. Both '/' and '\' separate on every system,
-// since project files and databases move between systems. A colon separates only after a drive letter.
+// because project files and databases move between systems. A colon separates only after a drive letter.
 namespace Corvadine {
 
 bool IsPathDelimiter(QChar character);
@@ -27,8 +27,8 @@ QString FolderOf(const QString& path);
 // full stop.
 QString ExtensionOf(const QString& path);
 
-// Whether the extension of `path` equals `upperExtension` (".DPROJ") after a to z are changed to A to Z.
-// Other letters are not changed.
+// Whether the extension of `path` equals `upperExtension`, for example ".DPROJ". The letters a to z in `path`
+// count as A to Z, other letters must be equal.
 bool HasExtension(const QString& path, const QString& upperExtension);
 
 } // namespace Corvadine

@@ -5,9 +5,9 @@
 // Process-wide matters of the operating system. Files are in StagedFile.h and Files.h.
 namespace Corvadine {
 
-// Prepares signals and standard streams. Call this once at the start of main(). From then on a write past a
-// file-size limit fails with an error and does not end the process. On Windows, the standard streams print
-// UTF-8 and keep LF from then on.
+// Prepares signals and standard streams. Call this once at the start of main(). Afterwards a write past a
+// file-size limit fails with an error and does not end the process. On Windows, the standard streams then
+// print UTF-8 and keep LF.
 void PrepareProcess();
 
 // Returns a new stream to the place of stderr, for the program's own lines. Discards everything that is

@@ -31,10 +31,9 @@ public:
     TStagedFile(TStagedFile&& other) noexcept;
     TStagedFile& operator=(TStagedFile&&) = delete;
 
-    // Replaces the file. Throws TError(Io); the old file is then still there. If Windows has moved the old
-    // file away, and then can neither rename the new file nor move the old one back, both files stay and the
-    // text names them.
-    // REQUIRES: not committed yet.
+    // Replaces the file. Throws TError(Io); the old file is then still there. Windows may move the old file
+    // away, and then fail both to rename the new file and to move the old one back. In that case both files
+    // stay, and the error's text names both. REQUIRES: not committed yet.
     void Commit();
 
     // Commits like Commit(), but never replaces a file. Returns false, with nothing changed, if a file of

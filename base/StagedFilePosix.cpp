@@ -38,7 +38,7 @@ QByteArray FollowLinks(const QString& path)
 }
 
 // A rename over a file needs no permission on that file, so read-only files are refused here. The mode bits
-// are checked as well, since access() never refuses the superuser.
+// are checked as well, because access() never refuses the superuser.
 void RefuseUnwritableTarget(const QString& path, const QByteArray& target)
 {
     struct stat status { };
@@ -192,7 +192,7 @@ void TStagedFile::TSystemFile::Create(mode_t mode)
             throw WriteError(FPath, errno);
         FTemporary = name;
     }
-    // On a file system without locks this fails. RemoveAbandoned() gets no lock there, either, and
+    // flock() fails on a file system without locks. RemoveAbandoned() gets no lock there, either, and
     // removes nothing.
     ::flock(FDescriptor, LOCK_EX | LOCK_NB);
 }

@@ -22,7 +22,8 @@ TError WriteError(const QString& path, TErrorNumber error)
     return { TErrorKind::Io, u"write"_s, path, SystemErrorText(code) };
 }
 
-// QFileInfo::isSymLink() is true for shell links (.lnk), too. These are ordinary files, and not followed.
+// QFileInfo::isSymLink() is true for shell links (.lnk), too. Shell links are ordinary files and are
+// not followed.
 QString FollowLinks(const QString& path)
 {
     const QFileInfo info(path);

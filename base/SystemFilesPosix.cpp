@@ -41,7 +41,8 @@ bool DeleteWritableFile(const QString& path)
 {
     constexpr auto AnyoneMayWrite = QFile::WriteOwner | QFile::WriteGroup | QFile::WriteOther;
     const QFileInfo info(path);
-    // A link has no permissions of its own. Its target's do not count, since the target is not deleted.
+    // A link has no permissions of its own. The permissions of its target do not count, because the target is
+    // not deleted.
     const bool isReadOnly = !info.isSymLink() && info.exists() && !(info.permissions() & AnyoneMayWrite);
     return !isReadOnly && QFile::remove(path);
 }

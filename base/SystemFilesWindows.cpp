@@ -15,8 +15,8 @@ namespace Corvadine {
 
 namespace {
 
-// Windows limits a path to 260 characters for a file and 248 for a folder. Our limit is lower, because staged
-// files, SQLite and others append to the name.
+// The longest path without the prefix. Windows limits a path to 260 characters for a file and 248 for a
+// folder. This limit is lower, because staged files, SQLite and others append to the name.
 constexpr qsizetype LongestClassic = 200;
 
 constexpr QLatin1String ExtendedPrefix { "\\\\?\\" };

@@ -7,8 +7,8 @@ namespace Corvadine {
 
 namespace {
 
-// The findings in two forms: as lines that begin with the file, as those of a compiler do, and as
-// JSON objects.
+// The findings in two forms: as JSON objects, and as lines that begin with the file, like the lines of
+// a compiler.
 struct TFindings {
     QStringList Lines;
     QJsonArray Json;

@@ -36,7 +36,7 @@ public:
 
 private:
     // Returns the tasks in their order. The launch source is loaded first, because it is usually larger than
-    // the icon source. The outputs come last, and those that take longest come first among them.
+    // the icon source. The icon source follows, then the outputs. Outputs that take longest come first.
     std::vector<TTask> Tasks()
     {
         constexpr int LaunchTask = 0;

@@ -14,9 +14,9 @@ struct TOutputPlan {
 };
 
 // Returns what a run of `job` would write. Decodes the sources, but writes nothing. The warnings are those of
-// JobWarnings() and up to four others. One names the largest enlargement of each source. The others are about
-// an icon image that is not square and a transparent launch image. Throws TError, with the same text as
-// RunGeneration(), when a source cannot be loaded or an output would be too large.
+// JobWarnings(), and one for each source about its largest enlargement. Two more are for an icon image that
+// is not square and for a transparent launch image. Throws TError, with the same text as RunGeneration(),
+// when a source cannot be loaded or an output would be too large.
 TOutputPlan PlanOutputs(const TGenJob& job);
 
 } // namespace Corvadine

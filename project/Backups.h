@@ -23,7 +23,7 @@ inline constexpr const char* BackupFolderName = "Project Backups";
 struct TBackup {
     QString Name; // without folder
     QString Path;
-    QDateTime Time;                      // of the last record; without a record, from the name
+    QDateTime Time;                      // the last record's time; without a record, the time in the name
     std::optional<TBackupReason> Reason; // of the last record; none without a record
     QString Fault;                       // why a recorded copy is damaged; empty if the copy is whole
 };

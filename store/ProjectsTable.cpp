@@ -185,7 +185,7 @@ void TProjectsTable::Refresh()
     FDataVersion = version;
     if (rows == FRows)
         return;
-    const TProject before = Current(); // without a current row its ID is 0, which no row has
+    const TProject before = Current(); // without a current row the ID is 0, and no row has this ID
     FRows = std::move(rows);
     FPosition.reset();
     if (!FRows.empty()) {
