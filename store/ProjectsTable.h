@@ -80,8 +80,8 @@ public:
     void SetField(TField field, const QVariant& value);
 
     // Writes only the fields that were set since editing began, then takes over the row as the database has
-    // it now. Does nothing when not editing. Throws what TProjectStore::Insert and Update throw. The row is
-    // then still being edited, and keeps its values.
+    // it now. Does nothing when not editing. Throws what TProjectStore::Insert and Update throw. After
+    // a throw, the row is still being edited and keeps its values.
     void Post();
 
     // Drops pending edits. After an append, the former row is current again. Does nothing when not editing.
