@@ -49,10 +49,11 @@ QString DraggedProjectFile(const QMimeData& data)
     return IsProjectFileName(file) && FileExists(file) ? file : QString();
 }
 
-bool ShowsOtherImages(const TProject& before, const TProject& after)
+// Whether a project with other values of `fields` has other images to show.
+bool ConcernImages(const TFieldSet& fields)
 {
-    return before.IconImageName != after.IconImageName || before.SplashImageName != after.SplashImageName
-        || before.OutputFolder != after.OutputFolder;
+    return fields.contains(TField::IconImageName) || fields.contains(TField::SplashImageName)
+        || fields.contains(TField::OutputFolder);
 }
 
 } // namespace
@@ -162,6 +163,10 @@ void TMainForm::MakeCommands()
 void TMainForm::Connect()
 {
     FTable.SetDeleteConfirmation([this] { return FPrompts.Confirm(u"Delete Project?"_s); });
+    connect(&FTable, &TProjectsTable::FoundChanged, this, [this](const TFieldSet& fields) {
+        if (ConcernImages(fields)) // otherwise a run would put the former images into the new folder
+            Guarded([this] { FIntake.ShowCurrentProject(); });
+    });
     connect(FControls.cbProjects, &TProjectLookup::ValueChosen, this,
         [this](qint64 id) { Guarded([&] { FTable.LocateByID(id); }); });
     connect(FControls.btnRemoveIcon, &QToolButton::clicked, this,
@@ -320,10 +325,8 @@ void TMainForm::FollowOtherPrograms()
         return; // no message: the database may be locked only at this moment
     }
     const TProject after = FTable.Current();
-    if (after.ID != before.ID) // the lookup alone does not follow CurrentChanged
+    if (!IsSameProject(before, after)) // CurrentChanged has updated the rest; the lookup does not follow rows
         FControls.cbProjects->SetValue(FTable.IsEmpty() ? std::nullopt : std::optional<qint64>(after.ID));
-    else if (ShowsOtherImages(before, after))
-        Guarded([this] { FIntake.ShowCurrentProject(); });
 }
 
 // Runs a command or handler. Shows the text of an error, because exceptions must not pass through Qt. Returns

@@ -150,13 +150,22 @@ void TProjectLookup::ReadRows()
     clear();
     for (const TProject& project : FTable.Rows())
         addItem(project.ProjectFile, QVariant::fromValue<qlonglong>(project.ID));
+    // Forgets a project that is gone, because the database may give its ID to another project later.
+    if (const int index = IndexOfValue(); index < 0 || itemText(index) != FText)
+        FValue.reset();
     ShowSelected();
 }
 
-// If no row has the ID FValue, keeps the text, so a deleted project stays shown.
+// The position of the row with the ID FValue, or -1.
+int TProjectLookup::IndexOfValue() const
+{
+    return FValue ? findData(QVariant::fromValue<qlonglong>(*FValue)) : -1;
+}
+
+// Without such a row keeps the text. So a deleted project stays shown.
 void TProjectLookup::ShowSelected()
 {
-    setCurrentIndex(FValue ? findData(QVariant::fromValue<qlonglong>(*FValue)) : -1);
+    setCurrentIndex(IndexOfValue());
     if (currentIndex() >= 0)
         FText = currentText();
     update();

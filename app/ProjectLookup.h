@@ -10,8 +10,9 @@ class TListGrip;
 class TProjectsTable;
 
 // The drop-down that lists the project file of every saved row. The user can size the list at its lower right
-// corner. The value is the ID of a project. Only the user and SetValue() change the value. The value does not
-// follow the current row, and a deleted project stays shown. The owner must make the chosen project current.
+// corner. The value is the ID of a project. Only the user and SetValue() set the value: it does not follow
+// the current row. When the project is deleted, the box forgets the value but keeps the text. The owner must
+// make the chosen project current.
 class TProjectLookup : public QComboBox {
     Q_OBJECT
 
@@ -40,6 +41,7 @@ protected:
 
 private:
     void ReadRows();
+    int IndexOfValue() const;
     void ShowSelected();
     QWidget* List() const;
 

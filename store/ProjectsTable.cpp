@@ -129,14 +129,18 @@ void TProjectsTable::Post()
     }
     const TProject shown = FBuffer;
     if (FState == TState::Insert) {
-        FRows.push_back(FStore->Insert(FBuffer, FChangedFields));
+        const TProject stored = FStore->Insert(FBuffer, FChangedFields);
+        // The database gives a new row the ID after the greatest. So the rows from this ID on are gone from
+        // it.
+        std::erase_if(FRows, [&](const TProject& row) { return row.ID >= stored.ID; });
+        FRows.push_back(stored);
         FPosition = FRows.size() - 1;
     } else {
         FRows[*FPosition] = FStore->Update(FBuffer, FChangedFields);
     }
     EndEdit(TState::Browse);
     emit RowsChanged();
-    AnnounceDifferences(shown, Current());
+    AnnounceFound(shown);
 }
 
 void TProjectsTable::Cancel()
@@ -149,7 +153,7 @@ void TProjectsTable::Cancel()
     if (wasInsert)
         emit CurrentChanged();
     else
-        AnnounceDifferences(shown, Current());
+        AnnounceDifferences(shown);
 }
 
 bool TProjectsTable::Delete()
@@ -193,8 +197,8 @@ void TProjectsTable::Refresh()
         FPosition = static_cast<std::size_t>(std::min(next, FRows.end() - 1) - FRows.begin());
     }
     emit RowsChanged();
-    if (Current().ID == before.ID)
-        AnnounceDifferences(before, Current());
+    if (IsSameProject(before, Current()))
+        AnnounceFound(before);
     else
         emit CurrentChanged();
 }
@@ -221,10 +225,20 @@ void TProjectsTable::SetState(TState state)
     emit StateChanged(state);
 }
 
-void TProjectsTable::AnnounceDifferences(const TProject& before, const TProject& after)
+TFieldSet TProjectsTable::AnnounceDifferences(const TProject& before)
 {
-    for (const TField field : DifferentFields(before, after))
+    TFieldSet fields = DifferentFields(before, Current());
+    for (const TField field : fields)
         emit FieldChanged(field);
+    return fields;
+}
+
+void TProjectsTable::AnnounceFound(const TProject& before)
+{
+    TFieldSet fields = AnnounceDifferences(before);
+    fields.erase(TField::ID); // a new row gets it when it is saved
+    if (!fields.empty())
+        emit FoundChanged(fields);
 }
 
 } // namespace Corvadine

@@ -22,9 +22,9 @@ class TProjectStore;
 // Edits stay in a buffer until Post writes them. Moving to another row or closing drops them. Moving to the
 // row that is current already does nothing.
 //
-// Announcements come when the object is consistent again, so a slot may call its functions. Several
-// announcements come in the order StateChanged, RowsChanged, CurrentChanged, FieldChanged. No FieldChanged
-// follows CurrentChanged, because all fields may differ then. A function that throws has announced nothing
+// Announcements come when the object is consistent again, so a slot may call it. If several apply, they come
+// in the order StateChanged, RowsChanged, CurrentChanged, FieldChanged, FoundChanged. After CurrentChanged
+// there is neither of the last two, as all fields may differ. A function that throws has announced nothing
 // and changed nothing unless its comment says otherwise. Use on the store's thread. A slot must not throw.
 class TProjectsTable : public QObject {
     Q_OBJECT
@@ -95,10 +95,10 @@ public:
     // `confirm` is called before each delete; if it returns false, nothing is deleted.
     void SetDeleteConfirmation(std::function<bool()> confirm) { FConfirmDelete = std::move(confirm); }
 
-    // Reads all rows again if other programs have written to the database. The current row stays current. If
-    // it is gone, the next row becomes current, or the last if there is no next. Does nothing while a row is
-    // being edited, because its values would be lost. Throws TError(Io), without waiting when the database
-    // is locked.
+    // Reads all rows again if other programs have written to the database. Otherwise it costs little. The
+    // current row stays current. If its project is gone, the next row becomes current, or the last. The next
+    // row may have the ID of the one that is gone. Does nothing while a row is being edited, because its
+    // values would be lost. Throws TError(Io), without waiting when the database is locked.
     void Refresh();
 
 signals:
@@ -110,12 +110,16 @@ signals:
     // A field of the current row has another value: it was set, taken back by Cancel, or found changed in
     // the database.
     void FieldChanged(Corvadine::TField field);
+    // Post or Refresh found these fields of the current row with other values than it had here, because
+    // another program has written them.
+    void FoundChanged(const Corvadine::TFieldSet& fields);
 
 private:
     void RequireOpen() const;
     void EndEdit(TState state);
     void SetState(TState state);
-    void AnnounceDifferences(const TProject& before, const TProject& after);
+    TFieldSet AnnounceDifferences(const TProject& before);
+    void AnnounceFound(const TProject& before);
 
     TProjectStore* FStore = nullptr; // null while closed
     std::vector<TProject> FRows;

@@ -235,12 +235,13 @@ TEST_F(FieldEditorsTest, LookupFollowsTheUserAndSetValueButNotTheCurrentRow)
     FTable.Append(); // gets the ID of the deleted row
     FTable.SetField(TField::ProjectFile, "/d/Fourth.dproj");
     FTable.Post();
+    EXPECT_EQ(FLookup->Text(), "/c/Third.dproj") << "another project with that ID is another value";
     FLookup->SetValue(FTable.Current().ID);
     EXPECT_EQ(FLookup->Text(), "/d/Fourth.dproj");
 
     FLookup->SetValue(std::nullopt);
     EXPECT_EQ(FLookup->Text(), "");
-    EXPECT_EQ(chosen, QList<qint64>());
+    EXPECT_EQ(std::exchange(chosen, {}), QList<qint64>({ 3 }));
 }
 
 TEST_F(FieldEditorsTest, DropDownsFitTheirContentAndTheScreenAndKeepTheUsersSize)

@@ -210,10 +210,6 @@ TEST_F(MainFormTest, UpdateCheckRunsInTheProgramFolderAndMayEndTheProgram)
 TEST_F(MainFormTest, ComingBackToTheWindowShowsWhatAnotherProgramWrote)
 {
     Start({ "A", "B" });
-    const auto comeBack = [this] {
-        QApplication::setActiveWindow(nullptr);
-        QApplication::setActiveWindow(FForm.get());
-    };
     TProject project = Current();
     project.TwoxSize = 123;
     project.IconImageName = Path("icon.png");
@@ -222,15 +218,15 @@ TEST_F(MainFormTest, ComingBackToTheWindowShowsWhatAnotherProgramWrote)
     {
         SQLite::Database lock(Path("program/Corvadine.db").toStdString(), SQLite::OPEN_READWRITE);
         lock.exec("BEGIN EXCLUSIVE");
-        comeBack();
+        ComeBack();
     }
-    comeBack();
+    ComeBack();
     EXPECT_EQ(Ui().cb2xWidth->Value(), 123);
     EXPECT_EQ(Ui().ImageEnViewIcon->Image().size(), QSize(60, 40));
 
     Add("C");
     other.Delete(Current());
-    comeBack();
+    ComeBack();
     EXPECT_EQ(Current().ID, project.ID);
     EXPECT_EQ(Ui().cbProjects->Text(), ProjectFile("B")) << "and no project that is gone";
 
@@ -238,7 +234,7 @@ TEST_F(MainFormTest, ComingBackToTheWindowShowsWhatAnotherProgramWrote)
     // next project.
     FPrompts.Answer = [&] {
         other.Delete(project);
-        comeBack();
+        ComeBack();
         return true;
     };
     Ui().cb2xWidth->setFocus();
@@ -246,6 +242,49 @@ TEST_F(MainFormTest, ComingBackToTheWindowShowsWhatAnotherProgramWrote)
     EXPECT_EQ(other.ReadProjects().size(), 1U);
     EXPECT_EQ(Current().ProjectFile, ProjectFile("A"));
     EXPECT_EQ(FPrompts.Shown, QStringList("confirm: Delete Project?"));
+}
+
+TEST_F(MainFormTest, LookupDoesNotTakeTheNameOfAProjectThatGetsAFreedID)
+{
+    Start({ "A", "B", "C" });
+    const TProject deleted = Current();
+    Ui().cb2xWidth->setFocus();
+    Click("Delete Project");
+    EXPECT_EQ(Ui().cbProjects->Text(), ProjectFile("C"));
+    TProjectStore other(Path("program/Corvadine.db"));
+    ASSERT_EQ(other.Insert({ .ProjectFile = "D" }, { TField::ProjectFile }).ID, deleted.ID);
+    ComeBack();
+    EXPECT_EQ(Table().Rows().size(), 3U);
+    EXPECT_EQ(Ui().cbProjects->Text(), ProjectFile("C")) << "else it would name D and delete B";
+    EXPECT_EQ(Current().ProjectFile, ProjectFile("B"));
+
+    Choose(deleted.ID);
+    other.Delete(Current());
+    other.Insert({ .ProjectFile = ProjectFile("C") }, { TField::ProjectFile });
+    ComeBack();
+    EXPECT_EQ(Ui().cbProjects->Text(), Current().ProjectFile);
+    Ui().cb2xWidth->setFocus();
+    Click("Delete Project");
+    EXPECT_EQ(other.ReadProjects().size(), 2U);
+    EXPECT_FALSE(Table().LookupByProjectFile(ProjectFile("C")));
+}
+
+TEST_F(MainFormTest, SavingShowsTheImagesThatAnotherProgramHasSetMeanwhile)
+{
+    Start({ "A" });
+    PutFile(Path("out/old.png"), FileBytes(Path("icon.png")));
+    QTest::keyClicks(Ui().cb2xWidth, "0");
+    TProject project = Current();
+    project.IconImageName = Path("icon.png");
+    project.OutputFolder = Path("out");
+    TProjectStore(Path("program/Corvadine.db"))
+        .Update(project, { TField::IconImageName, TField::OutputFolder });
+    ComeBack();
+    EXPECT_TRUE(Ui().ImageEnViewIcon->IsEmpty()) << "not during an edit";
+    Click("Save Changes");
+    EXPECT_EQ(Current().TwoxSize, 4000);
+    EXPECT_EQ(Ui().ImageEnViewIcon->Image().size(), QSize(60, 40));
+    EXPECT_EQ(Names(Ui().MView), QStringList("old.png"));
 }
 
 // Rows of older databases may lack a value.

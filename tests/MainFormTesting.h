@@ -78,6 +78,13 @@ protected:
     // Chooses a project in the lookup.
     void Choose(qint64 id) const { Ui().cbProjects->SetValue(id); }
 
+    // Makes the window active again, as after work with another program.
+    void ComeBack() const
+    {
+        QApplication::setActiveWindow(nullptr);
+        QApplication::setActiveWindow(FForm.get());
+    }
+
     QToolButton* Button(const QString& caption) const
     {
         for (QToolButton* button : Ui().dxRibbon1->findChildren<QToolButton*>())

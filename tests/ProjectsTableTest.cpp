@@ -20,6 +20,8 @@ protected:
         QObject::connect(&FTable, &TProjectsTable::CurrentChanged, [this] { FLog << "row " + Name(); });
         QObject::connect(&FTable, &TProjectsTable::RowsChanged,
             [this] { FLog << u"rows %1"_s.arg(FTable.Rows().size()); });
+        QObject::connect(&FTable, &TProjectsTable::FoundChanged,
+            [this](const TFieldSet& fields) { FLog << u"found %1"_s.arg(fields.size()); });
         QObject::connect(
             &FTable, &TProjectsTable::FieldChanged, [this](TField field) { FLog << ColumnOf(field).Name; });
         QObject::connect(&FTable, &TProjectsTable::StateChanged, [this](TState state) {
@@ -159,11 +161,11 @@ TEST_F(ProjectsTableTest, FollowsWhatAnotherProgramWrote)
     FTable.Refresh();
     EXPECT_EQ(Announced(), "") << "would lose the edit";
     FTable.Post();
-    EXPECT_EQ(Announced(), "browse, rows 3, TwoxSize");
+    EXPECT_EQ(Announced(), "browse, rows 3, TwoxSize, found 1");
 
     other.Update({ .ID = 2, .ProjectFile = "b", .TwoxSize = 8 }, { TField::TwoxSize });
     FTable.Refresh();
-    EXPECT_EQ(Announced(), "rows 3, TwoxSize");
+    EXPECT_EQ(Announced(), "rows 3, TwoxSize, found 1");
     other.Delete(FTable.Current());
     FTable.SetField(TField::Compression, 3);
     EXPECT_THAT(ErrorOf([&] { FTable.Post(); }), EndsWith("another program has deleted it meanwhile"));
@@ -172,4 +174,28 @@ TEST_F(ProjectsTableTest, FollowsWhatAnotherProgramWrote)
     Announced();
     FTable.Refresh();
     EXPECT_EQ(Announced(), "rows 2, row c");
+}
+
+TEST_F(ProjectsTableTest, IsNotMistakenAboutAnIDThatPassedToAnotherProject)
+{
+    FTable.Open(FStore);
+    FTable.LocateByID(3);
+    TProjectStore other(Path("Corvadine.db"));
+    const auto replace = [&](const char* name) {
+        other.Delete(FTable.Current());
+        other.Insert({ .ProjectFile = name }, { TField::ProjectFile });
+    };
+    replace("d");
+    Announced();
+    FTable.Refresh();
+    EXPECT_EQ(Announced(), "rows 3, row d") << "no change of fields, but another row";
+
+    other.Delete(FTable.Current());
+    other.Delete(FTable.Rows()[1]);
+    FTable.SetField(TField::TwoxSize, 5);
+    FTable.Append(), FTable.SetField(TField::ProjectFile, "e"), FTable.Post();
+    EXPECT_EQ(FTable.Current().ID, 2);
+    EXPECT_EQ(FTable.Rows(), FStore.ReadProjects());
+    EXPECT_TRUE(FTable.LocateByID(2));
+    EXPECT_EQ(Name(), "e");
 }
