@@ -50,6 +50,11 @@ void TFieldEditor::Write(const QVariant& value)
     }
 }
 
+void TFieldEditor::TakeBack()
+{
+    FTable.TakeBack(FField);
+}
+
 void TFieldEditor::Reload()
 {
     const bool hasRow = !FTable.IsEmpty();

@@ -49,6 +49,9 @@ protected:
     // shows the field again. A TError is not thrown but passed to the error handler.
     void Write(const QVariant& value);
 
+    // Gives the field of the current row its saved value again, if it is being edited.
+    void TakeBack();
+
     // Shows the field of the current row.
     void Reload();
 

@@ -182,10 +182,7 @@ TFieldNumberEdit::TFieldNumberEdit(TProjectsTable& table, TField field, QWidget*
     // Leading zeros may be typed too.
     static const QRegularExpression Digits(u"[0-9]{0,%1}"_s.arg(QString::number(TwoxSizeRange.Most).size()));
     setValidator(new QRegularExpressionValidator(Digits, this));
-    connect(this, &QLineEdit::textEdited, this, [this] {
-        const auto value = Value();
-        Write(value ? QVariant(*value) : QVariant());
-    });
+    connect(this, &QLineEdit::textEdited, this, &TFieldNumberEdit::WriteText);
     Attach();
 }
 
@@ -198,11 +195,25 @@ std::optional<int> TFieldNumberEdit::Value() const
 
 void TFieldNumberEdit::ShowValue(const QVariant& value)
 {
-    // While the user types, a text for the same number ("007") stays as it is, because a new text would move
-    // the cursor.
+    if (FIsBlanked)
+        return;
+    // While the user types, text that means the same number stays as it is ("007"), because replacing it
+    // would move the cursor.
     const auto shown = value.isValid() ? std::optional(value.toInt()) : std::nullopt;
     if (shown != Value() || !hasFocus())
         setText(shown ? QString::number(*shown) : QString());
+}
+
+// A number that the user deletes to type another one must not come back at once.
+void TFieldNumberEdit::WriteText()
+{
+    const auto value = Value();
+    FIsBlanked = !value;
+    if (value)
+        Write(*value);
+    else
+        TakeBack();
+    FIsBlanked = false;
 }
 
 void TFieldNumberEdit::focusOutEvent(QFocusEvent* event)

@@ -81,7 +81,7 @@ private:
 };
 
 // Shows and edits an integer field without a sign, as a line of text. Every keystroke writes the field. An
-// empty line means that the field has no value.
+// empty line gives the field its saved value again, which is shown when the line is left.
 class TFieldNumberEdit : public QLineEdit, public TFieldEditor {
     Q_OBJECT
 
@@ -94,6 +94,11 @@ public:
 protected:
     void ShowValue(const QVariant& value) override;
     void focusOutEvent(QFocusEvent* event) override;
+
+private:
+    void WriteText();
+
+    bool FIsBlanked = false; // the user has just emptied the line
 };
 
 } // namespace Corvadine

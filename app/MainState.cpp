@@ -17,16 +17,17 @@ TProject TMainState::ProjectAsShown() const
     if (Controls.cbBackground->HasValue())
         project.PickColor = Controls.cbBackground->Value();
     project.Compression = Controls.cbCompression->Value();
-    project.TwoxSize = Controls.cb2xWidth->Value();
+    if (const auto width =
+            Controls.cb2xWidth->Value()) // while the box is blank, the field has its saved value
+        project.TwoxSize = width;
     return project;
 }
 
 void TMainState::BuildGenList()
 {
     const TProject project = ProjectAsShown();
-    GenList.clear();
-    GenList = Corvadine::BuildGenList(
-        PlatformsOf(project), TwoxSizeOf(project), Controls.ImageEnViewSplash->Image().size());
+    GenList = Corvadine::BuildGenList(PlatformsOf(project), project.TwoxSize.value_or(TGenJob().TwoxSize),
+        Controls.ImageEnViewSplash->Image().size());
 }
 
 TOutputRenderer TMainState::TakeJob() const

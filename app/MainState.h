@@ -38,8 +38,9 @@ struct TMainState {
     // the row yet. For example, a previewed color or the position of a moved slider may not be written yet.
     TProject ProjectAsShown() const;
 
-    // Rebuilds GenList for ProjectAsShown() and the image in the launch view. If "2x Width" has no value,
-    // empties GenList and throws TError(BadInput).
+    // Rebuilds GenList for ProjectAsShown() and the image in the launch view. If "2x Width" has no value, the
+    // list has the sizes of a new project. A run refuses such a project, but its images can be shown and
+    // written into the project file.
     void BuildGenList();
 
     // Returns a renderer with the settings of ProjectAsShown() and the images of the views. Throws TError

@@ -64,10 +64,9 @@ void TSourceIntake::ShowOutputs(const QString& folder)
         FState.LastOutputFolder = folder;
         FState.RunIsShown = false;
         const bool hasImages = thumbnails.Fill(folder);
-        FState.FilesGenerated = false; // stays false if BuildGenList() throws
+        FState.FilesGenerated = hasImages;
         if (hasImages) {
             FState.BuildGenList();
-            FState.FilesGenerated = true;
             thumbnails.SelectFirst();
         }
     }

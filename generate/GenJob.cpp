@@ -39,16 +39,11 @@ TPlatforms PlatformsOf(const TProject& project)
     return { project.IncAndroid, project.IncIPhone, project.IncIPad, project.IncWindows };
 }
 
-int TwoxSizeOf(const TProject& project)
-{
-    return Require(project, project.TwoxSize, "2x Width");
-}
-
 TGenJob JobOf(const TProject& project)
 {
     TGenJob job;
     job.Platforms = PlatformsOf(project);
-    job.TwoxSize = TwoxSizeOf(project);
+    job.TwoxSize = Require(project, project.TwoxSize, "2x Width");
     job.Options.Background = TColor::FromStored(Require(project, project.PickColor, "Background"));
     const int format = Require(project, project.PixelFormat, "Output Format");
     job.Options.Format = format == static_cast<int>(TOutputFormat::Colors256) ? TOutputFormat::Colors256

@@ -119,6 +119,19 @@ void TProjectsTable::SetField(TField field, const QVariant& value)
         emit FieldChanged(field);
 }
 
+void TProjectsTable::TakeBack(TField field)
+{
+    if (!IsEditing())
+        return;
+    const TProject before = FBuffer;
+    const TProject saved = FState == TState::Insert ? NewProject() : FRows[*FPosition];
+    SetFieldValue(FBuffer, field, FieldValue(saved, field));
+    if (FState == TState::Edit)
+        FChangedFields.erase(field);
+    if (FBuffer != before)
+        emit FieldChanged(field);
+}
+
 void TProjectsTable::Post()
 {
     if (!IsEditing())
@@ -130,8 +143,7 @@ void TProjectsTable::Post()
     const TProject shown = FBuffer;
     if (FState == TState::Insert) {
         const TProject stored = FStore->Insert(FBuffer, FChangedFields);
-        // The database gives a new row the ID after the greatest. So the rows from this ID on are gone from
-        // it.
+        // A new row gets the ID after the greatest, so other programs have deleted the rows from it on.
         std::erase_if(FRows, [&](const TProject& row) { return row.ID >= stored.ID; });
         FRows.push_back(stored);
         FPosition = FRows.size() - 1;

@@ -79,6 +79,11 @@ public:
     // REQUIRES: field is not ID.
     void SetField(TField field, const QVariant& value);
 
+    // Gives one field of the buffer the value of the saved row again, or of a new project when inserting.
+    // Post then does not write it, unless the row is new. Does nothing when not editing. REQUIRES: field is
+    // not ID.
+    void TakeBack(TField field);
+
     // Writes only the fields that were set since editing began, then takes over the row as the database has
     // it now. Does nothing when not editing. Throws what TProjectStore::Insert and Update throw. After
     // a throw, the row is still being edited and keeps its values.
@@ -107,8 +112,7 @@ signals:
     void StateChanged(Corvadine::TProjectsTable::TState state);
     // Rows() has changed.
     void RowsChanged();
-    // A field of the current row has another value: it was set, taken back by Cancel, or found changed in
-    // the database.
+    // A field of the current row has another value: it was set, taken back, or found changed in the database.
     void FieldChanged(Corvadine::TField field);
     // Post or Refresh found these fields of the current row with other values than it had here, because
     // another program has written them.

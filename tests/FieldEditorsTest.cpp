@@ -122,6 +122,19 @@ TEST_F(FieldEditorsTest, AbsentNumbersAndNoProjectAreShownAsNothing)
     EXPECT_EQ(FTable.Current().TwoxSize, std::nullopt);
     FTable.Cancel();
 
+    FTable.LocateByID(1);
+    FWidth->setFocus();
+    QTest::keyClick(FWidth, Qt::Key_Backspace);
+    QTest::keyClick(FWidth, Qt::Key_Backspace);
+    EXPECT_EQ(FTable.Current().TwoxSize, 4);
+    QTest::keyClick(FWidth, Qt::Key_Backspace);
+    EXPECT_EQ(FWidth->text(), "") << "room for another number";
+    EXPECT_EQ(FTable.Current().TwoxSize, 400) << "what a shortcut would save";
+    QTest::keyClicks(FWidth, "5");
+    QTest::keyClick(FWidth, Qt::Key_Backspace);
+    QTest::keyClick(FWidth, Qt::Key_Tab);
+    EXPECT_EQ(FWidth->text(), "400");
+
     while (FTable.Delete()) { }
     for (QWidget* widget :
         std::initializer_list<QWidget*> { FAndroid, FFormat, FColor, FCompression, FWidth })

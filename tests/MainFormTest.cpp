@@ -307,13 +307,17 @@ TEST_F(MainFormTest, RowsWithoutSomeOptionAreShownAsFarAsTheyGo)
 
     put({ TField::ProjectFile, TField::OutputFolder });
     Start();
+    EXPECT_EQ(FPrompts.Shown, QStringList());
+    EXPECT_NE(FForm->State().HelpRouter, nullptr) << "the start-up came to its end";
+    EXPECT_TRUE(IsEnabled("Update Project"));
+    QTest::keyClicks(Ui().cb2xWidth, "8");
+    QTest::keyClick(Ui().cb2xWidth, Qt::Key_Backspace);
+    Table().SetField(TField::PickColor, 0);
+    Click("Save Changes");
+    Click("Generate");
     EXPECT_EQ(FPrompts.TakeShown(),
         QStringList("error: Cannot use the settings of " + ProjectFile("A")
             + ": the option \"2x Width\" has no value"));
-    EXPECT_EQ(FForm->State().MyIniFileName, QString()) << "the start-up has ended there";
-    EXPECT_EQ(FForm->State().BackupFolder, Path("program/Project Backups") + QDir::separator());
-    Click("Help"); // the help was not set up
-    EXPECT_EQ(FPrompts.Shown, QStringList());
 }
 
 TEST_F(MainFormTest, FailuresShowTheirTextAndRestoreTheWindow)

@@ -199,3 +199,21 @@ TEST_F(ProjectsTableTest, IsNotMistakenAboutAnIDThatPassedToAnotherProject)
     EXPECT_TRUE(FTable.LocateByID(2));
     EXPECT_EQ(Name(), "e");
 }
+
+TEST_F(ProjectsTableTest, TakesAFieldBackWithoutWritingIt)
+{
+    FTable.Open(FStore);
+    TProjectStore(Path("Corvadine.db"))
+        .Update({ .ID = 1, .ProjectFile = "a", .TwoxSize = 7, .Compression = 1 },
+            { TField::TwoxSize, TField::Compression });
+    FTable.TakeBack(TField::TwoxSize);
+    EXPECT_FALSE(FTable.IsEditing());
+    FTable.SetField(TField::TwoxSize, 5), FTable.SetField(TField::Compression, 9);
+    FTable.TakeBack(TField::TwoxSize);
+    EXPECT_EQ(FTable.Current().TwoxSize, std::nullopt);
+    FTable.Post();
+    EXPECT_EQ(FTable.Current().TwoxSize, 7);
+    EXPECT_EQ(FTable.Current().Compression, 9);
+    FTable.Append(), FTable.SetField(TField::TwoxSize, 5), FTable.TakeBack(TField::TwoxSize);
+    EXPECT_EQ(FTable.Current().TwoxSize, 400);
+}
