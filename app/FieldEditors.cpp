@@ -182,6 +182,7 @@ TFieldNumberEdit::TFieldNumberEdit(TProjectsTable& table, TField field, QWidget*
     // Leading zeros may be typed too.
     static const QRegularExpression Digits(u"[0-9]{0,%1}"_s.arg(QString::number(TwoxSizeRange.Most).size()));
     setValidator(new QRegularExpressionValidator(Digits, this));
+    setAcceptDrops(false); // otherwise the box would take a file as text and tell its source to delete it
     connect(this, &QLineEdit::textEdited, this, &TFieldNumberEdit::WriteText);
     Attach();
 }

@@ -15,6 +15,7 @@
 #include "project/ProjectUpdater.h"
 #include "support/help/HelpRouter.h"
 #include "widgets/CaptionGroup.h"
+#include "widgets/FileDrop.h"
 #include "widgets/Icons.h"
 #include "widgets/IdleUpdate.h"
 #include "widgets/ImageView.h"
@@ -28,10 +29,8 @@
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
-#include <QMimeData>
 #include <QProgressBar>
 #include <QToolButton>
-#include <QUrl>
 
 namespace Corvadine {
 
@@ -41,12 +40,11 @@ const QString DesignedCaption = u"FMX Corvadine"_s;
 constexpr std::chrono::seconds DatabasePatience { 1 }; // how long a locked database may block the window
 constexpr int MainWindowTopic = 90;                    // see help/Corvadine.hhp
 
-// Returns the local path of the dragged file if it is a single project file. Otherwise returns an empty text.
-QString DraggedProjectFile(const QMimeData& data)
+// Returns the path of the dragged file if it is a project file; otherwise an empty text.
+QString OfferedProjectFile(const QDropEvent& event)
 {
-    const QList<QUrl> urls = data.urls();
-    const QString file = urls.size() == 1 ? QDir::toNativeSeparators(urls.first().toLocalFile()) : QString();
-    return IsProjectFileName(file) && FileExists(file) ? file : QString();
+    const QString file = OfferedFile(event);
+    return IsProjectFileName(file) ? file : QString();
 }
 
 // Whether a project with other values of `fields` has other images to show.
@@ -403,22 +401,19 @@ void TMainForm::changeEvent(QEvent* event)
     }
 }
 
-// Accepts only a copy, because after a move the file manager would delete the file.
+// The window also gets the drags over those of its controls that do not accept them.
 void TMainForm::dragEnterEvent(QDragEnterEvent* event)
 {
-    if (!MayAddProject(CommandState()) || DraggedProjectFile(*event->mimeData()).isEmpty())
-        return;
-    event->setDropAction(Qt::CopyAction);
-    event->accept();
+    if (MayAddProject(CommandState()) && !OfferedProjectFile(*event).isEmpty())
+        AcceptCopy(*event);
 }
 
 void TMainForm::dropEvent(QDropEvent* event)
 {
-    const QString file = DraggedProjectFile(*event->mimeData());
+    const QString file = OfferedProjectFile(*event);
     if (file.isEmpty() || !MayAddProject(CommandState()))
         return;
-    event->setDropAction(Qt::CopyAction);
-    event->accept();
+    AcceptCopy(*event);
     Guarded([&] { AddProject(file); });
 }
 

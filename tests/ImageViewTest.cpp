@@ -29,9 +29,9 @@ protected:
         ASSERT_EQ(FView.Image(), image);
     }
 
-    // Drags `urls` onto the view, and drops them if the view accepts them. Offers to copy or to move, as file
-    // managers do. Returns the action that the view took, or Qt::IgnoreAction if the view refused.
-    Qt::DropAction Drop(const QList<QUrl>& urls)
+    // Drags `urls` onto the view and drops them if it accepts them. Offers to copy or to move, as file
+    // managers do. Returns the action that the view took, or Qt::IgnoreAction if it refused.
+    Qt::DropAction Drop(const QList<QUrl>& urls, Qt::DropActions offered = Qt::CopyAction | Qt::MoveAction)
     {
         QMimeData data;
         data.setUrls(urls);
@@ -41,7 +41,6 @@ protected:
             return event.isAccepted() ? event.dropAction() : Qt::IgnoreAction;
         };
         const QPoint middle = FView.rect().center();
-        const Qt::DropActions offered = Qt::CopyAction | Qt::MoveAction;
         if (send(QDragEnterEvent(middle, offered, &data, Qt::LeftButton, Qt::NoModifier)) == Qt::IgnoreAction)
             return Qt::IgnoreAction;
         return send(QDropEvent(middle, offered, &data, Qt::LeftButton, Qt::NoModifier));
@@ -113,5 +112,6 @@ TEST_F(ImageViewTest, TakesOneReadableImageDroppedOnIt)
     for (const QList<QUrl>& refused : { QList<QUrl> { urlOf("c.txt") }, { urlOf("a.PNG"), urlOf("b.jpg") },
              { urlOf("folder.png") }, { urlOf("missing.png") }, { QUrl("https://example.com/a.png") }, {} })
         EXPECT_EQ(Drop(refused), Qt::IgnoreAction);
+    EXPECT_EQ(Drop({ urlOf("a.PNG") }, Qt::MoveAction), Qt::IgnoreAction) << "no copy is offered";
     EXPECT_EQ(dropped.count(), 1);
 }

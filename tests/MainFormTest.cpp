@@ -5,6 +5,8 @@
 
 #include <SQLiteCpp/Database.h>
 
+#include <QDropEvent>
+#include <QMimeData>
 #include <QProgressBar>
 
 using namespace Corvadine;
@@ -285,6 +287,42 @@ TEST_F(MainFormTest, SavingShowsTheImagesThatAnotherProgramHasSetMeanwhile)
     EXPECT_EQ(Current().TwoxSize, 4000);
     EXPECT_EQ(Ui().ImageEnViewIcon->Image().size(), QSize(60, 40));
     EXPECT_EQ(Names(Ui().MView), QStringList("old.png"));
+}
+
+TEST_F(MainFormTest, TakesAProjectFileDroppedAnywhereAsACopy)
+{
+    Start();
+    // Sends the events that the system sends for a drag onto `target`. Returns what its source is told.
+    const auto drop = [&](const QWidget* target, const char* name, Qt::DropActions offered) {
+        QMimeData data;
+        data.setUrls({ QUrl::fromLocalFile(ProjectFile(name)) });
+        const QPoint middle = target->mapTo(FForm.get(), target->rect().center());
+        const auto send = [&](auto event) {
+            event.ignore();
+            QApplication::sendEvent(FForm->windowHandle(), &event);
+            return event.isAccepted() ? event.dropAction() : Qt::IgnoreAction;
+        };
+        if (send(QDragEnterEvent(middle, offered, &data, Qt::LeftButton, {})) != Qt::IgnoreAction)
+            return send(QDropEvent(middle, offered, &data, Qt::LeftButton, {}));
+        QDragLeaveEvent leave;
+        QApplication::sendEvent(FForm->windowHandle(), &leave);
+        return Qt::IgnoreAction;
+    };
+    constexpr auto Offered = Qt::CopyAction | Qt::MoveAction;
+    EXPECT_EQ(drop(Ui().cb2xWidth, "A", Qt::MoveAction), Qt::IgnoreAction);
+    EXPECT_EQ(drop(Ui().cb2xWidth, "A", Offered), Qt::CopyAction);
+    EXPECT_EQ(drop(Ui().cb2xWidth, "B", Offered), Qt::CopyAction) << "the box is enabled now";
+    EXPECT_EQ(Current().ProjectFile, ProjectFile("B"));
+    for (const QWidget* widget : FForm->findChildren<QWidget*>()) {
+        if (!widget->isVisible() || widget->isWindow())
+            continue;
+        EXPECT_EQ(drop(widget, "C", Offered), Qt::CopyAction) << widget->metaObject()->className();
+        EXPECT_EQ(Current().ProjectFile, ProjectFile("C"));
+        Table().Delete();
+    }
+    EXPECT_EQ(Ui().cb2xWidth->text(), "400");
+    Table().Edit();
+    EXPECT_EQ(drop(Ui().PB, "C", Offered), Qt::IgnoreAction) << "would drop the edit";
 }
 
 // Rows of older databases may lack a value.

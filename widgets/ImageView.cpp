@@ -1,17 +1,15 @@
 #include "widgets/ImageView.h"
 
-#include "base/Files.h"
 #include "base/PathRules.h"
 #include "images/ColorPicking.h"
 #include "images/RecognisedImage.h"
+#include "widgets/FileDrop.h"
 
 #include <QDragEnterEvent>
 #include <QDropEvent>
-#include <QMimeData>
 #include <QMouseEvent>
 #include <QPaintEvent>
 #include <QPainter>
-#include <QUrl>
 
 #include <cmath>
 #include <exception>
@@ -22,15 +20,12 @@ namespace {
 
 constexpr int SideLength = 230;
 
-// Returns the path of the dragged file if it is a single file with the extension of a readable image.
-// Otherwise returns an empty path.
-QString DraggedImage(const QMimeData* data)
+// Returns the path of the dragged file if it has the extension of a readable image. Otherwise returns an
+// empty path.
+QString OfferedImage(const QDropEvent& event)
 {
-    const QList<QUrl> urls = data->urls();
-    if (urls.size() != 1 || !urls.first().isLocalFile())
-        return {};
-    const QString path = urls.first().toLocalFile();
-    return IsRecognisedImageName(path) && FileExists(path) ? AbsolutePath(path) : QString();
+    const QString file = OfferedFile(event);
+    return IsRecognisedImageName(file) ? file : QString();
 }
 
 // Returns the pixel that contains a fractional position.
@@ -124,20 +119,17 @@ void TImageView::mousePressEvent(QMouseEvent* event)
 
 void TImageView::dragEnterEvent(QDragEnterEvent* event)
 {
-    if (DraggedImage(event->mimeData()).isEmpty())
-        return;
-    event->setDropAction(Qt::CopyAction); // after a move the file manager would delete the file
-    event->accept();
+    if (!OfferedImage(*event).isEmpty())
+        AcceptCopy(*event);
 }
 
 void TImageView::dropEvent(QDropEvent* event)
 {
-    const QString path = DraggedImage(event->mimeData());
-    if (path.isEmpty())
+    const QString file = OfferedImage(*event);
+    if (file.isEmpty())
         return;
-    event->setDropAction(Qt::CopyAction);
-    event->accept();
-    emit FileDropped(path);
+    AcceptCopy(*event);
+    emit FileDropped(file);
 }
 
 } // namespace Corvadine
