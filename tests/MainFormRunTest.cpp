@@ -31,7 +31,12 @@ TEST_F(MainFormRunTest, GeneratesShowsUpdatesAndClears)
     EXPECT_EQ(FPrompts.TakeShown().size(), 1) << "no XML";
     EXPECT_NE(QApplication::overrideCursor(), nullptr) << "stays after a failed update";
     PutFile(ProjectFile("A"), projectBytes);
+    QDir backups(Path("program/Project Backups"));
+    ASSERT_TRUE(backups.removeRecursively());
     Click("Update Project");
+    const QStringList names = backups.entryList(QDir::Files);
+    ASSERT_EQ(names.size(), 1) << "the folder is made again";
+    EXPECT_EQ(FileBytes(backups.filePath(names.first())), projectBytes);
     EXPECT_EQ(QApplication::overrideCursor(), nullptr);
     EXPECT_EQ(FPrompts.TakeShown(),
         QStringList("info: 2 Entries updated, the following entries were not found and need to be set "
