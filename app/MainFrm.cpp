@@ -32,6 +32,8 @@
 #include <QProgressBar>
 #include <QToolButton>
 
+#include <algorithm>
+
 namespace Corvadine {
 
 namespace {
@@ -88,21 +90,35 @@ TMainForm::~TMainForm()
 
 void TMainForm::StartUp()
 {
-    const std::vector<std::function<void()>> steps {
+    const bool isPrepared = RunSteps({
         [this] { ShowVersion(); },
         [this] { ApplyContentColor(); },
         [this] { FState.FilesGenerated = false; },
-        [this] { OpenStore(); },
+    });
+    if (!isPrepared)
+        return;
+    FIsUnconnected = !Guarded([this] { OpenStore(); });
+    if (!FIsUnconnected)
+        FinishStartUp();
+}
+
+// The steps of the start-up that need the database.
+void TMainForm::FinishStartUp()
+{
+    RunSteps({
         [this] { QFile::remove(FState.OwnFile("Corvadine.CAB")); }, // left over from an update
         [this] { CreateFolder(FState.BackupFolder); },
         [this] { FSettings.Read(); },
         [this] { FSettings.ReopenProject(); },
         [this] { FControls.PB->setFocus(); }, // so that no editor has the focus
         [this] { SetUpHelp(); },
-    };
-    for (const auto& step : steps)
-        if (!Guarded(step))
-            return;
+    });
+}
+
+// Runs the steps until one fails. Returns whether none did.
+bool TMainForm::RunSteps(const std::vector<std::function<void()>>& steps)
+{
+    return std::ranges::all_of(steps, [this](const auto& step) { return Guarded(step); });
 }
 
 // Makes an action that calls `execute` if `rule` allows the command. Each click evaluates the rule again,
@@ -161,6 +177,8 @@ void TMainForm::MakeCommands()
 void TMainForm::Connect()
 {
     FTable.SetDeleteConfirmation([this] { return FPrompts.Confirm(u"Delete Project?"_s); });
+    connect(&FTable, &TProjectsTable::CurrentChanged, this,
+        [this] { Guarded([this] { tblProjectsAfterScroll(); }); });
     connect(&FTable, &TProjectsTable::FoundChanged, this, [this](const TFieldSet& fields) {
         if (ConcernImages(fields)) // otherwise a run would put the former images into the new folder
             Guarded([this] { FIntake.ShowCurrentProject(); });
@@ -208,9 +226,6 @@ void TMainForm::OpenStore()
 {
     FStore = std::make_unique<TProjectStore>(FState.OwnFile(ProjectDatabaseName), DatabasePatience);
     FTable.Open(*FStore);
-    connect(&FTable, &TProjectsTable::CurrentChanged, this,
-        [this] { Guarded([this] { tblProjectsAfterScroll(); }); });
-    tblProjectsAfterScroll(); // not Guarded() here: an error must end the start-up
 }
 
 void TMainForm::SetUpHelp()
@@ -316,6 +331,10 @@ void TMainForm::tblProjectsAfterScroll()
 void TMainForm::FollowOtherPrograms()
 {
     FHasMissedActivation = false;
+    if (FIsUnconnected) {
+        Reconnect();
+        return;
+    }
     const TProject before = FTable.Current();
     try {
         FTable.Refresh();
@@ -325,6 +344,19 @@ void TMainForm::FollowOtherPrograms()
     const TProject after = FTable.Current();
     if (!IsSameProject(before, after)) // CurrentChanged has updated the rest; the lookup does not follow rows
         FControls.cbProjects->SetValue(FTable.IsEmpty() ? std::nullopt : std::optional<qint64>(after.ID));
+}
+
+// Ends the start-up that could not open the database. If that fails again, there is no message: it would come
+// each time, and closing it makes the window active and tries again.
+void TMainForm::Reconnect()
+{
+    try {
+        OpenStore();
+    } catch (const TError&) {
+        return;
+    }
+    FIsUnconnected = false;
+    FinishStartUp();
 }
 
 // Runs a command or handler. Shows the text of an error, because exceptions must not pass through Qt. Returns

@@ -17,6 +17,7 @@
 #include <memory>
 #include <optional>
 #include <utility>
+#include <vector>
 
 namespace Corvadine {
 
@@ -35,9 +36,9 @@ public:
     // Saves the settings and closes the table and the database. Edits that are not saved are lost.
     ~TMainForm() override;
 
-    // Opens the database, reads the settings, shows a project, and sets up the help. The project is the
-    // remembered one, or else the first in the table. An error is shown to the user and ends the start-up.
-    // Call this once.
+    // Opens the store, reads the settings, shows the remembered project or else the first, and sets up the
+    // help. An error is shown and ends the start-up. If the database was the reason, the window tries again
+    // when it becomes active, and goes on from there. Call this once.
     void StartUp();
 
     // Opens the help page with the number `topic`. Does nothing if the start-up ended before the help was
@@ -66,6 +67,9 @@ private:
     void MakeCommands();
     void Connect();
 
+    bool RunSteps(const std::vector<std::function<void()>>& steps);
+    void FinishStartUp();
+    void Reconnect();
     void ShowVersion();
     void ApplyContentColor();
     void TakeContentColor();
@@ -93,6 +97,7 @@ private:
     bool FClosesAfterRun = false;
     int FGuardedDepth = 0;             // number of Guarded() calls under way
     bool FHasMissedActivation = false; // the window became active while IsBusy()
+    bool FIsUnconnected = false;       // the start-up ended because the database could not be opened
     std::function<bool(QWidget*, const QString&)> FCheckForUpdates = CheckForUpdates;
     std::unique_ptr<TProjectStore> FStore;
     TProjectsTable FTable;

@@ -1,5 +1,6 @@
 #include "app/ProjectLookup.h"
 
+#include "base/Literals.h"
 #include "store/ProjectsTable.h"
 #include "widgets/DropDownFrame.h"
 
@@ -100,6 +101,11 @@ void TProjectLookup::SetValue(std::optional<qint64> value)
         emit ValueChosen(*value);
 }
 
+QString TProjectLookup::Text() const
+{
+    return FTable.IsOpen() ? FText : u"not connected"_s;
+}
+
 void TProjectLookup::showPopup()
 {
     QSize size = List()->size();
@@ -129,7 +135,7 @@ void TProjectLookup::paintEvent(QPaintEvent*)
     const QRect area =
         style()->subControlRect(QStyle::CC_ComboBox, &option, QStyle::SC_ComboBoxEditField, this);
     // Cuts the middle, because paths differ most at their beginnings and ends.
-    option.currentText = fontMetrics().elidedText(FText, Qt::ElideMiddle, area.width() - TextMargin);
+    option.currentText = fontMetrics().elidedText(Text(), Qt::ElideMiddle, area.width() - TextMargin);
     painter.drawComplexControl(QStyle::CC_ComboBox, option);
     painter.drawControl(QStyle::CE_ComboBoxLabel, option);
 }

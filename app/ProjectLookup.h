@@ -24,8 +24,9 @@ public:
     // ValueChosen() if `value` is an ID and differs from the former value.
     void SetValue(std::optional<qint64> value);
 
-    // Returns the whole text of the box, even if the box leaves out the middle when it paints the text.
-    const QString& Text() const { return FText; }
+    // The whole text of the box, even if the box paints it without its middle: the project file, or that
+    // there is no connection to a database.
+    QString Text() const;
 
     void showPopup() override;
     bool eventFilter(QObject* watched, QEvent* event) override;

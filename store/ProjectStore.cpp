@@ -166,18 +166,21 @@ std::vector<TProject> TProjectStore::ReadProjects() const
     });
 }
 
-std::int64_t TProjectStore::DataVersion() const
+std::int64_t TProjectStore::DataVersion()
 {
+    FollowFile();
     return Guarded(u"read the version of"_s, FPath, [&] {
         FDatabase->setBusyTimeout(0);
         const auto restore = qScopeGuard(
             [this] { sqlite3_busy_timeout(FDatabase->getHandle(), static_cast<int>(FBusyTimeout.count())); });
-        return FDatabase->execAndGet("PRAGMA data_version").getInt64();
+        constexpr int VersionBits = 32; // SQLite counts the versions of each connection for itself
+        return (FOpenings << VersionBits) + FDatabase->execAndGet("PRAGMA data_version").getInt64();
     });
 }
 
 TProject TProjectStore::Insert(const TProject& project, const TFieldSet& fields)
 {
+    FollowFile();
     const QString attempt = u"add the project %1 to"_s.arg(project.ProjectFile);
     return Guarded(attempt, FPath, [&] {
         SQLite::Transaction transaction(*FDatabase, SQLite::TransactionBehavior::IMMEDIATE);
@@ -197,6 +200,7 @@ TProject TProjectStore::Insert(const TProject& project, const TFieldSet& fields)
 TProject TProjectStore::Update(const TProject& project, const TFieldSet& fields)
 {
     assert(!fields.empty());
+    FollowFile();
     const QString attempt = u"save the project %1 in"_s.arg(project.ProjectFile);
     return Guarded(attempt, FPath, [&] {
         SQLite::Transaction transaction(*FDatabase, SQLite::TransactionBehavior::IMMEDIATE);
@@ -213,6 +217,7 @@ TProject TProjectStore::Update(const TProject& project, const TFieldSet& fields)
 
 void TProjectStore::Delete(const TProject& project)
 {
+    FollowFile();
     Guarded(u"delete the project %1 from"_s.arg(project.ProjectFile), FPath, [&] {
         SQLite::Transaction transaction(*FDatabase, SQLite::TransactionBehavior::IMMEDIATE);
         const auto stored = ReadProject(project.ID);
@@ -232,6 +237,27 @@ void TProjectStore::Open()
     // With read_uncommitted, connections that share one cache read without waiting for a writer.
     FDatabase->exec("PRAGMA read_uncommitted=1; PRAGMA synchronous=FULL");
     EnsureSchema();
+    ++FOpenings;
+}
+
+// Opens the file that stands at the path now if it is not the one that is open. An empty file is left alone:
+// its writer may not have come to the content yet.
+void TProjectStore::FollowFile()
+{
+    int hasMoved = 0; // stays 0 on Windows, where an open database cannot be replaced
+    sqlite3_file_control(FDatabase->getHandle(), "main", SQLITE_FCNTL_HAS_MOVED, &hasMoved);
+    if (hasMoved == 0)
+        return;
+    RefuseImpossiblePath(FPath);
+    if (QFileInfo(FPath).size() == 0)
+        throw TError(TErrorKind::Io, OpenAttempt, FPath, u"another program has removed it"_s);
+    auto former = std::move(FDatabase);
+    try {
+        Guarded(OpenAttempt, FPath, [&] { Open(); });
+    } catch (...) {
+        FDatabase = std::move(former);
+        throw;
+    }
 }
 
 // Removes the new file if opening failed and left it empty. SQLite creates the file before it learns, for

@@ -20,10 +20,12 @@ namespace Corvadine {
 inline constexpr const char* ProjectDatabaseName = "Corvadine.db";
 
 // The project database: one SQLite file with the table Projects, held open by one connection. Each function
-// that writes is one transaction, so a kill or a power failure leaves all of its changes or none. Several
-// programs may use the file at once. A function waits for the others for at most the busy timeout, unless its
-// comment says otherwise. Every function throws TError(Io) when it fails, with the attempt, the file and
-// SQLite's own text. Use on the thread that made the object.
+// that writes is one transaction, so that a kill or a power failure leaves all of it or nothing.
+// Several programs may use the file at once: a function waits for the others for at most the busy timeout,
+// unless its comment says otherwise. If another program puts another file in its place, the next write and
+// DataVersion() open that one; while they cannot, they throw and the former file stays open.
+// What fails throws TError(Io) with the attempt, the file and SQLite's own text.
+// Use on the thread that made it.
 class TProjectStore {
 public:
     // Opens `path`. Creates the file and its table if they are missing, and adds the columns that files of
@@ -47,9 +49,9 @@ public:
     // Returns all projects in ascending ID, the order in which they were added.
     std::vector<TProject> ReadProjects() const;
 
-    // Returns a number that changes when another connection writes to the database, but not when this one
-    // does. If the database is locked, throws without waiting.
-    std::int64_t DataVersion() const;
+    // A number that changes when another connection writes to the database or another file is opened, and not
+    // when this connection writes. Does not wait for a database that is locked, unless it is another file.
+    std::int64_t DataVersion();
 
     // Adds a row with the values that `project` has in `fields`. The other columns stay NULL. Returns the row
     // as stored, with its ID.
@@ -66,6 +68,7 @@ public:
 
 private:
     void Open();
+    void FollowFile();
     void RemoveEmptyFile() noexcept;
     void EnsureSchema();
     bool HasResampleFilter() const;
@@ -75,6 +78,7 @@ private:
     QString FPath;
     std::chrono::milliseconds FBusyTimeout;
     std::unique_ptr<SQLite::Database> FDatabase;
+    std::int64_t FOpenings = 0; // how many files have been opened
 };
 
 } // namespace Corvadine

@@ -1,5 +1,6 @@
 #include "app/ColorBox.h"
 #include "tests/MainFormTesting.h"
+#include "tests/TestingSystem.h"
 #include "widgets/ImageView.h"
 #include "widgets/ThumbnailView.h"
 
@@ -11,6 +12,7 @@
 
 using namespace Corvadine;
 using namespace Corvadine::Testing;
+using ::testing::EndsWith;
 using ::testing::HasSubstr;
 
 class MainFormTest : public TMainFormTest { };
@@ -323,6 +325,57 @@ TEST_F(MainFormTest, TakesAProjectFileDroppedAnywhereAsACopy)
     EXPECT_EQ(Ui().cb2xWidth->text(), "400");
     Table().Edit();
     EXPECT_EQ(drop(Ui().PB, "C", Offered), Qt::IgnoreAction) << "would drop the edit";
+}
+
+TEST_F(MainFormTest, DatabaseThatCannotBeOpenedAtTheStartIsOpenedLater)
+{
+    Start({ "A", "B" });
+    FForm.reset();
+    {
+        SQLite::Database lock(Path("program/Corvadine.db").toStdString(), SQLite::OPEN_READWRITE);
+        lock.exec("BEGIN EXCLUSIVE");
+        Start();
+        ComeBack();
+        EXPECT_THAT(FPrompts.TakeShown().join('\n').toStdString(), EndsWith("database is locked"))
+            << "said once";
+        EXPECT_EQ(Ui().cbProjects->Text(), "not connected");
+        EXPECT_EQ(FForm->State().MyIniFileName, QString()) << "the start-up has ended there";
+        EXPECT_EQ(FForm->State().BackupFolder, Path("program/Project Backups") + QDir::separator());
+        Click("Help"); // it was not set up
+    }
+    ComeBack();
+    EXPECT_EQ(Ui().cbProjects->Text(), ProjectFile("B"));
+    EXPECT_EQ(Current().ProjectFile, ProjectFile("B")) << "the remembered project";
+    EXPECT_NE(FForm->State().HelpRouter, nullptr);
+    ComeBack();
+    Add("C");
+    EXPECT_EQ(Ui().cbProjects->Text(), ProjectFile("C"));
+    EXPECT_EQ(FPrompts.Shown, QStringList());
+}
+
+TEST_F(MainFormTest, FollowsADatabaseThatAnotherReplaces)
+{
+    if (!IsPosix())
+        GTEST_SKIP() << "Windows lets nothing replace an open database";
+    Start({ "A", "B" });
+    const QString database = Path("program/Corvadine.db");
+    ASSERT_TRUE(QFile::copy(database, Path("new.db")));
+    const TProject other =
+        TProjectStore(Path("new.db")).Insert({ .ProjectFile = ProjectFile("C") }, { TField::ProjectFile });
+    QTest::keyClicks(Ui().cb2xWidth, "0");
+    QFile::remove(database);
+    ComeBack();
+    Click("Save Changes");
+    EXPECT_THAT(FPrompts.TakeShown().join('\n').toStdString(), EndsWith("another program has removed it"));
+    ASSERT_TRUE(QFile::rename(Path("new.db"), database));
+    Click("Save Changes");
+    EXPECT_EQ(TProjectStore(database).ReadProjects()[1].TwoxSize, 4000);
+    ComeBack();
+    EXPECT_EQ(Table().Rows().size(), 3U);
+    EXPECT_EQ(Ui().cbProjects->Text(), ProjectFile("B"));
+    Choose(other.ID);
+    EXPECT_EQ(Current(), other);
+    EXPECT_EQ(FPrompts.Shown, QStringList());
 }
 
 // Rows of older databases may lack a value.

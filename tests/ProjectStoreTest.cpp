@@ -1,6 +1,7 @@
 #include "store/ProjectStore.h"
 
 #include "tests/Testing.h"
+#include "tests/TestingSystem.h"
 
 #include <SQLiteCpp/SQLiteCpp.h>
 
@@ -164,4 +165,31 @@ TEST_F(ProjectStoreTest, TwoProgramsDoNotUndoEachOther)
         ErrorOf([&] { ours.Update(merged, { TField::IncIPad }); }), EndsWith("has put b in its place"));
     ours.Delete(merged);
     EXPECT_EQ(ours.ReadProjects(), std::vector { successor });
+}
+
+TEST_F(ProjectStoreTest, FollowsAFileThatReplacesItsOwn)
+{
+    if (!IsPosix())
+        GTEST_SKIP() << "Windows lets nothing replace an open database";
+    TProjectStore store(Database(), 50ms);
+    const TProject project = store.Insert({ .ProjectFile = "a" }, { TField::ProjectFile });
+    const auto version = store.DataVersion();
+    const auto expectRefused = [&](const char* reason) {
+        EXPECT_THAT(ErrorOf([&] { store.DataVersion(); }), EndsWith(reason));
+        EXPECT_THAT(ErrorOf([&] { store.Update(project, { TField::IncIPad }); }), EndsWith(reason));
+        EXPECT_EQ(store.ReadProjects(), std::vector { project }) << "as it was";
+    };
+    QFile::remove(Database());
+    expectRefused("another program has removed it");
+    EXPECT_FALSE(QFile::exists(Database()));
+    PutFile(Database(), "");
+    expectRefused("another program has removed it");
+    PutFile(Database(), QByteArray(512, 'x'));
+    expectRefused("file is not a database");
+
+    QFile::remove(Database());
+    Raw().exec(OlderDatabase);
+    EXPECT_NE(store.DataVersion(), version);
+    EXPECT_EQ(store.Insert({ .ProjectFile = "b" }, { TField::ProjectFile }).ID, 3);
+    EXPECT_EQ(store.ReadProjects().front().ResampleFilter, 6) << "upgraded like any other";
 }
