@@ -10,6 +10,7 @@
 #include "base/PathRules.h"
 #include "dialogs/Prompts.h"
 #include "generate/ClearFiles.h"
+#include "generate/ClearRule.h"
 #include "project/Backups.h"
 #include "project/ProjectPaths.h"
 #include "project/ProjectUpdater.h"
@@ -280,9 +281,11 @@ void TMainForm::aProjectExecute()
 
 void TMainForm::aClearExecute()
 {
-    const QString folder = FTable.Current().OutputFolder;
+    const TProject project = FTable.Current();
+    const QString& folder = project.OutputFolder;
     if (!FolderExists(folder))
         return;
+    RefuseToClear(project, { FState.ProgramFolder, FState.ProgramFolder });
     if (!FPrompts.Confirm(u"This will delete all images in folder %1 Do you wish to proceed?"_s.arg(folder)))
         return;
     const int count = DeleteFilesByMask(folder, AllFilesMask);

@@ -44,7 +44,7 @@ struct TMainState {
     void BuildGenList();
 
     // Returns a renderer with the settings of ProjectAsShown() and the images of the views. Throws TError
-    // as JobOf() does.
+    // as JobOf() and RefuseOverwritingSources() do.
     TOutputRenderer TakeJob() const;
 };
 

@@ -22,6 +22,15 @@ bool FolderExists(const QString& path)
     return !path.isEmpty() && QFileInfo(path).isDir();
 }
 
+bool IsSameFile(const QString& left, const QString& right)
+{
+    const auto identity = FileIdentity(left);
+    const auto other = FileIdentity(right);
+    if (identity && other)
+        return *identity == *other;
+    return IsSameFileName(AbsolutePath(left), AbsolutePath(right));
+}
+
 void OpenForReading(QFile& file, const QString& attempt)
 {
     const QFileInfo info(file.fileName());

@@ -17,8 +17,12 @@ bool FileExists(const QString& path);
 
 bool FolderExists(const QString& path);
 
-// Opens `file` for reading. An error text begins with "Cannot" and `attempt`, such as "read the project
-// file". Throws TError(Io) for a missing file, a folder, a pipe, or when the system refuses.
+// Whether both paths name one file or one folder, also by links, by hard links or in another spelling. Paths
+// that name nothing are compared as texts.
+bool IsSameFile(const QString& left, const QString& right);
+
+// Opens `file` for reading. An error text begins with `attempt`: "read the project file". Throws TError(Io)
+// for a missing file, a folder, a pipe, or when the system refuses.
 void OpenForReading(QFile& file, const QString& attempt);
 
 // The whole content of a file. Throws as OpenForReading does.

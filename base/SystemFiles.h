@@ -3,6 +3,7 @@
 #include <QByteArray>
 #include <QString>
 
+#include <optional>
 #include <system_error>
 
 // Calls on files that differ between operating systems. Prefer Files.h, which is built on them.
@@ -28,7 +29,23 @@ QString LegacyText(const QByteArray& bytes);
 // (see QDir::cleanPath()).
 QString WithoutDroppedEnd(const QString& path);
 
-// Creates the folder `path`, of any length, with every missing parent. Returns no error if the folder exists.
+// What tells one file or folder from all others, however its path is written.
+struct TFileIdentity {
+    quint64 Volume;
+    quint64 Number; // of the file on its volume
+
+    bool operator==(const TFileIdentity&) const = default;
+};
+
+// The identity of the file or folder that `path` names; links are followed. Nothing if there is none, or if
+// its file system does not number files.
+std::optional<TFileIdentity> FileIdentity(const QString& path);
+
+// Whether `folder`, which exists, is the top folder of a drive, of a mounted volume or of a network share. A
+// folder of a volume that is mounted in a second place as well is no such top folder.
+bool IsDriveRoot(const QString& folder);
+
+// Creates `path`, of any length, with every missing parent. No error if it exists.
 std::error_code MakeFolders(const QString& path);
 
 // Deletes the file for good, also a hidden one. Does not delete a file that is marked read-only, though some

@@ -1,8 +1,12 @@
 #include "base/SystemFiles.h"
 
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QStorageInfo>
 #include <QStringDecoder>
+
+#include <sys/stat.h>
 
 #include <cerrno>
 #include <cstdio>
@@ -28,6 +32,22 @@ QString LegacyText(const QByteArray& bytes)
 QString WithoutDroppedEnd(const QString& path)
 {
     return path;
+}
+
+std::optional<TFileIdentity> FileIdentity(const QString& path)
+{
+    struct stat status { };
+    if (::stat(QFile::encodeName(path).constData(), &status) != 0)
+        return std::nullopt;
+    return TFileIdentity { status.st_dev, status.st_ino };
+}
+
+bool IsDriveRoot(const QString& folder)
+{
+    const QString path = QFileInfo(folder).canonicalFilePath();
+    const QStorageInfo volume(path);
+    const bool isWholeVolume = volume.subvolume().isEmpty();
+    return QDir(path).isRoot() || (isWholeVolume && volume.rootPath() == path);
 }
 
 std::error_code MakeFolders(const QString& path)

@@ -85,6 +85,35 @@ std::error_code MakeFolders(const QString& path)
     return { static_cast<int>(error), std::system_category() };
 }
 
+std::optional<TFileIdentity> FileIdentity(const QString& path)
+{
+    const HANDLE file =
+        ::CreateFileW(SystemPath(path).c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+            nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr); // the flag opens folders, too
+    if (file == INVALID_HANDLE_VALUE)
+        return std::nullopt;
+    BY_HANDLE_FILE_INFORMATION information {};
+    const BOOL isKnown = ::GetFileInformationByHandle(file, &information);
+    ::CloseHandle(file);
+    const quint64 number = quint64 { information.nFileIndexHigh } << 32 | information.nFileIndexLow;
+    if (!isKnown || number == 0) // some network drives do not number files
+        return std::nullopt;
+    return TFileIdentity { information.dwVolumeSerialNumber, number };
+}
+
+bool IsDriveRoot(const QString& folder)
+{
+    // A drive letter may also stand for a folder, whose canonical path has another drive.
+    for (const QString& path : { folder, QFileInfo(folder).canonicalFilePath() }) {
+        std::wstring root(MAX_PATH, L'\0');
+        if (!::GetVolumePathNameW(SystemPath(path).c_str(), root.data(), MAX_PATH))
+            continue;
+        if (IsSameFileName(AbsolutePath(QString::fromWCharArray(root.c_str())), AbsolutePath(path)))
+            return true;
+    }
+    return false;
+}
+
 bool DeleteWritableFile(const QString& path)
 {
     return ::DeleteFileW(SystemPath(path).c_str()) != 0;

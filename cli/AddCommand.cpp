@@ -44,7 +44,8 @@ public:
         table.Post();
 
         const TProject project = table.Current();
-        return { { { u"project"_s, ProjectJson(project) } }, { QString::number(project.ID) } };
+        return { { { u"project"_s, ProjectJson(project) } }, { QString::number(project.ID) },
+            ClearWarnings(project, context.OwnFolders()) };
     }
 
 private:

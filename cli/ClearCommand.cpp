@@ -1,8 +1,10 @@
 #include "base/Error.h"
 #include "base/Files.h"
+#include "cli/CliContext.h"
 #include "cli/CliOutput.h"
 #include "cli/ProjectCommands.h"
 #include "generate/ClearFiles.h"
+#include "generate/ClearRule.h"
 
 #include <CLI/CLI.hpp>
 
@@ -22,13 +24,16 @@ public:
     }
 
 protected:
-    TCommandResult RunOn(TCliContext&, const TProject& project) override
+    TCommandResult RunOn(TCliContext& context, const TProject& project) override
     {
         const QString folder = project.OutputFolder;
+        if (FolderExists(folder))
+            RefuseToClear(project, context.OwnFolders());
         if (!FYes)
             throw TError(TErrorKind::Usage, u"clear"_s, folder,
-                u"this would delete %1 in it, which needs --yes"_s.arg(
-                    Counted(FilesByMask(folder, AllFilesMask).size(), u"file"_s)));
+                u"this would delete %1 in it, %2 of them not made by Corvadine, which needs --yes"_s
+                    .arg(Counted(FilesByMask(folder, AllFilesMask).size(), u"file"_s))
+                    .arg(ForeignFiles(folder).size()));
         TCommandResult result;
         int count = 0;
         if (FolderExists(folder)) {

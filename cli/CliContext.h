@@ -2,6 +2,7 @@
 
 #include "cli/Cli.h"
 #include "cli/CliOutput.h"
+#include "generate/ClearRule.h"
 #include "store/Project.h"
 
 #include <QDateTime>
@@ -29,6 +30,7 @@ public:
     TCliOutput& Output() const { return FOutput; }
     const TCliEnvironment& Environment() const { return FEnvironment; }
     QString DataFolder() const { return FDataFolder; }
+    TOwnFolders OwnFolders() const { return { FEnvironment.ProgramFolder, FDataFolder }; }
     // The backups in the data folder.
     TBackups& Backups();
 

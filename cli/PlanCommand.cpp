@@ -57,7 +57,7 @@ public:
     }
 
 protected:
-    TCommandResult RunOn(TCliContext&, const TProject& project) override
+    TCommandResult RunOn(TCliContext& context, const TProject& project) override
     {
         const TGenJob job = JobOf(project);
         const TUpdateResult update = PlanUpdate(ImagesOf(project, job), TImageFiles::Assumed);
@@ -67,7 +67,7 @@ protected:
         return { { { u"outputs"_s, OutputsJson(plan, job) }, { u"changes"_s, ChangesJson(update) },
                      { u"right"_s, CountRight(update) },
                      { u"missing"_s, QJsonArray::fromStringList(update.MissingIDs) } },
-            lines, plan.Warnings };
+            lines, plan.Warnings + ClearWarnings(project, context.OwnFolders()) };
     }
 };
 

@@ -35,7 +35,9 @@ protected:
                 u"another program has removed it meanwhile"_s);
         FSettings.SetFields(table);
         table.Post();
-        return { { { u"project"_s, ProjectJson(table.Current()) } }, ProjectLines(table.Current()) };
+        const TProject changed = table.Current();
+        return { { { u"project"_s, ProjectJson(changed) } }, ProjectLines(changed),
+            ClearWarnings(changed, context.OwnFolders()) };
     }
 
 private:

@@ -2,6 +2,7 @@
 
 #include "base/Literals.h"
 #include "base/SystemFiles.h"
+#include "generate/Catalogue.h"
 
 #include <QDir>
 
@@ -17,6 +18,18 @@ QStringList FilesByMask(const QString& folder, const QString& mask)
     const QString pattern = mask == AllFilesMask ? u"*"_s : mask;
     // QDir::System also lists broken links, pipes and sockets.
     return QDir(folder).entryList({ pattern }, QDir::Files | QDir::Hidden | QDir::System);
+}
+
+QStringList ForeignFiles(const QString& folder)
+{
+    const std::vector<TCatalogueEntry> images = CatalogueOf({ true, true, true, true });
+    QStringList names = FilesByMask(folder, AllFilesMask);
+    names.removeIf([&images](const QString& name) {
+        return std::any_of(images.begin(), images.end(), [&name](const TCatalogueEntry& image) {
+            return IsSameFileName(name, ImageFileName(image.ID.toString()));
+        });
+    });
+    return names;
 }
 
 int DeleteFilesByMask(const QString& folder, const QString& mask)

@@ -12,6 +12,10 @@ inline constexpr QLatin1String AllFilesMask("*.*");
 // pattern. Hidden files are included, folders are not. The list is empty if `folder` does not exist.
 QStringList FilesByMask(const QString& folder, const QString& mask);
 
+// The files in `folder` that have the name of no image, of whichever platform, and which a run has therefore
+// not made.
+QStringList ForeignFiles(const QString& folder);
+
 // Deletes the files that FilesByMask() lists. Returns the number of deletions that were tried, including
 // those that failed. Returns 1 if no file matches, as older releases did. REQUIRES: `folder` exists.
 int DeleteFilesByMask(const QString& folder, const QString& mask);

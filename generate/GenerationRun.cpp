@@ -25,6 +25,7 @@ public:
     {
         for (const TOutput& output : FOutputs)
             RefuseHuge(output, FSizes);
+        RefuseOverwritingSources(job, FOutputs);
     }
 
     std::vector<TOutput> Run(int workers)

@@ -36,6 +36,7 @@ TOutputPlan PlanOutputs(const TGenJob& job)
     TOutputPlan plan { OutputsOf(job, sizes), JobWarnings(job) };
     for (const TOutput& output : plan.Outputs)
         RefuseHuge(output, sizes);
+    RefuseOverwritingSources(job, plan.Outputs);
     if (plan.Outputs.empty())
         return plan;
     if (!job.IconFile.isEmpty()) {

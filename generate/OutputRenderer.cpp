@@ -10,6 +10,7 @@ TOutputRenderer::TOutputRenderer(TRenderSources sources, TGenJob job)
     , FOutputs(OutputsOf(FJob, FSources.Sizes()))
     , FFiles(FOutputs.size())
 {
+    RefuseOverwritingSources(FJob, FOutputs);
 }
 
 QByteArray TOutputRenderer::Render(const TOutput& output)

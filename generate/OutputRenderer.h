@@ -13,6 +13,7 @@ namespace Corvadine {
 // files are not read. Use on one thread.
 class TOutputRenderer {
 public:
+    // Throws TError as RefuseOverwritingSources() does.
     TOutputRenderer(TRenderSources sources, TGenJob job);
 
     const TGenJob& Job() const { return FJob; }

@@ -1,6 +1,7 @@
 #include "generate/Outputs.h"
 
 #include "base/Error.h"
+#include "base/Files.h"
 #include "base/PathRules.h"
 #include "images/SourceImage.h"
 
@@ -67,6 +68,18 @@ void RefuseHuge(const TOutput& output, const TSourceSizes& sizes)
         reason += u"; its height follows from its width and the shape of the launch image, %1 pixels"_s.arg(
             SizeText(*sizes.Launch));
     throw TError(TErrorKind::BadInput, u"render"_s, output.ID, reason);
+}
+
+void RefuseOverwritingSources(const TGenJob& job, const std::vector<TOutput>& outputs)
+{
+    const auto refuse = [&outputs](const QString& source, const QString& name) {
+        for (const TOutput& output : outputs)
+            if (!source.isEmpty() && IsSameFile(source, output.Path))
+                throw TError(TErrorKind::BadInput, u"generate"_s, output.Path,
+                    u"this would overwrite the %1 %2"_s.arg(name, source));
+    };
+    refuse(job.IconFile, u"icon image"_s);
+    refuse(job.LaunchFile, u"launch image"_s);
 }
 
 QByteArray RenderOutput(const TOutput& output, const TRenderSources& sources, const TRenderOptions& options)

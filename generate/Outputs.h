@@ -32,6 +32,11 @@ std::vector<TOutput> OutputsOf(const TGenJob& job, const TSourceSizes& sizes);
 // MaxDecodedMebibytes. `sizes` is used for the message only.
 void RefuseHuge(const TOutput& output, const TSourceSizes& sizes);
 
+// Throws TError(BadInput) if a run would overwrite one of the job's sources with one of `outputs`, also if
+// they are one file by links, by hard links or in another spelling. Later runs would work from the smaller
+// picture.
+void RefuseOverwritingSources(const TGenJob& job, const std::vector<TOutput>& outputs);
+
 // Returns the content of the file of `output`. Throws TError as RenderPng() and RenderMainIcon() do.
 // REQUIRES: `sources` has the source that `output` is rendered from.
 QByteArray RenderOutput(const TOutput& output, const TRenderSources& sources, const TRenderOptions& options);

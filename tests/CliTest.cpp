@@ -300,9 +300,35 @@ TEST_F(TCliTest, CheckNamesFilesAndLinesAndClearDeletesFilesOnly)
 
     for (const char* name : { "/kept/file", "/.hidden", "/no extension" })
         PutFile(FOutput + name, "x");
-    ExpectRefusal({ "clear", "1" }, 2, "this would delete 4 files in it");
+    ExpectRefusal({ "clear", "1" }, 2,
+        "this would delete 4 files in it, 2 of them not made by Corvadine, which needs --yes");
     EXPECT_EQ(Run({ "clear", "1", "--yes" }).Out, "4 Images Deleted\n");
     EXPECT_EQ(FolderContent(FOutput), (TFolderContent { { "kept/file", "x" } }));
+}
+
+TEST_F(TCliTest, RefusesToDeleteOrOverwriteWhatTheUserNeeds)
+{
+    AddProject("iphone");
+    const std::string warning = "can never be cleared: it is the folder of the project file\n";
+    EXPECT_THAT(Run({ "set", "1", "--output", FHome }).Err, HasSubstr(warning));
+    EXPECT_THAT(Run({ "plan", "1" }).Err, HasSubstr(warning));
+    for (const QStringList& arguments : { QStringList { "clear", "1" }, { "clear", "1", "--yes" } })
+        ExpectRefusal(
+            arguments, 1, "Cannot delete the files in " + FHome.toStdString() + ": it is the folder");
+    const QString second = Home("Second.dproj");
+    PutFile(second, "x");
+    EXPECT_THAT(Run({ "add", second, "--output", FData }).Err, HasSubstr("it is the program's own folder"));
+    EXPECT_THAT(Run({ "--data", Home("other"), "add", second, "--output", Home("other") }).Err,
+        HasSubstr("it is the folder of the project database"));
+    ExpectRefusal({ "clear", "2", "--yes" }, 1, "it is the program's own folder");
+
+    const QString source = Path("out/iOS_AppStore1024.png");
+    PutFile(source, FileBytes(FIcon));
+    ASSERT_EQ(Run({ "set", "1", "--icon", source, "--output", Path("out/") }).Status, 0);
+    const std::string text = "Cannot generate " + source.toStdString()
+        + ": this would overwrite the icon image " + source.toStdString();
+    ExpectRefusal({ "generate", "1" }, 1, text);
+    ExpectRefusal({ "plan", "1" }, 1, text);
 }
 
 TEST_F(TCliTest, AFullDiskChangesNothing)

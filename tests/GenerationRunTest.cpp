@@ -5,11 +5,13 @@
 #include "generate/WorkQueue.h"
 #include "tests/ImageTesting.h"
 #include "tests/Testing.h"
+#include "tests/TestingSystem.h"
 
 #include <QDir>
 #include <QImage>
 
 #include <atomic>
+#include <filesystem>
 
 using namespace Corvadine;
 using namespace Corvadine::Testing;
@@ -159,6 +161,41 @@ TEST_F(GenerationRunTest, RefusesOutputsThatAreTooLargeBeforeItDecodes)
     FJob.TwoxSize = 2'000'000'000;
     ASSERT_TRUE(QImage(2, 2, QImage::Format_RGB32).save(FJob.LaunchFile));
     EXPECT_THAT(RunError(), HasSubstr("2147483646 x 2147483646 pixels, which take 17592186011649 MiB"));
+}
+
+TEST_F(GenerationRunTest, RefusesToOverwriteASource)
+{
+    const QByteArray icon = FileBytes(FJob.IconFile);
+    const auto expectRefusal = [&](const QString& source, const std::string& output) {
+        FJob.IconFile = source;
+        const auto before = FolderContent(Path(""));
+        const std::string refusal = "Cannot generate " + Path("new/out/").toStdString() + output
+            + ": this would overwrite the icon image " + source.toStdString();
+        EXPECT_EQ(RunError(), refusal);
+        EXPECT_EQ(ErrorOf([this] { PlanOutputs(FJob); }), refusal);
+        EXPECT_EQ(FolderContent(Path("")), before);
+    };
+    PutFile(Path("new/out/iOS_AppStore1024.png"), icon);
+    expectRefusal(Path("new/out/iOS_AppStore1024.png"), "iOS_AppStore1024.png");
+    expectRefusal(Path("new/out/../../new/out/iOS_AppStore1024.png"), "iOS_AppStore1024.png");
+    std::filesystem::create_hard_link(
+        Path("new/out/iOS_AppStore1024.png").toStdString(), Path("twin.png").toStdString());
+    expectRefusal(Path("twin.png"), "iOS_AppStore1024.png");
+    PutFile(Path("new/out/Icon_MainIcon.ico"), icon);
+    expectRefusal(Path("new/out/Icon_MainIcon.ico"), "Icon_MainIcon.ico");
+    if (IsPosix()) {
+        ASSERT_TRUE(QFile::link("Icon_MainIcon.ico", Path("new/out/UWP_DelphiLogo44.png")));
+        expectRefusal(Path("new/out/Icon_MainIcon.ico"), "UWP_DelphiLogo44.png");
+        ASSERT_TRUE(QFile::link(Path("new"), Path("link")));
+        expectRefusal(Path("link/out/iOS_AppStore1024.png"), "iOS_AppStore1024.png");
+    }
+
+    FJob.IconFile = Path("icon.png");
+    FJob.LaunchFile = Path("new/out/iPhone_Launch2x.png");
+    PutFile(FJob.LaunchFile, FileBytes(Path("launch.png")));
+    EXPECT_THAT(RunError(), HasSubstr("this would overwrite the launch image "));
+    FJob.Platforms = { .Android = true };
+    EXPECT_EQ(RunGeneration(FJob).size(), 15U) << "no output has the name of a source";
 }
 
 TEST_F(GenerationRunTest, PlanWarnsOfSourcesThatDoNotFit)

@@ -58,6 +58,36 @@ TEST_F(MainFormRunTest, GeneratesShowsUpdatesAndClears)
     EXPECT_EQ(FPrompts.TakeShown(), QStringList("error: The Project does not exist!"));
 }
 
+TEST_F(MainFormRunTest, RefusesToDeleteOrOverwriteWhatTheUserNeeds)
+{
+    Start({ "A" });
+    const auto setField = [this](TField field, const QString& text) {
+        Table().SetField(field, text);
+        Click("Save Changes");
+    };
+    setField(TField::OutputFolder, Path("A/../A"));
+    const auto before = FolderContent(Path(""));
+    Click("Del All Images");
+    EXPECT_EQ(FPrompts.TakeShown(),
+        QStringList("error: Cannot delete the files in " + Path("A/../A")
+            + ": it is the folder of the project file"));
+    setField(TField::OutputFolder, Path("program"));
+    Click("Del All Images");
+    EXPECT_THAT(FPrompts.TakeShown().join('\n').toStdString(), HasSubstr("it is the program's own folder"));
+
+    const QString source = Path("out/iOS_AppStore1024.png");
+    PutFile(source, FileBytes(Path("icon.png")));
+    FPrompts.Image = source;
+    Click("Icon Image");
+    setField(TField::OutputFolder, Path("out"));
+    Click("Generate");
+    EXPECT_EQ(FPrompts.TakeShown(),
+        QStringList("error: Cannot generate " + source + ": this would overwrite the icon image " + source));
+    EXPECT_EQ(QDir(Path("out")).entryList(QDir::Files), QStringList("iOS_AppStore1024.png"));
+    EXPECT_EQ(FileBytes(source), FileBytes(Path("icon.png")));
+    EXPECT_EQ(FileBytes(ProjectFile("A")), before.at("A/A.dproj"));
+}
+
 TEST_F(MainFormRunTest, RunKeepsToItsProjectAndClosingEndsIt)
 {
     Start({ "B", "A" });

@@ -1,0 +1,80 @@
+#include "generate/ClearRule.h"
+
+#include "base/Error.h"
+#include "base/Files.h"
+#include "base/PathRules.h"
+#include "base/SystemFiles.h"
+#include "store/Project.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+#include <algorithm>
+
+namespace Corvadine {
+
+namespace {
+
+// Whether `folder` holds `file` itself or, if `file` is a link, one of the files that it leads to.
+bool Holds(const QString& folder, const QString& file)
+{
+    constexpr int MostLinks = 40; // a longer chain is a circle
+    QString path = file;
+    for (int links = 0; links <= MostLinks && !FolderOf(path).isEmpty(); ++links) {
+        if (IsSameFile(folder, FolderOf(path)))
+            return true;
+        // The target of a link is relative to where the link really lies.
+        const QString place = QFileInfo(FolderOf(path)).canonicalFilePath();
+        if (place.isEmpty()) // the folder does not exist
+            return false;
+        path = QFileInfo(QDir(place).filePath(FileNameOf(path))).symLinkTarget(); // empty if it is no link
+    }
+    return false;
+}
+
+bool HoldsSource(const QString& folder, const QString& source)
+{
+    return FileExists(source) && Holds(folder, source);
+}
+
+// Completes "Cannot delete the files in FOLDER: ". Empty if nothing forbids it.
+QString ReasonAgainst(const TProject& project, const TOwnFolders& own)
+{
+    const QString& folder = project.OutputFolder;
+    if (folder.isEmpty())
+        return {};
+    if (FolderExists(folder) && IsDriveRoot(folder))
+        return u"it is the root of a drive"_s;
+    if (IsSameFile(folder, QDir::homePath()))
+        return u"it is the home folder"_s;
+    if (IsSameFile(folder, own.Program))
+        return u"it is the program's own folder"_s;
+    if (IsSameFile(folder, own.Data))
+        return u"it is the folder of the project database"_s;
+    if (Holds(folder, project.ProjectFile))
+        return u"it is the folder of the project file"_s;
+    if (HoldsSource(folder, project.IconImageName))
+        return u"it holds the icon image %1"_s.arg(project.IconImageName);
+    if (HoldsSource(folder, project.SplashImageName))
+        return u"it holds the launch image %1"_s.arg(project.SplashImageName);
+    return {};
+}
+
+} // namespace
+
+void RefuseToClear(const TProject& project, const TOwnFolders& own)
+{
+    const QString reason = ReasonAgainst(project, own);
+    if (!reason.isEmpty())
+        throw TError(TErrorKind::BadInput, u"delete the files in"_s, project.OutputFolder, reason);
+}
+
+QStringList ClearWarnings(const TProject& project, const TOwnFolders& own)
+{
+    const QString reason = ReasonAgainst(project, own);
+    if (reason.isEmpty())
+        return {};
+    return { u"The output folder %1 can never be cleared: %2"_s.arg(project.OutputFolder, reason) };
+}
+
+} // namespace Corvadine
