@@ -20,7 +20,9 @@ public:
     void Declare(CLI::App& app) override
     {
         TProjectCommand::Declare(app);
-        app.add_flag("--yes", FYes, "Really delete them");
+        app.add_flag("--yes", FYes,
+            "Really delete them; without it, the command only tells how\n"
+            "many files there are and how many Corvadine did not make");
     }
 
 protected:

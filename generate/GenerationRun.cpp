@@ -3,12 +3,10 @@
 #include "base/Error.h"
 #include "base/Files.h"
 #include "base/StagedFile.h"
-#include "generate/WorkQueue.h"
+#include "generate/RenderTasks.h"
 
 #include <algorithm>
 #include <mutex>
-#include <thread>
-#include <tuple>
 
 namespace Corvadine {
 
@@ -19,7 +17,7 @@ public:
     TRun(const TGenJob& job, const TGenProgress& progress)
         : FJob(job)
         , FProgress(progress)
-        , FSizes(ReadSourceSizes(job))
+        , FSizes(ReadSourceSizes(job.IconFile, job.LaunchFile))
         , FOutputs(OutputsOf(job, FSizes))
         , FFiles(FOutputs.size())
     {
@@ -30,50 +28,18 @@ public:
 
     std::vector<TOutput> Run(int workers)
     {
-        RunTasks(Tasks(), workers);
+        const TRenderSteps steps { [this] {
+                                      if (FSizes.Launch)
+                                          FSources.Launch = LoadSource(FJob.LaunchFile);
+                                  },
+            [this] { FSources.Icon = LoadSource(FJob.IconFile); },
+            [this](std::size_t index) { Render(index); } };
+        RunTasks(RenderTasks(FOutputs, steps), workers);
         WriteFiles();
         return FOutputs;
     }
 
 private:
-    // Returns the tasks in their order. The launch source is loaded first, because it is usually larger than
-    // the icon source. The icon source follows, then the outputs. Outputs that take longest come first.
-    std::vector<TTask> Tasks()
-    {
-        constexpr int LaunchTask = 0;
-        constexpr int IconTask = 1;
-        std::vector<TTask> tasks {
-            { [this] {
-                if (FSizes.Launch)
-                    FSources.Launch = LoadSource(FJob.LaunchFile);
-            } },
-            { [this] { FSources.Icon = LoadSource(FJob.IconFile); } },
-        };
-        for (const std::size_t index : LongestFirst())
-            tasks.push_back(
-                { [this, index] { Render(index); }, FOutputs[index].FromLaunch ? LaunchTask : IconTask });
-        return tasks;
-    }
-
-    // Returns the indices of the outputs to render, those that take longest first. Leaves out outputs that
-    // are equal to an earlier output.
-    std::vector<std::size_t> LongestFirst() const
-    {
-        std::vector<std::size_t> indices;
-        for (std::size_t i = 0; i < FOutputs.size(); ++i)
-            if (FOutputs[i].SameAs == i)
-                indices.push_back(i);
-        const auto effort = [this](std::size_t index) {
-            const TOutput& output = FOutputs[index];
-            const QSize canvas = output.Recipe.Canvas;
-            return std::pair(
-                output.Kind == TOutputKind::MainIcon, qint64 { canvas.width() } * canvas.height());
-        };
-        std::stable_sort(indices.begin(), indices.end(),
-            [&effort](std::size_t a, std::size_t b) { return effort(a) > effort(b); });
-        return indices;
-    }
-
     void Render(std::size_t index)
     {
         FFiles[index] = RenderOutput(FOutputs[index], FSources, FJob.Options);
@@ -111,8 +77,7 @@ std::vector<TOutput> RunGeneration(const TGenJob& job, int workers, const TGenPr
 {
     if (job.OutputFolder.isEmpty())
         throw TError(TErrorKind::BadInput, u"Cannot generate: the project has no output folder"_s);
-    const int cores = std::max(static_cast<int>(std::thread::hardware_concurrency()), 1);
-    return TRun(job, progress).Run(workers > 0 ? workers : cores);
+    return TRun(job, progress).Run(workers);
 }
 
 } // namespace Corvadine

@@ -2,104 +2,163 @@
 
 #include "base/Error.h"
 #include "base/Files.h"
-#include "generate/Outputs.h"
-#include "generate/pixels/Resampler.h"
+#include "generate/RenderTasks.h"
 #include "images/SourceImage.h"
 
-#include <QFile>
-#include <QImageReader>
+#include <algorithm>
+#include <functional>
+#include <memory>
 
 namespace Corvadine {
 
 namespace {
 
-// The color type that the PNG of an output must have (https://www.w3.org/TR/png-3/#11IHDR).
-int ExpectedColorType(bool keepsAlpha, TOutputFormat format)
-{
-    constexpr int Rgb = 2;
-    constexpr int Palette = 3;
-    constexpr int RgbAlpha = 6;
-    if (format == TOutputFormat::Colors256)
-        return Palette;
-    return keepsAlpha ? RgbAlpha : Rgb;
-}
+// One source as far as it can be read.
+struct TSource {
+    QString Name;
+    QString File;
+    std::optional<QSize> Size;                   // nothing if the header cannot be read
+    std::shared_ptr<const TRenderSource> Loaded; // null unless the whole file can be decoded
+    QString Fault;                               // why it cannot be loaded
 
-// Returns what is wrong with the PNG of `output`, or an empty text if nothing is wrong. Throws TError if the
-// file cannot be decoded.
-QString PngFault(const TOutput& output, const TRenderSource& source, TOutputFormat format)
-{
-    QFile file(output.Path);
-    const QImage image = LoadSourceImage(file, TDecoderChoice::ByContent);
-    // These bytes hold the signature, and the first chunk (IHDR) up to bit depth and color type.
-    constexpr qint64 HeaderBytes = 26;
-    file.seek(0);
-    const QByteArray header = file.read(HeaderBytes);
-    if (header.size() < HeaderBytes || !header.startsWith("\x89PNG\r\n\x1A\n"))
-        return u"it is not a PNG file"_s;
-    const QSize size = output.Recipe.Canvas;
-    if (image.size() != size)
-        return u"it has %1 pixels instead of %2"_s.arg(SizeText(image.size()), SizeText(size));
-    constexpr int BitDepth = 8;
-    const bool keepsAlpha = output.Recipe.KeepsAlpha && source.Image().hasAlphaChannel();
-    const int colorType = ExpectedColorType(keepsAlpha, format);
-    if (header[24] != BitDepth || header[25] != colorType)
-        return u"it has color type %1 with %2 bits instead of color type %3 with %4 bits"_s
-            .arg(int { header[25] })
-            .arg(int { header[24] })
-            .arg(colorType)
-            .arg(BitDepth);
-    if (!keepsAlpha && IsTransparent(image))
-        return u"it is transparent"_s;
-    return {};
-}
-
-// Returns what is wrong with the Windows icon at `path`, or an empty text if nothing is wrong. `source` is
-// the size of the icon source in pixels.
-QString IconFault(const QString& path, QSize source)
-{
-    QImageReader reader(path, "ico");
-    const auto count = static_cast<std::size_t>(std::max(reader.imageCount(), 0));
-    if (count != IconSizes.size())
-        return u"it holds %1 images instead of %2"_s.arg(count).arg(IconSizes.size());
-    for (std::size_t i = 0; i < count; ++i) {
-        const QSize expected = FittedSize(source, { IconSizes[i], IconSizes[i] });
-        reader.jumpToImage(static_cast<int>(i));
-        const QImage image = reader.read();
-        if (image.isNull())
-            return u"its image of %1 pixels is damaged"_s.arg(SizeText(expected));
-        if (image.size() != expected)
-            return u"its image %1 has %2 pixels instead of %3"_s.arg(i + 1).arg(
-                SizeText(image.size()), SizeText(expected));
+    // Runs a step of the loading, and keeps why it failed.
+    void Try(const std::function<void()>& step)
+    {
+        try {
+            step();
+        } catch (const TError& error) {
+            Fault = error.Reason();
+        }
     }
-    return {};
-}
+};
 
-QString FaultOf(const TOutput& output, const TRenderSources& sources, TOutputFormat format)
-{
-    if (!FileExists(output.Path))
-        return u"the file does not exist"_s;
-    if (output.Kind == TOutputKind::MainIcon)
-        return IconFault(output.Path, sources.Icon->Image().size());
-    try {
-        RefuseHuge(output, sources.Sizes());
-        return PngFault(output, output.FromLaunch ? *sources.Launch : *sources.Icon, format);
-    } catch (const TError& error) {
-        return error.Reason();
+class TCheck {
+public:
+    TCheck(const TGenJob& job, TCheckDepth depth)
+        : FJob(job)
+        , FDepth(depth)
+        , FIcon { u"icon"_s, job.IconFile, {}, {}, {} }
+        , FLaunch { u"launch"_s, job.LaunchFile, {}, {}, {} }
+    {
+        FIcon.Try([this] { FIcon.Size = ReadSourceSizes(FJob.IconFile, {}).Icon; });
+        FLaunch.Try([this] { FLaunch.Size = ReadSourceSizes({}, FJob.LaunchFile).Launch; });
+        // Which source an output has must not depend on whether the launch source can be read.
+        constexpr QSize UnknownSize(2, 2);
+        FSizes.Icon = FIcon.Size.value_or(UnknownSize);
+        if (!FLaunch.File.isEmpty())
+            FSizes.Launch = FLaunch.Size.value_or(UnknownSize);
+        FOutputs = OutputsOf(FJob, FSizes);
+        FFaults.resize(FOutputs.size());
     }
-}
+
+    TOutputCheck Run(int workers)
+    {
+        const TRenderSteps steps { [this] { Load(FLaunch); }, [this] { Load(FIcon); },
+            [this](std::size_t index) { CheckAlike(index); } };
+        RunTasks(RenderTasks(FOutputs, steps), workers);
+        TOutputCheck result;
+        result.OutputCount = static_cast<int>(FOutputs.size());
+        for (std::size_t i = 0; i < FOutputs.size(); ++i) {
+            if (FFaults[i])
+                result.Findings.push_back({ FOutputs[i].ID, FOutputs[i].Path, *FFaults[i] });
+            result.ComparedCount += Compares(FOutputs[i]) ? 1 : 0;
+        }
+        for (const TSource* source : { &FIcon, &FLaunch })
+            if (!source->Fault.isEmpty())
+                result.UnreadableSources.push_back(
+                    { source->Name, source->File, source->Fault, CountOutputs(*source) });
+        return result;
+    }
+
+private:
+    static void Load(TSource& source)
+    {
+        if (source.Size)
+            source.Try([&source] { source.Loaded = LoadSource(source.File); });
+    }
+
+    const TSource& SourceOf(const TOutput& output) const { return output.FromLaunch ? FLaunch : FIcon; }
+
+    int CountOutputs(const TSource& source) const
+    {
+        return static_cast<int>(std::count_if(FOutputs.begin(), FOutputs.end(),
+            [&](const TOutput& output) { return &SourceOf(output) == &source; }));
+    }
+
+    bool Compares(const TOutput& output) const
+    {
+        return FDepth == TCheckDepth::Pixels && SourceOf(output).Loaded && IsSizeKnown(output);
+    }
+
+    // The size of an output follows from its source, and that of a launch image also from the launch source.
+    bool IsSizeKnown(const TOutput& output) const
+    {
+        const bool needsLaunch = output.Kind == TOutputKind::Launch && !FLaunch.File.isEmpty();
+        return SourceOf(output).Size && (!needsLaunch || FLaunch.Size);
+    }
+
+    // Checks the outputs with the same content as that of index `first`, which is rendered once.
+    void CheckAlike(std::size_t first)
+    {
+        const TOutput& output = FOutputs[first];
+        std::function<std::optional<TImageFault>(const QString& path)> check;
+        try {
+            RefuseHuge(output, FSizes);
+            if (output.Kind == TOutputKind::MainIcon)
+                check = [form = IconForm(output)](const QString& path) { return IconFault(path, form); };
+            else
+                check = [form = PngForm(output)](const QString& path) { return PngFault(path, form); };
+        } catch (const TError& error) {
+            check = [reason = error.Reason()](const QString&) {
+                return TImageFault { TFaultKind::Stale, reason };
+            };
+        }
+        for (std::size_t i = first; i < FOutputs.size(); ++i) {
+            if (FOutputs[i].SameAs != first)
+                continue;
+            if (FileExists(FOutputs[i].Path))
+                FFaults[i] = check(FOutputs[i].Path);
+            else
+                FFaults[i] = TImageFault { TFaultKind::Missing, u"the file does not exist"_s };
+        }
+    }
+
+    TIconForm IconForm(const TOutput& output) const
+    {
+        const bool compares = Compares(output);
+        return { FIcon.Size, compares ? RenderMainIcon(*FIcon.Loaded, FJob.Options.Filter) : QByteArray() };
+    }
+
+    TPngForm PngForm(const TOutput& output) const
+    {
+        const std::shared_ptr<const TRenderSource>& source = SourceOf(output).Loaded;
+        TPngForm form;
+        form.Format = FJob.Options.Format;
+        if (IsSizeKnown(output))
+            form.Size = output.Recipe.Canvas;
+        if (!output.Recipe.KeepsAlpha)
+            form.HasAlpha = false;
+        else if (source)
+            form.HasAlpha = source->Image().hasAlphaChannel();
+        if (Compares(output))
+            form.Pixels = ToImage(RenderPixels(*source, output.Recipe, FJob.Options));
+        return form;
+    }
+
+    const TGenJob& FJob;
+    TCheckDepth FDepth;
+    TSource FIcon;
+    TSource FLaunch;
+    TSourceSizes FSizes;
+    std::vector<TOutput> FOutputs;
+    std::vector<std::optional<TImageFault>> FFaults; // as FOutputs; each is written by one thread
+};
 
 } // namespace
 
-std::vector<TOutputFinding> CheckOutputs(const TGenJob& job)
+TOutputCheck CheckOutputs(const TGenJob& job, TCheckDepth depth, int workers)
 {
-    const TRenderSources sources = LoadSources(job);
-    std::vector<TOutputFinding> findings;
-    for (const TOutput& output : OutputsOf(job, sources.Sizes())) {
-        const QString fault = FaultOf(output, sources, job.Options.Format);
-        if (!fault.isEmpty())
-            findings.push_back({ output.ID, output.Path, fault });
-    }
-    return findings;
+    return TCheck(job, depth).Run(workers);
 }
 
 } // namespace Corvadine

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "generate/GenJob.h"
+#include "generate/ImageFault.h"
 
 #include <QString>
 
@@ -8,17 +9,39 @@
 
 namespace Corvadine {
 
+// How closely the files are looked at.
+enum class TCheckDepth {
+    Form,   // size, color type, number of images
+    Pixels, // the same and every pixel, which are rendered again
+};
+
 // A fault of one file in the output folder.
 struct TOutputFinding {
     QString ID; // TOutput::ID of the output
     QString Path;
-    QString Text; // what is wrong, for example "the file does not exist"
+    TImageFault Fault;
 };
 
-// Compares the files in the output folder with what a run of `job` would write. Each file must exist, decode
+// A source that cannot be loaded. What its outputs must look like is not known, so only their form is
+// checked, without their size if not even that of the source is known.
+struct TUnreadableSource {
+    QString Name; // "icon" or "launch"
+    QString Path;
+    QString Reason;
+    int OutputCount = 0; // number of its outputs
+};
+
+struct TOutputCheck {
+    std::vector<TOutputFinding> Findings; // in the order of OutputsOf()
+    std::vector<TUnreadableSource> UnreadableSources;
+    int OutputCount = 0;
+    int ComparedCount = 0; // number of outputs whose source was rendered again for the comparison
+};
+
+// Compares the files in the output folder with what a run of `job` would write: each file must exist, decode
 // completely and have the exact size and color type. Flattened images must not be transparent, and the
-// Windows icon must hold its ten images. Returns the faults in the order of OutputsOf(). Throws TError when a
-// source cannot be loaded.
-std::vector<TOutputFinding> CheckOutputs(const TGenJob& job);
+// Windows icon must hold its ten images with their masks. With TCheckDepth::Pixels all pixels must be those
+// of a run; the compression may be another one. Works on `workers` threads (0: one per core).
+TOutputCheck CheckOutputs(const TGenJob& job, TCheckDepth depth = TCheckDepth::Pixels, int workers = 0);
 
 } // namespace Corvadine

@@ -12,13 +12,13 @@ TSourceSizes TRenderSources::Sizes() const
     return sizes;
 }
 
-TSourceSizes ReadSourceSizes(const TGenJob& job)
+TSourceSizes ReadSourceSizes(const QString& iconFile, const QString& launchFile)
 {
     TSourceSizes sizes;
-    if (!job.IconFile.isEmpty())
-        sizes.Icon = ReadImageHeader(job.IconFile, TDecoderChoice::ByContent).Size;
-    if (!job.LaunchFile.isEmpty())
-        sizes.Launch = ReadImageHeader(job.LaunchFile, TDecoderChoice::ByContent).Size;
+    if (!iconFile.isEmpty())
+        sizes.Icon = ReadImageHeader(iconFile, TDecoderChoice::ByContent).Size;
+    if (!launchFile.isEmpty())
+        sizes.Launch = ReadImageHeader(launchFile, TDecoderChoice::ByContent).Size;
     return sizes;
 }
 

@@ -22,8 +22,9 @@ struct TRenderSources {
     TSourceSizes Sizes() const;
 };
 
-// Reads the sizes from the files' headers. Throws TError as ReadImageHeader() does.
-TSourceSizes ReadSourceSizes(const TGenJob& job);
+// Reads the sizes from the files' headers; an empty path means that no image is chosen. Throws TError as
+// ReadImageHeader() does.
+TSourceSizes ReadSourceSizes(const QString& iconFile, const QString& launchFile);
 
 // Decodes one source; an empty `file` gives BlankSourceImage(). Throws TError as LoadSourceImage() does.
 std::shared_ptr<const TRenderSource> LoadSource(const QString& file);

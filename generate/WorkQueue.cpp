@@ -85,9 +85,11 @@ private:
 void RunTasks(const std::vector<TTask>& tasks, int workers)
 {
     TWorkQueue queue(tasks);
+    const int cores = static_cast<int>(std::thread::hardware_concurrency());
+    const int threads = workers > 0 ? workers : cores;
     {
         std::vector<std::jthread> helpers;
-        for (int worker = 1; worker < workers; ++worker)
+        for (int worker = 1; worker < threads; ++worker)
             helpers.emplace_back([&queue] { queue.Work(); });
         queue.Work();
     }

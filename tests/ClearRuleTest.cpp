@@ -11,7 +11,6 @@ using namespace Corvadine;
 using namespace Corvadine::Testing;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
-using ::testing::IsEmpty;
 
 namespace {
 

@@ -231,9 +231,11 @@ TEST_F(TCliTest, RefusesBadFilesAndChangesNothing)
     ASSERT_EQ(Run({ "generate", "1" }).Status, 0);
     const QByteArray icon = FileBytes(FIcon);
     PutFile(FIcon, icon.left(icon.size() / 2));
-    for (const char* command : { "plan", "generate", "check" })
+    for (const char* command : { "plan", "generate" })
         ExpectRefusal({ command, "1" }, 1, "icon.png: ");
-    // Lines that the decoders print must not reach the error stream.
+    EXPECT_THAT(Run({ "check", "1" }).Out,
+        HasSubstr(FIcon.toStdString() + ": the icon image cannot be loaded (it is damaged or truncated"));
+    // The decoders' own lines must not reach the error stream.
     EXPECT_THAT(RunProgram({ "generate", "1" }).Err, Matches("Cannot load the image [^\n]*\n"));
     PutFile(FIcon, icon);
 
@@ -329,6 +331,35 @@ TEST_F(TCliTest, RefusesToDeleteOrOverwriteWhatTheUserNeeds)
         + ": this would overwrite the icon image " + source.toStdString();
     ExpectRefusal({ "generate", "1" }, 1, text);
     ExpectRefusal({ "plan", "1" }, 1, text);
+}
+
+TEST_F(TCliTest, CheckTellsStaleFromDamagedUnlessItIsAskedForTheFormOnly)
+{
+    AddProject();
+    ASSERT_EQ(Run({ "generate", "1" }).Status, 0);
+    ASSERT_EQ(Run({ "update", "1" }).Status, 0);
+    ASSERT_EQ(Run({ "set", "1", "--compression", "1" }).Status, 0);
+    EXPECT_EQ(Run({ "check", "1" }).Out, "OK\n");
+    QImage icon(64, 64, QImage::Format_ARGB32);
+    icon.fill(QColor(30, 30, 200, 128));
+    icon.save(FIcon);
+    EXPECT_EQ(Run({ "check", "1", "--form" }).Out, "OK\n");
+    const QString cut = FOutput + "/UWP_DelphiLogo44.png";
+    ASSERT_TRUE(QFile::resize(cut, QFileInfo(cut).size() - 1));
+    const TOutcome outcome = Run({ "check", "1" });
+    EXPECT_EQ(outcome.Status, 1);
+    EXPECT_THAT(outcome.Out,
+        Matches("[^\n]*UWP_DelphiLogo44.png: damaged: the file is truncated\n"
+                "[^\n]*UWP_DelphiLogo150.png: stale: 22500 of its 22500 pixels differ [^\n]*\n"
+                "[^\n]*Icon_MainIcon.ico: stale: in its image of 16 x 16 pixels, 256 [^\n]*\n3 findings\n"));
+    const QJsonObject json = JsonIn(Run({ "check", "1", "--json" }))["projects"][0].toObject();
+    EXPECT_EQ(json["images"], 3);
+    EXPECT_EQ(json["compared"], 3);
+    const QJsonObject finding = json["findings"][1].toObject();
+    EXPECT_EQ(finding["kind"], "stale");
+    EXPECT_EQ(finding["id"], "UWP_DelphiLogo150");
+    EXPECT_EQ(finding["path"], FOutput + QDir::separator() + "UWP_DelphiLogo150.png");
+    EXPECT_TRUE(finding["text"].toString().startsWith("22500 of its"));
 }
 
 TEST_F(TCliTest, AFullDiskChangesNothing)

@@ -23,7 +23,7 @@ protected:
     void SetUp() override
     {
         const QImage icon = Painted({ 300, 300 }, QImage::Format_ARGB32,
-            [](int x, int y) { return qRgba(x % 256, y % 256, (x * y) % 256, x < 20 ? 0 : 255); });
+            [](int x, int y) { return qRgba(x % 256, y % 256, (x * y) % 256, x < 60 ? 0 : 255); });
         ASSERT_TRUE(icon.save(Path("icon.png")));
         ASSERT_TRUE(icon.convertToFormat(QImage::Format_RGB32).scaled(200, 400).save(Path("launch.png")));
         FJob.IconFile = Path("icon.png");
@@ -40,12 +40,17 @@ protected:
     }
     TFolderContent Outputs() const { return FolderContent(FJob.OutputFolder); }
 
-    QString Findings() const
+    // The findings of a check, each with "damaged" or "stale" if its file exists.
+    std::string Findings(TCheckDepth depth = TCheckDepth::Pixels) const
     {
         QStringList texts;
-        for (const TOutputFinding& finding : CheckOutputs(FJob))
-            texts.append(finding.ID + ": " + finding.Text);
-        return texts.join("; ");
+        for (const auto& [id, path, fault] : CheckOutputs(FJob, depth).Findings)
+            texts.append(id
+                + (fault.Kind == TFaultKind::Damaged      ? " damaged: "
+                        : fault.Kind == TFaultKind::Stale ? " stale: "
+                                                          : ": ")
+                + fault.Text);
+        return texts.join("; ").toStdString();
     }
 
     TGenJob FJob;
@@ -135,13 +140,108 @@ TEST_F(GenerationRunTest, CheckFindsEachKindOfDamage)
     ASSERT_TRUE(QImage(150, 150, QImage::Format_RGB32).save(out.filePath("UWP_DelphiLogo150.png"), "BMP"));
     const QString icon = out.filePath("Icon_MainIcon.ico");
     PutFile(icon, FileBytes(icon).replace(4, 1, "\x09"));
-    EXPECT_THAT(Findings().toStdString(),
-        Matches("Android_LauncherIcon36: the file does not exist; "
-                "Android_LauncherIcon48: it has 96 x 96 pixels instead of 48 x 48; "
-                "Android_LauncherIcon72: it is damaged or truncated .*; "
-                "UWP_DelphiLogo150: it is not a PNG file; "
-                "iOS_AppStore1024: it has color type 6 with 8 bits instead of color type 2 with 8 bits; "
-                "Icon_MainIcon: it holds 9 images instead of 10"));
+    for (const TCheckDepth depth : { TCheckDepth::Form, TCheckDepth::Pixels })
+        EXPECT_THAT(Findings(depth),
+            Matches("Android_LauncherIcon36: the file does not exist; "
+                    "Android_LauncherIcon48 stale: it has 96 x 96 pixels instead of 48 x 48; "
+                    "Android_LauncherIcon72 damaged: it is damaged or truncated .*; "
+                    "UWP_DelphiLogo150 damaged: it is not a PNG file; "
+                    "iOS_AppStore1024 stale: it has color type 6 with 8 bits instead of color type 2 with 8 "
+                    "bits; "
+                    "Icon_MainIcon damaged: it holds 9 images instead of 10"));
+}
+
+TEST_F(GenerationRunTest, CheckComparesPixelsWithThoseOfARun)
+{
+    FJob.Platforms = { .Windows = true };
+    const QString logo = Path("new/out/UWP_DelphiLogo44.png");
+    for (const TOutputFormat format : { TOutputFormat::TrueColor, TOutputFormat::Colors256 }) {
+        FJob.Options.Format = format;
+        FJob.Options.Compression = 1;
+        RunGeneration(FJob);
+        FJob.Options.Compression = 9;
+        EXPECT_EQ(Findings(), "") << "only the compression is another one";
+
+        const QByteArray right = FileBytes(logo);
+        PutFile(logo, right.chopped(1));
+        EXPECT_EQ(Findings(), "UWP_DelphiLogo44 damaged: the file is truncated");
+        EXPECT_EQ(Findings(TCheckDepth::Form), Findings());
+        QImage image(logo);
+        if (format == TOutputFormat::TrueColor) {
+            image.setPixel(30, 9, image.pixel(30, 9) ^ 128U);
+            ASSERT_TRUE(image.save(logo));
+            EXPECT_EQ(Findings(),
+                "UWP_DelphiLogo44 stale: 1 of its 1936 pixels differ from what a run would "
+                "write, by up to 128 of 255");
+        }
+        image.fill(image.pixel(40, 40));
+        ASSERT_TRUE(image.save(logo));
+        EXPECT_THAT(Findings(), Matches("UWP_DelphiLogo44 stale: [0-9]+ of its 1936 pixels differ .*"));
+        EXPECT_EQ(Findings(TCheckDepth::Form), "");
+        PutFile(logo, right);
+    }
+
+    FJob.Options.Filter = TResampleFilter::rfBell;
+    EXPECT_THAT(Findings(),
+        Matches("UWP_DelphiLogo44 stale: .*; UWP_DelphiLogo150 stale: .*; Icon_MainIcon "
+                "stale: in its image of 16 x 16 pixels, [0-9]+ of its 256 pixels .*"));
+    FJob.Platforms = { .Android = true };
+    FJob.Options.Format = TOutputFormat::TrueColor;
+    RunGeneration(FJob);
+    FJob.Options.Background = { 1, 2, 3 };
+    EXPECT_THAT(Findings(), Matches("Android_SplashImage426 stale: (?:(?!Launcher|Notification).)*"));
+}
+
+TEST_F(GenerationRunTest, CheckLooksIntoTheWindowsIcon)
+{
+    FJob.Platforms = { .Windows = true };
+    RunGeneration(FJob);
+    const QString path = Path("new/out/Icon_MainIcon.ico");
+    const QByteArray right = FileBytes(path);
+    constexpr qsizetype FirstImage = 6 + 10 * 16;
+    constexpr qsizetype FirstMask = FirstImage + 40 + 16 * 16 * 4;
+    PutFile(path, QByteArray(right).replace(FirstMask, 16 * 4, QByteArray(16 * 4, '\0')));
+    EXPECT_EQ(Findings(),
+        "Icon_MainIcon damaged: the header or the mask of its image of 16 x 16 pixels is "
+        "missing or wrong");
+    QByteArray pixel = right;
+    pixel[FirstImage + 40 + 16 * 4 - 3] = static_cast<char>(~pixel[FirstImage + 40 + 16 * 4 - 3]);
+    PutFile(path, pixel);
+    EXPECT_THAT(Findings(),
+        HasSubstr("Icon_MainIcon stale: in its image of 16 x 16 pixels, 1 of its 256 pixels differ"));
+    EXPECT_EQ(Findings(TCheckDepth::Form), "");
+    for (const QByteArray& cut : { right.chopped(1), right.left(FirstMask), right.left(20) }) {
+        PutFile(path, cut);
+        EXPECT_EQ(Findings(), "Icon_MainIcon damaged: the file is truncated");
+    }
+}
+
+TEST_F(GenerationRunTest, CheckWithoutASourceTellsWhatItCouldNotCompare)
+{
+    RunGeneration(FJob);
+    FJob.Options.Filter = TResampleFilter::rfBell; // all images are stale
+    const TOutputCheck whole = CheckOutputs(FJob);
+    EXPECT_EQ(whole.Findings.size(), 38U);
+    EXPECT_EQ(whole.ComparedCount, 38);
+
+    QFile::remove(FJob.LaunchFile);
+    TOutputCheck check = CheckOutputs(FJob);
+    ASSERT_EQ(check.UnreadableSources.size(), 1U);
+    EXPECT_EQ(check.UnreadableSources[0].Name, "launch");
+    EXPECT_EQ(check.UnreadableSources[0].Reason, "the file does not exist");
+    EXPECT_EQ(check.UnreadableSources[0].OutputCount, 10);
+    EXPECT_EQ(check.ComparedCount, 28);
+    EXPECT_EQ(check.Findings.size(), 28U);
+
+    PutFile(FJob.IconFile, FileBytes(FJob.IconFile).chopped(100)); // its size is still known
+    ASSERT_TRUE(QFile::resize(Path("new/out/Android_SplashImage426.png"), 1000));
+    ASSERT_TRUE(QImage(9, 9, QImage::Format_ARGB32).save(Path("new/out/Android_LauncherIcon36.png")));
+    check = CheckOutputs(FJob);
+    EXPECT_EQ(check.UnreadableSources.size(), 2U);
+    EXPECT_EQ(check.ComparedCount, 0);
+    EXPECT_THAT(Findings(),
+        Matches("Android_LauncherIcon36 stale: it has 9 x 9 pixels .*; "
+                "Android_SplashImage426 damaged: [^;]*"));
 }
 
 TEST_F(GenerationRunTest, RefusesOutputsThatAreTooLargeBeforeItDecodes)

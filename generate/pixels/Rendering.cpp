@@ -29,17 +29,22 @@ TRecipe RecipeOf(QSize source, QSize box, bool isOpaque)
     return { fitted, isSquare ? fitted : box, isSquare && !isOpaque };
 }
 
-QByteArray RenderPng(const TRenderSource& source, const TRecipe& recipe, const TRenderOptions& options)
+TRendered RenderPixels(const TRenderSource& source, const TRecipe& recipe, const TRenderOptions& options)
 {
     const TFittedImage fitted = source.At(recipe.Fitted, options.Filter);
     const bool keepsAlpha = recipe.KeepsAlpha && source.Image().hasAlphaChannel();
-    const TRaster raster =
+    TRaster raster =
         keepsAlpha ? WithAlpha(fitted) : FlattenedOnCanvas(fitted, recipe.Canvas, options.Background);
     if (options.Format == TOutputFormat::TrueColor)
-        return EncodePng(raster, options.Compression);
+        return raster;
     const bool hasMargin = recipe.Fitted != recipe.Canvas;
-    return EncodePng(ReduceColors(raster, hasMargin ? std::optional(options.Background) : std::nullopt),
-        options.Compression);
+    return ReduceColors(raster, hasMargin ? std::optional(options.Background) : std::nullopt);
+}
+
+QByteArray RenderPng(const TRenderSource& source, const TRecipe& recipe, const TRenderOptions& options)
+{
+    return std::visit([&options](const auto& pixels) { return EncodePng(pixels, options.Compression); },
+        RenderPixels(source, recipe, options));
 }
 
 QByteArray RenderMainIcon(const TRenderSource& source, TResampleFilter filter)

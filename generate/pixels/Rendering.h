@@ -9,6 +9,7 @@
 #include <array>
 #include <mutex>
 #include <optional>
+#include <variant>
 
 namespace Corvadine {
 
@@ -43,6 +44,13 @@ struct TRecipe {
 // shape of the source and, unless `isOpaque`, its transparency. For any other box the source is flattened and
 // centered on a canvas as large as the box. REQUIRES: all sides at least 1.
 TRecipe RecipeOf(QSize source, QSize box, bool isOpaque);
+
+// One picture in the form that its PNG file has.
+using TRendered = std::variant<TRaster, TPaletteRaster>;
+
+// Returns the pixels of one picture. The compression of `options` has no effect. The same arguments always
+// give the same pixels. Throws as ReduceColors() does.
+TRendered RenderPixels(const TRenderSource& source, const TRecipe& recipe, const TRenderOptions& options);
 
 // Returns the PNG file of one picture. The same arguments always give the same bytes. Throws as
 // ReduceColors() and EncodePng() do.
