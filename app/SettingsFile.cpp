@@ -6,85 +6,143 @@
 
 #include <QStringConverter>
 
-// The library needs no converter, because Decoded() converts the file to UTF-8 first. SI_IMPLEMENTATION makes
-// this file contain the code of the library.
-#define SI_NO_CONVERSION
-#define SI_IMPLEMENTATION
-#include <SimpleIni.h>
-
-#include <string>
+#include <algorithm>
 
 namespace Corvadine {
 
 namespace {
 
-constexpr const char* Section = "Corvadine";
+const QByteArray Section = "Corvadine";
+const QByteArray Utf8Mark = "\xEF\xBB\xBF";
 
-// Decodes the file by its byte order mark. Without such a mark, decodes UTF-8. If the bytes are not UTF-8,
-// decodes the 8-bit code page.
-QString Decoded(const QByteArray& bytes)
+// Values in UTF-8 are to be put among the lines, so a file in UTF-16 or UTF-32 becomes UTF-8. Other files
+// keep their bytes.
+QByteArray ReadBytes(const QString& path)
 {
-    if (const auto marked = QStringConverter::encodingForData(bytes))
-        return QStringDecoder(*marked).decode(bytes);
-    QStringDecoder utf8(QStringConverter::Utf8);
-    QString text = utf8.decode(bytes);
-    return utf8.hasError() ? LegacyText(bytes) : text;
+    const QByteArray bytes = ReadFile(path, u"read the settings file"_s);
+    const auto marked = QStringConverter::encodingForData(bytes);
+    if (!marked || marked == QStringConverter::Utf8)
+        return bytes;
+    const QString text = QStringDecoder(*marked).decode(bytes);
+    return text.toUtf8();
+}
+
+// Decodes one value. Each value is decoded by itself, because lines of the older release may stand beside
+// ours.
+QString Decoded(const QByteArray& value)
+{
+    QStringDecoder utf8(QStringConverter::Utf8, QStringConverter::Flag::ConvertInitialBom);
+    QString text = utf8.decode(value);
+    return utf8.hasError() ? LegacyText(value) : text;
+}
+
+bool IsSame(const QByteArray& left, const QByteArray& right)
+{
+    return left.compare(right, Qt::CaseInsensitive) == 0;
+}
+
+qsizetype LineEnd(const QByteArray& bytes, qsizetype at)
+{
+    const auto* end =
+        std::find_if(bytes.cbegin() + at, bytes.cend(), [](char c) { return c == '\r' || c == '\n'; });
+    return end - bytes.cbegin();
 }
 
 } // namespace
 
-struct TSettingsFile::TIni {
-    CSimpleIniA Values { true }; // UTF-8; this type ignores upper and lower case in names
+struct TSettingsFile::TPlaces {
+    bool HasSection = false;
+    qsizetype SectionEnd = 0; // behind the last line of the section
+    qsizetype ValueAt = -1;   // -1 if the section does not have the key
+    qsizetype ValueSize = 0;
 };
 
-TSettingsFile::TSettingsFile(const QString& path) : FPath(path), FIni(std::make_unique<TIni>())
+TSettingsFile::TSettingsFile(const QString& path)
+    : FPath(path), FBytes(FileExists(path) ? ReadBytes(path) : QByteArray())
 {
-    if (!FileExists(path))
-        return;
-    const QByteArray utf8 = Decoded(ReadFile(path, u"read the settings file"_s)).toUtf8();
-    FIni->Values.LoadData(utf8.constData(), static_cast<std::size_t>(utf8.size()));
 }
 
-TSettingsFile::~TSettingsFile() = default;
+TSettingsFile::TPlaces TSettingsFile::Find(const QByteArray& key) const
+{
+    TPlaces places;
+    bool isOwn = false;
+    for (qsizetype at = FBytes.startsWith(Utf8Mark) ? Utf8Mark.size() : 0, end = 0; at < FBytes.size();
+         at = end + 1) {
+        end = LineEnd(FBytes, at);
+        const QByteArray line = FBytes.mid(at, end - at);
+        const QByteArray content = line.trimmed();
+        const bool isHeading = content.startsWith('[');
+        if (isHeading && content.contains(']'))
+            isOwn = IsSame(content.mid(1, content.indexOf(']') - 1).trimmed(), Section);
+        if (!isOwn || content.isEmpty())
+            continue;
+        places.HasSection = true;
+        places.SectionEnd = end;
+        const qsizetype equals = line.indexOf('=');
+        if (isHeading || equals < 0 || places.ValueAt >= 0 || !IsSame(line.left(equals).trimmed(), key))
+            continue;
+        const QByteArray value = line.mid(equals + 1).trimmed();
+        places.ValueAt = at + (value.isEmpty() ? equals + 1 : line.indexOf(value, equals + 1));
+        places.ValueSize = value.size();
+    }
+    return places;
+}
 
 bool TSettingsFile::HasSection() const
 {
-    return FIni->Values.SectionExists(Section);
+    return Find({}).HasSection;
 }
 
-QString TSettingsFile::Text(const char* key, const QString& missing) const
+QString TSettingsFile::Text(const QByteArray& key, const QString& missing) const
 {
-    const char* value = FIni->Values.GetValue(Section, key);
-    return value != nullptr ? QString::fromUtf8(value) : missing;
+    const TPlaces places = Find(key);
+    return places.ValueAt < 0 ? missing : Decoded(FBytes.mid(places.ValueAt, places.ValueSize));
 }
 
-int TSettingsFile::Integer(const char* key, int missing) const
+int TSettingsFile::Integer(const QByteArray& key, int missing) const
 {
     bool isNumber = false;
-    const int value = Text(key).trimmed().toInt(&isNumber);
+    const int value = Text(key).toInt(&isNumber);
     return isNumber ? value : missing;
 }
 
-bool TSettingsFile::Boolean(const char* key, bool missing) const
+bool TSettingsFile::Boolean(const QByteArray& key, bool missing) const
 {
-    return FIni->Values.GetBoolValue(Section, key, missing);
+    const QString text = Text(key).toLower();
+    if (QStringList { "1", "true", "yes", "on" }.contains(text))
+        return true;
+    return !QStringList { "0", "false", "no", "off" }.contains(text) && missing;
 }
 
-void TSettingsFile::SetText(const char* key, const QString& value)
+void TSettingsFile::SetText(const QByteArray& key, const QString& value)
 {
-    FIni->Values.SetValue(Section, key, value.toUtf8().constData());
+    QByteArray bytes = value.toUtf8();
+    if (bytes != bytes.trimmed() || LineEnd(bytes, 0) < bytes.size())
+        bytes.clear();
+    TPlaces places = Find(key);
+    if (places.ValueAt >= 0) {
+        FBytes.replace(places.ValueAt, places.ValueSize, bytes);
+        return;
+    }
+    const QByteArray lineBreak = FBytes.contains("\r\n") ? "\r\n" : "\n";
+    if (!places.HasSection) {
+        if (!FBytes.isEmpty() && !FBytes.endsWith('\n'))
+            FBytes += lineBreak;
+        FBytes += '[' + Section + ']';
+        places.SectionEnd = FBytes.size();
+        FBytes += lineBreak;
+    }
+    FBytes.insert(places.SectionEnd, lineBreak + key + '=' + bytes);
 }
 
-void TSettingsFile::SetInteger(const char* key, int value)
+void TSettingsFile::SetInteger(const QByteArray& key, int value)
 {
     SetText(key, QString::number(value));
 }
 
 void TSettingsFile::Save() const
 {
-    std::string text;
-    FIni->Values.Save(text);
-    WriteFileAtomically(FPath, QByteArray::fromStdString(text));
+    WriteFileAtomically(FPath, FBytes);
 }
 
 } // namespace Corvadine

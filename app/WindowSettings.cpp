@@ -5,6 +5,7 @@
 #include "app/ProjectLookup.h"
 #include "app/SettingsFile.h"
 #include "app/WindowPlacement.h"
+#include "base/Error.h"
 #include "base/Files.h"
 #include "store/ProjectsTable.h"
 
@@ -17,7 +18,13 @@ void TWindowSettings::Read()
     const QString older = FState.OwnFile("Corvadine.ini");
     FState.MyIniFileName = FState.OwnFile("CorvadineBase.ini");
     if (FileExists(older)) {
-        ImportOlder(TSettingsFile(older));
+        const TSettingsFile settings(older);
+        try {
+            ImportOlder(settings);
+        } catch (const TError& error) {
+            throw TError(error.Kind(), u"import the project of the older release from"_s, older,
+                u"%1. Each start tries again, until that file is renamed or deleted"_s.arg(error.Text()));
+        }
         QFile::remove(older);
         Save(); // otherwise a crash would lose the settings
         return;

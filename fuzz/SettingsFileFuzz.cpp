@@ -1,21 +1,51 @@
 #include "app/SettingsFile.h"
 #include "base/Error.h"
+#include "base/Files.h"
 #include "fuzz/Fuzzing.h"
+
+#include <QStringConverter>
 
 using namespace Corvadine;
 
-// Settings files: values that were set and saved are read again, whatever else the file holds.
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+namespace {
+
+// Whether `whole` becomes `part` by leaving bytes out.
+bool Contains(const QByteArray& whole, const QByteArray& part)
 {
-    const QString path = Fuzzing::FileWith(u"settings.ini"_s, Fuzzing::BytesOf(data, size));
-    TSettingsFile settings(path);
-    const QString project = settings.Text("ProjectFile");
+    qsizetype found = 0;
+    for (qsizetype i = 0; i < whole.size() && found < part.size(); ++i)
+        found += whole[i] == part[found] ? 1 : 0;
+    return found == part.size();
+}
+
+void Set(TSettingsFile& settings, const QString& project)
+{
     settings.SetText("ProjectFile", project);
     settings.SetInteger("ScreenLeft", -7);
     settings.Save();
+}
+
+} // namespace
+
+// The settings file: what is set is read again, whatever else the file holds, saving the same once more gives
+// the same bytes, and no other byte is lost.
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    const QByteArray bytes = Fuzzing::BytesOf(data, size);
+    const QString path = Fuzzing::FileWith(u"settings.ini"_s, bytes);
+    TSettingsFile settings(path);
+    const QString project = settings.Text("ProjectFile");
+    const bool isOther = settings.Text("ScreenLeft").isEmpty() && project.isEmpty();
+    Set(settings, project);
     TSettingsFile again(path);
     Fuzzing::Require(again.HasSection());
     Fuzzing::Require(again.Text("ProjectFile") == project);
     Fuzzing::Require(again.Integer("ScreenLeft", 0) == -7);
+    const QByteArray saved = ReadFile(path, u"read"_s);
+    const auto marked = QStringConverter::encodingForData(bytes);
+    const bool isConverted = marked && *marked != QStringConverter::Utf8;
+    Fuzzing::Require(isConverted || !isOther || Contains(saved, bytes));
+    Set(again, project);
+    Fuzzing::Require(ReadFile(path, u"read"_s) == saved);
     return 0;
 }

@@ -12,8 +12,9 @@
 
 using namespace Corvadine;
 using namespace Corvadine::Testing;
-using ::testing::EndsWith;
+using ::testing::AllOf;
 using ::testing::HasSubstr;
+using ::testing::StartsWith;
 
 class MainFormTest : public TMainFormTest { };
 
@@ -67,7 +68,11 @@ TEST_F(MainFormTest, ImportsTheOlderSettingsOnce)
 
     PutFile(older, "[Corvadine]\nProjectFile=" + ProjectFile("A").toUtf8());
     Start();
-    EXPECT_EQ(FPrompts.TakeShown().size(), 1) << "the same project again is an error";
+    const QStringList shown = FPrompts.TakeShown(); // the same project again is an error
+    ASSERT_EQ(shown.size(), 1);
+    EXPECT_THAT(shown[0].toStdString(),
+        AllOf(StartsWith("error: Cannot import the project of the older release from " + older.toStdString()),
+            HasSubstr("UNIQUE constraint failed"), HasSubstr("until that file is renamed or deleted")));
     EXPECT_TRUE(QFile::exists(older)) << "and is tried again";
     PutFile(older, "[Other]\nProjectFile=x");
     Start();

@@ -47,8 +47,8 @@ LIBRARIES = (
     (r"libsodium", "libsodium", "libsodium-dev"),
     (r"libarchive", "libarchive", "libarchive-dev"),
 )
-EMPTY_LIBRARIES = ("libpthread",)  # the C library has its content
-HEADER_LIBRARIES = (("CLI11", "libcli11-dev"), ("SimpleIni", "libsimpleini-dev"))
+EMPTY_LIBRARIES = ("libpthread",)  # its content is in the C library
+HEADER_LIBRARIES = (("CLI11", "libcli11-dev"),)
 WINDOWS_RUNTIME = (("MinGW-w64 runtime", "mingw-w64-common"), ("GCC runtime", "gcc-mingw-w64-base"))
 
 
