@@ -98,7 +98,7 @@ public:
         if (!FDecoded.isNull())
             return FDecoded;
         RefuseTruncated();
-        QImage image;
+        QImage image = ClearedImage();
         if (!FReader.read(&image))
             throw Damaged();
         return image;
@@ -188,6 +188,18 @@ private:
     }
 
     TError NoImage() const { return BadImage(FPath, u"it is not an image in a format that can be read"_s); }
+
+    // The image to decode into; null if the decoder makes its own. A run-length encoded bitmap may leave
+    // pixels out, and its decoder leaves them as they are: in an image of its own, what the memory held
+    // before.
+    QImage ClearedImage() const
+    {
+        if (FReader.format() != "bmp")
+            return {};
+        QImage image(FReader.size(), FReader.imageFormat());
+        image.fill(0);
+        return image;
+    }
 
     void RefuseTruncated()
     {

@@ -147,8 +147,51 @@ private:
     qint64 FAt = 0;
 };
 
-// Whether a bitmap lacks rows (https://learn.microsoft.com/en-us/windows/win32/gdi/bitmap-storage). The size
-// of a compressed bitmap cannot be computed, so a compressed bitmap counts as complete.
+// Walks the codes of a run-length encoded bitmap
+// (https://learn.microsoft.com/en-us/windows/win32/gdi/bitmap-compression) up to its last pixel. Codes may
+// skip pixels, and a code may end the bitmap early.
+class TRunLengthWalker {
+public:
+    TRunLengthWalker(QIODevice& file, qint64 at) : FFile(file), FAt(at) { }
+
+    bool EndsEarly(qint64 width, qint64 height, qint64 bits)
+    {
+        constexpr int EndOfLine = 0;
+        constexpr int EndOfBitmap = 1;
+        constexpr int Delta = 2;
+        qint64 x = 0;
+        qint64 y = 0;
+        while (y < height && (y < height - 1 || x < width)) {
+            const int count = Next();
+            const int code = Next();
+            if (count > 0) {
+                x += count;
+            } else if (code == EndOfLine) {
+                x = 0;
+                ++y;
+            } else if (code == EndOfBitmap) {
+                break;
+            } else if (code == Delta) {
+                x += Next();
+                y += Next();
+            } else { // so many pixels, padded to 16 bits
+                x += code;
+                FAt += (code * bits + 15) / 16 * 2;
+            }
+            if (FAt > FFile.Size())
+                return true;
+        }
+        return false;
+    }
+
+private:
+    int Next() { return FFile.At(FAt++); }
+
+    TFileBytes FFile;
+    qint64 FAt;
+};
+
+// Whether a bitmap lacks rows (https://learn.microsoft.com/en-us/windows/win32/gdi/bitmap-storage).
 bool IsTruncatedBmp(QIODevice& file)
 {
     constexpr quint32 CoreHeaderBytes = 12; // the header of OS/2 bitmaps, which has smaller fields
@@ -170,6 +213,8 @@ bool IsTruncatedBmp(QIODevice& file)
     const qint64 bits = word(isCore ? 24 : 28);                // bcBitCount, biBitCount
     const qint64 compression = isCore ? 0 : number(30);        // biCompression
     const bool isPlain = compression == 0 || compression == 3; // BI_RGB, BI_BITFIELDS
+    if (compression == 1 || compression == 2)                  // BI_RLE8, BI_RLE4
+        return TRunLengthWalker(file, pixelsAt).EndsEarly(width, height, bits);
     return isPlain && file.size() < pixelsAt + (width * bits + 31) / 32 * 4 * height;
 }
 

@@ -2,6 +2,7 @@
 
 #include "tests/ImageTesting.h"
 #include "tests/Testing.h"
+#include "tests/TestingSystem.h"
 
 #include <QColorSpace>
 #include <QImageReader>
@@ -206,6 +207,38 @@ TEST_F(SourceImageTest, RefusesWhatIsNoWholeImageAndSaysWhy)
     for (const auto& [name, reason] : files)
         EXPECT_THAT(ErrorOf([&, path = Path(name)] { LoadSourceImage(path, TDecoderChoice::ByContent); }),
             ::testing::EndsWith(reason));
+}
+
+TEST_F(SourceImageTest, PixelsThatABitmapLeavesOutDoNotDependOnMemory)
+{
+    const auto bitmap = [](const char* compression, const char* bits, const char* codes) { // of 32 x 8 pixels
+        return "BM"
+            + QByteArray::fromHex(QByteArray("00000000 00000000 3E000000 28000000 20000000 08000000 0100")
+                + bits + "00" + compression + "000000 00000000 00000000 00000000 02000000 00000000"
+                + "1E1EC800 C81E1E00" + codes);
+    };
+    // Both put 4 pixels into the first row, 3 into the second, and one behind them.
+    const QByteArray rle8 = bitmap("01", "08", "04010000 00030101010000020300 0101 0001");
+    const QByteArray rle4 = bitmap("02", "04", "04110000 00031110000203000111 0001");
+    for (const QByteArray& bytes : { rle8, rle4 }) {
+        std::vector<QImage> images;
+        for (const int value : { 1, 200 }) {
+            FillNewMemory(value);
+            images.push_back(Loaded(bytes));
+            images.push_back(LoadThumbnail(FFile, { 9, 9 }).Picture);
+        }
+        FillNewMemory(0);
+        EXPECT_EQ(images[0], images[2]);
+        EXPECT_EQ(images[1], images[3]);
+        EXPECT_EQ(images[0].pixel(3, 7), qRgb(30, 30, 200));
+        EXPECT_EQ(images[0].pixel(20, 1), qRgb(200, 30, 30));
+        EXPECT_EQ(Loaded(bytes.chopped(2) + QByteArray::fromHex("0000").repeated(7)).size(), QSize(32, 8))
+            << "complete without an end";
+        for (const int cut : { 1, 2, 3, 5, 7, 9 })
+            EXPECT_THAT(ErrorOf([&, &content = bytes] { Loaded(content.chopped(cut)); }),
+                ::testing::EndsWith("the file is truncated"))
+                << cut;
+    }
 }
 
 TEST_F(SourceImageTest, ReducesToThumbnails)

@@ -24,8 +24,12 @@ bool SurvivesInCopy(const std::function<void()>& work);
 // not end.
 void RunAndKill(const std::function<void()>& work, std::chrono::microseconds after);
 
-// Sets up `process` so that killing it leaves no helper process of the system behind. REQUIRES: `process` is
-// not started yet.
+// Fills memory that is allocated from now on with bytes other than zero, and other ones for another `value`;
+// 0 ends that. Has no effect on Windows and under a sanitizer.
+void FillNewMemory(int value);
+
+// Sets `process` up so that no helper process of the system is left if it is killed. REQUIRES: it is not
+// started yet.
 void MakeKillable(QProcess& process);
 
 // While this object exists, this process and the processes that it starts cannot write more than `bytes` to a

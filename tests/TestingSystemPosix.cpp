@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <malloc.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -52,6 +53,11 @@ void RunAndKill(const std::function<void()>& work, std::chrono::microseconds aft
     std::this_thread::sleep_for(after);
     ::kill(child, SIGKILL);
     ASSERT_EQ(::waitpid(child, nullptr, 0), child);
+}
+
+void FillNewMemory(int value)
+{
+    ::mallopt(M_PERTURB, value);
 }
 
 void MakeKillable(QProcess& /*process*/) { }

@@ -25,6 +25,8 @@ bool SurvivesInCopy(const std::function<void()>& /*work*/)
 
 void RunAndKill(const std::function<void()>& /*work*/, std::chrono::microseconds /*after*/) { }
 
+void FillNewMemory(int /*value*/) { }
+
 void MakeKillable(QProcess& process)
 {
     // Otherwise the process that serves the console sometimes stays, and keeps our output open for ever.
