@@ -1,6 +1,10 @@
 #include "base/Error.h"
+#include "base/Files.h"
 #include "fuzz/Fuzzing.h"
 #include "project/ProjectDocument.h"
+#include "project/ProjectUpdater.h"
+
+#include <QFile>
 
 using namespace Corvadine;
 
@@ -51,6 +55,39 @@ void RequireUntouchedElsewhere(const QByteArray& original, const QByteArray& edi
     Fuzzing::Require(original.endsWith(last) || original.endsWith(last.mid(last.indexOf('>') + 1)));
 }
 
+// The updater on a file: it writes what the same edit makes of the bytes, keeps the old ones, and the second
+// time writes nothing.
+void RequireUpdate(const QByteArray& bytes)
+{
+    const QString file = Fuzzing::FileWith(u"fuzz.dproj"_s, bytes);
+    const QString folder = Fuzzing::Folder().path();
+    const TProjectImages images { file, folder,
+        { { u"Icon_MainIcon"_s, u"icon.ico"_s }, { u"a"_s, u"a.png"_s } } };
+    for (const TProjectImage& image : images.Images)
+        Fuzzing::FileWith(image.FileName, {});
+    static TBackups backups(Fuzzing::Folder().filePath(u"backups"_s), u"no database"_s);
+    // Without a database the copy gets no record, which is enough here and far quicker.
+    const TBackupOrder order { backups, QDateTime({ 2024, 3, 5 }, { 12, 0, 0 }), TBackupPolicy::BestEffort };
+    const auto read = [](const QString& path) { return ReadFile(path, u"read"_s); };
+    try {
+        const TUpdateResult result = UpdateProject(images, order);
+        Fuzzing::Require(read(result.BackupPath) == bytes);
+        QFile::remove(result.BackupPath);
+        TProjectDocument document(bytes, file);
+        for (const TProjectImage& image : images.Images)
+            document.SetText(image.ID, image.FileName);
+        const QByteArray updated = read(file);
+        Fuzzing::Require(updated == document.Bytes() && result.IsWritten == (updated != bytes));
+        const TUpdateResult again = UpdateProject(images, order);
+        QFile::remove(again.BackupPath);
+        Fuzzing::Require(
+            !again.IsWritten && again.UpdatedCount == result.UpdatedCount && read(file) == updated);
+    } catch (const TError&) {
+        Fuzzing::Require(read(file) == bytes);
+        RemoveTree(Fuzzing::Folder().filePath(u"backups"_s));
+    }
+}
+
 } // namespace
 
 // Project files: an edit changes only the texts of the edited elements. The same edit once more
@@ -73,5 +110,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     } catch (const TError& error) {
         Fuzzing::Require(error.Text().contains(u"fuzz.dproj"_s));
     }
+    RequireUpdate(bytes);
     return 0;
 }
