@@ -3,6 +3,7 @@
 #include "base/Error.h"
 #include "base/Files.h"
 #include "base/SystemFiles.h"
+#include "base/Utf8.h"
 
 #include <QStringConverter>
 
@@ -13,7 +14,6 @@ namespace Corvadine {
 namespace {
 
 const QByteArray Section = "Corvadine";
-const QByteArray Utf8Mark = "\xEF\xBB\xBF";
 
 // Values in UTF-8 are to be put among the lines, so a file in UTF-16 or UTF-32 becomes UTF-8. Other files
 // keep their bytes.
@@ -31,9 +31,8 @@ QByteArray ReadBytes(const QString& path)
 // ours.
 QString Decoded(const QByteArray& value)
 {
-    QStringDecoder utf8(QStringConverter::Utf8, QStringConverter::Flag::ConvertInitialBom);
-    QString text = utf8.decode(value);
-    return utf8.hasError() ? LegacyText(value) : text;
+    const std::optional<QString> text = DecodeUtf8(value);
+    return text ? *text : LegacyText(value);
 }
 
 bool IsSame(const QByteArray& left, const QByteArray& right)

@@ -21,7 +21,8 @@ Qt::CaseSensitivity FileNameCase()
 
 QString LegacyText(const QByteArray& bytes)
 {
-    QStringDecoder local(QStringConverter::System);
+    QStringDecoder local(
+        QStringConverter::System, QStringConverter::Flag::Stateless); // also refuses a cut end
     QString text = local.decode(bytes);
     if (!local.hasError())
         return text;

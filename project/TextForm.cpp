@@ -1,6 +1,7 @@
 #include "project/TextForm.h"
 
 #include "base/Error.h"
+#include "base/Utf8.h"
 
 #include <QRegularExpression>
 
@@ -9,8 +10,6 @@
 namespace Corvadine {
 
 namespace {
-
-const QByteArray Utf8Mark = "\xEF\xBB\xBF";
 
 bool StartsWith(const QByteArray& bytes, const char (&pair)[3])
 {
@@ -26,13 +25,6 @@ bool DeclaresUnicode(const QByteArray& bytes)
     return !match.hasMatch() || match.captured(1).startsWith("utf-"_L1, Qt::CaseInsensitive);
 }
 
-bool IsUtf8(const QByteArray& bytes)
-{
-    QStringDecoder decoder(QStringConverter::Utf8);
-    [[maybe_unused]] const QString text = decoder(bytes);
-    return !decoder.hasError();
-}
-
 QStringConverter::Encoding EncodingOf(const QByteArray& bytes)
 {
     if (StartsWith(bytes, "\xFF\xFE") || StartsWith(bytes, "<\0"))
@@ -40,7 +32,7 @@ QStringConverter::Encoding EncodingOf(const QByteArray& bytes)
     if (StartsWith(bytes, "\xFE\xFF") || StartsWith(bytes, "\0<"))
         return QStringConverter::Utf16BE;
     const bool claimsUtf8 = bytes.startsWith(Utf8Mark) || DeclaresUnicode(bytes);
-    return claimsUtf8 && IsUtf8(bytes) ? QStringConverter::Utf8 : OtherEncoding;
+    return claimsUtf8 && DecodeUtf8(bytes) ? QStringConverter::Utf8 : OtherEncoding;
 }
 
 } // namespace

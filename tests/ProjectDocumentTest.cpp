@@ -120,6 +120,8 @@ TEST(ProjectDocumentTest, RefusesDamagedFilesAndSaysWhere)
         { Project("<A~B/>"), notWellFormed + "1: Error parsing start element tag" },
         { Project("<A\nB~C=''/>"), notWellFormed + "2: Error parsing element attribute" },
         { "<!DOCTYPE Project [<!ENTITY a \"b\">]><Project>&a;</Project>", "its DOCTYPE declares entities" },
+        { Project("<Icon/>") + "\xE9",
+            notWellFormed + "1: Extra content" }, // a decoder of UTF-8 would drop the cut character
         { QByteArray("\xFF\xFE<\0P\0r", 7), "its UTF-16 text is cut off" },
         { QByteArray("\xFE\xFF\0<\xD8\0\0>", 8), "it is not valid UTF-16" },
     };

@@ -23,6 +23,8 @@ TEST(SettingsFileTest, ReadsWhatOtherProgramsWriteAndKeepsValuesRaw)
         EXPECT_EQ(settings.Integer("rubbish", 7), 7);
     }
     TSettingsFile settings(path);
+    PutFile(path, "[Corvadine]\nBaseImage=C:\\Caf\xE9\n");
+    EXPECT_EQ(TSettingsFile(path).Text("BaseImage"), u"C:\\Café"_s) << "looks like a cut character of UTF-8";
     settings.SetInteger("WindowsState", 2);
     settings.Save();
     EXPECT_EQ(TSettingsFile(path).Text("BaseImage"), u"C:\\new\\\"Größe €\""_s);

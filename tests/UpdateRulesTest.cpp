@@ -40,10 +40,11 @@ TEST(IniTextTest, IsReadStrictly)
     EXPECT_EQ(text.Value("other", "key"), "ü");
     EXPECT_FALSE(text.Value("other", "empty") || text.Value("third", "key"));
 
-    for (const QByteArray& bytes : { QByteArray("key=1"), QByteArray("[a]\nkey"), QByteArray("[a]\n=1"),
-             QByteArray("[a]\nkey=1\nKEY=2"), QByteArray("[a]\n[A]"), QByteArray("[a]\nkey=\x01"),
-             QByteArray("[a]\nkey=\xff"), QByteArray("[a]\nkey=1\rkey=2"), QByteArray("[a]\nk\0=1", 8),
-             QByteArray("[a"), "[a]\nkey=" + QByteArray(5000, 'x'), QByteArray(30'000, '\n') })
+    for (const QByteArray& bytes :
+        { QByteArray("key=1"), QByteArray("[a]\nkey"), QByteArray("[a]\n=1"), QByteArray("[a]\nkey=1\nKEY=2"),
+            QByteArray("[a]\n[A]"), QByteArray("[a]\nkey=\x01"), QByteArray("[a]\nkey=\xff"),
+            QByteArray("[a]\nkey=\xc3"), QByteArray("[a]\nkey=1\rkey=2"), QByteArray("[a]\nk\0=1", 8),
+            QByteArray("[a"), "[a]\nkey=" + QByteArray(5000, 'x'), QByteArray(30'000, '\n') })
         EXPECT_THAT(ErrorOf([&] { TIniText(bytes, "the list"); }), HasSubstr("Cannot read the list"));
 }
 

@@ -1,9 +1,9 @@
 #include "support/update/rules/IniText.h"
 
 #include "base/Error.h"
+#include "base/Utf8.h"
 
 #include <QSet>
-#include <QStringConverter>
 
 #include <algorithm>
 
@@ -13,11 +13,11 @@ namespace {
 
 QString Decoded(const QByteArray& bytes, const QString& name)
 {
-    QStringDecoder utf8(QStringConverter::Utf8); // drops a byte order mark
-    QString text = utf8.decode(bytes);
-    if (utf8.hasError())
+    const std::optional<QString> text =
+        DecodeUtf8(bytes.startsWith(Utf8Mark) ? bytes.mid(Utf8Mark.size()) : bytes);
+    if (!text)
         throw TError(TErrorKind::BadInput, u"read"_s, name, u"it is not UTF-8"_s);
-    return text;
+    return *text;
 }
 
 bool HasControlCharacters(QStringView line)
