@@ -77,11 +77,10 @@ public:
         FReader.setDevice(&FFile);
         FReader.setAutoTransform(true);
         ChooseDecoder();
-        if (!FReader.canRead()) // must precede size(), which leaves the icon decoder at a wrong place
+        if (!FReader.canRead())
             throw NoImage();
-        if (which == TWhichImage::Largest && FReader.format() == "ico")
-            ChooseLargestImage();
-        const bool tellsSize = FReader.supportsOption(QImageIOHandler::Size);
+        // The directory of a Windows icon may tell another size than the picture has.
+        const bool tellsSize = FReader.supportsOption(QImageIOHandler::Size) && FReader.format() != "ico";
         FHeader = tellsSize ? ReadHeader() : DecodeForHeader(which);
     }
 
@@ -135,21 +134,6 @@ private:
         FReader.setFormat(extension);
     }
 
-    // The first image of a Windows icon is its smallest, which makes a poor source.
-    void ChooseLargestImage()
-    {
-        int largest = 0;
-        int most = 0;
-        for (int i = 0; i < FReader.imageCount(); ++i) {
-            FReader.jumpToImage(i);
-            if (FReader.size().width() > most) {
-                most = FReader.size().width();
-                largest = i;
-            }
-        }
-        FReader.jumpToImage(largest);
-    }
-
     TImageHeader ReadHeader()
     {
         const QSize stored = FReader.size();
@@ -158,8 +142,8 @@ private:
         return HeaderOf(IsLying() ? stored.transposed() : stored, FReader.imageFormat());
     }
 
-    // Decodes the picture to find its size. Some decoders, such as Apple's icon decoder, cannot tell the size
-    // before. A file may hold one picture in several sizes. Sizes that the decoder cannot read are skipped.
+    // Finds the size by decoding, for decoders that cannot tell the size before, such as those of icons. Such
+    // a file may also hold one picture in several sizes, and the decoder may be unable to read some of them.
     TImageHeader DecodeForHeader(TWhichImage which)
     {
         const bool isSeveral = FReader.imageCount() > 1 && !FReader.supportsAnimation();

@@ -6,6 +6,7 @@
 
 #include <QColorSpace>
 #include <QImageReader>
+#include <QtEndian>
 
 using namespace Corvadine;
 using namespace Corvadine::Testing;
@@ -149,7 +150,17 @@ TEST_F(SourceImageTest, LoadsTheLargestImageOfAnIcon)
     }
     EXPECT_EQ(LoadThumbnail(icon, { 160, 160 }).Size, QSize(16, 16)) << "the first will do";
 
-    // The header of Apple's icons tells no size.
+    // The directory of an icon tells 16 pixels, and the picture in it has 40.
+    const QByteArray larger = Saved(TwoHalves({ 40, 40 }, QImage::Format_ARGB32));
+    EXPECT_EQ(Loaded(QByteArray::fromHex("000001000100 10100000 01002000")
+                  + QByteArray::fromHex(
+                      QByteArray::number(qToBigEndian(quint32(larger.size())), 16).rightJustified(8, '0'))
+                  + QByteArray::fromHex("16000000") + larger)
+                  .size(),
+        QSize(40, 40));
+    EXPECT_EQ(ReadImageHeader(FFile, TDecoderChoice::ByContent).Size, QSize(40, 40));
+
+    // Apple's icons tell no size in their header.
     if (!IsRead("icns"))
         return;
     const auto chunk = [](const QByteArray& type, const QByteArray& data) {
