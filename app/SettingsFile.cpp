@@ -19,7 +19,7 @@ const QByteArray Section = "Corvadine";
 // keep their bytes.
 QByteArray ReadBytes(const QString& path)
 {
-    const QByteArray bytes = ReadFile(path, u"read the settings file"_s);
+    QByteArray bytes = ReadFile(path, u"read the settings file"_s);
     const auto marked = QStringConverter::encodingForData(bytes);
     if (!marked || marked == QStringConverter::Utf8)
         return bytes;

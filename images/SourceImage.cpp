@@ -100,6 +100,11 @@ public:
         QImage image = ClearedImage();
         if (!FReader.read(&image))
             throw Damaged();
+        // Otherwise a few bytes could pass the limits above, and a thumbnail its box.
+        if (!FReader.scaledSize().isValid() && image.size() != FHeader.Size)
+            throw BadImage(FPath,
+                u"it is damaged: it has %1 pixels, and its header tells %2"_s.arg(
+                    SizeText(image.size()), SizeText(FHeader.Size)));
         return image;
     }
 

@@ -205,6 +205,8 @@ TEST_F(SourceImageTest, RefusesWhatIsNoWholeImageAndSaysWhy)
         { os2.chopped(1), "the file is truncated" },
         { gif.chopped(3), "the file is truncated" },
         { gif.chopped(8), "the file is truncated" },
+        { QByteArray(gif).replace(9, 1, "\xFF"),
+            "it is damaged: it has 7 x 65285 pixels, and its header tells 7 x 5" },
         { "P6 20000 20000 255\n",
             "it has 20000 x 20000 pixels, 1526 MiB once decoded, and the limit is 512 MiB" },
     };
