@@ -21,7 +21,7 @@ import time
 from pathlib import Path
 
 # The stages of a True Color run, by StagesBench's names.
-RUN_STAGES = ["decode the icon", "decode the launch image", "convert both", "resample, mitchell", "compose", "encode",
+RUN_STAGES = ["decode the icon", "decode the launch image", "convert both", "resample and compose, mitchell", "encode",
               "write and sync"]
 
 

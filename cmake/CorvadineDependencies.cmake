@@ -3,6 +3,7 @@
 
 find_package(PkgConfig REQUIRED)
 pkg_check_modules(sodium REQUIRED IMPORTED_TARGET libsodium)
+pkg_check_modules(deflate REQUIRED IMPORTED_TARGET libdeflate)
 find_package(LibArchive REQUIRED)
 
 if(WIN32)

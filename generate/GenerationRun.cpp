@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <mutex>
+#include <optional>
 
 namespace Corvadine {
 
@@ -19,7 +20,7 @@ public:
         , FProgress(progress)
         , FSizes(ReadSourceSizes(job.IconFile, job.LaunchFile))
         , FOutputs(OutputsOf(job, FSizes))
-        , FFiles(FOutputs.size())
+        , FStaged(FOutputs.size())
     {
         for (const TOutput& output : FOutputs)
             RefuseHuge(output, FSizes);
@@ -28,35 +29,56 @@ public:
 
     std::vector<TOutput> Run(int workers)
     {
-        const TRenderSteps steps { [this] {
-                                      if (FSizes.Launch)
-                                          FSources.Launch = LoadSource(FJob.LaunchFile);
-                                  },
-            [this] { FSources.Icon = LoadSource(FJob.IconFile); },
+        const TNewFolder folder(FJob.OutputFolder);
+        const TRenderSteps steps { [this] { LoadLaunch(); },
+            [this] { FSources.Icon = LoadSource(FJob.IconFile, UseOf(FSizes.Icon, false)); },
             [this](std::size_t index) { Render(index); } };
         RunTasks(RenderTasks(FOutputs, steps), workers);
-        WriteFiles();
+        Commit();
         return FOutputs;
     }
 
 private:
+    void LoadLaunch()
+    {
+        if (FSizes.Launch)
+            FSources.Launch = LoadSource(FJob.LaunchFile, UseOf(*FSizes.Launch, true));
+    }
+
+    // What the launch source or the icon source, of the size `source`, is used for. The decoded picture must
+    // be kept if an output copies its pixels.
+    TSourceUse UseOf(QSize source, bool isLaunch) const
+    {
+        const bool isCopied = std::any_of(FOutputs.begin(), FOutputs.end(), [&](const TOutput& output) {
+            return output.FromLaunch == isLaunch && CopiesPixels(output, source, FJob.Options.Filter);
+        });
+        return isCopied ? TSourceUse::Any : TSourceUse::FilteredOutputs;
+    }
+
+    // Renders one output, and stages its file and all files with the same content. While this task waits
+    // for the disk, other tasks render.
     void Render(std::size_t index)
     {
-        FFiles[index] = RenderOutput(FOutputs[index], FSources, FJob.Options);
+        const QByteArray file = RenderOutput(FOutputs[index], FSources, FJob.Options);
+        int staged = 0;
+        for (std::size_t i = index; i < FOutputs.size(); ++i) {
+            if (FOutputs[i].SameAs == index) {
+                FStaged[i].emplace(FOutputs[i].Path, file);
+                ++staged;
+            }
+        }
         const std::lock_guard lock(FProgressMutex);
-        FDone += static_cast<int>(std::count_if(FOutputs.begin(), FOutputs.end(),
-            [index](const TOutput& output) { return output.SameAs == index; }));
+        FDone += staged;
         if (FProgress)
             FProgress(FDone, static_cast<int>(FOutputs.size()));
     }
 
-    void WriteFiles()
+    void Commit()
     {
-        const TNewFolder folder(FJob.OutputFolder);
         std::vector<TStagedFile> staged;
-        staged.reserve(FOutputs.size());
-        for (const TOutput& output : FOutputs)
-            staged.emplace_back(output.Path, FFiles[output.SameAs]);
+        staged.reserve(FStaged.size());
+        for (std::optional<TStagedFile>& file : FStaged)
+            staged.push_back(*std::move(file));
         TStagedFile::CommitAll(staged);
     }
 
@@ -64,7 +86,7 @@ private:
     const TGenProgress& FProgress;
     TSourceSizes FSizes;
     std::vector<TOutput> FOutputs;
-    std::vector<QByteArray> FFiles; // indexed by TOutput::SameAs
+    std::vector<std::optional<TStagedFile>> FStaged; // for each output; empty until its task is done
 
     TRenderSources FSources;
     std::mutex FProgressMutex;

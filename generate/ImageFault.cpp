@@ -211,9 +211,15 @@ template <typename TCheck> TMaybeFault Checked(TCheck check)
 
 QImage ToQtImage(const TRaster& raster)
 {
-    const auto format = raster.Channels == 4 ? QImage::Format_RGBA8888 : QImage::Format_RGB888;
-    return { raster.Bytes.data(), raster.Size.width(), raster.Size.height(),
-        static_cast<qsizetype>(raster.RowBytes()), format };
+    const int channels = raster.Channels();
+    QImage image(raster.Size(), QImage::Format_ARGB32);
+    for (int y = 0; y < image.height(); ++y) {
+        const std::uint8_t* from = raster.Row(y);
+        auto* const to = reinterpret_cast<QRgb*>(image.scanLine(y));
+        for (int x = 0; x < image.width(); ++x, from += channels)
+            to[x] = qRgba(from[0], from[1], from[2], channels == 4 ? from[3] : 255);
+    }
+    return image;
 }
 
 QImage ToQtImage(const TPaletteRaster& raster)

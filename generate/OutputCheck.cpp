@@ -139,7 +139,7 @@ private:
         if (!output.Recipe.KeepsAlpha)
             form.HasAlpha = false;
         else if (source)
-            form.HasAlpha = source->Image().hasAlphaChannel();
+            form.HasAlpha = source->HasAlpha();
         if (Compares(output))
             form.Pixels = ToImage(RenderPixels(*source, output.Recipe, FJob.Options));
         return form;

@@ -3,6 +3,7 @@
 #include "base/Error.h"
 #include "base/Files.h"
 #include "base/PathRules.h"
+#include "generate/pixels/Resampler.h"
 #include "images/SourceImage.h"
 
 #include <algorithm>
@@ -80,6 +81,15 @@ void RefuseOverwritingSources(const TGenJob& job, const std::vector<TOutput>& ou
     };
     refuse(job.IconFile, u"icon image"_s);
     refuse(job.LaunchFile, u"launch image"_s);
+}
+
+bool CopiesPixels(const TOutput& output, QSize source, TResampleFilter filter)
+{
+    if (output.Kind != TOutputKind::MainIcon)
+        return !TRenderSource::IsFiltered(source, output.Recipe.Fitted, filter);
+    return std::any_of(IconSizes.begin(), IconSizes.end(), [&](int side) {
+        return !TRenderSource::IsFiltered(source, FittedSize(source, { side, side }), filter);
+    });
 }
 
 QByteArray RenderOutput(const TOutput& output, const TRenderSources& sources, const TRenderOptions& options)

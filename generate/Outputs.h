@@ -37,6 +37,10 @@ void RefuseHuge(const TOutput& output, const TSourceSizes& sizes);
 // picture.
 void RefuseOverwritingSources(const TGenJob& job, const std::vector<TOutput>& outputs);
 
+// Whether `output`, or an image of the Windows icon, shows pixels of its source without filtering them.
+// `source` is the size of the source.
+bool CopiesPixels(const TOutput& output, QSize source, TResampleFilter filter);
+
 // Returns the content of the file of `output`. Throws TError as RenderPng() and RenderMainIcon() do.
 // REQUIRES: `sources` has the source that `output` is rendered from.
 QByteArray RenderOutput(const TOutput& output, const TRenderSources& sources, const TRenderOptions& options);

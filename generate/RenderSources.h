@@ -26,8 +26,14 @@ struct TRenderSources {
 // ReadImageHeader() does.
 TSourceSizes ReadSourceSizes(const QString& iconFile, const QString& launchFile);
 
+// What a source will be used for.
+enum class TSourceUse {
+    Any,
+    FilteredOutputs, // less memory, and a PNG file is read straight into the form that filters need
+};
+
 // Decodes one source; an empty `file` gives BlankSourceImage(). Throws TError as LoadSourceImage() does.
-std::shared_ptr<const TRenderSource> LoadSource(const QString& file);
+std::shared_ptr<const TRenderSource> LoadSource(const QString& file, TSourceUse use = TSourceUse::Any);
 
 // Decodes both sources of `job`, one after the other. Throws TError as LoadSource() does.
 TRenderSources LoadSources(const TGenJob& job);

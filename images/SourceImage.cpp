@@ -2,6 +2,7 @@
 
 #include "base/Error.h"
 #include "base/Files.h"
+#include "images/PngReader.h"
 #include "images/Truncation.h"
 
 #include <QColorSpace>
@@ -12,6 +13,8 @@
 #include <QPixelFormat>
 
 #include <cmath>
+#include <cstring>
+#include <memory>
 #include <mutex>
 
 namespace Corvadine {
@@ -38,10 +41,14 @@ qint64 RoundedUpQuotient(qint64 dividend, qint64 divisor)
     return (dividend + divisor - 1) / divisor;
 }
 
-// Refuses a file that is larger than the limit for decoded pixels. Such a file is probably no image, but
-// perhaps a video with a wrong name. Some decoders would read the whole file to find the picture's size.
-void RefuseHugeFile(const QFile& file)
+// Refuses an empty file, and a file that is larger than the limit for decoded pixels. A huge file is probably
+// no image, but perhaps a video with a wrong name. Some decoders would read it whole to find the picture's
+// size.
+void OpenSource(QFile& file)
 {
+    OpenForReading(file, Attempt);
+    if (file.size() == 0)
+        throw BadImage(PathOf(file), u"the file is empty"_s);
     const qint64 mebibytes = RoundedUpQuotient(file.size(), MebibyteBytes);
     if (mebibytes > MaxDecodedMebibytes)
         throw BadImage(PathOf(file),
@@ -56,6 +63,45 @@ void LimitAllocations()
     std::call_once(isDone, [] { QImageReader::setAllocationLimit(MaxDecodedMebibytes); });
 }
 
+// Whether the picture has more than 8 bits per channel.
+bool IsDeep(const QImage& image)
+{
+    return image.depth() == 64 || image.format() == QImage::Format_Grayscale16;
+}
+
+// Returns a null image for any other file.
+QImage ReadPlainPng(QFile& file)
+{
+    TPngReader reader(file);
+    if (!reader.IsPlain())
+        return {};
+    const auto format = reader.HasAlpha() ? QImage::Format_ARGB32 : QImage::Format_RGB32;
+    const auto deepFormat = reader.HasAlpha() ? QImage::Format_RGBA64 : QImage::Format_RGBX64;
+    QImage image(reader.Size(), reader.Is16Bit() ? deepFormat : format);
+    const auto memory = std::make_unique_for_overwrite<std::uint8_t[]>(reader.InflatedBytes());
+    const auto rowBytes = static_cast<std::size_t>(image.width()) * (reader.Is16Bit() ? 8 : 4);
+    const bool isRead = !image.isNull()
+        && reader.Read(
+            { memory.get(), reader.InflatedBytes() }, [&image, rowBytes](int y, const void* pixels) {
+                std::memcpy(image.scanLine(y), pixels, rowBytes);
+            });
+    return isRead ? image : QImage();
+}
+
+// Reduces the picture to `size`.
+QImage Reduced(QImage image, QSize size)
+{
+    if (image.size() == size)
+        return image;
+    // scaled() would force the result back into a palette, and it does not premultiply 16 bits by alpha.
+    if (image.hasAlphaChannel())
+        image.convertTo(
+            IsDeep(image) ? QImage::Format_RGBA64_Premultiplied : QImage::Format_ARGB32_Premultiplied);
+    else if (image.colorCount() > 0)
+        image.convertTo(QImage::Format_RGB32);
+    return image.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+}
+
 // Which image to take from a file that holds one picture in several sizes.
 enum class TWhichImage {
     First,
@@ -65,15 +111,12 @@ enum class TWhichImage {
 // Decodes one file. A file that is no image is refused after its first bytes, so a long file costs no time.
 class TFileDecoder {
 public:
-    // Opens `file`, which must outlive the decoder.
+    // REQUIRES: `file` was opened by OpenSource() and outlives the decoder.
     TFileDecoder(QFile& file, TDecoderChoice choice, TWhichImage which = TWhichImage::Largest)
         : FPath(PathOf(file)), FFile(file), FChoice(choice)
     {
-        OpenForReading(FFile, Attempt);
-        if (FFile.size() == 0)
-            throw BadImage(FPath, u"the file is empty"_s);
-        RefuseHugeFile(FFile);
         LimitAllocations();
+        FFile.seek(0);
         FReader.setDevice(&FFile);
         FReader.setAutoTransform(true);
         ChooseDecoder();
@@ -114,12 +157,7 @@ public:
     {
         if (ReducesWell())
             FReader.setScaledSize(IsLying() ? size.transposed() : size);
-        QImage image = Decode();
-        if (image.size() == size)
-            return image;
-        if (image.colorCount() > 0) // scaled() would force the result back into the palette
-            image.convertTo(image.hasAlphaChannel() ? QImage::Format_ARGB32 : QImage::Format_RGB32);
-        return image.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+        return Reduced(Decode(), size);
     }
 
 private:
@@ -257,15 +295,30 @@ void ConvertToSrgb(QImage& image)
     image.setColorSpace({});
 }
 
-// Converts the decoded `image` of `path` to sRGB. The format is `withAlpha` if `image` has an alpha channel,
-// otherwise Format_RGB32.
-QImage Converted(QImage image, QImage::Format withAlpha, const QString& path)
+// Qt's conversions give a null image when memory runs out.
+QImage Whole(QImage image, const QString& path)
 {
-    ConvertToSrgb(image);
-    image.convertTo(image.hasAlphaChannel() ? withAlpha : QImage::Format_RGB32);
-    if (image.isNull()) // Qt's conversions give a null image when memory runs out
+    if (image.isNull())
         throw BadImage(path, u"there is not enough memory to decode it"_s);
     return image;
+}
+
+// Converts the decoded `image` of `path` to sRGB, in one of the formats that LoadSourceImage() returns.
+QImage ConvertedSource(QImage image, const QString& path)
+{
+    ConvertToSrgb(image);
+    if (IsDeep(image))
+        image.convertTo(image.hasAlphaChannel() ? QImage::Format_RGBA64 : QImage::Format_RGBX64);
+    else
+        image.convertTo(image.hasAlphaChannel() ? QImage::Format_ARGB32 : QImage::Format_RGB32);
+    return Whole(std::move(image), path);
+}
+
+QImage ConvertedThumbnail(QImage image, const QString& path)
+{
+    ConvertToSrgb(image);
+    image.convertTo(image.hasAlphaChannel() ? QImage::Format_ARGB32_Premultiplied : QImage::Format_RGB32);
+    return Whole(std::move(image), path);
 }
 
 } // namespace
@@ -273,6 +326,9 @@ QImage Converted(QImage image, QImage::Format withAlpha, const QString& path)
 TImageHeader ReadImageHeader(const QString& path, TDecoderChoice choice)
 {
     QFile file(path);
+    OpenSource(file);
+    if (const TPngReader png(file); png.IsPlain())
+        return { png.Size(), MebibytesOf(png.Size(), png.Is16Bit() ? 8 : 4) };
     return TFileDecoder(file, choice).Header();
 }
 
@@ -284,18 +340,26 @@ QImage LoadSourceImage(const QString& path, TDecoderChoice choice)
 
 QImage LoadSourceImage(QFile& file, TDecoderChoice choice)
 {
-    return Converted(TFileDecoder(file, choice).Decode(), QImage::Format_ARGB32, PathOf(file));
+    OpenSource(file);
+    if (QImage image = ReadPlainPng(file); !image.isNull())
+        return image;
+    return ConvertedSource(TFileDecoder(file, choice).Decode(), PathOf(file));
 }
 
 TThumbnail LoadThumbnail(const QString& path, QSize box)
 {
     QFile file(path);
+    const auto fitted = [box](QSize size) {
+        const bool fits = size.width() <= box.width() && size.height() <= box.height();
+        return fits ? size : size.scaled(box, Qt::KeepAspectRatio).expandedTo({ 1, 1 });
+    };
+    OpenSource(file);
+    if (const QImage image = ReadPlainPng(file); !image.isNull())
+        return { ConvertedThumbnail(Reduced(image, fitted(image.size())), path), image.size() };
     TFileDecoder decoder(file, TDecoderChoice::ByExtension, TWhichImage::First);
     const QSize size = decoder.Header().Size;
-    const bool fits = size.width() <= box.width() && size.height() <= box.height();
-    const QSize reduced = size.scaled(box, Qt::KeepAspectRatio).expandedTo({ 1, 1 });
-    QImage picture = fits ? decoder.Decode() : decoder.DecodeReduced(reduced);
-    return { Converted(std::move(picture), QImage::Format_ARGB32_Premultiplied, path), size };
+    QImage picture = fitted(size) == size ? decoder.Decode() : decoder.DecodeReduced(fitted(size));
+    return { ConvertedThumbnail(std::move(picture), path), size };
 }
 
 QImage BlankSourceImage()

@@ -13,6 +13,7 @@
 using namespace Corvadine;
 using namespace Corvadine::Testing;
 using ::testing::AllOf;
+using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
 

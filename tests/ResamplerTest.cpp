@@ -35,26 +35,42 @@ template <typename TKernel> auto SameOnAllTargets(TKernel kernel)
     return plain;
 }
 
-TValues Gray(const TRaster& raster)
+// The red, green, blue and alpha of all pixels.
+TValues Samples(const TRaster& raster)
 {
     TValues values;
-    for (std::size_t i = 0; i < raster.Bytes.size(); i += 4)
-        values.push_back(raster.Bytes[i]);
+    for (int y = 0; y < raster.Size().height(); ++y)
+        values.insert(values.end(), raster.Row(y), raster.Row(y) + raster.RowBytes());
     return values;
+}
+
+TValues Mixed(const QImage& image, QSize size, TResampleFilter filter)
+{
+    const TPixelPairImage pairs(image);
+    return Samples(WithAlpha(TFilteredImage { &pairs, size, filter }));
+}
+
+// The red of all pixels.
+TValues Reds(const TValues& samples)
+{
+    TValues reds;
+    for (std::size_t i = 0; i < samples.size(); i += 4)
+        reds.push_back(samples[i]);
+    return reds;
 }
 
 TValues Filtered(const QImage& image, QSize size, TResampleFilter filter)
 {
-    return Gray(WithAlpha(Resample(TPixelPairImage(image), size, filter)));
+    return Reds(Mixed(image, size, filter));
 }
 
-// Returns `image` at `size`, resampled by every filter that mixes pixels, with the name of the filter.
-std::vector<std::pair<std::string, TRaster>> MixedByAll(const QImage& image, QSize size)
+// Returns the samples of `image` at `size`, by every filter that mixes pixels, with the name of the filter.
+std::vector<std::pair<std::string, TValues>> MixedByAll(const QImage& image, QSize size)
 {
-    std::vector<std::pair<std::string, TRaster>> results;
+    std::vector<std::pair<std::string, TValues>> results;
     for (const TFilterInfo& info : FilterInfos())
         if (!IsPickingFilter(info.Filter))
-            results.emplace_back(info.Name, WithAlpha(Resample(TPixelPairImage(image), size, info.Filter)));
+            results.emplace_back(info.Name, Mixed(image, size, info.Filter));
     return results;
 }
 
@@ -110,7 +126,7 @@ TEST(ResamplerTest, SpeedFiltersTakeTheRightPixels)
     const QImage ramp =
         Painted({ 8, 1 }, QImage::Format_RGB32, [](int x, int) { return qRgb(x * 10, x * 10, x * 10); });
     const auto picked = [&ramp](int width, TResampleFilter filter) {
-        return Gray(WithAlpha(PickPixels(ramp, QSize(width, 1), filter)));
+        return Reds(Samples(WithAlpha(PickPixels(ramp, QSize(width, 1), filter))));
     };
     EXPECT_EQ(picked(2, rfNone), TValues({ 0, 40 }));
     EXPECT_EQ(picked(2, rfNearest), TValues({ 20, 60 }));
@@ -128,9 +144,9 @@ TEST(ResamplerTest, FlatPicturesStayFlatAtAnyReduction)
     white.fill(qRgb(255, 254, 1));
     constexpr std::array Expected { 255, 254, 1, 255 };
     for (const QSize size : { QSize(7, 1), QSize(2999, 3), QSize(3100, 9) })
-        for (const auto& [filter, raster] : MixedByAll(white, size))
-            for (std::size_t i = 0; i < raster.Bytes.size(); ++i)
-                ASSERT_EQ(raster.Bytes[i], Expected[i % 4]) << filter << " at " << i;
+        for (const auto& [filter, samples] : MixedByAll(white, size))
+            for (std::size_t i = 0; i < samples.size(); ++i)
+                ASSERT_EQ(samples[i], Expected[i % 4]) << filter << " at " << i;
 }
 
 TEST(ResamplerTest, TransparentNeighborsDoNotTintAndOvershootStaysWithinAlpha)
@@ -140,11 +156,11 @@ TEST(ResamplerTest, TransparentNeighborsDoNotTintAndOvershootStaysWithinAlpha)
         const double radius = std::hypot(x - 32, y - 32);
         return radius < 24 ? qRgba(250, 0, 0, radius < 22 ? 255 : 3) : qRgba(0, 255, 0, 0);
     });
-    for (const auto& [filter, raster] : MixedByAll(image, QSize(23, 23))) {
-        for (std::size_t i = 0; i < raster.Bytes.size(); i += 4) {
-            EXPECT_EQ(raster.Bytes[i + 1], 0) << filter << ": green shines through";
-            const bool isRim = raster.Bytes[i + 3] > 100 && raster.Bytes[i + 3] < 255;
-            EXPECT_TRUE(!isRim || raster.Bytes[i] >= 230) << filter << ": a dark fringe";
+    for (const auto& [filter, samples] : MixedByAll(image, QSize(23, 23))) {
+        for (std::size_t i = 0; i < samples.size(); i += 4) {
+            EXPECT_EQ(samples[i + 1], 0) << filter << ": green shines through";
+            const bool isRim = samples[i + 3] > 100 && samples[i + 3] < 255;
+            EXPECT_TRUE(!isRim || samples[i] >= 230) << filter << ": a dark fringe";
         }
     }
 }
@@ -159,7 +175,11 @@ TEST(ResamplerTest, EveryInstructionSetGivesTheValuesOfThePlainCode)
         for (const auto& [filter, size] : { std::pair(rfLanczos3, QSize(width * 2 + 1, 5)),
                  std::pair(rfMitchell, QSize((width + 2) / 3, 41)), std::pair(rfLinear, QSize(4, 4)) })
             SameOnAllTargets([&, f = filter, s = size] {
-                return Values(Resample(TPixelPairImage(noise), s, f), s.width() * PixelChannels);
+                std::vector<std::int16_t> values;
+                Resample(TPixelPairImage(noise), s, f, [&](int, const std::int16_t* row) {
+                    values.insert(values.end(), row, row + std::ptrdiff_t { s.width() } * PixelChannels);
+                });
+                return values;
             });
     }
 }

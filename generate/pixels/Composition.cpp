@@ -1,5 +1,7 @@
 #include "generate/pixels/Composition.h"
 
+#include "generate/pixels/Resampler.h"
+
 #include <algorithm>
 
 namespace Corvadine {
@@ -82,14 +84,14 @@ void FlattenRow(const QRgb* pixels, int width, TColor background, std::uint8_t* 
     }
 }
 
-const std::int16_t* RowOf(const TPremultipliedImage& image, int y)
+// Calls compose(y, row) for each row of `image`. A row is of int16_t (see TFilteredRowSink) or of QRgb.
+template <class TCompose> void ForEachRow(const TFittedImage& image, const TCompose& compose)
 {
-    return image.Row(y);
-}
-
-const QRgb* RowOf(const QImage& image, int y)
-{
-    return reinterpret_cast<const QRgb*>(image.constScanLine(y));
+    if (const auto* filtered = std::get_if<TFilteredImage>(&image))
+        return Resample(*filtered->Source, filtered->Size, filtered->Filter, compose);
+    const auto& picture = std::get<QImage>(image);
+    for (int y = 0; y < picture.height(); ++y)
+        compose(y, reinterpret_cast<const QRgb*>(picture.constScanLine(y)));
 }
 
 void FillRow(std::uint8_t* rgb, int width, TColor color)
@@ -105,8 +107,8 @@ void FillRow(std::uint8_t* rgb, int width, TColor color)
 
 QSize SizeOf(const TFittedImage& image)
 {
-    if (const auto* filtered = std::get_if<TPremultipliedImage>(&image))
-        return filtered->Size();
+    if (const auto* filtered = std::get_if<TFilteredImage>(&image))
+        return filtered->Size;
     return std::get<QImage>(image).size();
 }
 
@@ -114,12 +116,7 @@ TRaster WithAlpha(const TFittedImage& image)
 {
     const QSize size = SizeOf(image);
     TRaster raster(size, 4);
-    std::visit(
-        [&](const auto& pixels) {
-            for (int y = 0; y < size.height(); ++y)
-                StraightRow(RowOf(pixels, y), size.width(), raster.Row(y));
-        },
-        image);
+    ForEachRow(image, [&](int y, const auto* pixels) { StraightRow(pixels, size.width(), raster.Row(y)); });
     return raster;
 }
 
@@ -132,13 +129,9 @@ TRaster FlattenedOnCanvas(const TFittedImage& image, QSize canvas, TColor backgr
     if (size != canvas)
         for (int y = 0; y < canvas.height(); ++y)
             FillRow(raster.Row(y), canvas.width(), background);
-    std::visit(
-        [&](const auto& pixels) {
-            for (int y = 0; y < size.height(); ++y)
-                FlattenRow(RowOf(pixels, y), size.width(), background,
-                    raster.Row(top + y) + static_cast<std::size_t>(left) * 3);
-        },
-        image);
+    ForEachRow(image, [&](int y, const auto* pixels) {
+        FlattenRow(pixels, size.width(), background, raster.Row(top + y) + std::ptrdiff_t { left } * 3);
+    });
     return raster;
 }
 

@@ -3,6 +3,7 @@
 #include "base/Color.h"
 #include "generate/pixels/PremultipliedImage.h"
 #include "generate/pixels/Raster.h"
+#include "generate/pixels/ResampleFilter.h"
 
 #include <QImage>
 
@@ -10,9 +11,16 @@
 
 namespace Corvadine {
 
-// A source at its size in an output. A QImage holds pixels of the file itself, all of them or picked ones. A
-// TPremultipliedImage is the result of a filter.
-using TFittedImage = std::variant<QImage, TPremultipliedImage>;
+// A source that is filtered to `Size` when its rows are composed. REQUIRES: the source outlives this.
+struct TFilteredImage {
+    const TPixelPairImage* Source;
+    QSize Size; // pixels
+    TResampleFilter Filter;
+};
+
+// A source at its size in an output. QImage: pixels as they are in the file, all of them or picked ones, as
+// Format_ARGB32 or Format_RGB32.
+using TFittedImage = std::variant<QImage, TFilteredImage>;
 
 QSize SizeOf(const TFittedImage& image);
 

@@ -6,6 +6,7 @@
 #include <QIODevice>
 
 #include <algorithm>
+#include <vector>
 
 namespace Corvadine {
 
@@ -63,13 +64,13 @@ QByteArray MaskRow(const std::uint8_t* rgba, int width)
 QByteArray EncodeBitmap(const TRaster& image)
 {
     QByteArray pixels;
-    for (int y = image.Size.height() - 1; y >= 0; --y) // bitmaps start with the bottom row
-        pixels += ColorRow(image.Row(y), image.Size.width());
-    for (int y = image.Size.height() - 1; y >= 0; --y)
-        pixels += MaskRow(image.Row(y), image.Size.width());
+    for (int y = image.Size().height() - 1; y >= 0; --y) // bitmaps start with the bottom row
+        pixels += ColorRow(image.Row(y), image.Size().width());
+    for (int y = image.Size().height() - 1; y >= 0; --y)
+        pixels += MaskRow(image.Row(y), image.Size().width());
     QByteArray bytes;
     TLittleEndianStream out(&bytes);
-    AppendBitmapInfoHeader(out, image.Size, static_cast<int>(pixels.size()));
+    AppendBitmapInfoHeader(out, image.Size(), static_cast<int>(pixels.size()));
     out.writeRawData(pixels.constData(), static_cast<int>(pixels.size()));
     return bytes;
 }
@@ -89,12 +90,12 @@ void AppendIconDirEntry(QDataStream& out, QSize size, qsizetype imageBytes, qsiz
 
 } // namespace
 
-QByteArray EncodeIco(const std::vector<TRaster>& images, int compression)
+QByteArray EncodeIco(std::span<const TRaster> images, int compression)
 {
     std::vector<QByteArray> encoded;
     encoded.reserve(images.size());
     for (const TRaster& image : images) {
-        const bool asPng = std::max(image.Size.width(), image.Size.height()) >= SmallestPngSide;
+        const bool asPng = std::max(image.Size().width(), image.Size().height()) >= SmallestPngSide;
         encoded.push_back(asPng ? EncodePng(image, compression) : EncodeBitmap(image));
     }
 
@@ -105,7 +106,7 @@ QByteArray EncodeIco(const std::vector<TRaster>& images, int compression)
     out << static_cast<quint16>(images.size()); // idCount
     qsizetype offset = IconDirBytes + IconDirEntryBytes * static_cast<qsizetype>(images.size());
     for (std::size_t i = 0; i < images.size(); ++i) {
-        AppendIconDirEntry(out, images[i].Size, encoded[i].size(), offset);
+        AppendIconDirEntry(out, images[i].Size(), encoded[i].size(), offset);
         offset += encoded[i].size();
     }
     for (const QByteArray& image : encoded)

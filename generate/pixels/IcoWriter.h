@@ -4,7 +4,7 @@
 
 #include <QByteArray>
 
-#include <vector>
+#include <span>
 
 namespace Corvadine {
 
@@ -15,6 +15,6 @@ namespace Corvadine {
 // the `compression` of EncodePng(). The directory has one byte for each side and stores a side of 256 or
 // more as 0. Readers take the true size from the image itself. Throws as EncodePng() does. REQUIRES: at
 // most 65535 images.
-QByteArray EncodeIco(const std::vector<TRaster>& images, int compression);
+QByteArray EncodeIco(std::span<const TRaster> images, int compression);
 
 } // namespace Corvadine

@@ -26,13 +26,16 @@ using TRgba = std::array<std::uint8_t, 4>;
 
 std::vector<std::uint32_t> RgbaPixels(const TRaster& raster)
 {
-    const auto channels = static_cast<std::size_t>(raster.Channels);
-    std::vector<std::uint32_t> pixels(raster.Bytes.size() / channels);
-    const std::uint8_t* from = raster.Bytes.data();
-    for (std::uint32_t& pixel : pixels) {
-        const std::uint8_t alpha = channels == 4 ? from[3] : std::uint8_t { 255 };
-        pixel = std::bit_cast<std::uint32_t>(TRgba { from[0], from[1], from[2], alpha });
-        from += channels;
+    const int channels = raster.Channels();
+    std::vector<std::uint32_t> pixels;
+    pixels.reserve(
+        static_cast<std::size_t>(raster.Size().width()) * static_cast<std::size_t>(raster.Size().height()));
+    for (int y = 0; y < raster.Size().height(); ++y) {
+        const std::uint8_t* from = raster.Row(y);
+        for (int x = 0; x < raster.Size().width(); ++x, from += channels) {
+            const std::uint8_t alpha = channels == 4 ? from[3] : std::uint8_t { 255 };
+            pixels.push_back(std::bit_cast<std::uint32_t>(TRgba { from[0], from[1], from[2], alpha }));
+        }
     }
     return pixels;
 }
@@ -64,7 +67,7 @@ void SortPalette(TPaletteRaster& raster)
 // Returns the picture with all its colors, or nothing if it has more than 256 colors.
 std::optional<TPaletteRaster> ExactPalette(const TRaster& raster, const std::vector<std::uint32_t>& pixels)
 {
-    TPaletteRaster result { raster.Size, {}, {} };
+    TPaletteRaster result { raster.Size(), {}, {} };
     result.Indices.reserve(pixels.size());
     std::unordered_map<std::uint32_t, std::uint8_t> indexOf;
     for (const std::uint32_t pixel : pixels) {
@@ -104,8 +107,8 @@ TPaletteRaster Quantized(
     const TAttributes attributes(liq_attr_create());
     Require(attributes != nullptr);
     liq_set_speed(attributes.get(), QuantizerSpeed);
-    const TImage image(
-        liq_image_create_rgba(attributes.get(), pixels.data(), raster.Size.width(), raster.Size.height(), 0));
+    const TImage image(liq_image_create_rgba(
+        attributes.get(), pixels.data(), raster.Size().width(), raster.Size().height(), 0));
     Require(image != nullptr);
     if (exact)
         liq_image_add_fixed_color(image.get(), { exact->Red, exact->Green, exact->Blue, 255 });
@@ -113,7 +116,7 @@ TPaletteRaster Quantized(
     Require(liq_image_quantize(image.get(), attributes.get(), &made) == LIQ_OK);
     const TResult result(made);
     liq_set_dithering_level(result.get(), 0);
-    TPaletteRaster reduced { raster.Size, {}, std::vector<std::uint8_t>(pixels.size()) };
+    TPaletteRaster reduced { raster.Size(), {}, std::vector<std::uint8_t>(pixels.size()) };
     Require(
         liq_write_remapped_image(result.get(), image.get(), reduced.Indices.data(), reduced.Indices.size())
         == LIQ_OK);
@@ -121,7 +124,7 @@ TPaletteRaster Quantized(
     for (unsigned i = 0; i < palette->count; ++i) {
         const liq_color& color = palette->entries[i];
         reduced.Palette.push_back(
-            { color.r, color.g, color.b, raster.Channels == 4 ? color.a : std::uint8_t { 255 } });
+            { color.r, color.g, color.b, raster.Channels() == 4 ? color.a : std::uint8_t { 255 } });
     }
     SortPalette(reduced);
     return reduced;

@@ -2,133 +2,142 @@
 
 #include "base/Error.h"
 
-#include <png.h>
+#include <libdeflate.h>
+
+#include <QtEndian>
 
 #include <algorithm>
-#include <array>
+#include <memory>
 #include <new>
+#include <span>
+#include <vector>
 
 namespace Corvadine {
 
 namespace {
 
-constexpr int MostCompression = 9;
-constexpr std::size_t IdatBytes = std::size_t { 64 } * 1024;
+constexpr int MostCompression = 12; // the highest level of libdeflate
+constexpr std::size_t MostChunkBytes = 0x7FFFFFFF;
 
-// Filled by libpng's callbacks. An exception must not pass through libpng's C frames. So a callback stores
-// its error here, without allocating memory, and libpng jumps back to WriteSteps().
-struct TWriteState {
-    QByteArray Bytes;
-    std::array<char, 160> Error {};
-    bool IsOutOfMemory = false;
+enum TColorType : std::uint8_t { Rgb = 2, Palette = 3, RgbAlpha = 6 };
 
-    bool Append(const png_byte* bytes, std::size_t count) noexcept
+struct TFreeCompressor {
+    void operator()(libdeflate_compressor* compressor) const { libdeflate_free_compressor(compressor); }
+};
+
+// Deflates pictures. Its memory is kept for the next picture of the same thread.
+class TDeflater {
+public:
+    // Returns a zlib stream that is valid until the next call.
+    QByteArrayView Deflate(std::span<const std::uint8_t> bytes, int level)
     {
-        try {
-            Bytes.append(reinterpret_cast<const char*>(bytes), static_cast<qsizetype>(count));
-        } catch (const std::bad_alloc&) {
-            IsOutOfMemory = true;
+        Prepare(level);
+        const std::size_t most = libdeflate_zlib_compress_bound(FCompressor.get(), bytes.size());
+        if (most > FMost) {
+            FDeflated.reset(new char[most]); // not std::vector, which would clear the memory
+            FMost = most;
         }
-        return !IsOutOfMemory;
+        const std::size_t size =
+            libdeflate_zlib_compress(FCompressor.get(), bytes.data(), bytes.size(), FDeflated.get(), FMost);
+        Q_ASSERT(size > 0); // 0 would mean that the memory is too small
+        return { FDeflated.get(), static_cast<qsizetype>(size) };
     }
+
+private:
+    void Prepare(int level)
+    {
+        if (FCompressor && FLevel == level)
+            return;
+        FCompressor.reset(libdeflate_alloc_compressor(level));
+        if (!FCompressor)
+            throw std::bad_alloc();
+        FLevel = level;
+    }
+
+    std::unique_ptr<libdeflate_compressor, TFreeCompressor> FCompressor;
+    int FLevel = 0;
+    std::unique_ptr<char[]> FDeflated;
+    std::size_t FMost = 0; // bytes that fit into FDeflated
 };
 
-void OnError(png_structp png, png_const_charp text)
+void AppendNumber(QByteArray& file, std::uint32_t number)
 {
-    auto* const state = static_cast<TWriteState*>(png_get_error_ptr(png));
-    qstrncpy(state->Error.data(), text, state->Error.size());
-    png_longjmp(png, 1);
+    const quint32 bigEndian = qToBigEndian(number);
+    file.append(reinterpret_cast<const char*>(&bigEndian), sizeof(bigEndian));
 }
 
-void OnWarning(png_structp, png_const_charp) { }
-
-void OnBytes(png_structp png, png_bytep bytes, std::size_t count)
+void AppendChunk(QByteArray& file, const char* type, QByteArrayView data)
 {
-    if (!static_cast<TWriteState*>(png_get_io_ptr(png))->Append(bytes, count))
-        png_error(png, "out of memory");
+    AppendNumber(file, static_cast<std::uint32_t>(data.size()));
+    const qsizetype start = file.size();
+    file.append(type).append(data);
+    AppendNumber(
+        file, libdeflate_crc32(0, file.constData() + start, static_cast<std::size_t>(file.size() - start)));
 }
 
-void OnFlush(png_structp) { }
-
-// The data that WriteSteps() writes: the fields of the header, the palette and the rows.
-struct TPngPlan {
-    QSize Size;
-    int ColorType;
-    int Compression;
-    const std::uint8_t* Pixels;
-    std::size_t RowBytes;
-    std::array<png_color, 256> Palette;
-    int PaletteCount;
-    std::array<png_byte, 256> Alpha;
-    int AlphaCount;
-};
-
-// After an error, libpng jumps back into this function, which then returns false. Because of the jump, no
-// local variable may have a destructor.
-bool WriteSteps(png_structp png, png_infop info, const TPngPlan& plan)
+QByteArray HeaderOf(QSize size, TColorType colorType)
 {
-    if (setjmp(png_jmpbuf(png)) != 0) // NOLINT(cert-err52-cpp): libpng reports errors by a jump
-        return false;
-    png_set_filter(png, PNG_FILTER_TYPE_BASE, PNG_FILTER_NONE);
-    png_set_compression_level(png, std::clamp(plan.Compression, 0, MostCompression));
-    png_set_compression_buffer_size(png, IdatBytes);
-    png_set_IHDR(png, info, static_cast<png_uint_32>(plan.Size.width()),
-        static_cast<png_uint_32>(plan.Size.height()), 8, plan.ColorType, PNG_INTERLACE_NONE,
-        PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
-    if (plan.PaletteCount > 0)
-        png_set_PLTE(png, info, plan.Palette.data(), plan.PaletteCount);
-    if (plan.AlphaCount > 0)
-        png_set_tRNS(png, info, plan.Alpha.data(), plan.AlphaCount, nullptr);
-    png_write_info(png, info);
-    for (int y = 0; y < plan.Size.height(); ++y)
-        png_write_row(png, plan.Pixels + static_cast<std::size_t>(y) * plan.RowBytes);
-    png_write_end(png, nullptr);
-    return true;
+    QByteArray header;
+    AppendNumber(header, static_cast<std::uint32_t>(size.width()));
+    AppendNumber(header, static_cast<std::uint32_t>(size.height()));
+    header.append(char { 8 }); // bit depth
+    header.append(static_cast<char>(colorType));
+    header.append(3, '\0'); // compression method, filter method, interlace method: the only or plain ones
+    return header;
 }
 
-QByteArray Write(const TPngPlan& plan)
+// Returns the file of a picture with one byte per sample. `rows` has a byte for the row filter before each
+// row. The chunks PLTE and tRNS are left out if they are empty.
+QByteArray Write(QSize size, TColorType colorType, std::span<const std::uint8_t> rows, int compression,
+    const QByteArray& palette = {}, const QByteArray& alpha = {})
 {
-    TWriteState state;
-    png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, &state, OnError, OnWarning);
-    png_infop info = png != nullptr ? png_create_info_struct(png) : nullptr;
-    bool written = false;
-    if (info != nullptr) {
-        png_set_write_fn(png, &state, OnBytes, OnFlush);
-        written = WriteSteps(png, info, plan);
-    } else {
-        state.IsOutOfMemory = true;
-    }
-    png_destroy_write_struct(&png, &info);
-    if (state.IsOutOfMemory)
-        throw std::bad_alloc();
-    if (!written)
+    thread_local TDeflater deflater;
+    const QByteArrayView deflated = deflater.Deflate(rows, std::clamp(compression, 0, MostCompression));
+    if (size.isEmpty() || static_cast<std::size_t>(deflated.size()) > MostChunkBytes)
         throw TError(TErrorKind::BadInput,
-            u"Cannot encode a PNG of %1 x %2 pixels: %3"_s.arg(plan.Size.width())
-                .arg(plan.Size.height())
-                .arg(QLatin1String(state.Error.data())));
-    return state.Bytes;
+            u"Cannot encode a PNG of %1 x %2 pixels"_s.arg(size.width()).arg(size.height()));
+    constexpr qsizetype OtherBytes = 2048; // more than all other chunks take
+    QByteArray file;
+    file.reserve(deflated.size() + OtherBytes);
+    file.append("\x89PNG\r\n\x1A\n");
+    AppendChunk(file, "IHDR", HeaderOf(size, colorType));
+    if (!palette.isEmpty())
+        AppendChunk(file, "PLTE", palette);
+    if (!alpha.isEmpty())
+        AppendChunk(file, "tRNS", alpha);
+    AppendChunk(file, "IDAT", deflated);
+    AppendChunk(file, "IEND", {});
+    return file;
 }
 
 } // namespace
 
 QByteArray EncodePng(const TRaster& raster, int compression)
 {
-    return Write({ raster.Size, raster.Channels == 4 ? PNG_COLOR_TYPE_RGB_ALPHA : PNG_COLOR_TYPE_RGB,
-        compression, raster.Bytes.data(), raster.RowBytes(), {}, 0, {}, 0 });
+    return Write(raster.Size(), raster.Channels() == 4 ? RgbAlpha : Rgb, raster.FilteredRows(), compression);
 }
 
 QByteArray EncodePng(const TPaletteRaster& raster, int compression)
 {
-    TPngPlan plan { raster.Size, PNG_COLOR_TYPE_PALETTE, compression, raster.Indices.data(),
-        static_cast<std::size_t>(raster.Size.width()), {}, 0, {}, 0 };
-    for (const auto& [red, green, blue, alpha] : raster.Palette) {
-        const auto index = static_cast<std::size_t>(plan.PaletteCount++);
-        plan.Palette[index] = { red, green, blue };
-        plan.Alpha[index] = alpha;
-        if (alpha < 255)
-            plan.AlphaCount = plan.PaletteCount;
+    QByteArray palette;
+    QByteArray alpha;
+    qsizetype alphaCount = 0; // up to the last transparent entry
+    for (const auto& [red, green, blue, opacity] : raster.Palette) {
+        for (const std::uint8_t sample : { red, green, blue })
+            palette.append(static_cast<char>(sample));
+        alpha.append(static_cast<char>(opacity));
+        if (opacity < 255)
+            alphaCount = alpha.size();
     }
-    return Write(plan);
+    alpha.truncate(alphaCount);
+
+    std::vector<std::uint8_t> rows;
+    rows.reserve(raster.Indices.size() + static_cast<std::size_t>(raster.Size.height()));
+    for (auto row = raster.Indices.begin(); row != raster.Indices.end(); row += raster.Size.width()) {
+        rows.push_back(0);
+        rows.insert(rows.end(), row, row + raster.Size.width());
+    }
+    return Write(raster.Size, Palette, rows, compression, palette, alpha);
 }
 
 } // namespace Corvadine

@@ -2,6 +2,8 @@
 
 #include "generate/pixels/ResampleKernels.h"
 
+#include <QRgba64>
+
 #include <algorithm>
 #include <new>
 
@@ -17,6 +19,26 @@ std::size_t PaddedValues(int width)
     return (values + BlockValues - 1) / BlockValues * BlockValues;
 }
 
+// One channel multiplied by alpha, from 16 bits each to SourceLevel, rounded.
+std::int16_t PremultiplyDeep(quint64 color, quint64 alpha)
+{
+    constexpr quint64 Full = 0xFFFF;
+    return static_cast<std::int16_t>((color * alpha * (255 * SourceLevel) + Full * Full / 2) / (Full * Full));
+}
+
+// Pictures with 16 bits per channel are rare, so this needs no vectors.
+void PremultiplyDeepRow(const QRgba64* pixels, std::size_t count, std::int16_t* out)
+{
+    for (std::size_t i = 0; i < count; ++i) {
+        const QRgba64 pixel = pixels[i];
+        std::int16_t* channels = out + i / 2 * TPixelPairImage::PairValues + i % 2;
+        channels[0] = PremultiplyDeep(pixel.blue(), pixel.alpha());
+        channels[2] = PremultiplyDeep(pixel.green(), pixel.alpha());
+        channels[4] = PremultiplyDeep(pixel.red(), pixel.alpha());
+        channels[6] = PremultiplyDeep(pixel.alpha(), 0xFFFF);
+    }
+}
+
 } // namespace
 
 TPixelRows::TPixelRows(QSize size)
@@ -30,13 +52,29 @@ TPixelRows::TPixelRows(QSize size)
 
 TPixelPairImage::TPixelPairImage(const QImage& image) : TPixelRows(image.size())
 {
-    const auto convert = image.hasAlphaChannel() ? Kernels::PremultiplyRow : Kernels::WidenOpaqueRow;
-    const auto pixels = static_cast<std::size_t>(Width());
-    const std::size_t wholePairs = pixels / 2 * PairValues;
-    for (int y = 0; y < Height(); ++y) {
-        std::fill(Row(y) + wholePairs, Row(y) + Stride(), std::int16_t { 0 });
-        convert(image.constScanLine(y), pixels, Row(y));
+    for (int y = 0; y < Height(); ++y)
+        SetRow(y, image.constScanLine(y), image.format());
+}
+
+void TPixelPairImage::SetRow(int y, const void* pixels, QImage::Format format)
+{
+    const auto count = static_cast<std::size_t>(Width());
+    const std::size_t wholePairs = count / 2 * PairValues;
+    std::fill(Row(y) + wholePairs, Row(y) + Stride(), std::int16_t { 0 });
+    switch (format) {
+    case QImage::Format_ARGB32:
+        return Kernels::PremultiplyRow(static_cast<const std::uint8_t*>(pixels), count, Row(y));
+    case QImage::Format_RGB32:
+        return Kernels::WidenOpaqueRow(static_cast<const std::uint8_t*>(pixels), count, Row(y));
+    default:
+        PremultiplyDeepRow(static_cast<const QRgba64*>(pixels), count, Row(y));
     }
+}
+
+std::span<std::uint8_t> TPixelPairImage::Memory()
+{
+    return { reinterpret_cast<std::uint8_t*>(Row(0)),
+        static_cast<std::size_t>(Height()) * Stride() * sizeof(std::int16_t) };
 }
 
 } // namespace Corvadine

@@ -7,6 +7,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 
 // Pictures in the form that the resampler works on. A pixel has four 16-bit channels: blue, green, red, alpha
 // (the byte order of QImage::Format_ARGB32). Colors are multiplied by alpha. With only eight bits, nearly
@@ -43,11 +44,12 @@ private:
     hwy::AlignedFreeUniquePtr<std::int16_t[]> FValues;
 };
 
-// A filtered picture with values at FilteredLevel. Values after the last pixel of a row are undefined.
-class TPremultipliedImage : public TPixelRows {
+// Rows of a filtered picture with values at FilteredLevel. Values after the last pixel of a row are
+// undefined.
+class TFilteredRows : public TPixelRows {
 public:
     // Leaves the pixels undefined. REQUIRES: both sides at least 1.
-    explicit TPremultipliedImage(QSize size) : TPixelRows(size) { }
+    explicit TFilteredRows(QSize size) : TPixelRows(size) { }
 };
 
 // A source picture with values at SourceLevel, laid out for the horizontal pass. Two neighboring pixels of a
@@ -57,8 +59,17 @@ class TPixelPairImage : public TPixelRows {
 public:
     static constexpr int PairValues = 2 * PixelChannels;
 
-    // REQUIRES: Format_ARGB32 or Format_RGB32, not null.
+    // REQUIRES: Format_ARGB32, Format_RGB32, Format_RGBA64 or Format_RGBX64, not null.
     explicit TPixelPairImage(const QImage& image);
+
+    // Leaves the pixels undefined, for SetRow(). REQUIRES: both sides at least 1.
+    explicit TPixelPairImage(QSize size) : TPixelRows(size) { }
+
+    // Sets the pixels of row `y` from a row of an image that has `format`, one of those above.
+    void SetRow(int y, const void* pixels, QImage::Format format);
+
+    // The memory of all rows, from the first one to the last one. Writing row y changes its part of it only.
+    std::span<std::uint8_t> Memory();
 
     // Number of pairs in each row, including the zeros at its end; a multiple of four.
     int PairCount() const { return static_cast<int>(Stride()) / PairValues; }

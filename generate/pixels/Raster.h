@@ -4,29 +4,51 @@
 
 #include <array>
 #include <cstdint>
+#include <memory>
+#include <span>
 #include <vector>
 
 namespace Corvadine {
 
 // A finished picture with 8 bits per channel and straight alpha. Each pixel has the bytes red, green,
-// blue and, with 4 channels, alpha. The rows follow each other from top to bottom without padding, as
-// PNG requires.
-struct TRaster {
-    QSize Size;
-    int Channels; // 3 or 4
-    std::vector<std::uint8_t> Bytes;
-
+// blue and, with 4 channels, alpha. Before each row stands a byte 0, the row filter "None" of PNG, so that
+// the rows can be deflated as they are. Move-only.
+class TRaster {
+public:
+    // Leaves the pixels undefined.
     TRaster(QSize size, int channels)
-        : Size(size), Channels(channels), Bytes(static_cast<std::size_t>(size.height()) * RowBytes())
+        : FSize(size)
+        , FChannels(channels)
+        , FBytes(std::make_unique_for_overwrite<std::uint8_t[]>(ByteCount()))
     {
+        for (int y = 0; y < size.height(); ++y)
+            Row(y)[-1] = 0;
     }
 
+    QSize Size() const { return FSize; }       // pixels
+    int Channels() const { return FChannels; } // 3 or 4
+
+    std::uint8_t* Row(int y) { return &FBytes[static_cast<std::size_t>(y) * (RowBytes() + 1) + 1]; }
+    const std::uint8_t* Row(int y) const
+    {
+        return &FBytes[static_cast<std::size_t>(y) * (RowBytes() + 1) + 1];
+    }
+
+    // Bytes of one row, without the one before it.
     std::size_t RowBytes() const
     {
-        return static_cast<std::size_t>(Size.width()) * static_cast<std::size_t>(Channels);
+        return static_cast<std::size_t>(FSize.width()) * static_cast<std::size_t>(FChannels);
     }
-    std::uint8_t* Row(int y) { return Bytes.data() + static_cast<std::size_t>(y) * RowBytes(); }
-    const std::uint8_t* Row(int y) const { return Bytes.data() + static_cast<std::size_t>(y) * RowBytes(); }
+
+    // All rows from top to bottom, each with the byte before it.
+    std::span<const std::uint8_t> FilteredRows() const { return { FBytes.get(), ByteCount() }; }
+
+private:
+    std::size_t ByteCount() const { return static_cast<std::size_t>(FSize.height()) * (RowBytes() + 1); }
+
+    QSize FSize;
+    int FChannels;
+    std::unique_ptr<std::uint8_t[]> FBytes;
 };
 
 // A picture of at most 256 colors. Indices has one byte per pixel, in rows from top to bottom

@@ -10,16 +10,36 @@
 
 namespace Corvadine {
 
-TRenderSource::TRenderSource(QImage image) : FImage(std::move(image)) { }
+TRenderSource::TRenderSource(QImage image)
+    : FSize(image.size()), FHasAlpha(image.hasAlphaChannel()), FImage(std::move(image))
+{
+    if (FImage.depth() != 64)
+        return;
+    FPixelPairs.emplace(FImage); // while it has all 16 bits
+    FImage.convertTo(FHasAlpha ? QImage::Format_ARGB32 : QImage::Format_RGB32);
+}
+
+TRenderSource::TRenderSource(TPixelPairImage pairs, bool hasAlpha) : FSize(pairs.Size()), FHasAlpha(hasAlpha)
+{
+    FPixelPairs.emplace(std::move(pairs));
+}
+
+bool TRenderSource::IsFiltered(QSize source, QSize size, TResampleFilter filter)
+{
+    return size != source && !IsPickingFilter(filter);
+}
 
 TFittedImage TRenderSource::At(QSize size, TResampleFilter filter) const
 {
-    if (size == FImage.size())
+    if (size == FSize)
         return FImage;
-    if (IsPickingFilter(filter))
+    if (!IsFiltered(FSize, size, filter))
         return PickPixels(FImage, size, filter);
-    std::call_once(FConverted, [this] { FPixelPairs.emplace(FImage); });
-    return Resample(*FPixelPairs, size, filter);
+    std::call_once(FConverted, [this] {
+        if (!FPixelPairs)
+            FPixelPairs.emplace(FImage);
+    });
+    return TFilteredImage { &*FPixelPairs, size, filter };
 }
 
 TRecipe RecipeOf(QSize source, QSize box, bool isOpaque)
@@ -32,7 +52,7 @@ TRecipe RecipeOf(QSize source, QSize box, bool isOpaque)
 TRendered RenderPixels(const TRenderSource& source, const TRecipe& recipe, const TRenderOptions& options)
 {
     const TFittedImage fitted = source.At(recipe.Fitted, options.Filter);
-    const bool keepsAlpha = recipe.KeepsAlpha && source.Image().hasAlphaChannel();
+    const bool keepsAlpha = recipe.KeepsAlpha && source.HasAlpha();
     TRaster raster =
         keepsAlpha ? WithAlpha(fitted) : FlattenedOnCanvas(fitted, recipe.Canvas, options.Background);
     if (options.Format == TOutputFormat::TrueColor)
@@ -53,7 +73,7 @@ QByteArray RenderMainIcon(const TRenderSource& source, TResampleFilter filter)
     std::vector<TRaster> images;
     images.reserve(IconSizes.size());
     for (const int side : IconSizes)
-        images.push_back(WithAlpha(source.At(FittedSize(source.Image().size(), { side, side }), filter)));
+        images.push_back(WithAlpha(source.At(FittedSize(source.Size(), { side, side }), filter)));
     return EncodeIco(images, IconCompression);
 }
 

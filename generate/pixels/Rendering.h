@@ -17,16 +17,31 @@ namespace Corvadine {
 // needs this form. Read-only; several threads may use the source at the same time.
 class TRenderSource {
 public:
-    // REQUIRES: Format_ARGB32 or Format_RGB32, not null.
+    // REQUIRES: Format_ARGB32, Format_RGB32, Format_RGBA64 or Format_RGBX64, not null.
     explicit TRenderSource(QImage image);
 
+    // A source for filtered outputs only, which needs less memory. `hasAlpha` tells whether the file of the
+    // source has an alpha channel.
+    TRenderSource(TPixelPairImage pairs, bool hasAlpha);
+
+    QSize Size() const { return FSize; } // pixels
+    bool HasAlpha() const { return FHasAlpha; }
+
+    // The picture with 8 bits per channel. REQUIRES: not a source for filtered outputs only.
     const QImage& Image() const { return FImage; }
 
-    // Returns the source scaled to `size`, or the unchanged picture if it has that size already.
+    // Returns the source scaled to `size`, or the unchanged picture if it has that size already. The result
+    // refers to this source.
+    // REQUIRES: IsFiltered() for a source for filtered outputs only.
     TFittedImage At(QSize size, TResampleFilter filter) const;
 
+    // Whether At() computes the pixels with `filter`. Otherwise it copies pixels of Image().
+    static bool IsFiltered(QSize source, QSize size, TResampleFilter filter);
+
 private:
-    QImage FImage;
+    QSize FSize;
+    bool FHasAlpha;
+    QImage FImage; // Format_ARGB32 or Format_RGB32, or null
     mutable std::once_flag FConverted;
     mutable std::optional<TPixelPairImage> FPixelPairs;
 };

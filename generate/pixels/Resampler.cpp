@@ -87,7 +87,7 @@ private:
 
     const TPixelPairImage& FSource;
     TPairWeights FColumns;
-    TPremultipliedImage FKept;
+    TFilteredRows FKept;
     std::vector<const std::int16_t*> FRows;
     int FNext = 0;
 };
@@ -107,7 +107,7 @@ QSize FittedSize(QSize source, QSize box)
     return { scaled(w, box.height(), h), box.height() };
 }
 
-TPremultipliedImage Resample(const TPixelPairImage& source, QSize size, TResampleFilter filter)
+void Resample(const TPixelPairImage& source, QSize size, TResampleFilter filter, const TFilteredRowSink& sink)
 {
     const TFilterTable rows = BuildFilterTable(filter, source.Height(), size.height());
     const TFilterTable columns = BuildFilterTable(filter, source.Width(), size.width());
@@ -115,13 +115,13 @@ TPremultipliedImage Resample(const TPixelPairImage& source, QSize size, TResampl
     const auto values = static_cast<std::size_t>(size.width()) * PixelChannels;
 
     TNarrowedRows narrowed(source, columns, rows.TapCount);
-    TPremultipliedImage result(size);
+    TFilteredRows row(QSize(size.width(), 1));
     for (int y = 0; y < size.height(); ++y) {
         const auto target = static_cast<std::size_t>(y);
         Kernels::SumRows(
-            narrowed.From(rows.First[target]), &rows.Weights[target * taps], taps, values, result.Row(y));
+            narrowed.From(rows.First[target]), &rows.Weights[target * taps], taps, values, row.Row(0));
+        sink(y, row.Row(0));
     }
-    return result;
 }
 
 QImage PickPixels(const QImage& source, QSize size, TResampleFilter filter)

@@ -42,6 +42,7 @@ LIBRARIES = (
     (r"libsqlite3", "SQLite", "libsqlite3-dev"),
     (r"libhwy", "Highway", "libhwy-dev"),
     (r"libimagequant", "libimagequant", "libimagequant-dev"),
+    (r"libdeflate", "libdeflate", "libdeflate-dev"),
     (r"libpng", "libpng", "libpng-dev"),
     (r"libz", "zlib", "zlib1g-dev"),
     (r"libsodium", "libsodium", "libsodium-dev"),
