@@ -182,7 +182,8 @@ TFieldNumberEdit::TFieldNumberEdit(TProjectsTable& table, TField field, QWidget*
     // Leading zeros may be typed too.
     static const QRegularExpression Digits(u"[0-9]{0,%1}"_s.arg(QString::number(TwoxSizeRange.Most).size()));
     setValidator(new QRegularExpressionValidator(Digits, this));
-    setAcceptDrops(false); // otherwise the box would take a file as text and tell its source to delete it
+    // Otherwise the box would take a dropped file as text, and as moved. A file manager then deletes the file.
+    setAcceptDrops(false);
     connect(this, &QLineEdit::textEdited, this, &TFieldNumberEdit::WriteText);
     Attach();
 }

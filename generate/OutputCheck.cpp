@@ -97,7 +97,7 @@ private:
         return SourceOf(output).Size && (!needsLaunch || FLaunch.Size);
     }
 
-    // Checks the outputs with the same content as that of index `first`, which is rendered once.
+    // Checks all outputs that have the content of output `first`. The content is rendered once.
     void CheckAlike(std::size_t first)
     {
         const TOutput& output = FOutputs[first];

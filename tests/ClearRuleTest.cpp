@@ -73,7 +73,7 @@ TEST_F(ClearRuleTest, RefusesFoldersThatAreNeededHoweverTheyAreWritten)
     EXPECT_EQ(Reason(Path("ART")), IsSameFile(Path("art"), Path("ART")) ? icon : "");
 
     FProject.SplashImageName = Path("art/launch.png");
-    FProject.IconImageName = Path("art/none.png"); // nothing can be lost
+    FProject.IconImageName = Path("art/none.png"); // does not exist, so it cannot be lost
     EXPECT_THAT(Reason(Path("art")), HasSubstr("it holds the launch image "));
     FProject.OutputFolder = Path("app");
     EXPECT_THAT(ClearWarnings(FProject, FOwn),
