@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdio>
 
 // Process-wide matters of the operating system. Files are in StagedFile.h and Files.h.
@@ -18,5 +19,11 @@ std::FILE* TakeErrorStream();
 // Whether the error stream is a terminal, so that progress can be drawn there. REQUIRES: TakeErrorStream()
 // has not been called.
 bool ErrorStreamIsTerminal();
+
+// The size in bytes of a large page of memory, and the alignment that PreferLargePages() needs.
+constexpr std::size_t LargePageBytes = std::size_t { 2 } * 1024 * 1024;
+
+// Asks for large pages for memory that is not used yet. Does nothing where the system has none.
+void PreferLargePages(void* memory, std::size_t bytes);
 
 } // namespace Corvadine

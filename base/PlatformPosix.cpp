@@ -1,6 +1,7 @@
 #include "base/Platform.h"
 
 #include <fcntl.h>
+#include <sys/mman.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -27,6 +28,13 @@ std::FILE* TakeErrorStream()
 bool ErrorStreamIsTerminal()
 {
     return ::isatty(STDERR_FILENO) == 1;
+}
+
+void PreferLargePages(void* memory, std::size_t bytes)
+{
+#ifdef MADV_HUGEPAGE
+    ::madvise(memory, bytes, MADV_HUGEPAGE); // refused by a kernel without them
+#endif
 }
 
 } // namespace Corvadine

@@ -64,4 +64,7 @@ bool ErrorStreamIsTerminal()
     return ::GetConsoleMode(::GetStdHandle(STD_ERROR_HANDLE), &mode) != 0;
 }
 
+// Large pages need a right that users do not have.
+void PreferLargePages(void*, std::size_t) { }
+
 } // namespace Corvadine

@@ -22,7 +22,7 @@ std::shared_ptr<const TRenderSource> LoadPlainPng(const QString& path)
     TPixelPairImage pairs(reader.Size());
     const auto format = reader.HasAlpha() ? QImage::Format_ARGB32 : QImage::Format_RGB32;
     const auto setRow = [&pairs, format](int y, const void* pixels) { pairs.SetRow(y, pixels, format); };
-    if (!reader.Read(pairs.Memory(), setRow))
+    if (!reader.Read(pairs.Bytes(), setRow))
         return nullptr;
     return std::make_shared<TRenderSource>(std::move(pairs), reader.HasAlpha());
 }

@@ -2,6 +2,7 @@
 
 #include "base/Error.h"
 #include "base/Files.h"
+#include "base/LargeMemory.h"
 #include "images/PngReader.h"
 #include "images/Truncation.h"
 
@@ -78,13 +79,12 @@ QImage ReadPlainPng(QFile& file)
     const auto format = reader.HasAlpha() ? QImage::Format_ARGB32 : QImage::Format_RGB32;
     const auto deepFormat = reader.HasAlpha() ? QImage::Format_RGBA64 : QImage::Format_RGBX64;
     QImage image(reader.Size(), reader.Is16Bit() ? deepFormat : format);
-    const auto memory = std::make_unique_for_overwrite<std::uint8_t[]>(reader.InflatedBytes());
+    const TLargeMemory memory(reader.InflatedBytes());
     const auto rowBytes = static_cast<std::size_t>(image.width()) * (reader.Is16Bit() ? 8 : 4);
-    const bool isRead = !image.isNull()
-        && reader.Read(
-            { memory.get(), reader.InflatedBytes() }, [&image, rowBytes](int y, const void* pixels) {
-                std::memcpy(image.scanLine(y), pixels, rowBytes);
-            });
+    const bool isRead =
+        !image.isNull() && reader.Read(memory.Bytes(), [&image, rowBytes](int y, const void* pixels) {
+            std::memcpy(image.scanLine(y), pixels, rowBytes);
+        });
     return isRead ? image : QImage();
 }
 

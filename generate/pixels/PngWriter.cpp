@@ -1,6 +1,7 @@
 #include "generate/pixels/PngWriter.h"
 
 #include "base/Error.h"
+#include "base/LargeMemory.h"
 
 #include <libdeflate.h>
 
@@ -33,14 +34,12 @@ public:
     {
         Prepare(level);
         const std::size_t most = libdeflate_zlib_compress_bound(FCompressor.get(), bytes.size());
-        if (most > FMost) {
-            FDeflated.reset(new char[most]); // not std::vector, which would clear the memory
-            FMost = most;
-        }
-        const std::size_t size =
-            libdeflate_zlib_compress(FCompressor.get(), bytes.data(), bytes.size(), FDeflated.get(), FMost);
+        if (most > FDeflated.Size())
+            FDeflated = TLargeMemory(most);
+        const std::size_t size = libdeflate_zlib_compress(
+            FCompressor.get(), bytes.data(), bytes.size(), FDeflated.Data(), FDeflated.Size());
         Q_ASSERT(size > 0); // 0 would mean that the memory is too small
-        return { FDeflated.get(), static_cast<qsizetype>(size) };
+        return { FDeflated.Data(), static_cast<qsizetype>(size) };
     }
 
 private:
@@ -56,8 +55,7 @@ private:
 
     std::unique_ptr<libdeflate_compressor, TFreeCompressor> FCompressor;
     int FLevel = 0;
-    std::unique_ptr<char[]> FDeflated;
-    std::size_t FMost = 0; // bytes that fit into FDeflated
+    TLargeMemory FDeflated;
 };
 
 void AppendNumber(QByteArray& file, std::uint32_t number)

@@ -5,7 +5,6 @@
 #include <QRgba64>
 
 #include <algorithm>
-#include <new>
 
 namespace Corvadine {
 
@@ -44,10 +43,8 @@ void PremultiplyDeepRow(const QRgba64* pixels, std::size_t count, std::int16_t* 
 TPixelRows::TPixelRows(QSize size)
     : FSize(size)
     , FStride(PaddedValues(size.width()))
-    , FValues(hwy::AllocateAligned<std::int16_t>(static_cast<std::size_t>(size.height()) * FStride))
+    , FMemory(static_cast<std::size_t>(size.height()) * FStride * sizeof(std::int16_t))
 {
-    if (!FValues)
-        throw std::bad_alloc();
 }
 
 TPixelPairImage::TPixelPairImage(const QImage& image) : TPixelRows(image.size())
@@ -69,12 +66,6 @@ void TPixelPairImage::SetRow(int y, const void* pixels, QImage::Format format)
     default:
         PremultiplyDeepRow(static_cast<const QRgba64*>(pixels), count, Row(y));
     }
-}
-
-std::span<std::uint8_t> TPixelPairImage::Memory()
-{
-    return { reinterpret_cast<std::uint8_t*>(Row(0)),
-        static_cast<std::size_t>(Height()) * Stride() * sizeof(std::int16_t) };
 }
 
 } // namespace Corvadine

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <hwy/aligned_allocator.h>
+#include "base/LargeMemory.h"
 
 #include <QImage>
 #include <QSize>
@@ -28,8 +28,8 @@ public:
     int Width() const { return FSize.width(); }
     int Height() const { return FSize.height(); }
 
-    std::int16_t* Row(int y) { return FValues.get() + static_cast<std::size_t>(y) * FStride; }
-    const std::int16_t* Row(int y) const { return FValues.get() + static_cast<std::size_t>(y) * FStride; }
+    std::int16_t* Row(int y) { return Values() + static_cast<std::size_t>(y) * FStride; }
+    const std::int16_t* Row(int y) const { return Values() + static_cast<std::size_t>(y) * FStride; }
 
 protected:
     // Leaves the pixels undefined. REQUIRES: both sides at least 1.
@@ -38,10 +38,15 @@ protected:
     // Number of values from the start of a row to the start of the next row.
     std::size_t Stride() const { return FStride; }
 
+    // All rows, from the first one to the last one. Writing row y changes its part of it only.
+    std::span<std::uint8_t> Bytes() const { return FMemory.Bytes(); }
+
 private:
+    std::int16_t* Values() const { return reinterpret_cast<std::int16_t*>(FMemory.Data()); }
+
     QSize FSize;
     std::size_t FStride;
-    hwy::AlignedFreeUniquePtr<std::int16_t[]> FValues;
+    TLargeMemory FMemory;
 };
 
 // Rows of a filtered picture with values at FilteredLevel. Values after the last pixel of a row are
@@ -68,8 +73,7 @@ public:
     // Sets the pixels of row `y` from a row of an image that has `format`, one of those above.
     void SetRow(int y, const void* pixels, QImage::Format format);
 
-    // The memory of all rows, from the first one to the last one. Writing row y changes its part of it only.
-    std::span<std::uint8_t> Memory();
+    using TPixelRows::Bytes;
 
     // Number of pairs in each row, including the zeros at its end; a multiple of four.
     int PairCount() const { return static_cast<int>(Stride()) / PairValues; }

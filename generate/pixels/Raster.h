@@ -1,10 +1,11 @@
 #pragma once
 
+#include "base/LargeMemory.h"
+
 #include <QSize>
 
 #include <array>
 #include <cstdint>
-#include <memory>
 #include <span>
 #include <vector>
 
@@ -16,10 +17,7 @@ namespace Corvadine {
 class TRaster {
 public:
     // Leaves the pixels undefined.
-    TRaster(QSize size, int channels)
-        : FSize(size)
-        , FChannels(channels)
-        , FBytes(std::make_unique_for_overwrite<std::uint8_t[]>(ByteCount()))
+    TRaster(QSize size, int channels) : FSize(size), FChannels(channels), FMemory(ByteCount())
     {
         for (int y = 0; y < size.height(); ++y)
             Row(y)[-1] = 0;
@@ -28,10 +26,10 @@ public:
     QSize Size() const { return FSize; }       // pixels
     int Channels() const { return FChannels; } // 3 or 4
 
-    std::uint8_t* Row(int y) { return &FBytes[static_cast<std::size_t>(y) * (RowBytes() + 1) + 1]; }
+    std::uint8_t* Row(int y) { return FMemory.Data() + static_cast<std::size_t>(y) * (RowBytes() + 1) + 1; }
     const std::uint8_t* Row(int y) const
     {
-        return &FBytes[static_cast<std::size_t>(y) * (RowBytes() + 1) + 1];
+        return FMemory.Data() + static_cast<std::size_t>(y) * (RowBytes() + 1) + 1;
     }
 
     // Bytes of one row, without the one before it.
@@ -41,14 +39,14 @@ public:
     }
 
     // All rows from top to bottom, each with the byte before it.
-    std::span<const std::uint8_t> FilteredRows() const { return { FBytes.get(), ByteCount() }; }
+    std::span<const std::uint8_t> FilteredRows() const { return FMemory.Bytes(); }
 
 private:
     std::size_t ByteCount() const { return static_cast<std::size_t>(FSize.height()) * (RowBytes() + 1); }
 
     QSize FSize;
     int FChannels;
-    std::unique_ptr<std::uint8_t[]> FBytes;
+    TLargeMemory FMemory;
 };
 
 // A picture of at most 256 colors. Indices has one byte per pixel, in rows from top to bottom
