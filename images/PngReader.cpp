@@ -1,5 +1,6 @@
 #include "images/PngReader.h"
 
+#include "images/PngFilters.h"
 #include "images/SourceImage.h"
 
 #include <libdeflate.h>
@@ -68,96 +69,6 @@ bool AreSrgbPrimaries(const char* numbers)
         if (std::abs(static_cast<int>(NumberAt(numbers + i * 4) & 0x7FFFFFFF) - Srgb[i]) > 20)
             return false;
     return true;
-}
-
-// The row filters. `above` is the row above, or zeros for the first row. The first pixel has zeros to its
-// left.
-
-void AddLeft(std::uint8_t* row, std::size_t bytes, std::size_t pixelBytes)
-{
-    for (std::size_t i = pixelBytes; i < bytes; ++i)
-        row[i] = static_cast<std::uint8_t>(row[i] + row[i - pixelBytes]);
-}
-
-void AddAbove(std::uint8_t* row, const std::uint8_t* above, std::size_t bytes)
-{
-    for (std::size_t i = 0; i < bytes; ++i)
-        row[i] = static_cast<std::uint8_t>(row[i] + above[i]);
-}
-
-// Adds to each byte what `predict` makes of its neighbors: the bytes to the left, above, and above on the
-// left. With the pixel's size as a constant, the bytes of one pixel are computed side by side.
-template <std::size_t PixelBytes, class TPredict>
-void AddPredicted(std::uint8_t* row, const std::uint8_t* above, std::size_t bytes, TPredict predict)
-{
-    std::array<int, PixelBytes> left {};
-    std::array<int, PixelBytes> aboveLeft {};
-    for (std::size_t i = 0; i < bytes; i += PixelBytes) {
-        for (std::size_t channel = 0; channel < PixelBytes; ++channel) {
-            const int up = above[i + channel];
-            const int predicted = predict(left[channel], up, aboveLeft[channel]);
-            left[channel] = (row[i + channel] + predicted) & 0xFF;
-            row[i + channel] = static_cast<std::uint8_t>(left[channel]);
-            aboveLeft[channel] = up;
-        }
-    }
-}
-
-int Average(int left, int above, int)
-{
-    return (left + above) / 2;
-}
-
-int Paeth(int left, int above, int aboveLeft)
-{
-    const int toLeft = std::abs(above - aboveLeft);
-    const int toAbove = std::abs(left - aboveLeft);
-    const int toAboveLeft = std::abs(left + above - 2 * aboveLeft);
-    const int nearer = toAbove < toLeft ? above : left;
-    return toAboveLeft < std::min(toLeft, toAbove) ? aboveLeft : nearer;
-}
-
-template <std::size_t PixelBytes>
-bool UndoFilterOf(int filter, std::uint8_t* row, const std::uint8_t* above, std::size_t bytes)
-{
-    switch (filter) {
-    case 0:
-        return true;
-    case 1:
-        AddLeft(row, bytes, PixelBytes);
-        return true;
-    case 2:
-        AddAbove(row, above, bytes);
-        return true;
-    case 3:
-        AddPredicted<PixelBytes>(row, above, bytes, Average);
-        return true;
-    case 4:
-        AddPredicted<PixelBytes>(row, above, bytes, Paeth);
-        return true;
-    default:
-        return false;
-    }
-}
-
-using TUndoFilter = bool (*)(int filter, std::uint8_t* row, const std::uint8_t* above, std::size_t bytes);
-
-TUndoFilter UndoFilterFor(int bitsPerPixel)
-{
-    switch (bitsPerPixel) {
-    case 16:
-        return UndoFilterOf<2>;
-    case 24:
-        return UndoFilterOf<3>;
-    case 32:
-        return UndoFilterOf<4>;
-    case 48:
-        return UndoFilterOf<6>;
-    case 64:
-        return UndoFilterOf<8>;
-    default:
-        return UndoFilterOf<1>;
-    }
 }
 
 } // namespace
@@ -291,8 +202,8 @@ bool TPngReader::Read(std::span<std::uint8_t> memory, const TRowSink& sink)
         return false;
 
     const TUndoFilter undoFilter = UndoFilterFor(FChannels * FDepth);
-    std::vector<std::uint8_t> row(FRowBytes);
-    std::vector<std::uint8_t> above(FRowBytes, std::uint8_t { 0 });
+    std::vector<std::uint8_t> row(FRowBytes + FilterOverRead);
+    std::vector<std::uint8_t> above(FRowBytes + FilterOverRead);
     std::vector<std::uint64_t> pixels(static_cast<std::size_t>(FSize.width()));
     for (int y = 0; y < FSize.height(); ++y) {
         const std::uint8_t* filtered = &inflated[static_cast<std::size_t>(y) * (FRowBytes + 1)];

@@ -42,6 +42,20 @@ TFittedImage TRenderSource::At(QSize size, TResampleFilter filter) const
     return TFilteredImage { &*FPixelPairs, size, filter };
 }
 
+TRaster TRenderSource::WithAlphaAt(QSize size, TResampleFilter filter) const
+{
+    constexpr int MostShared = 128; // pixels; larger pictures would take too much memory
+    if (std::max(size.width(), size.height()) > MostShared)
+        return WithAlpha(At(size, filter));
+    TShared* shared = nullptr;
+    {
+        const std::lock_guard lock(FSharedMutex);
+        shared = &FShared[{ size.width(), size.height(), filter }];
+    }
+    std::call_once(shared->Made, [&] { shared->Raster = WithAlpha(At(size, filter)); });
+    return *shared->Raster;
+}
+
 TRecipe RecipeOf(QSize source, QSize box, bool isOpaque)
 {
     const QSize fitted = FittedSize(source, box);
@@ -51,10 +65,10 @@ TRecipe RecipeOf(QSize source, QSize box, bool isOpaque)
 
 TRendered RenderPixels(const TRenderSource& source, const TRecipe& recipe, const TRenderOptions& options)
 {
-    const TFittedImage fitted = source.At(recipe.Fitted, options.Filter);
     const bool keepsAlpha = recipe.KeepsAlpha && source.HasAlpha();
-    TRaster raster =
-        keepsAlpha ? WithAlpha(fitted) : FlattenedOnCanvas(fitted, recipe.Canvas, options.Background);
+    TRaster raster = keepsAlpha
+        ? source.WithAlphaAt(recipe.Fitted, options.Filter)
+        : FlattenedOnCanvas(source.At(recipe.Fitted, options.Filter), recipe.Canvas, options.Background);
     if (options.Format == TOutputFormat::TrueColor)
         return raster;
     const bool hasMargin = recipe.Fitted != recipe.Canvas;
@@ -73,7 +87,7 @@ QByteArray RenderMainIcon(const TRenderSource& source, TResampleFilter filter)
     std::vector<TRaster> images;
     images.reserve(IconSizes.size());
     for (const int side : IconSizes)
-        images.push_back(WithAlpha(source.At(FittedSize(source.Size(), { side, side }), filter)));
+        images.push_back(source.WithAlphaAt(FittedSize(source.Size(), { side, side }), filter));
     return EncodeIco(images, IconCompression);
 }
 

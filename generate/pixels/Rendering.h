@@ -7,8 +7,10 @@
 #include <QImage>
 
 #include <array>
+#include <map>
 #include <mutex>
 #include <optional>
+#include <tuple>
 #include <variant>
 
 namespace Corvadine {
@@ -35,6 +37,10 @@ public:
     // REQUIRES: IsFiltered() for a source for filtered outputs only.
     TFittedImage At(QSize size, TResampleFilter filter) const;
 
+    // Returns WithAlpha(At(size, filter)). A small picture is made once, because launcher icons and the
+    // Windows icon have sizes in common.
+    TRaster WithAlphaAt(QSize size, TResampleFilter filter) const;
+
     // Whether At() computes the pixels with `filter`. Otherwise it copies pixels of Image().
     static bool IsFiltered(QSize source, QSize size, TResampleFilter filter);
 
@@ -44,6 +50,13 @@ private:
     QImage FImage; // Format_ARGB32 or Format_RGB32, or null
     mutable std::once_flag FConverted;
     mutable std::optional<TPixelPairImage> FPixelPairs;
+
+    struct TShared {
+        std::once_flag Made;
+        std::optional<TRaster> Raster;
+    };
+    mutable std::mutex FSharedMutex;
+    mutable std::map<std::tuple<int, int, TResampleFilter>, TShared> FShared; // by width, height and filter
 };
 
 // How a picture is made from its source. Equal recipes for the same source give equal files.
