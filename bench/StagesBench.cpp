@@ -88,7 +88,8 @@ public:
     {
         std::vector<TPaletteRaster> reduced;
         for (std::size_t i = 0; i < FOutputs.size(); ++i)
-            reduced.push_back(ReduceColors(rasters[i], TColor {}));
+            reduced.push_back(
+                ReduceColors(rasters[i], KeepsAlpha(FOutputs[i]) ? std::nullopt : std::optional(TColor {})));
         return reduced;
     }
 

@@ -115,6 +115,32 @@ TEST(RenderingTest, BackgroundSurvivesTheReductionOfColors)
     EXPECT_EQ(image.convertToFormat(QImage::Format_RGB32).pixel(1000, 0), VioletRgb);
 }
 
+TEST(RenderingTest, ReductionOfColorsKeepsOpaqueAndClearPixels)
+{
+    // Half of the pixels are nearly opaque or nearly clear. With one of each, no palette color is mostly
+    // theirs.
+    for (const bool isMixed : { true, false }) {
+        TRaster raster({ 64, 64 }, 4);
+        for (int i = 0; i < 64 * 64; ++i) {
+            const int x = i % 64;
+            const int y = i / 64;
+            const bool isExtreme = isMixed ? (x + y) % 2 == 0 : x == 40 && y % 32 == 20;
+            const int alpha = y < 32 ? (isExtreme ? 255 : 254 - x % 12) : (isExtreme ? 0 : 1 + x % 12);
+            std::uint8_t* pixel = raster.Row(y) + static_cast<std::ptrdiff_t>(4) * x;
+            for (const int value : { x * 4, y * 4, (x + y) * 2, alpha })
+                *pixel++ = static_cast<std::uint8_t>(value);
+        }
+        const TPaletteRaster reduced = ReduceColors(raster, std::nullopt);
+        int wrong = 0;
+        for (int i = 0; i < 64 * 64; ++i) {
+            const int alpha = raster.Row(i / 64)[4 * (i % 64) + 3];
+            const int now = reduced.Palette[reduced.Indices[static_cast<std::size_t>(i)]][3];
+            wrong += alpha % 255 == 0 ? now != alpha : std::abs(now - alpha) > 12;
+        }
+        EXPECT_EQ(wrong, 0) << (isMixed ? "half of the pixels" : "one of each");
+    }
+}
+
 TEST(RenderingTest, UntouchedAndPickedPixelsAreExact)
 {
     // These colors are hardly visible. Premultiplied pixels would lose them.

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <limits>
 #include <memory>
 #include <unordered_map>
 
@@ -83,6 +84,127 @@ std::optional<TPaletteRaster> ExactPalette(const TRaster& raster, const std::vec
     return result;
 }
 
+// A clear pixel is fully transparent.
+enum class TKind : std::uint8_t { Clear, Translucent, Opaque };
+
+TKind KindOf(const TRgba& color)
+{
+    return color[3] == 0 ? TKind::Clear : color[3] == 255 ? TKind::Opaque : TKind::Translucent;
+}
+
+// Makes each palette color the kind of most of its pixels in `pixels`. If there are opaque pixels, at least
+// one color becomes opaque. The same holds for clear pixels. REQUIRES: the palette is sorted.
+void SetKinds(TPaletteRaster& reduced, const std::vector<std::uint32_t>& pixels)
+{
+    std::array<std::array<std::size_t, MostColors>, 3> counts {};
+    for (std::size_t i = 0; i < pixels.size(); ++i)
+        ++counts[static_cast<std::size_t>(KindOf(std::bit_cast<TRgba>(pixels[i])))][reduced.Indices[i]];
+    const auto& [clear, translucent, opaque] = counts;
+    const std::size_t count = reduced.Palette.size();
+    std::size_t mostOpaque = count - 1;
+    for (std::size_t i = count; i-- > 0;) {
+        std::uint8_t& alpha = reduced.Palette[i][3];
+        if (opaque[i] > clear[i] + translucent[i])
+            alpha = 255;
+        else if (clear[i] > translucent[i])
+            alpha = 0;
+        else
+            alpha = std::clamp<std::uint8_t>(alpha, 1, 254);
+        // The first color has the least alpha. It is left to clear pixels.
+        if (i > 0 && opaque[i] > opaque[mostOpaque])
+            mostOpaque = i;
+    }
+    const auto isAny = [](const auto& of) {
+        return std::any_of(of.begin(), of.end(), [](auto n) { return n > 0; });
+    };
+    if (isAny(opaque))
+        reduced.Palette[mostOpaque][3] = 255;
+    if (isAny(clear))
+        reduced.Palette.front()[3] = 0;
+}
+
+TRgba Premultiplied(const TRgba& color)
+{
+    const auto times = [&color](int channel) {
+        return static_cast<std::uint8_t>((channel * color[3] + 127) / 255);
+    };
+    return { times(color[0]), times(color[1]), times(color[2]), color[3] };
+}
+
+int SquaredDistance(const TRgba& a, const TRgba& b)
+{
+    int sum = 0;
+    for (std::size_t i = 0; i < a.size(); ++i)
+        sum += (a[i] - b[i]) * (a[i] - b[i]);
+    return sum;
+}
+
+// Gives each pixel whose kind differs from that of its palette color the nearest color. Opaque and clear
+// pixels get only colors of their kind.
+void MovePixels(TPaletteRaster& reduced, const std::vector<std::uint32_t>& pixels)
+{
+    std::array<TRgba, MostColors> premultiplied {};
+    std::transform(reduced.Palette.begin(), reduced.Palette.end(), premultiplied.begin(), Premultiplied);
+    for (std::size_t i = 0; i < pixels.size(); ++i) {
+        const auto pixel = std::bit_cast<TRgba>(pixels[i]);
+        const TKind kind = KindOf(pixel);
+        if (kind == KindOf(reduced.Palette[reduced.Indices[i]]))
+            continue;
+        const TRgba wanted = Premultiplied(pixel);
+        int least = std::numeric_limits<int>::max();
+        for (std::size_t color = 0; color < reduced.Palette.size(); ++color) {
+            if (kind != TKind::Translucent && kind != KindOf(reduced.Palette[color]))
+                continue;
+            const int distance = SquaredDistance(wanted, premultiplied[color]);
+            if (distance < least) {
+                least = distance;
+                reduced.Indices[i] = static_cast<std::uint8_t>(color);
+            }
+        }
+    }
+}
+
+// Gives each palette color the mean of its pixels, but keeps its kind. This makes up for the error of the
+// moved pixels.
+void TakeMeans(TPaletteRaster& reduced, const std::vector<std::uint32_t>& pixels)
+{
+    struct TSums {
+        std::array<std::uint64_t, 3> Premultiplied {};
+        std::uint64_t Alpha = 0;
+        std::uint64_t Count = 0;
+    };
+    std::array<TSums, MostColors> sumsOf {};
+    for (std::size_t i = 0; i < pixels.size(); ++i) {
+        const auto pixel = std::bit_cast<TRgba>(pixels[i]);
+        TSums& sums = sumsOf[reduced.Indices[i]];
+        for (std::size_t channel = 0; channel < 3; ++channel)
+            sums.Premultiplied[channel] += std::uint64_t { pixel[channel] } * pixel[3];
+        sums.Alpha += pixel[3];
+        ++sums.Count;
+    }
+    for (std::size_t i = 0; i < reduced.Palette.size(); ++i) {
+        const auto& [premultiplied, alpha, count] = sumsOf[i];
+        TRgba& color = reduced.Palette[i];
+        if (KindOf(color) == TKind::Clear)
+            color = {};
+        if (KindOf(color) == TKind::Clear || count == 0)
+            continue;
+        for (std::size_t channel = 0; channel < 3; ++channel)
+            color[channel] = static_cast<std::uint8_t>((premultiplied[channel] + alpha / 2) / alpha);
+        if (KindOf(color) == TKind::Translucent)
+            color[3] = static_cast<std::uint8_t>((alpha + count / 2) / count);
+    }
+}
+
+// Keeps opaque pixels opaque and clear pixels clear. The quantizer gives them colors that are only nearly so.
+// Integers make the result the same on every system.
+void KeepKinds(TPaletteRaster& reduced, const std::vector<std::uint32_t>& pixels)
+{
+    SetKinds(reduced, pixels);
+    MovePixels(reduced, pixels);
+    TakeMeans(reduced, pixels);
+}
+
 template <auto Destroy> struct TDestroyer {
     template <typename TObject> void operator()(TObject* object) const { Destroy(object); }
 };
@@ -127,6 +249,10 @@ TPaletteRaster Quantized(
             { color.r, color.g, color.b, raster.Channels() == 4 ? color.a : std::uint8_t { 255 } });
     }
     SortPalette(reduced);
+    if (raster.Channels() == 4) {
+        KeepKinds(reduced, pixels);
+        SortPalette(reduced);
+    }
     return reduced;
 }
 
@@ -134,6 +260,7 @@ TPaletteRaster Quantized(
 
 TPaletteRaster ReduceColors(const TRaster& raster, std::optional<TColor> exact)
 {
+    Q_ASSERT(!exact || raster.Channels() == 3);
     const std::vector<std::uint32_t> pixels = RgbaPixels(raster);
     if (auto lossless = ExactPalette(raster, pixels))
         return *std::move(lossless);

@@ -8,9 +8,11 @@
 namespace Corvadine {
 
 // Reduces `raster` to at most 256 colors without dithering. A picture with at most 256 colors keeps every
-// pixel exactly. If `exact` is given, the palette holds this color unchanged: the background around a picture
-// must keep its color. A 3-channel raster gets an opaque palette. The result is the same on any number of
-// threads. Throws TError(BadInput) when the quantizer fails.
+// pixel exactly. In others opaque pixels stay opaque, and fully transparent ones stay so. If `exact` is
+// given, the palette holds this color unchanged: the background around a picture must keep its color. A
+// 3-channel raster gets an opaque palette. The result is the same on any number of threads. Throws
+// TError(BadInput) when the quantizer fails. REQUIRES: no `exact` for 4 channels, since a picture with
+// transparency has no background around it.
 TPaletteRaster ReduceColors(const TRaster& raster, std::optional<TColor> exact);
 
 } // namespace Corvadine
