@@ -7,6 +7,8 @@
 
 #include <QImage>
 
+#include <thread>
+
 using namespace Corvadine;
 using namespace Corvadine::Testing;
 
@@ -151,6 +153,17 @@ TEST(RenderingTest, UntouchedAndPickedPixelsAreExact)
     nearest.Filter = TResampleFilter::rfNearest;
     const QImage doubled = Decoded(Png(faint, { 72, 72 }, nearest));
     EXPECT_EQ(doubled.pixel(51, 33), faint.pixel(25, 16));
+}
+
+TEST(RenderingTest, EncodesOnThreadsThatEnd)
+{
+    const TRaster raster({ 120, 80 }, 3);
+    const QByteArray expected = EncodePng(raster, 6);
+    for (int round = 0; round < 5; ++round) {
+        std::vector<std::jthread> threads;
+        for (int i = 0; i < 8; ++i)
+            threads.emplace_back([&] { EXPECT_EQ(EncodePng(raster, 6), expected); });
+    }
 }
 
 TEST(RenderingTest, TenLevelsDifferAndOnlyUnfilteredRowsAreWritten)

@@ -9,8 +9,10 @@
 
 #include <algorithm>
 #include <memory>
+#include <mutex>
 #include <new>
 #include <span>
+#include <utility>
 #include <vector>
 
 namespace Corvadine {
@@ -26,7 +28,7 @@ struct TFreeCompressor {
     void operator()(libdeflate_compressor* compressor) const { libdeflate_free_compressor(compressor); }
 };
 
-// Deflates pictures. Its memory is kept for the next picture of the same thread.
+// Deflates pictures. Its memory is kept for the next picture.
 class TDeflater {
 public:
     // Returns a zlib stream that is valid until the next call.
@@ -56,6 +58,30 @@ private:
     std::unique_ptr<libdeflate_compressor, TFreeCompressor> FCompressor;
     int FLevel = 0;
     TLargeMemory FDeflated;
+};
+
+// Lends deflaters, each to one thread at a time. They are not thread_local: GCC for Windows frees the memory
+// of such objects before it calls their destructors (https://sourceforge.net/p/mingw-w64/bugs/527/).
+class TDeflaterPool {
+public:
+    TDeflater Take()
+    {
+        const std::lock_guard lock(FMutex);
+        if (FIdle.empty())
+            return {};
+        TDeflater deflater = std::move(FIdle.back());
+        FIdle.pop_back();
+        return deflater;
+    }
+    void GiveBack(TDeflater deflater)
+    {
+        const std::lock_guard lock(FMutex);
+        FIdle.push_back(std::move(deflater));
+    }
+
+private:
+    std::mutex FMutex;
+    std::vector<TDeflater> FIdle;
 };
 
 void AppendNumber(QByteArray& file, std::uint32_t number)
@@ -89,7 +115,8 @@ QByteArray HeaderOf(QSize size, TColorType colorType)
 QByteArray Write(QSize size, TColorType colorType, std::span<const std::uint8_t> rows, int compression,
     const QByteArray& palette = {}, const QByteArray& alpha = {})
 {
-    thread_local TDeflater deflater;
+    static TDeflaterPool pool;
+    TDeflater deflater = pool.Take();
     const QByteArrayView deflated = deflater.Deflate(rows, std::clamp(compression, 0, MostCompression));
     if (size.isEmpty() || static_cast<std::size_t>(deflated.size()) > MostChunkBytes)
         throw TError(TErrorKind::BadInput,
@@ -105,6 +132,7 @@ QByteArray Write(QSize size, TColorType colorType, std::span<const std::uint8_t>
         AppendChunk(file, "tRNS", alpha);
     AppendChunk(file, "IDAT", deflated);
     AppendChunk(file, "IEND", {});
+    pool.GiveBack(std::move(deflater));
     return file;
 }
 
