@@ -3,7 +3,7 @@
 #include "base/Error.h"
 #include "base/Utf8.h"
 
-#include <QRegularExpression>
+#include <QXmlStreamReader>
 
 #include <algorithm>
 
@@ -19,10 +19,11 @@ bool StartsWith(const QByteArray& bytes, const char (&pair)[3])
 // Whether the XML declaration names a Unicode encoding, names no encoding, or is missing.
 bool DeclaresUnicode(const QByteArray& bytes)
 {
-    static const QRegularExpression Declaration(uR"(^<\?xml\s[^>]*\bencoding\s*=\s*["']([^"']*))"_s);
     constexpr qsizetype LongestDeclaration = 256;
-    const auto match = Declaration.match(QString::fromLatin1(bytes.left(LongestDeclaration)));
-    return !match.hasMatch() || match.captured(1).startsWith("utf-"_L1, Qt::CaseInsensitive);
+    QXmlStreamReader reader(QString::fromLatin1(bytes.left(LongestDeclaration)));
+    reader.readNext();
+    const auto encoding = reader.documentEncoding();
+    return encoding.isEmpty() || encoding.startsWith("utf-"_L1, Qt::CaseInsensitive);
 }
 
 QStringConverter::Encoding EncodingOf(const QByteArray& bytes)

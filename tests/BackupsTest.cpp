@@ -3,7 +3,6 @@
 #include "project/ProjectUpdater.h"
 #include "store/ProjectStore.h"
 #include "tests/Testing.h"
-#include "tests/TestingSystem.h"
 
 #include <QDir>
 #include <QFile>
@@ -68,8 +67,6 @@ TEST_F(BackupsTest, NameKeepsTheFullStopBeforeTheTime)
 
 TEST_F(BackupsTest, ProgramsThatKeepFilesOfOneNameAtOnceLoseNone)
 {
-    if (!IsPosix())
-        GTEST_SKIP() << "threads that stand for programs crash under Wine";
     constexpr int Programs = 8;
     std::vector<std::thread> programs;
     programs.reserve(Programs);
