@@ -62,7 +62,8 @@ QByteArray FolderPart(const QByteArray& target)
 constexpr mode_t NewFileMode = 0666; // narrowed by the umask
 
 // The name of a staged file is TARGET.newPROCESS.COUNT. Its process keeps the file locked. So a file with
-// such a name and without a lock was left by a process that was killed.
+// such a name and without a lock was left by a process that was killed. A name without the count may be a
+// file of the user, such as "Demo.dproj.new2".
 const QByteArray StagedMark = ".new";
 
 QByteArray StagedName(const QByteArray& target)
@@ -71,13 +72,32 @@ QByteArray StagedName(const QByteArray& target)
     return target + StagedMark + QByteArray::number(::getpid()) + '.' + QByteArray::number(++count);
 }
 
-// Whether `name` is a name of a staged file for `target`. The count may be missing.
+// Whether `name` is a name of a staged file for `target`.
 bool IsStagedName(const QByteArray& name, const QByteArray& target)
 {
     const QByteArray start = target + StagedMark;
-    return name.startsWith(start) && name.size() > start.size()
-        && std::all_of(name.cbegin() + start.size(), name.cend(),
-            [](char character) { return (character >= '0' && character <= '9') || character == '.'; });
+    if (!name.startsWith(start))
+        return false;
+    const QList<QByteArray> numbers = name.mid(start.size()).split('.');
+    return numbers.size() == 2 && std::all_of(numbers.cbegin(), numbers.cend(), [](const QByteArray& number) {
+        return !number.isEmpty() && std::all_of(number.cbegin(), number.cend(), [](char character) {
+            return character >= '0' && character <= '9';
+        });
+    });
+}
+
+// Waits for the lock, which another process holds for a moment in RemoveUnlessLocked(). Fails on a file
+// system without locks. RemoveUnlessLocked() gets no lock there, either, and removes nothing.
+void Lock(int descriptor)
+{
+    while (::flock(descriptor, LOCK_EX) != 0 && errno == EINTR) { }
+}
+
+// Whether the open file still has a name.
+bool HasName(int descriptor)
+{
+    struct stat status { };
+    return ::fstat(descriptor, &status) != 0 || status.st_nlink > 0;
 }
 
 void RemoveUnlessLocked(const QByteArray& file)
@@ -184,17 +204,22 @@ void TStagedFile::TSystemFile::Create(mode_t mode)
     FDescriptor = ::open(FolderPart(FTarget).constData(), O_TMPFILE | O_WRONLY | O_CLOEXEC, mode);
 #endif
     // The call fails if the file system has no files without a name, or if the folder cannot be written. The
-    // next call creates a file with a name, or gives the reason.
-    if (FDescriptor < 0) {
+    // loop creates a file with a name, or gives the reason.
+    if (FDescriptor >= 0) {
+        Lock(FDescriptor);
+        return;
+    }
+    do {
+        if (FDescriptor >= 0)
+            ::close(FDescriptor);
         const QByteArray name = StagedName(FTarget);
         FDescriptor = ::open(name.constData(), O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, mode);
         if (FDescriptor < 0)
             throw WriteError(FPath, errno);
         FTemporary = name;
-    }
-    // flock() fails on a file system without locks. RemoveAbandoned() gets no lock there, either, and
-    // removes nothing.
-    ::flock(FDescriptor, LOCK_EX | LOCK_NB);
+        Lock(FDescriptor);
+        // Before the lock, another process may have taken the file for an abandoned one and removed it.
+    } while (!HasName(FDescriptor));
 }
 
 bool TStagedFile::TSystemFile::LinkAs(const QByteArray& name) const

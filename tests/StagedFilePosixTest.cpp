@@ -10,18 +10,23 @@
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/xattr.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdarg>
+#include <functional>
+#include <utility>
 
 using namespace Corvadine;
 using namespace Corvadine::Testing;
 
-// The two functions below replace the system's functions of the same names, so that a test can make
-// them fail.
-static int FSyncError = 0;  // errno of the next calls of fsync(); 0: they succeed
-static int FChownError = 0; // errno of the next calls of fchown(); 0: they succeed
+// The functions below replace the system's functions of the same names, so that a test can make them fail.
+static int FSyncError = 0;               // errno of the next calls of fsync(); 0: they succeed
+static int FChownError = 0;              // errno of the next calls of fchown(); 0: they succeed
+static bool HasNamelessFiles = true;     // false: open() refuses O_TMPFILE
+static std::function<void()> BeforeLock; // called by the next call of flock()
 
 extern "C" int fsync(int descriptor) // NOLINT(*-naming)
 {
@@ -33,6 +38,26 @@ extern "C" int fchown(int descriptor, uid_t owner, gid_t group) noexcept // NOLI
 {
     errno = FChownError;
     return FChownError != 0 ? -1 : ::fchownat(descriptor, "", owner, group, AT_EMPTY_PATH);
+}
+
+extern "C" int open(const char* path, int flags, ...) // NOLINT(*-naming, cert-dcl50-cpp)
+{
+    mode_t mode = 0;
+    if ((flags & O_CREAT) != 0 || (flags & O_TMPFILE) == O_TMPFILE) {
+        va_list arguments;
+        va_start(arguments, flags);
+        mode = va_arg(arguments, mode_t);
+        va_end(arguments);
+    }
+    errno = EOPNOTSUPP;
+    return (flags & O_TMPFILE) == O_TMPFILE && !HasNamelessFiles ? -1 : ::openat(AT_FDCWD, path, flags, mode);
+}
+
+extern "C" int flock(int descriptor, int operation) noexcept // NOLINT(*-naming)
+{
+    if (const auto before = std::exchange(BeforeLock, {}))
+        before();
+    return static_cast<int>(::syscall(SYS_flock, descriptor, operation));
 }
 
 namespace {
@@ -72,7 +97,11 @@ QByteArray Attribute(const QString& path, const char* name)
 
 class StagedFilePosixTest : public TFolderTest {
 protected:
-    StagedFilePosixTest() { FSyncError = FChownError = 0; }
+    StagedFilePosixTest()
+    {
+        FSyncError = FChownError = 0;
+        HasNamelessFiles = true;
+    }
 
     unsigned ModeOf(const char* name) const
     {
@@ -166,7 +195,7 @@ TEST_F(StagedFilePosixTest, KeepsAccessControlListsAndOtherExtendedAttributes)
 TEST_F(StagedFilePosixTest, RemovesWhatKilledProcessesLeftForTheSameFile)
 {
     PutFile(Path("a"), "old");
-    for (const char* name : { "a.new4194305", "a.new4194305.7", "a.newer", "a.new5 of mine", "b.new4194305" })
+    for (const char* name : { "a.new4194305.7", "a.new2", "a.newer", "a.new5.6 of mine", "b.new4194305.7" })
         PutFile(Path(name), "left");
     PutFile(Path("a.new77.1"), "being staged by a living process");
     const int living = ::open(QFile::encodeName(Path("a.new77.1")).constData(), O_RDONLY);
@@ -174,5 +203,19 @@ TEST_F(StagedFilePosixTest, RemovesWhatKilledProcessesLeftForTheSameFile)
     WriteFileAtomically(Path("a"), "new");
     ::close(living);
     EXPECT_EQ(QDir(Path(".")).entryList(QDir::Files, QDir::Name),
-        QStringList({ "a", "a.new5 of mine", "a.new77.1", "a.newer", "b.new4194305" }));
+        QStringList({ "a", "a.new2", "a.new5.6 of mine", "a.new77.1", "a.newer", "b.new4194305.7" }));
+}
+
+TEST_F(StagedFilePosixTest, StagesAgainIfAnotherProcessRemovesTheFileBeforeItIsLocked)
+{
+    HasNamelessFiles = false;
+    BeforeLock = [this] {
+        const QStringList staged = QDir(Path(".")).entryList({ "a.new*" }, QDir::Files);
+        ASSERT_EQ(staged.size(), 1);
+        QFile::remove(Path(staged.first()));
+    };
+    WriteFileAtomically(Path("a"), "new");
+    EXPECT_FALSE(BeforeLock);
+    EXPECT_EQ(FileBytes(Path("a")), "new");
+    EXPECT_EQ(QDir(Path(".")).entryList(QDir::Files), QStringList("a"));
 }
