@@ -1,7 +1,6 @@
 #include "project/Backups.h"
 
 #include "base/Error.h"
-#include "base/Files.h"
 #include "base/PathRules.h"
 #include "base/StagedFile.h"
 #include "base/SystemFiles.h"
@@ -15,6 +14,7 @@
 
 #include <algorithm>
 #include <map>
+#include <span>
 
 namespace Corvadine {
 
@@ -83,15 +83,29 @@ QString GuidIn(const QByteArray& bytes, const QString& file)
     }
 }
 
-// Returns the reason why the copy at `path` cannot be read or differs from its record. Returns an empty text
-// if the copy is whole.
-QString DamageOf(const QString& path, const TBackupRecord& record)
+// What the records of a copy say of its present content.
+struct TJudgment {
+    const TBackupRecord* Record; // the last one that describes the content; if none does, the last one
+    QString Fault;               // why the copy cannot be read, or differs from all records; empty if whole
+};
+
+// Judges the copy at `path` by its records. REQUIRES: there is a record.
+TJudgment Judge(const QString& path, std::span<const TBackupRecord> records)
 {
     try {
-        return HashOf(ReadBackup(path)) == record.Sha256 ? QString() : u"its content is not what was kept"_s;
+        const QByteArray hash = HashOf(ReadBackup(path));
+        for (std::size_t i = records.size(); i-- > 0;)
+            if (records[i].Sha256 == hash)
+                return { &records[i], {} };
+        return { &records.back(), u"its content is not what was kept"_s };
     } catch (const TError& error) {
-        return error.Reason();
+        return { &records.back(), error.Reason() };
     }
+}
+
+bool IsWhole(const QString& path, const TBackupRecord& record)
+{
+    return Judge(path, { &record, 1 }).Fault.isEmpty();
 }
 
 TError RestoreRefusal(TErrorKind kind, const QString& file, const QString& reason)
@@ -104,15 +118,20 @@ bool IsOlder(const TBackup& a, const TBackup& b)
     return a.Time < b.Time;
 }
 
-// Returns the last record of each name. Considers only the records of `projectFile`.
-std::map<QString, TBackupRecord> LastRecordsOf(
+// Returns the records of `projectFile` for each name, in the order in which they were written.
+std::map<QString, std::vector<TBackupRecord>> RecordsByName(
     const std::vector<TBackupRecord>& records, const QString& projectFile)
 {
-    std::map<QString, TBackupRecord> last;
+    std::map<QString, std::vector<TBackupRecord>> byName;
     for (const TBackupRecord& record : records)
         if (IsSameFileName(record.ProjectFile, projectFile))
-            last[record.Name] = record;
-    return last;
+            byName[record.Name].push_back(record);
+    return byName;
+}
+
+bool IsNewer(const TBackupRecord& a, const TBackupRecord& b)
+{
+    return a.Time != b.Time ? a.Time > b.Time : a.Number > b.Number;
 }
 
 } // namespace
@@ -132,24 +151,25 @@ TBackups::~TBackups() = default;
 QString TBackups::Keep(const QString& projectFile, const QByteArray& bytes, const QDateTime& time,
     TBackupReason reason, TKeep keep)
 {
-    if (FFolder.isEmpty()) // an empty text would mean the current folder
-        throw TError(TErrorKind::Usage, u"No folder for backups was given"_s);
-    const TNewFolder folder(FFolder.chopped(1)); // without the delimiter
+    const TNewFolder folder = NewFolder();
     TBackupRecord record { {}, projectFile, GuidIn(bytes, projectFile), HashOf(bytes),
         time.toOffsetFromUtc(time.offsetFromUtc()), reason };
     if (keep == TKeep::Once) {
         record.Name = EqualCopy(record);
-        if (!record.Name.isEmpty()) {
-            Index().Add(record);
+        // Another program may remove the copy at this moment. Then a new copy is made.
+        if (!record.Name.isEmpty() && Index().Add(record) && FileExists(PathOf(record.Name)))
             return PathOf(record.Name);
-        }
     }
     for (qint64 later = 0;; ++later) {
         record.Name = NameAt(projectFile, time.addSecs(later));
-        if (keep == TKeep::Always && IsOwn(record.Name, projectFile)) {
-            TStagedFile(PathOf(record.Name), bytes, projectFile).Commit();
-            Index().Add(record);
-            return PathOf(record.Name);
+        if (keep == TKeep::Always && IsOfThisSecond(record)) {
+            TStagedFile staged(PathOf(record.Name), bytes, projectFile);
+            // The record comes first. A process that is killed in between leaves the old copy, and its old
+            // record still describes it.
+            if (Index().Add(record)) {
+                staged.Commit();
+                return PathOf(record.Name);
+            }
         }
         if (WriteRecorded(record, bytes))
             return PathOf(record.Name);
@@ -158,7 +178,7 @@ QString TBackups::Keep(const QString& projectFile, const QByteArray& bytes, cons
 
 QString TBackups::KeepUnrecorded(const QString& projectFile, const QByteArray& bytes, const QDateTime& time)
 {
-    const TNewFolder folder(FFolder.chopped(1)); // without the delimiter
+    const TNewFolder folder = NewFolder();
     for (qint64 later = 0;; ++later) {
         QString path = PathOf(NameAt(projectFile, time.addSecs(later)));
         if (!QFileInfo::exists(path) && TStagedFile(path, bytes, projectFile).CommitIfNew())
@@ -170,10 +190,12 @@ std::vector<TBackup> TBackups::List(const QString& projectFile) const
 {
     const std::vector<TBackupRecord> records = Index().Records();
     std::vector<TBackup> backups;
-    for (const auto& [name, record] : LastRecordsOf(records, projectFile))
-        if (FileExists(PathOf(name)))
-            backups.push_back(
-                { name, PathOf(name), record.Time, record.Reason, DamageOf(PathOf(name), record) });
+    for (const auto& [name, ofCopy] : RecordsByName(records, projectFile)) {
+        if (!FileExists(PathOf(name)))
+            continue;
+        const auto [record, fault] = Judge(PathOf(name), ofCopy);
+        backups.push_back({ name, PathOf(name), record->Time, record->Reason, fault });
+    }
 
     QSet<QString> recorded;
     for (const TBackupRecord& record : records)
@@ -214,20 +236,35 @@ TRestoredBackup TBackups::Restore(const QString& projectFile, const TRestoreOrde
 
 QStringList TBackups::Prune(const QString& projectFile, int kept)
 {
-    std::vector<TBackupRecord> records;
-    for (const auto& [name, record] : LastRecordsOf(Index().Records(), projectFile))
-        records.push_back(record);
-    std::stable_sort(records.begin(), records.end(),
-        [](const TBackupRecord& a, const TBackupRecord& b) { return a.Time > b.Time; });
+    std::vector<std::vector<TBackupRecord>> copies;
+    for (auto& [name, ofCopy] : RecordsByName(Index().Records(), projectFile))
+        copies.push_back(std::move(ofCopy));
+    std::sort(copies.begin(), copies.end(),
+        [](const auto& a, const auto& b) { return IsNewer(a.back(), b.back()); });
     QStringList removed;
-    for (std::size_t i = static_cast<std::size_t>(kept); i < records.size(); ++i) {
-        const QString& name = records[i].Name;
-        if (const std::error_code error = RemoveEntry(PathOf(name)); error && FileExists(PathOf(name)))
-            throw TError(TErrorKind::Io, u"remove the backup"_s, PathOf(name), SystemErrorText(error));
-        Index().Remove(name);
-        removed.append(name);
+    for (int whole = 0; const auto& ofCopy : copies) {
+        const TBackupRecord& last = ofCopy.back();
+        const QString path = PathOf(last.Name);
+        if (whole < kept) {
+            whole += Judge(path, ofCopy).Fault.isEmpty() ? 1 : 0;
+            continue;
+        }
+        const bool isThere = FileExists(path);
+        const bool isRemoved = Index().Remove(last, [&] {
+            if (const std::error_code error = RemoveEntry(path); error && FileExists(path))
+                throw TError(TErrorKind::Io, u"remove the backup"_s, path, SystemErrorText(error));
+        });
+        if (isThere && isRemoved)
+            removed.append(last.Name);
     }
     return removed;
+}
+
+TNewFolder TBackups::NewFolder() const
+{
+    if (FFolder.isEmpty()) // an empty text would mean the current folder
+        throw TError(TErrorKind::Usage, u"No folder for backups was given"_s);
+    return TNewFolder(FFolder.chopped(1)); // without the delimiter
 }
 
 TBackupIndex& TBackups::Index() const
@@ -246,16 +283,29 @@ QString TBackups::PathOf(const QString& name) const
 // empty name if there is no such copy.
 QString TBackups::EqualCopy(const TBackupRecord& record) const
 {
-    for (const auto& [name, kept] : LastRecordsOf(Index().Records(), record.ProjectFile))
-        if (kept.Sha256 == record.Sha256 && DamageOf(PathOf(name), kept).isEmpty())
-            return name;
+    for (const TBackupRecord& kept : Index().Records())
+        if (IsSameFileName(kept.ProjectFile, record.ProjectFile) && kept.Sha256 == record.Sha256
+            && IsWhole(PathOf(kept.Name), kept))
+            return kept.Name;
     return {};
 }
 
-// Whether there is a copy of this name, and it was made of `projectFile`.
-bool TBackups::IsOwn(const QString& name, const QString& projectFile) const
+// Whether there is a copy of this name, and all its records are of the same project and second. A repeated
+// second of local time, as in autumn, is another second. So is that of an equal copy made earlier.
+bool TBackups::IsOfThisSecond(const TBackupRecord& record) const
 {
-    return QFileInfo::exists(PathOf(name)) && LastRecordsOf(Index().Records(), projectFile).contains(name);
+    if (!FileExists(PathOf(record.Name)))
+        return false;
+    bool isRecorded = false;
+    for (const TBackupRecord& other : Index().Records()) {
+        if (!IsSameFileName(other.Name, record.Name))
+            continue;
+        if (!IsSameFileName(other.ProjectFile, record.ProjectFile)
+            || other.Time.toSecsSinceEpoch() != record.Time.toSecsSinceEpoch())
+            return false;
+        isRecorded = true;
+    }
+    return isRecorded;
 }
 
 // Writes the record before the copy. A process that is killed in between leaves a record without a copy, and
@@ -263,30 +313,31 @@ bool TBackups::IsOwn(const QString& name, const QString& projectFile) const
 bool TBackups::WriteRecorded(const TBackupRecord& record, const QByteArray& bytes)
 {
     const QString path = PathOf(record.Name);
-    if (QFileInfo::exists(path) || !Index().Reserve(record))
+    if (QFileInfo::exists(path))
+        return false;
+    const std::optional<std::int64_t> number = Index().Reserve(record);
+    if (!number)
         return false;
     try {
         // A project may hold passwords, so its copy is never open to more users than the project.
         if (TStagedFile(path, bytes, record.ProjectFile).CommitIfNew())
             return true;
     } catch (const TError&) {
-        Index().Remove(record.Name);
+        Index().Withdraw(record, *number);
         throw;
     }
-    Index().Remove(record.Name);
+    Index().Withdraw(record, *number);
     return false;
 }
 
 TBackups::TChoice TBackups::ChooseNewest(const QString& projectFile, TBackupReason reason) const
 {
     std::vector<TBackupRecord> records = Index().Records();
-    std::stable_sort(records.begin(), records.end(),
-        [](const TBackupRecord& a, const TBackupRecord& b) { return a.Time < b.Time; });
-    std::reverse(records.begin(), records.end()); // among equal times, the record written last comes first
+    std::sort(records.begin(), records.end(), IsNewer);
     for (const TBackupRecord& record : records) {
         const QString path = PathOf(record.Name);
         if (record.Reason != reason || !IsSameFileName(record.ProjectFile, projectFile)
-            || !DamageOf(path, record).isEmpty())
+            || !IsWhole(path, record))
             continue;
         // The window makes the backup before it parses the file, so the backup of an update may be no
         // project file.
@@ -320,18 +371,19 @@ TBackups::TChoice TBackups::ChooseByName(const QString& projectFile, const TRest
         throw RestoreRefusal(
             TErrorKind::BadInput, projectFile, u"the backup %1 is damaged: %2"_s.arg(name, fault));
 
-    const std::vector<TBackupRecord> records = Index().Records();
-    const TBackupRecord* record = nullptr;
-    for (const TBackupRecord& candidate : records)
-        if (IsSameFileName(candidate.Name, name))
-            record = &candidate;
-    QString doubt;
-    if (!record)
-        doubt = u"nothing is recorded of the backup %1"_s.arg(name);
-    else if (!IsSameFileName(record->ProjectFile, projectFile))
-        doubt = u"the backup %1 was made of %2"_s.arg(name, record->ProjectFile);
-    else if (HashOf(bytes) != record->Sha256)
-        doubt = u"the content of the backup %1 is not what was kept"_s.arg(name);
+    const QByteArray hash = HashOf(bytes);
+    QString doubt = u"nothing is recorded of the backup %1"_s.arg(name);
+    for (const TBackupRecord& record : Index().Records()) {
+        if (!IsSameFileName(record.Name, name))
+            continue;
+        const bool isOfFile = IsSameFileName(record.ProjectFile, projectFile);
+        doubt = isOfFile ? u"the content of the backup %1 is not what was kept"_s.arg(name)
+                         : u"the backup %1 was made of %2"_s.arg(name, record.ProjectFile);
+        if (isOfFile && record.Sha256 == hash) {
+            doubt.clear();
+            break;
+        }
+    }
     if (!doubt.isEmpty() && !order.IsForced)
         throw RestoreRefusal(
             TErrorKind::Conflict, projectFile, u"%1; --force restores it all the same"_s.arg(doubt));

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/Files.h"
 #include "store/BackupIndex.h"
 
 #include <QByteArray>
@@ -23,8 +24,8 @@ inline constexpr const char* BackupFolderName = "Project Backups";
 struct TBackup {
     QString Name; // without folder
     QString Path;
-    QDateTime Time;                      // the last record's time; without a record, the time in the name
-    std::optional<TBackupReason> Reason; // of the last record; none without a record
+    QDateTime Time; // of the last record of this content; without a record, the time in the name
+    std::optional<TBackupReason> Reason; // of the same record; none without a record
     QString Fault;                       // why a recorded copy is damaged; empty if the copy is whole
 };
 
@@ -45,7 +46,7 @@ struct TRestoredBackup {
 // Whether content gets a new copy if there is an equal copy already.
 enum class TKeep {
     Once,   // no new copy: the equal copy gets a further record
-    Always, // a new copy; it replaces an earlier copy of the same project and second
+    Always, // a new copy; it replaces a copy of the same project, made in the same second
 };
 
 // The backups of one data folder. Several programs may use the folder at once. No copy ever replaces another
@@ -68,8 +69,8 @@ public:
         TBackupReason reason, TKeep keep = TKeep::Once);
 
     // Keeps `bytes` in a new copy without a record, for a database that cannot be written. Chooses the name
-    // as Keep() does, and creates a missing folder. Returns the copy's path. Throws TError(Io). REQUIRES: the
-    // folder's name is not empty.
+    // as Keep() does, and creates a missing folder. Returns the copy's path. Throws TError(Usage) if the
+    // folder's name is empty, and TError(Io).
     QString KeepUnrecorded(const QString& projectFile, const QByteArray& bytes, const QDateTime& time);
 
     // Returns the copies recorded for this path, and the copies without a record that are named after the
@@ -86,18 +87,19 @@ public:
     // - BadInput, unless IsForced: the backup is no project file.
     TRestoredBackup Restore(const QString& projectFile, const TRestoreOrder& order);
 
-    // Removes the recorded copies of this path, except for the `kept` newest. Returns the names of the
-    // removed copies. Copies without a record stay. Throws TError(Io) at the first copy that cannot be
-    // removed, or if the database fails.
+    // Removes the recorded copies of this path that are older than the `kept` newest whole copies. Returns
+    // the names of the removed copies. Copies without a record stay. Throws TError(Io) at the first copy that
+    // cannot be removed, or if the database fails. REQUIRES: kept > 0.
     QStringList Prune(const QString& projectFile, int kept);
 
 private:
     struct TChoice;
 
     TBackupIndex& Index() const;
+    TNewFolder NewFolder() const;
     QString PathOf(const QString& name) const;
     QString EqualCopy(const TBackupRecord& record) const;
-    bool IsOwn(const QString& name, const QString& projectFile) const;
+    bool IsOfThisSecond(const TBackupRecord& record) const;
     bool WriteRecorded(const TBackupRecord& record, const QByteArray& bytes);
     TChoice ChooseNewest(const QString& projectFile, TBackupReason reason) const;
     TChoice ChooseByName(const QString& projectFile, const TRestoreOrder& order) const;

@@ -21,6 +21,16 @@ QString ReadText(const SQLite::Statement& statement, int column)
     return QString::fromStdString(statement.getColumn(column).getString());
 }
 
+QString EnterAttempt(const TBackupRecord& record)
+{
+    return u"enter the backup of %1 into"_s.arg(record.ProjectFile);
+}
+
+QString RemoveAttempt(const TBackupRecord& record)
+{
+    return u"remove the backup %1 from"_s.arg(record.Name);
+}
+
 bool HasTable(const SQLite::Database& database)
 {
     return database.tableExists("Backups");
@@ -45,26 +55,47 @@ std::vector<TBackupRecord> TBackupIndex::Records() const
         std::vector<TBackupRecord> records;
         if (!HasTable(*FDatabase))
             return records;
-        SQLite::Statement statement(
-            *FDatabase, "SELECT Name,ProjectFile,ProjectGuid,Sha256,Time,Reason FROM Backups ORDER BY rowid");
+        SQLite::Statement statement(*FDatabase,
+            "SELECT Name,ProjectFile,ProjectGuid,Sha256,Time,Reason,rowid FROM Backups ORDER BY rowid");
         while (statement.executeStep())
             records.push_back({ ReadText(statement, 0), ReadText(statement, 1), ReadText(statement, 2),
                 QByteArray::fromHex(ReadText(statement, 3).toLatin1()),
                 QDateTime::fromString(ReadText(statement, 4), Qt::ISODate),
                 ReadText(statement, 5) == BeforeRestoreText ? TBackupReason::BeforeRestore
-                                                            : TBackupReason::Update });
+                                                            : TBackupReason::Update,
+                statement.getColumn(6).getInt64() });
         return records;
     });
 }
 
-bool TBackupIndex::Reserve(const TBackupRecord& record)
+std::optional<std::int64_t> TBackupIndex::Reserve(const TBackupRecord& record)
 {
-    return Guarded(u"enter the backup of %1 into"_s.arg(record.ProjectFile), FPath, [&] {
+    return Guarded(EnterAttempt(record), FPath, [&]() -> std::optional<std::int64_t> {
         SQLite::Transaction transaction(*FDatabase, SQLite::TransactionBehavior::IMMEDIATE);
         FDatabase->exec(CreateTable);
-        SQLite::Statement existing(*FDatabase, "SELECT 1 FROM Backups WHERE Name=?");
-        existing.bind(1, record.Name.toStdString());
-        if (existing.executeStep())
+        if (LastNumber(record.Name) != 0)
+            return std::nullopt;
+        const std::int64_t number = Insert(record);
+        transaction.commit();
+        return number;
+    });
+}
+
+void TBackupIndex::Withdraw(const TBackupRecord& record, std::int64_t number)
+{
+    Guarded(RemoveAttempt(record), FPath, [&] {
+        SQLite::Statement statement(*FDatabase, "DELETE FROM Backups WHERE rowid=? AND Name=?");
+        statement.bind(1, number);
+        statement.bind(2, record.Name.toStdString());
+        statement.exec();
+    });
+}
+
+bool TBackupIndex::Add(const TBackupRecord& record)
+{
+    return Guarded(EnterAttempt(record), FPath, [&] {
+        SQLite::Transaction transaction(*FDatabase, SQLite::TransactionBehavior::IMMEDIATE);
+        if (LastNumber(record.Name) == 0)
             return false;
         Insert(record);
         transaction.commit();
@@ -72,28 +103,33 @@ bool TBackupIndex::Reserve(const TBackupRecord& record)
     });
 }
 
-void TBackupIndex::Add(const TBackupRecord& record)
+bool TBackupIndex::Remove(const TBackupRecord& last, const std::function<void()>& removeCopy)
 {
-    Guarded(u"enter the backup of %1 into"_s.arg(record.ProjectFile), FPath, [&] {
+    return Guarded(RemoveAttempt(last), FPath, [&] {
         SQLite::Transaction transaction(*FDatabase, SQLite::TransactionBehavior::IMMEDIATE);
-        FDatabase->exec(CreateTable);
-        Insert(record);
-        transaction.commit();
-    });
-}
-
-void TBackupIndex::Remove(const QString& name)
-{
-    Guarded(u"remove the backup %1 from"_s.arg(name), FPath, [&] {
-        if (!HasTable(*FDatabase))
-            return;
+        if (LastNumber(last.Name) > last.Number)
+            return false;
+        removeCopy();
         SQLite::Statement statement(*FDatabase, "DELETE FROM Backups WHERE Name=?");
-        statement.bind(1, name.toStdString());
+        statement.bind(1, last.Name.toStdString());
         statement.exec();
+        transaction.commit();
+        return true;
     });
 }
 
-void TBackupIndex::Insert(const TBackupRecord& record)
+// Returns the number of the newest record of a name, or 0 if there is none.
+std::int64_t TBackupIndex::LastNumber(const QString& name) const
+{
+    if (!HasTable(*FDatabase))
+        return 0;
+    SQLite::Statement statement(*FDatabase, "SELECT MAX(rowid) FROM Backups WHERE Name=?");
+    statement.bind(1, name.toStdString());
+    statement.executeStep();
+    return statement.getColumn(0).getInt64(); // NULL gives 0
+}
+
+std::int64_t TBackupIndex::Insert(const TBackupRecord& record)
 {
     SQLite::Statement statement(*FDatabase, "INSERT INTO Backups VALUES (?,?,?,?,?,?)");
     const QString reason = record.Reason == TBackupReason::BeforeRestore ? BeforeRestoreText : UpdateText;
@@ -102,6 +138,7 @@ void TBackupIndex::Insert(const TBackupRecord& record)
              QString::fromLatin1(record.Sha256.toHex()), record.Time.toString(Qt::ISODate), reason })
         statement.bind(index++, value.toStdString());
     statement.exec();
+    return FDatabase->getLastInsertRowid();
 }
 
 } // namespace Corvadine

@@ -5,7 +5,10 @@
 #include <QString>
 
 #include <chrono>
+#include <cstdint>
+#include <functional>
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace SQLite {
@@ -29,6 +32,7 @@ struct TBackupRecord {
     QByteArray Sha256;   // of the copy's bytes; 32 bytes
     QDateTime Time;      // with its offset from UTC
     TBackupReason Reason = TBackupReason::Update;
+    std::int64_t Number = 0; // of the record in the index; grows with each new record; 0 before it is added
 };
 
 // The records of the files in the backup folder. They are rows of the table Backups in the project database.
@@ -47,17 +51,25 @@ public:
     // Returns all records in the order in which they were written.
     std::vector<TBackupRecord> Records() const;
 
-    // Adds the first record of a name. Returns false, and writes nothing, if the name has a record.
-    bool Reserve(const TBackupRecord& record);
+    // Adds the first record of a name. Returns its number. Returns nothing, and writes nothing, if the name
+    // has a record.
+    std::optional<std::int64_t> Reserve(const TBackupRecord& record);
 
-    // Adds a further record of a name.
-    void Add(const TBackupRecord& record);
+    // Removes the record that Reserve() has added as `number`.
+    void Withdraw(const TBackupRecord& record, std::int64_t number);
 
-    // Removes all records of a name.
-    void Remove(const QString& name);
+    // Adds a further record of a name. Returns false, and writes nothing, if the name has no record, because
+    // another program has removed the copy meanwhile.
+    bool Add(const TBackupRecord& record);
+
+    // Calls `removeCopy`, and then removes all records of the name of `last`. No other program can add a
+    // record in between. Returns false, and does nothing, if the name has a newer record than `last`. If
+    // `removeCopy` throws, the records stay.
+    bool Remove(const TBackupRecord& last, const std::function<void()>& removeCopy);
 
 private:
-    void Insert(const TBackupRecord& record);
+    std::int64_t LastNumber(const QString& name) const;
+    std::int64_t Insert(const TBackupRecord& record);
 
     QString FPath;
     std::unique_ptr<SQLite::Database> FDatabase;

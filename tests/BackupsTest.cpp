@@ -63,6 +63,8 @@ TEST_F(BackupsTest, NameKeepsTheFullStopBeforeTheTime)
     EXPECT_EQ(ErrorOf([&] { TBackups({}, FDatabase).Keep(FFile, {}, time, TBackupReason::Update); }),
         "No folder for backups was given")
         << "the current folder is none";
+    EXPECT_EQ(ErrorOf([&] { TBackups({}, FDatabase).KeepUnrecorded(FFile, {}, time); }),
+        "No folder for backups was given");
 }
 
 TEST_F(BackupsTest, ProgramsThatKeepFilesOfOneNameAtOnceLoseNone)
@@ -96,11 +98,59 @@ TEST_F(BackupsTest, ReplacesOnlyACopyOfTheSameProjectAndSecondAndOnlyWhenAsked)
     PutFile(first, "damaged meanwhile");
     EXPECT_EQ(Keep("first", Noon.addSecs(9)), Copy("Demo.20240305120009.dproj")) << "and one that is whole";
 
-    EXPECT_EQ(Keep("third", Noon, TKeep::Always), first);
-    EXPECT_EQ(FileBytes(first), "third");
+    const QString third = Keep("third", Noon.addDays(1), TKeep::Always);
+    EXPECT_EQ(Keep("fourth", Noon.addDays(1), TKeep::Always), third);
+    EXPECT_EQ(FileBytes(third), "fourth");
+    QDateTime repeated = Noon.addDays(1).toOffsetFromUtc(Noon.offsetFromUtc());
+    repeated.setOffsetFromUtc(Noon.offsetFromUtc() - 3600); // the same local time again, as in autumn
+    EXPECT_EQ(Keep("fifth", repeated, TKeep::Always), Copy("Demo.20240306120001.dproj"));
+    EXPECT_EQ(FileBytes(third), "fourth");
     EXPECT_EQ(FileBytes(other), ProjectWith("A"));
     EXPECT_EQ(FileBytes(Copy("Demo.20240305120001.dproj")), "without a record");
-    EXPECT_EQ(FileBytes(FBackups.KeepUnrecorded(FFile, "fourth", Noon)), "fourth");
+    EXPECT_EQ(FileBytes(FBackups.KeepUnrecorded(FFile, "sixth", Noon)), "sixth");
+}
+
+TEST_F(BackupsTest, AReplacementThatWasKilledLeavesTheWholeOldCopy)
+{
+    const QString copy = Keep(ProjectWith("A", "<Old/>"), Noon);
+    TBackupIndex index(FDatabase);
+    TBackupRecord next = index.Records().at(0); // all that a killed process has written
+    next.Sha256 = QByteArray(32, 'x');
+    ASSERT_TRUE(index.Add(next));
+    EXPECT_EQ(FBackups.List(FFile).at(0).Fault, "");
+    EXPECT_EQ(Keep(ProjectWith("A", "<Old/>"), Noon.addSecs(9)), copy) << "equal content is kept once";
+    FBackups.Restore(FFile, { .Name = QFileInfo(copy).fileName(), .Now = Noon.addSecs(60) });
+    EXPECT_EQ(FileBytes(FFile), ProjectWith("A", "<Old/>"));
+}
+
+TEST_F(BackupsTest, PruningNeverCountsOrTakesWhatIsNeeded)
+{
+    const QString good = Keep("good", Noon);
+    const QString older = Keep("older", Noon.addSecs(-60));
+    PutFile(Keep("cut", Noon.addSecs(60)), "cu");
+    QFile::remove(Keep("gone", Noon.addSecs(120)));
+    EXPECT_EQ(FBackups.Prune(FFile, 1), QStringList(QFileInfo(older).fileName()));
+    EXPECT_EQ(FileBytes(good), "good") << "damaged and missing copies do not count";
+
+    TBackupIndex index(FDatabase);
+    const TBackupRecord seen = index.Records().at(0);
+    const auto remove = [&] { QFile::remove(good); };
+    Keep("good", Noon.addSecs(180)); // another program uses the copy again
+    EXPECT_FALSE(index.Remove(seen, remove));
+    EXPECT_EQ(FileBytes(good), "good");
+    EXPECT_TRUE(index.Remove(index.Records().back(), remove));
+    EXPECT_FALSE(index.Add(seen)) << "the copy is gone";
+}
+
+TEST_F(BackupsTest, WithdrawsOnlyItsOwnRecord)
+{
+    TBackupIndex index(FDatabase);
+    const TBackupRecord record { "Demo.dproj", FFile, {}, QByteArray(32, 'x'), Noon };
+    const auto number = index.Reserve(record);
+    ASSERT_TRUE(number && index.Add(record));
+    EXPECT_FALSE(index.Reserve(record));
+    index.Withdraw(record, *number);
+    EXPECT_EQ(index.Records().size(), 1U);
 }
 
 TEST_F(BackupsTest, ListsTheCopiesOfThisPathOldestFirst)
@@ -122,10 +172,8 @@ TEST_F(BackupsTest, ListsTheCopiesOfThisPathOldestFirst)
         ::testing::ElementsAre("Demo.20230305110000.dproj unrecorded", "Demo.20240304120000.dproj",
             "Demo.20240305120000.dproj", "Demo.20240305120100.dprojits content is not what was kept"));
 
-    EXPECT_EQ(FBackups.Prune(FFile, 1),
-        QStringList(
-            { "Demo.20240305120100.dproj", "Demo.20240305120000.dproj", "Demo.20240304120000.dproj" }));
-    EXPECT_EQ(FBackups.List(FFile).size(), 1U) << "the one without a record stays";
+    EXPECT_EQ(FBackups.Prune(FFile, 1), QStringList("Demo.20240304120000.dproj"));
+    EXPECT_EQ(FBackups.List(FFile).size(), 3U) << "the one without a record stays";
     EXPECT_EQ(FBackups.List(Path("b/Demo.dproj")).size(), 2U);
 }
 
