@@ -162,19 +162,28 @@ TCommandResult RunLine(const QStringList& arguments, const TCliEnvironment& envi
     return command->Run(context);
 }
 
+// Returns the result of RunLine(), or that of its failure.
+TCommandResult ResultOf(const QStringList& arguments, const TCliEnvironment& environment, TCliOutput& output)
+{
+    try {
+        return RunLine(arguments, environment, output);
+    } catch (...) {
+        return FailureOf(std::current_exception());
+    }
+}
+
 } // namespace
 
 int RunCli(const QStringList& arguments, const TCliEnvironment& environment)
 {
-    TCliOutput output(environment.Out, environment.Err, FormOf(arguments));
-    TCommandResult result;
     try {
-        result = RunLine(arguments, environment, output);
-    } catch (...) {
-        result = FailureOf(std::current_exception());
+        TCliOutput output(environment.Out, environment.Err, FormOf(arguments));
+        const TCommandResult result = ResultOf(arguments, environment, output);
+        output.Finish(result);
+        return static_cast<int>(result.Exit);
+    } catch (...) { // the result cannot be printed, for example because there is no memory
+        return static_cast<int>(TExit::Failed);
     }
-    output.Finish(result);
-    return static_cast<int>(result.Exit);
 }
 
 } // namespace Corvadine

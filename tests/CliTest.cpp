@@ -193,6 +193,11 @@ TEST_F(TCliTest, RefusesWrongUsageWithOneLineAndTheAllowedValues)
     for (const auto& [arguments, text] : table)
         ExpectRefusal(arguments, 2, text);
     EXPECT_THAT(Run({}).Out, HasSubstr("restore"));
+
+    std::ostream broken(nullptr);
+    std::ostringstream err;
+    broken.exceptions(std::ios::failbit);
+    EXPECT_EQ(RunCli({ "--version" }, { broken, err, FData }), 1) << "the result cannot be printed";
 }
 
 TEST_F(TCliTest, KeepsAndShowsSettingsInItsOwnWords)
