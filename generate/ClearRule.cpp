@@ -4,6 +4,7 @@
 #include "base/Files.h"
 #include "base/PathRules.h"
 #include "base/SystemFiles.h"
+#include "store/BackupIndex.h"
 #include "store/Project.h"
 
 #include <QDir>
@@ -51,6 +52,9 @@ QString ReasonAgainst(const TProject& project, const TOwnFolders& own)
         return u"it is the program's own folder"_s;
     if (IsSameFile(folder, own.Data))
         return u"it is the folder of the project database"_s;
+    for (const QString& owned : { own.Program, own.Data })
+        if (IsSameFile(folder, WithTrailingDelimiter(owned) + QString::fromLatin1(BackupFolderName)))
+            return u"it is the folder of the backups"_s;
     if (Holds(folder, project.ProjectFile))
         return u"it is the folder of the project file"_s;
     if (HoldsSource(folder, project.IconImageName))

@@ -17,10 +17,10 @@ struct TOwnFolders {
 };
 
 // Throws TError(BadInput) if the output folder of `project` is the root of a drive, the home folder, one of
-// `own`, or the folder of the project file, or if it holds a source image of the project. Links are followed,
-// so it does not matter how the path of a folder is written. A source image that is a link lies in two
-// folders: that of the link and that of its target. Other hard links to a source image do not count, because
-// deleting one name leaves the others.
+// `own` or its folder of backups, or the folder of the project file, or if it holds a source image of the
+// project. Links are followed, so it does not matter how the path of a folder is written. A source image that
+// is a link lies in two folders: that of the link and that of its target. Other hard links to a source image
+// do not count, because deleting one name leaves the others.
 void RefuseToClear(const TProject& project, const TOwnFolders& own);
 
 // One sentence if RefuseToClear() would throw, otherwise nothing.

@@ -18,9 +18,6 @@
 // name share the folder. The index in the project database tells which project each copy belongs to.
 namespace Corvadine {
 
-// The folder for backups, in the data folder.
-inline constexpr const char* BackupFolderName = "Project Backups";
-
 struct TBackup {
     QString Name; // without folder
     QString Path;

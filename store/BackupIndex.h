@@ -17,6 +17,9 @@ class Database;
 
 namespace Corvadine {
 
+// The folder for backups, in the data folder.
+inline constexpr const char* BackupFolderName = "Project Backups";
+
 // Why a project file was copied.
 enum class TBackupReason {
     Update,        // an update was about to change the file

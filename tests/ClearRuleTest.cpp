@@ -59,6 +59,8 @@ TEST_F(ClearRuleTest, RefusesFoldersThatAreNeededHoweverTheyAreWritten)
         { QDir::homePath(), "it is the home folder" },
         { Path("program"), "it is the program's own folder" },
         { Path("art/../data/"), "it is the folder of the project database" },
+        { Path("data/Project Backups"), "it is the folder of the backups" },
+        { Path("program/Project Backups"), "it is the folder of the backups" },
         { Path("app"), "it is the folder of the project file" },
         { Path("app/Demo/../../art/"), icon },
         { Path("app/Demo"), "" },
