@@ -2,10 +2,13 @@
 #include "fuzz/Fuzzing.h"
 #include "images/SourceImage.h"
 
+#include <algorithm>
+#include <array>
+
 using namespace Corvadine;
 
-// Pictures: a file is either refused with a text, or gives a picture. The picture has one of two formats and
-// the size that the header tells. The thumbnail fits its box.
+// Pictures: a file is either refused with a text, or gives a picture. The picture has one of four formats
+// and the size that the header tells. The thumbnail fits its box.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     const QString file = Fuzzing::FileWith(u"picture"_s, Fuzzing::BytesOf(data, size));
@@ -16,7 +19,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             return 0;
         const QImage image = LoadSourceImage(file, TDecoderChoice::ByContent);
         Fuzzing::Require(image.size() == header.Size);
-        Fuzzing::Require(image.format() == QImage::Format_ARGB32 || image.format() == QImage::Format_RGB32);
+        constexpr std::array Formats { QImage::Format_ARGB32, QImage::Format_RGB32, QImage::Format_RGBA64,
+            QImage::Format_RGBX64 };
+        Fuzzing::Require(std::find(Formats.begin(), Formats.end(), image.format()) != Formats.end());
         constexpr QSize Box(24, 16);
         const TThumbnail thumbnail = LoadThumbnail(file, Box);
         Fuzzing::Require(

@@ -3,6 +3,8 @@
 #include "base/Error.h"
 #include "base/Files.h"
 #include "base/LargeMemory.h"
+#include "images/Bitmap.h"
+#include "images/Gif.h"
 #include "images/PngReader.h"
 #include "images/Truncation.h"
 
@@ -14,7 +16,9 @@
 #include <QPixelFormat>
 
 #include <cmath>
+#include <cstdlib>
 #include <cstring>
+#include <limits>
 #include <memory>
 #include <mutex>
 
@@ -102,6 +106,22 @@ QImage Reduced(QImage image, QSize size)
     return image.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
 }
 
+// Makes all pixels outside of `place` transparent.
+void ClearAround(QImage& image, const QRect& place)
+{
+    if (image.isNull() || place.contains(image.rect()))
+        return;
+    QImage cleared(image.size(), QImage::Format_ARGB32);
+    cleared.fill(Qt::transparent);
+    image.convertTo(QImage::Format_ARGB32);
+    const QRect kept = cleared.isNull() ? QRect() : place & image.rect();
+    for (int y = kept.top(); y <= kept.bottom(); ++y)
+        std::memcpy(cleared.scanLine(y) + qsizetype { kept.left() } * 4,
+            image.constScanLine(y) + qsizetype { kept.left() } * 4,
+            static_cast<std::size_t>(kept.width()) * 4);
+    image = std::move(cleared);
+}
+
 // Which image to take from a file that holds one picture in several sizes.
 enum class TWhichImage {
     First,
@@ -122,8 +142,9 @@ public:
         ChooseDecoder();
         if (!FReader.canRead())
             throw NoImage();
+        FFormat = FReader.format();
         // The directory of a Windows icon may tell another size than the picture has.
-        const bool tellsSize = FReader.supportsOption(QImageIOHandler::Size) && FReader.format() != "ico";
+        const bool tellsSize = FReader.supportsOption(QImageIOHandler::Size) && FFormat != "ico";
         FHeader = tellsSize ? ReadHeader() : DecodeForHeader(which);
     }
 
@@ -140,9 +161,7 @@ public:
         if (!FDecoded.isNull())
             return FDecoded;
         RefuseTruncated();
-        QImage image = ClearedImage();
-        if (!FReader.read(&image))
-            throw Damaged();
+        QImage image = ReadPicture();
         // Otherwise a few bytes could pass the limits above, and a thumbnail its box.
         if (!FReader.scaledSize().isValid() && image.size() != FHeader.Size)
             throw BadImage(FPath,
@@ -179,7 +198,7 @@ private:
 
     TImageHeader ReadHeader()
     {
-        const QSize stored = FReader.size();
+        const QSize stored = StoredSize();
         if (stored.isEmpty())
             throw NoImage();
         return HeaderOf(IsLying() ? stored.transposed() : stored, FReader.imageFormat());
@@ -216,24 +235,46 @@ private:
 
     TError NoImage() const { return BadImage(FPath, u"it is not an image in a format that can be read"_s); }
 
+    // The size before a rotation. Qt gives a negative height for bitmaps whose top row comes first.
+    QSize StoredSize() const
+    {
+        const QSize size = FReader.size();
+        constexpr int MostHeight = std::numeric_limits<int>::max();
+        return FFormat == "bmp" ? QSize(size.width(), std::abs(std::max(size.height(), -MostHeight))) : size;
+    }
+
+    // Decodes what Qt decodes otherwise than its format says by ourselves, or corrects it.
+    QImage ReadPicture()
+    {
+        QImage image = FFormat == "bmp" ? ReadMaskedBitmap(FFile) : QImage();
+        if (!image.isNull())
+            return image;
+        FFile.seek(FStart);
+        image = ClearedImage();
+        if (!FReader.read(&image))
+            throw Damaged();
+        if (FFormat == "gif")
+            ClearAround(image, FirstGifPicture(FFile).Place);
+        return image;
+    }
+
     // The image to decode into; null if the decoder makes its own. A run-length encoded bitmap may leave
     // pixels out, and its decoder leaves them as they are: in an image of its own, what the memory held
     // before.
     QImage ClearedImage() const
     {
-        if (FReader.format() != "bmp")
+        if (FFormat != "bmp")
             return {};
-        QImage image(FReader.size(), FReader.imageFormat());
+        QImage image(StoredSize(), FReader.imageFormat());
         image.fill(0);
         return image;
     }
 
     void RefuseTruncated()
     {
-        const qint64 place = FFile.pos(); // the decoder continues at this place
+        FStart = FFile.pos();
         if (IsTruncated(FFile))
             throw BadImage(FPath, u"the file is truncated"_s);
-        FFile.seek(place);
     }
 
     // Whether the stored picture is turned by 90 or 270 degrees.
@@ -256,6 +297,8 @@ private:
     QFile& FFile;
     TDecoderChoice FChoice;
     TImageHeader FHeader;
+    QByteArray FFormat; // as Qt names it; the reader itself tells it only before it reads
+    qint64 FStart = 0;  // where the decoder continues to read
     QImageReader FReader;
     QImage FDecoded; // null unless decoding was the only way to find the size
 };

@@ -1,58 +1,14 @@
 #include "images/Truncation.h"
 
-#include <QIODevice>
-#include <QtEndian>
+#include "images/Bitmap.h"
+#include "images/FileBytes.h"
+#include "images/Gif.h"
 
-#include <array>
-#include <cstdlib>
+#include <QByteArray>
 
 namespace Corvadine {
 
 namespace {
-
-// The bytes of a file. Only one piece of the file is in memory, because the file may be far larger than
-// the picture.
-class TFileBytes {
-public:
-    explicit TFileBytes(QIODevice& file) : FFile(file), FSize(file.size()) { }
-
-    qint64 Size() const { return FSize; }
-
-    // Returns the byte at `at`, or 0 past the end of the file.
-    int At(qint64 at)
-    {
-        if (at < FPieceAt || at >= FPieceAt + FPiece.size())
-            Fetch(at);
-        return at < FPieceAt + FPiece.size() ? static_cast<uchar>(FPiece[at - FPieceAt]) : 0;
-    }
-
-    // Returns the position of the first `byte` at or after `at`, or the size of the file if there is none.
-    qint64 Find(char byte, qint64 at)
-    {
-        for (; at < FSize; at = FPieceAt + FPiece.size()) {
-            At(at);
-            if (FPiece.isEmpty()) // a read error
-                break;
-            const qsizetype found = FPiece.indexOf(byte, at - FPieceAt);
-            if (found >= 0)
-                return FPieceAt + found;
-        }
-        return FSize;
-    }
-
-private:
-    void Fetch(qint64 at)
-    {
-        constexpr qint64 PieceBytes = qint64 { 64 } * 1024;
-        FPiece = at < FSize && FFile.seek(at) ? FFile.read(PieceBytes) : QByteArray();
-        FPieceAt = at;
-    }
-
-    QIODevice& FFile;
-    qint64 FSize;
-    qint64 FPieceAt = 0;
-    QByteArray FPiece;
-};
 
 // Walks the segments of a JPEG (ITU-T T.81, https://www.w3.org/Graphics/JPEG/itu-t81.pdf, B.1.1) up to the
 // end of its picture. A search for the last end marker would not do, because previews inside the picture have
@@ -95,52 +51,6 @@ private:
             if (next != 0 && (next & 0xF8) != 0xD0)
                 return;
         }
-    }
-
-    TFileBytes FFile;
-    qint64 FAt = 0;
-};
-
-// Walks the blocks of a GIF (https://www.w3.org/Graphics/GIF/spec-gif89a.txt) up to the end of its
-// first picture.
-class TGifWalker {
-public:
-    explicit TGifWalker(QIODevice& file) : FFile(file) { }
-
-    bool EndsEarly()
-    {
-        constexpr qint64 HeaderBytes = 13;
-        constexpr qint64 ImageDescriptorBytes = 10;
-        FAt = HeaderBytes + ColorTableBytes(FFile.At(HeaderBytes - 3));
-        while (FAt < FFile.Size()) {
-            const int introducer = FFile.At(FAt);
-            if (introducer == ',') {
-                FAt += ImageDescriptorBytes + ColorTableBytes(FFile.At(FAt + ImageDescriptorBytes - 1));
-                ++FAt; // LZW minimum code size
-                return !SkipSubBlocks();
-            }
-            if (introducer != '!')
-                return false; // damaged, but not cut off
-            FAt += 2;         // introducer and label
-            if (!SkipSubBlocks())
-                return true;
-        }
-        return true;
-    }
-
-private:
-    static qint64 ColorTableBytes(int flags) { return flags & 0x80 ? qint64 { 3 } << ((flags & 7) + 1) : 0; }
-
-    // Moves behind the sub-blocks. Returns false if the file ends before the terminating block of size 0.
-    bool SkipSubBlocks()
-    {
-        while (FAt < FFile.Size()) {
-            const int size = FFile.At(FAt);
-            FAt += 1 + size;
-            if (size == 0)
-                return true;
-        }
-        return false;
     }
 
     TFileBytes FFile;
@@ -191,31 +101,17 @@ private:
     qint64 FAt;
 };
 
-// Whether a bitmap lacks rows (https://learn.microsoft.com/en-us/windows/win32/gdi/bitmap-storage).
+// Whether a bitmap lacks rows.
 bool IsTruncatedBmp(QIODevice& file)
 {
-    constexpr quint32 CoreHeaderBytes = 12; // the header of OS/2 bitmaps, which has smaller fields
-    constexpr quint32 InfoHeaderBytes = 40; // newer headers begin with the same fields and are longer
-    std::array<char, 14 + InfoHeaderBytes> header {};
-    file.seek(0);
-    file.read(header.data(), header.size());
-    const auto word = [&](std::size_t at) { return qint64 { qFromLittleEndian<quint16>(&header[at]) }; };
-    const auto number = [&](std::size_t at) { return qint64 { qFromLittleEndian<qint32>(&header[at]) }; };
-
-    const auto headerBytes = qFromLittleEndian<quint32>(&header[14]); // bcSize, biSize
-    const bool isCore = headerBytes == CoreHeaderBytes;
-    if (!isCore && headerBytes < InfoHeaderBytes)
+    const auto header = ReadBitmapHeader(file);
+    if (!header)
         return false;
-    const auto pixelsAt = qFromLittleEndian<quint32>(&header[10]); // bfOffBits
-    const qint64 width = isCore ? word(18) : number(18);           // bcWidth, biWidth
-    // bcHeight; biHeight is negative when the top row comes first
-    const qint64 height = isCore ? word(20) : std::abs(number(22));
-    const qint64 bits = word(isCore ? 24 : 28);                // bcBitCount, biBitCount
-    const qint64 compression = isCore ? 0 : number(30);        // biCompression
-    const bool isPlain = compression == 0 || compression == 3; // BI_RGB, BI_BITFIELDS
-    if (compression == 1 || compression == 2)                  // BI_RLE8, BI_RLE4
-        return TRunLengthWalker(file, pixelsAt).EndsEarly(width, height, bits);
-    return isPlain && file.size() < pixelsAt + (width * bits + 31) / 32 * 4 * height;
+    if (header->Compression == BiRle8 || header->Compression == BiRle4)
+        return TRunLengthWalker(file, header->PixelsAt)
+            .EndsEarly(header->Width, header->Height, header->Bits);
+    const bool isPlain = header->Compression == BiRgb || header->Compression == BiBitfields;
+    return isPlain && file.size() < header->PixelsAt + header->RowBytes() * header->Height;
 }
 
 } // namespace
@@ -228,7 +124,7 @@ bool IsTruncated(QIODevice& file)
     if (signature.startsWith("\xFF\xD8"))
         return TJpegWalker(file).EndsEarly();
     if (signature.startsWith("GIF8"))
-        return TGifWalker(file).EndsEarly();
+        return FirstGifPicture(file).EndsEarly;
     return signature.startsWith("BM") && IsTruncatedBmp(file);
 }
 

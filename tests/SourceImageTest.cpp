@@ -253,6 +253,67 @@ TEST_F(SourceImageTest, PixelsThatABitmapLeavesOutDoNotDependOnMemory)
     }
 }
 
+TEST_F(SourceImageTest, ReadsBitmapsFromTheTopRow)
+{
+    const QByteArray bottomUp = Saved(
+        Painted({ 3, 2 }, QImage::Format_RGB32, [](int x, int y) { return qRgb(x * 100, y * 100, 50); }),
+        "BMP");
+    QByteArray topDown = bottomUp;
+    constexpr qsizetype HeightAt = 22;
+    topDown.replace(HeightAt, 4, QByteArray::fromHex("FEFFFFFF"));
+    const QImage image = Loaded(topDown);
+    EXPECT_EQ(ReadImageHeader(FFile, TDecoderChoice::ByContent).Size, QSize(3, 2));
+    EXPECT_EQ(LoadThumbnail(FFile, { 9, 9 }).Picture.pixel(2, 1), qRgb(200, 0, 50));
+    EXPECT_EQ(image, Loaded(bottomUp).mirrored());
+    EXPECT_THAT(ErrorOf([&] { Loaded(topDown.chopped(1)); }), ::testing::EndsWith("the file is truncated"));
+}
+
+TEST_F(SourceImageTest, FillsTheLowBitsOfBitmapsWithOtherThan8)
+{
+    // A bitmap of 2 x 1 pixels with `masks` for red, green, blue and alpha; none means 5-5-5.
+    const auto bitmap = [](const char* bits, const QByteArray& masks, const char* pixels) {
+        return "BM"
+            + QByteArray::fromHex(QByteArray("00000000 00000000 7A000000 6C000000 02000000 01000000 0100")
+                + bits + (masks.isEmpty() ? "0000000000" : "0003000000") + QByteArray(40, '0')
+                + masks.leftJustified(136, '0') + pixels);
+    };
+    struct TCase {
+        QByteArray Bytes;
+        QRgb First;
+        QRgb Second;
+    };
+    // The values are sample * 255 / largest sample, as Pillow and ImageMagick compute them.
+    const TCase cases[] {
+        { bitmap("10", "", "FF7F 2115"), qRgb(255, 255, 255), qRgb(41, 74, 8) },
+        { bitmap("10", "00F80000E00700001F00000000000000", "FFFF 212A"), qRgb(255, 255, 255),
+            qRgb(41, 69, 8) },
+        { bitmap("10", "000F0000F00000000F00000000F00000", "FFFF 3142"), qRgb(255, 255, 255),
+            qRgba(34, 51, 17, 68) },
+        { bitmap("20", "0000F03F00FC0F00FF030000000000C0", "FFFFFFFF 00020840"), qRgb(255, 255, 255),
+            qRgba(0, 128, 128, 85) },
+    };
+    for (const TCase& bitmapCase : cases) {
+        const QImage image = Loaded(bitmapCase.Bytes);
+        EXPECT_EQ(image.size(), QSize(2, 1));
+        EXPECT_EQ(image.pixel(0, 0), bitmapCase.First) << std::hex << image.pixel(0, 0);
+        EXPECT_EQ(image.pixel(1, 0), bitmapCase.Second) << std::hex << image.pixel(1, 0);
+        EXPECT_EQ(LoadThumbnail(FFile, { 9, 9 }).Picture.pixel(0, 0), bitmapCase.First);
+    }
+}
+
+TEST_F(SourceImageTest, TheCanvasAroundTheFirstPictureOfAGifIsTransparent)
+{
+    // A red picture of 2 x 2 pixels on a canvas of 4 x 4. The background color, green, is not used, as in
+    // browsers.
+    const QImage image = Loaded("GIF89a"
+        + QByteArray::fromHex("04000400 910000 00FF00 FF0000 0000FF FFFFFF"
+                              "2C 0100 0100 0200 0200 00 02 03 4C9814 00 3B"));
+    EXPECT_EQ(image, Painted({ 4, 4 }, QImage::Format_ARGB32, [](int x, int y) {
+        return x % 3 > 0 && y % 3 > 0 ? qRgb(255, 0, 0) : qRgba(0, 0, 0, 0);
+    }));
+    EXPECT_EQ(LoadThumbnail(FFile, { 9, 9 }).Picture.pixel(0, 0), qRgba(0, 0, 0, 0));
+}
+
 TEST_F(SourceImageTest, ReducesToThumbnails)
 {
     const auto reduced = [this](const QImage& image) {
