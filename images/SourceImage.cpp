@@ -5,6 +5,7 @@
 #include "base/LargeMemory.h"
 #include "images/Bitmap.h"
 #include "images/Gif.h"
+#include "images/Metadata.h"
 #include "images/PngReader.h"
 #include "images/Truncation.h"
 
@@ -14,6 +15,7 @@
 #include <QFileInfo>
 #include <QImageReader>
 #include <QPixelFormat>
+#include <QTransform>
 
 #include <cmath>
 #include <cstdlib>
@@ -122,6 +124,19 @@ void ClearAround(QImage& image, const QRect& place)
     image = std::move(cleared);
 }
 
+QImage Turned(QImage image, QImageIOHandler::Transformations turn)
+{
+    if (turn == QImageIOHandler::TransformationNone)
+        return image;
+    const QColorSpace space = image.colorSpace();
+    image.mirror(turn.testFlag(QImageIOHandler::TransformationMirror),
+        turn.testFlag(QImageIOHandler::TransformationFlip));
+    if (turn.testFlag(QImageIOHandler::TransformationRotate90))
+        image = image.transformed(QTransform().rotate(90));
+    image.setColorSpace(space);
+    return image;
+}
+
 // Which image to take from a file that holds one picture in several sizes.
 enum class TWhichImage {
     First,
@@ -136,6 +151,7 @@ public:
         : FPath(PathOf(file)), FFile(file), FChoice(choice)
     {
         LimitAllocations();
+        FTurn = ChunkOrientation(FFile);
         FFile.seek(0);
         FReader.setDevice(&FFile);
         FReader.setAutoTransform(true);
@@ -161,7 +177,7 @@ public:
         if (!FDecoded.isNull())
             return FDecoded;
         RefuseTruncated();
-        QImage image = ReadPicture();
+        QImage image = Turned(ReadPicture(), FTurn);
         // Otherwise a few bytes could pass the limits above, and a thumbnail its box.
         if (!FReader.scaledSize().isValid() && image.size() != FHeader.Size)
             throw BadImage(FPath,
@@ -280,7 +296,7 @@ private:
     // Whether the stored picture is turned by 90 or 270 degrees.
     bool IsLying() const
     {
-        return FReader.transformation().testFlag(QImageIOHandler::TransformationRotate90);
+        return (FTurn | FReader.transformation()).testFlag(QImageIOHandler::TransformationRotate90);
     }
 
     // Whether the decoder itself may reduce the picture. Decoders do not premultiply by alpha, so the
@@ -297,8 +313,9 @@ private:
     QFile& FFile;
     TDecoderChoice FChoice;
     TImageHeader FHeader;
-    QByteArray FFormat; // as Qt names it; the reader itself tells it only before it reads
-    qint64 FStart = 0;  // where the decoder continues to read
+    QImageIOHandler::Transformations FTurn; // what Qt's decoder leaves to do for an upright picture
+    QByteArray FFormat;                     // as Qt names it; the reader itself tells it only before it reads
+    qint64 FStart = 0;                      // where the decoder continues to read
     QImageReader FReader;
     QImage FDecoded; // null unless decoding was the only way to find the size
 };

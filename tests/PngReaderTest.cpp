@@ -2,6 +2,7 @@
 
 #include "base/Error.h"
 #include "images/SourceImage.h"
+#include "tests/ImageTesting.h"
 #include "tests/Testing.h"
 
 #include <QBuffer>
@@ -17,30 +18,6 @@ namespace {
 
 constexpr QSize Size(37, 11);
 
-QByteArray Number(quint32 number)
-{
-    QByteArray bytes(4, '\0');
-    qToBigEndian(number, bytes.data());
-    return bytes;
-}
-
-// The checksum of a chunk, bit by bit (https://www.w3.org/TR/png-3/#5CRC-algorithm).
-quint32 Checksum(const QByteArray& bytes)
-{
-    quint32 crc = 0xFFFFFFFF;
-    for (const char byte : bytes) {
-        crc ^= static_cast<uchar>(byte);
-        for (int bit = 0; bit < 8; ++bit)
-            crc = crc >> 1 ^ ((crc & 1) != 0 ? 0xEDB88320 : 0);
-    }
-    return ~crc;
-}
-
-QByteArray Chunk(const QByteArray& type, const QByteArray& data)
-{
-    return Number(static_cast<quint32>(data.size())) + type + data + Number(Checksum(type + data));
-}
-
 // A PNG file in which every sample is a random number, and every row has one of the five filters in turn.
 QByteArray RandomPng(int colorType, int depth, int channels, const QByteArray& others, int interlace = 0)
 {
@@ -52,11 +29,11 @@ QByteArray RandomPng(int colorType, int depth, int channels, const QByteArray& o
         for (int i = 0; i < rowBytes; ++i)
             rows.append(static_cast<char>(random()));
     }
-    const QByteArray header = Number(Size.width()) + Number(Size.height()) + static_cast<char>(depth)
+    const QByteArray header = BigEndian(Size.width()) + BigEndian(Size.height()) + static_cast<char>(depth)
         + static_cast<char>(colorType) + QByteArray(2, '\0') + static_cast<char>(interlace);
     const QByteArray pixels = qCompress(rows).mid(4); // without the length in front
-    return "\x89PNG\r\n\x1A\n" + Chunk("IHDR", header) + others + Chunk("IDAT", pixels.left(100))
-        + Chunk("IDAT", pixels.mid(100)) + Chunk("IEND", {});
+    return "\x89PNG\r\n\x1A\n" + PngChunk("IHDR", header) + others + PngChunk("IDAT", pixels.left(100))
+        + PngChunk("IDAT", pixels.mid(100)) + PngChunk("IEND", {});
 }
 
 QByteArray Palette(int depth)
@@ -64,7 +41,7 @@ QByteArray Palette(int depth)
     QByteArray entries;
     for (int i = 0; i < 3 << depth; ++i)
         entries.append(static_cast<char>(i * 37));
-    return Chunk("PLTE", entries);
+    return PngChunk("PLTE", entries);
 }
 
 class PngReaderTest : public TFolderTest {
@@ -104,15 +81,15 @@ void ExpectSame(QImage image, QImage expected)
 
 TEST_F(PngReaderTest, AgreesWithQtOnEveryColorTypeDepthAndRowFilter)
 {
-    const QByteArray gray = Chunk("tRNS", QByteArray::fromHex("0001"));
-    const QByteArray color = Chunk("tRNS", QByteArray::fromHex("002300450067"));
-    const QByteArray entries = Chunk("tRNS", QByteArray::fromHex("00FF"));
+    const QByteArray gray = PngChunk("tRNS", QByteArray::fromHex("0001"));
+    const QByteArray color = PngChunk("tRNS", QByteArray::fromHex("002300450067"));
+    const QByteArray entries = PngChunk("tRNS", QByteArray::fromHex("00FF"));
     const std::vector<std::tuple<int, int, int, QByteArray>> kinds { { 0, 1, 1, {} }, { 0, 2, 1, gray },
         { 0, 4, 1, gray }, { 0, 8, 1, {} }, { 0, 8, 1, gray }, { 0, 16, 1, {} }, { 2, 8, 3, {} },
         { 2, 8, 3, color }, { 2, 16, 3, {} }, { 3, 1, 1, Palette(1) }, { 3, 2, 1, Palette(2) + entries },
         { 3, 4, 1, Palette(4) }, { 3, 8, 1, Palette(8) + entries }, { 4, 8, 2, {} }, { 4, 16, 2, {} },
-        { 6, 8, 4, Chunk("gAMA", Number(45455)) + Chunk("tEXt", "Title") },
-        { 6, 16, 4, Chunk("sRGB", "\x01") } };
+        { 6, 8, 4, PngChunk("gAMA", BigEndian(45455)) + PngChunk("tEXt", "Title") },
+        { 6, 16, 4, PngChunk("sRGB", "\x01") } };
     for (const auto& [type, depth, channels, others] : kinds) {
         SCOPED_TRACE(testing::Message() << "color type " << type << ", " << depth << " bits");
         QByteArray bytes = RandomPng(type, depth, channels, others);
@@ -125,14 +102,14 @@ TEST_F(PngReaderTest, AgreesWithQtOnEveryColorTypeDepthAndRowFilter)
 TEST_F(PngReaderTest, KeepsTheTransparentColorOfSixteenBits)
 {
     // Qt loses it. The picture has one pixel of that color and one that differs in the lowest bit.
-    const QByteArray header = Number(2) + Number(1) + QByteArray::fromHex("1002000000");
+    const QByteArray header = BigEndian(2) + BigEndian(1) + QByteArray::fromHex("1002000000");
     const QByteArray pixels = qCompress(QByteArray::fromHex("00"
                                                             "123456789ABC"
                                                             "123456789ABD"))
                                   .mid(4);
     PutFile(FFile,
-        "\x89PNG\r\n\x1A\n" + Chunk("IHDR", header) + Chunk("tRNS", QByteArray::fromHex("123456789ABC"))
-            + Chunk("IDAT", pixels) + Chunk("IEND", {}));
+        "\x89PNG\r\n\x1A\n" + PngChunk("IHDR", header) + PngChunk("tRNS", QByteArray::fromHex("123456789ABC"))
+            + PngChunk("IDAT", pixels) + PngChunk("IEND", {}));
     const QImage image = LoadSourceImage(FFile, TDecoderChoice::ByContent);
     EXPECT_EQ(image.format(), QImage::Format_RGBA64);
     EXPECT_EQ(image.pixelColor(0, 0).alpha(), 0);
@@ -155,7 +132,7 @@ TEST_F(PngReaderTest, LeavesAllOtherFilesToQt)
     EXPECT_THROW(LoadSourceImage(FFile, TDecoderChoice::ByContent), TError) << "too few pixels";
     EXPECT_FALSE(IsPlain(RandomPng(3, 8, 1, {}))) << "no palette";
     EXPECT_FALSE(IsPlain(RandomPng(2, 4, 3, {}))) << "a depth that PNG does not have";
-    EXPECT_FALSE(IsPlain(RandomPng(6, 8, 4, Chunk("iCCP", "x")))) << "a profile";
-    EXPECT_FALSE(IsPlain(RandomPng(6, 8, 4, Chunk("gAMA", Number(100000))))) << "a linear picture";
-    EXPECT_FALSE(IsPlain(RandomPng(6, 8, 4, Chunk("XXXX", "x")))) << "a chunk that must be understood";
+    EXPECT_FALSE(IsPlain(RandomPng(6, 8, 4, PngChunk("iCCP", "x")))) << "a profile";
+    EXPECT_FALSE(IsPlain(RandomPng(6, 8, 4, PngChunk("gAMA", BigEndian(100000))))) << "a linear picture";
+    EXPECT_FALSE(IsPlain(RandomPng(6, 8, 4, PngChunk("XXXX", "x")))) << "a chunk that must be understood";
 }
