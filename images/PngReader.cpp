@@ -55,23 +55,25 @@ int ChannelsOf(int colorType, int depth)
     }
 }
 
-// Whether a gamma of `number` / 100000 means sRGB. Many programs write about 1/2.2 into every file.
-bool IsScreenGamma(std::uint32_t number)
+} // namespace
+
+bool IsScreenGamma(QByteArrayView gamma)
 {
+    constexpr qsizetype Bytes = 4;
+    const std::uint32_t number = gamma.size() == Bytes ? NumberAt(gamma.data()) : 0;
     return number > 44450 && number < 46500;
 }
 
-// Whether the eight numbers of a cHRM chunk are those of sRGB, but for rounding.
-bool AreSrgbPrimaries(const char* numbers)
+bool HasSrgbPrimaries(QByteArrayView primaries)
 {
     constexpr std::array<int, 8> Srgb { 31270, 32900, 64000, 33000, 30000, 60000, 15000, 6000 };
+    if (primaries.size() != qsizetype { Srgb.size() } * 4)
+        return false;
     for (std::size_t i = 0; i < Srgb.size(); ++i)
-        if (std::abs(static_cast<int>(NumberAt(numbers + i * 4) & 0x7FFFFFFF) - Srgb[i]) > 20)
+        if (std::abs(static_cast<int>(NumberAt(primaries.data() + i * 4) & 0x7FFFFFFF) - Srgb[i]) > 20)
             return false;
     return true;
 }
-
-} // namespace
 
 struct TPngReader::TChunk {
     QByteArrayView Type;
@@ -158,9 +160,9 @@ bool TPngReader::ReadOther(const TChunk& chunk)
     if (chunk.Type == QByteArrayView("sRGB"))
         FIsSrgb = true;
     else if (chunk.Type == QByteArrayView("gAMA"))
-        FHasOtherGamma |= chunk.Data.size() != 4 || !IsScreenGamma(NumberAt(data));
+        FHasOtherGamma |= !IsScreenGamma(chunk.Data);
     else if (chunk.Type == QByteArrayView("cHRM"))
-        FHasOtherGamma |= chunk.Data.size() != 32 || !AreSrgbPrimaries(data);
+        FHasOtherGamma |= !HasSrgbPrimaries(chunk.Data);
     else if (chunk.Type == QByteArrayView("iCCP") || chunk.Type == QByteArrayView("eXIf"))
         return false;
     constexpr char Ancillary = 0x20; // a lower case letter: readers need not know the chunk

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QByteArrayView>
 #include <QFile>
 #include <QSize>
 
@@ -11,6 +12,13 @@
 #include <vector>
 
 namespace Corvadine {
+
+// Whether the content of a chunk gAMA tells about 1/2.2. Many programs write this value into every file
+// although the colors are meant as sRGB. So such a picture is not converted, unless it has other primaries.
+bool IsScreenGamma(QByteArrayView gamma);
+
+// Whether the content of a chunk cHRM tells the primaries of sRGB, but for rounding.
+bool HasSrgbPrimaries(QByteArrayView primaries);
 
 // Decodes a plain PNG file (https://www.w3.org/TR/png-3/), several times as fast as Qt. A file is plain if it
 // is complete and not interlaced, all its checksums are right, and its colors are sRGB and upright without a

@@ -4,6 +4,8 @@
 #include "base/Files.h"
 #include "base/LargeMemory.h"
 #include "images/Bitmap.h"
+#include "images/CmykJpeg.h"
+#include "images/ColorProfile.h"
 #include "images/Gif.h"
 #include "images/Metadata.h"
 #include "images/PngReader.h"
@@ -235,6 +237,10 @@ private:
         }
         if (FDecoded.isNull())
             throw Damaged();
+        // As in Windows, a PNG in an icon is sRGB unless it has an ICC profile. Qt gives the colors of other
+        // chunks no description.
+        if (FDecoded.colorSpace().description().isEmpty())
+            FDecoded.setColorSpace({});
         return HeaderOf(FDecoded.size(), FDecoded.format());
     }
 
@@ -262,7 +268,11 @@ private:
     // Decodes what Qt decodes otherwise than its format says by ourselves, or corrects it.
     QImage ReadPicture()
     {
-        QImage image = FFormat == "bmp" ? ReadMaskedBitmap(FFile) : QImage();
+        QImage image;
+        if (FFormat == "bmp")
+            image = ReadMaskedBitmap(FFile);
+        else if (FFormat == "jpeg" || FFormat == "jpg")
+            image = Turned(ReadCmykJpeg(FFile), FReader.transformation());
         if (!image.isNull())
             return image;
         FFile.seek(FStart);
@@ -320,41 +330,6 @@ private:
     QImage FDecoded; // null unless decoding was the only way to find the size
 };
 
-// Whether the primaries of `space` are those of sRGB. Small differences are allowed, because files give
-// primaries as rounded numbers.
-bool HasSrgbPrimaries(const QColorSpace& space)
-{
-    const QColorTransform transform =
-        space.transformationToColorSpace(QColorSpace(QColorSpace::Primaries::SRgb, space.gamma()));
-    const auto stays = [&transform](QRgb color) {
-        const QRgb mapped = transform.map(color);
-        return std::abs(qRed(mapped) - qRed(color)) <= 2 && std::abs(qGreen(mapped) - qGreen(color)) <= 2
-            && std::abs(qBlue(mapped) - qBlue(color)) <= 2;
-    };
-    return stays(qRgb(200, 60, 60)) && stays(qRgb(60, 200, 60)) && stays(qRgb(60, 60, 200));
-}
-
-// Whether a PNG has a gamma of about 1/2.2, and the primaries of sRGB or none. Many programs write these
-// values into every file although the colors are meant as sRGB. So such a picture is not converted.
-bool IsScreenGamma(const QColorSpace& space)
-{
-    constexpr float ScreenGamma = 2.2F;
-    return space.transferFunction() == QColorSpace::TransferFunction::Gamma
-        && std::abs(space.gamma() - ScreenGamma) < 0.05F && HasSrgbPrimaries(space);
-}
-
-void ConvertToSrgb(QImage& image)
-{
-    const QColorSpace space = image.colorSpace();
-    const QColorSpace srgb(QColorSpace::SRgb);
-    if (space.isValid() && space != srgb && !IsScreenGamma(space)) {
-        if (image.format() == QImage::Format_Indexed8) // Qt does not convert a palette in place
-            image.convertTo(image.hasAlphaChannel() ? QImage::Format_ARGB32 : QImage::Format_RGB32);
-        image.convertToColorSpace(srgb);
-    }
-    image.setColorSpace({});
-}
-
 // Qt's conversions give a null image when memory runs out.
 QImage Whole(QImage image, const QString& path)
 {
@@ -363,20 +338,21 @@ QImage Whole(QImage image, const QString& path)
     return image;
 }
 
-// Converts the decoded `image` of `path` to sRGB, in one of the formats that LoadSourceImage() returns.
-QImage ConvertedSource(QImage image, const QString& path)
+// Converts the decoded `image` of `file` to sRGB, in one of the formats that LoadSourceImage() returns.
+QImage ConvertedSource(QImage image, QFile& file)
 {
-    ConvertToSrgb(image);
+    const TColorProfile profile = ProfileOf(image, file);
     if (IsDeep(image))
         image.convertTo(image.hasAlphaChannel() ? QImage::Format_RGBA64 : QImage::Format_RGBX64);
     else
         image.convertTo(image.hasAlphaChannel() ? QImage::Format_ARGB32 : QImage::Format_RGB32);
-    return Whole(std::move(image), path);
+    ConvertToSrgb(image, profile);
+    return Whole(std::move(image), PathOf(file));
 }
 
-QImage ConvertedThumbnail(QImage image, const QString& path)
+// Makes the picture of a thumbnail of a picture that ConvertedSource() returned.
+QImage ThumbnailOf(QImage image, const QString& path)
 {
-    ConvertToSrgb(image);
     image.convertTo(image.hasAlphaChannel() ? QImage::Format_ARGB32_Premultiplied : QImage::Format_RGB32);
     return Whole(std::move(image), path);
 }
@@ -403,7 +379,7 @@ QImage LoadSourceImage(QFile& file, TDecoderChoice choice)
     OpenSource(file);
     if (QImage image = ReadPlainPng(file); !image.isNull())
         return image;
-    return ConvertedSource(TFileDecoder(file, choice).Decode(), PathOf(file));
+    return ConvertedSource(TFileDecoder(file, choice).Decode(), file);
 }
 
 TThumbnail LoadThumbnail(const QString& path, QSize box)
@@ -415,11 +391,11 @@ TThumbnail LoadThumbnail(const QString& path, QSize box)
     };
     OpenSource(file);
     if (const QImage image = ReadPlainPng(file); !image.isNull())
-        return { ConvertedThumbnail(Reduced(image, fitted(image.size())), path), image.size() };
+        return { ThumbnailOf(Reduced(image, fitted(image.size())), path), image.size() };
     TFileDecoder decoder(file, TDecoderChoice::ByExtension, TWhichImage::First);
     const QSize size = decoder.Header().Size;
     QImage picture = fitted(size) == size ? decoder.Decode() : decoder.DecodeReduced(fitted(size));
-    return { ConvertedThumbnail(std::move(picture), path), size };
+    return { ThumbnailOf(ConvertedSource(std::move(picture), file), path), size };
 }
 
 QImage BlankSourceImage()

@@ -35,7 +35,7 @@ TImageHeader ReadImageHeader(const QString& path, TDecoderChoice choice);
 // Decodes `path` into an upright sRGB picture. The format is Format_ARGB32 (straight alpha) if the file has
 // an alpha channel or transparent palette entries, otherwise Format_RGB32. A file with more than 8 bits per
 // channel gives Format_RGBA64 (straight alpha) or Format_RGBX64. The EXIF
-// orientation is applied. An embedded ICC profile is converted to sRGB with the full precision of the file.
+// orientation is applied. An embedded color profile is converted to sRGB with the full precision of the file.
 // Throws TError(Io) for a file that is missing, unreadable or a folder. Throws TError(BadInput) for a file
 // that is empty, truncated or not an image, and for a picture or file of more than MaxDecodedMebibytes.
 QImage LoadSourceImage(const QString& path, TDecoderChoice choice);

@@ -4,7 +4,6 @@
 #include "tests/Testing.h"
 #include "tests/TestingSystem.h"
 
-#include <QColorSpace>
 #include <QImageReader>
 #include <QtEndian>
 
@@ -96,30 +95,6 @@ TEST_F(SourceImageTest, AppliesTheOrientationToPixelsAndHeader)
     // reduced to the size before the rotation.
     EXPECT_TRUE(IsNear(thumbnail.Picture.pixel(4, 7), qRgb(200, 30, 30), 12));
     EXPECT_TRUE(IsNear(thumbnail.Picture.pixel(4, 8), qRgb(30, 30, 200), 12));
-}
-
-TEST_F(SourceImageTest, ConvertsProfilesToSrgbButLeavesScreenGammaAlone)
-{
-    // Returns the loaded color of a PNG file that is filled with `color`. The file has the color space
-    // `space`, and `chunks` after its header.
-    const auto loaded = [this](QRgb color, const QColorSpace& space, const QByteArray& chunks = {}) {
-        QImage image(4, 4, QImage::Format_ARGB32);
-        image.fill(color);
-        image.setColorSpace(space);
-        constexpr qsizetype AfterHeader = 33;
-        return Loaded(Saved(image).insert(AfterHeader, chunks)).pixel(0, 0);
-    };
-    const QRgb red = qRgba(219, 0, 0, 128);
-    const QRgb dark = qRgba(20, 40, 60, 255);
-    const QRgb fromDisplay = loaded(red, QColorSpace(QColorSpace::DisplayP3));
-    EXPECT_TRUE(IsNear(fromDisplay, qRgba(239, 0, 0, 128), 2)) << QColor(fromDisplay).name().toStdString();
-    EXPECT_EQ(loaded(red, QColorSpace(QColorSpace::Primaries::SRgb, 2.2F)), red);
-    EXPECT_LT(qRed(loaded(dark, QColorSpace(QColorSpace::AdobeRgb))), 10) << "has that gamma too";
-    // The chunks gAMA and cHRM as many programs write them into every file.
-    const QByteArray chunks = QByteArray::fromHex(
-        "0000000467414D410000B18F0BFC6105"
-        "000000206348524D00007A26000080840000FA00000080E8000075300000EA6000003A98000017709CBA513C");
-    EXPECT_EQ(loaded(dark, {}, chunks), dark);
 }
 
 TEST_F(SourceImageTest, ChoosesTheDecoderByContentWhenTheExtensionLies)

@@ -43,6 +43,7 @@ LIBRARIES = (
     (r"libhwy", "Highway", "libhwy-dev"),
     (r"libimagequant", "libimagequant", "libimagequant-dev"),
     (r"libdeflate", "libdeflate", "libdeflate-dev"),
+    (r"liblcms2", "Little CMS", "liblcms2-dev"),
     (r"libpng", "libpng", "libpng-dev"),
     (r"libz", "zlib", "zlib1g-dev"),
     (r"libsodium", "libsodium", "libsodium-dev"),
