@@ -9,7 +9,9 @@
 #include "images/Gif.h"
 #include "images/Metadata.h"
 #include "images/PngReader.h"
+#include "images/StoredIcon.h"
 #include "images/Truncation.h"
+#include "images/Xbm.h"
 
 #include <QColorSpace>
 #include <QDir>
@@ -19,8 +21,7 @@
 #include <QPixelFormat>
 #include <QTransform>
 
-#include <cmath>
-#include <cstdlib>
+#include <algorithm>
 #include <cstring>
 #include <limits>
 #include <memory>
@@ -43,6 +44,7 @@ QString PathOf(const QFile& file)
     return QDir::toNativeSeparators(file.fileName());
 }
 
+constexpr qint64 MostSide = std::numeric_limits<int>::max();
 constexpr qint64 MebibyteBytes = qint64 { 1024 } * 1024;
 
 qint64 RoundedUpQuotient(qint64 dividend, qint64 divisor)
@@ -158,8 +160,10 @@ public:
         FReader.setDevice(&FFile);
         FReader.setAutoTransform(true);
         ChooseDecoder();
-        if (!FReader.canRead())
+        if (!FReader.canRead()) {
+            RefuseTooLarge(HeaderOf(XbmSize(FFile), QImage::Format_Mono)); // Qt takes it for no image
             throw NoImage();
+        }
         FFormat = FReader.format();
         // The directory of a Windows icon may tell another size than the picture has.
         const bool tellsSize = FReader.supportsOption(QImageIOHandler::Size) && FFormat != "ico";
@@ -170,12 +174,7 @@ public:
 
     QImage Decode()
     {
-        if (FHeader.DecodedMebibytes > MaxDecodedMebibytes)
-            throw BadImage(FPath,
-                u"it has %1 pixels, %2 MiB once decoded, and the limit is %3 MiB"_s
-                    .arg(SizeText(FHeader.Size))
-                    .arg(FHeader.DecodedMebibytes)
-                    .arg(MaxDecodedMebibytes));
+        RefuseTooLarge(FHeader);
         if (!FDecoded.isNull())
             return FDecoded;
         RefuseTruncated();
@@ -231,6 +230,8 @@ private:
         for (int i = 0; i < count && (which == TWhichImage::Largest || FDecoded.isNull()); ++i) {
             if (isSeveral)
                 FReader.jumpToImage(i);
+            if (FFormat == "ico")
+                RefuseLargeIcon(i);
             const QImage image = FReader.read();
             if (image.width() > FDecoded.width())
                 FDecoded = image;
@@ -244,10 +245,27 @@ private:
         return HeaderOf(FDecoded.size(), FDecoded.format());
     }
 
+    // Qt's decoder would only tell that the image cannot be read.
+    void RefuseLargeIcon(int index)
+    {
+        const qint64 place = FFile.pos(); // the decoder continues at this place
+        RefuseTooLarge(HeaderOf(StoredIconSize(FFile, index), QImage::Format_ARGB32));
+        FFile.seek(place);
+    }
+
     static TImageHeader HeaderOf(QSize size, QImage::Format format)
     {
         const int bytesPerPixel = QImage::toPixelFormat(format).bitsPerPixel() / 8;
         return { size, MebibytesOf(size, std::max(bytesPerPixel, 4)) };
+    }
+
+    void RefuseTooLarge(const TImageHeader& header) const
+    {
+        if (header.DecodedMebibytes > MaxDecodedMebibytes)
+            throw BadImage(FPath,
+                u"it has %1 pixels, %2 MiB once decoded, and the limit is %3 MiB"_s.arg(SizeText(header.Size))
+                    .arg(header.DecodedMebibytes)
+                    .arg(MaxDecodedMebibytes));
     }
 
     TError Damaged() const
@@ -257,12 +275,17 @@ private:
 
     TError NoImage() const { return BadImage(FPath, u"it is not an image in a format that can be read"_s); }
 
-    // The size before a rotation. Qt gives a negative height for bitmaps whose top row comes first.
-    QSize StoredSize() const
+    // The size before a rotation. Qt gives a negative height for bitmaps whose top row comes first, and no
+    // size for large bitmaps.
+    QSize StoredSize()
     {
-        const QSize size = FReader.size();
-        constexpr int MostHeight = std::numeric_limits<int>::max();
-        return FFormat == "bmp" ? QSize(size.width(), std::abs(std::max(size.height(), -MostHeight))) : size;
+        if (FFormat != "bmp")
+            return FReader.size();
+        const qint64 place = FFile.pos(); // the decoder continues at this place
+        const auto header = ReadBitmapHeader(FFile);
+        FFile.seek(place);
+        const auto side = [](qint64 pixels) { return static_cast<int>(std::min(pixels, MostSide)); };
+        return header ? QSize(side(header->Width), side(header->Height)) : QSize();
     }
 
     // Decodes what Qt decodes otherwise than its format says by ourselves, or corrects it.
@@ -287,7 +310,7 @@ private:
     // The image to decode into; null if the decoder makes its own. A run-length encoded bitmap may leave
     // pixels out, and its decoder leaves them as they are: in an image of its own, what the memory held
     // before.
-    QImage ClearedImage() const
+    QImage ClearedImage()
     {
         if (FFormat != "bmp")
             return {};

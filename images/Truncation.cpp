@@ -3,6 +3,7 @@
 #include "images/Bitmap.h"
 #include "images/FileBytes.h"
 #include "images/Gif.h"
+#include "images/Xbm.h"
 
 #include <QByteArray>
 
@@ -125,7 +126,12 @@ bool IsTruncated(QIODevice& file)
         return TJpegWalker(file).EndsEarly();
     if (signature.startsWith("GIF8"))
         return FirstGifPicture(file).EndsEarly;
-    return signature.startsWith("BM") && IsTruncatedBmp(file);
+    if (signature.startsWith("BM"))
+        return IsTruncatedBmp(file);
+    if (!signature.startsWith('#') && !signature.startsWith("/*"))
+        return false;
+    const QSize xbm = XbmSize(file);
+    return !xbm.isEmpty() && EndsXbmEarly(file, xbm);
 }
 
 } // namespace Corvadine

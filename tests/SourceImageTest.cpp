@@ -196,6 +196,42 @@ TEST_F(SourceImageTest, RefusesWhatIsNoWholeImageAndSaysWhy)
             ::testing::EndsWith(reason));
 }
 
+TEST_F(SourceImageTest, RefusesAnXbmThatIsCut)
+{
+    const QByteArray xbm = Saved(TwoHalves({ 10, 4 }, QImage::Format_Mono), "XBM");
+    EXPECT_EQ(Loaded("/* a comment */\n" + xbm).size(), QSize(10, 4));
+    const qsizetype end = xbm.indexOf('}');
+    EXPECT_EQ(Loaded(xbm.first(end + 1)).size(), QSize(10, 4));
+    for (qsizetype bytes = 1; bytes <= end; ++bytes)
+        EXPECT_NE(ErrorOf([&] { Loaded(xbm.first(bytes)); }), "") << bytes;
+    EXPECT_THAT(ErrorOf([&] { Loaded(xbm.first(end)); }), ::testing::EndsWith("the file is truncated"));
+    EXPECT_THAT(ErrorOf([&] { Loaded(QByteArray(xbm).replace("0x", "  ")); }), ::testing::Not(""));
+}
+
+TEST_F(SourceImageTest, NamesTheSizeOfEveryPictureThatIsTooLarge)
+{
+    const QByteArray bitmap =
+        QByteArray::fromHex("28000000 204E0000 204E0000 0100 2000") + QByteArray(24, '\0');
+    QByteArray doubled = bitmap; // with its mask
+    doubled.replace(8, 4, QByteArray::fromHex("409C0000"));
+    const QByteArray directory = QByteArray::fromHex("000001000100 00000000 01002000 28000000 16000000");
+    const QByteArray png =
+        QByteArray::fromHex("89504E470D0A1A0A 0000000D49484452 00004E20 00004E20 0806000000");
+    const QByteArray files[] {
+        "BM" + QByteArray::fromHex("5E000000 00000000 36000000") + bitmap,
+        "#define a_width 20000\n#define a_height 20000\nstatic char a_bits[] = {\n0x00};\n",
+        directory + doubled,
+        directory + png + BigEndian(PngChecksum(png.mid(12))),
+        "GIF89a" + QByteArray::fromHex("204E204E000000 2C 00000000204E204E00 02 03 4C9814 00 3B"),
+        png + BigEndian(PngChecksum(png.mid(12))) + PngChunk("IDAT", "x"),
+    };
+    for (const QByteArray& file : files)
+        EXPECT_THAT(ErrorOf([&] { Loaded(file); }),
+            ::testing::EndsWith(
+                ": it has 20000 x 20000 pixels, 1526 MiB once decoded, and the limit is 512 MiB"))
+            << file.left(4).toHex().toStdString();
+}
+
 TEST_F(SourceImageTest, PixelsThatABitmapLeavesOutDoNotDependOnMemory)
 {
     const auto bitmap = [](const char* compression, const char* bits, const char* codes) { // of 32 x 8 pixels
