@@ -125,9 +125,11 @@ void TCloseProfile::operator()(void* profile) const
 
 TColorProfile ProfileOf(const QImage& image, QIODevice& file)
 {
-    if (!ChunkOf(file, "IHDR").isEmpty() && ChunkOf(file, "iCCP").isEmpty())
-        return ProfileOfPngChunks(file);
-    return OpenProfile(image.colorSpace().iccProfile());
+    if (ChunkOf(file, "IHDR").isEmpty())
+        return OpenProfile(image.colorSpace().iccProfile());
+    // Qt drops the profiles of PNG that it does not know itself, such as tables.
+    const QByteArray chunk = ChunkOf(file, "iCCP");
+    return chunk.isEmpty() ? ProfileOfPngChunks(file) : OpenProfile(ProfileInChunk(chunk));
 }
 
 void ConvertToSrgb(QImage& image, const TColorProfile& profile)

@@ -6,13 +6,14 @@
 #include <QtEndian>
 
 #include <array>
+#include <memory>
 
 namespace Corvadine {
 
 namespace {
 
-constexpr qint64 MostChunkBytes = qint64 { 1024 } * 1024;
-constexpr qint64 ChunkHeadBytes = 8; // length and type
+constexpr qint64 MostBytes = qint64 { 16 } * 1024 * 1024; // of a chunk, and of a profile
+constexpr qint64 ChunkHeadBytes = 8;                      // length and type
 
 // How a format stores its chunks.
 struct TChunkForm {
@@ -38,7 +39,7 @@ QByteArray FindChunk(QIODevice& file, TChunkForm form, QByteArrayView type)
             at += ChunkHeadBytes + length + (form.IsPng ? 4 : length % 2);
             continue;
         }
-        const QByteArray data = length > MostChunkBytes ? QByteArray() : file.read(length);
+        const QByteArray data = length > MostBytes ? QByteArray() : file.read(length);
         const QByteArray checksum = form.IsPng ? file.read(4) : QByteArray();
         const bool isWhole = data.size() == length && (!form.IsPng || checksum.size() == 4);
         return isWhole && (!form.IsPng || IsIntact(type, data, qFromBigEndian<quint32>(checksum.data())))
@@ -88,6 +89,28 @@ QByteArray ChunkOf(QIODevice& file, QByteArrayView type)
         return FindChunk(file, { PngHeaderBytes, true }, type);
     if (start.startsWith("RIFF") && start.endsWith("WEBP"))
         return FindChunk(file, { WebpHeaderBytes, false }, type);
+    return {};
+}
+
+QByteArray ProfileInChunk(const QByteArray& chunk)
+{
+    const qsizetype packedAt = chunk.indexOf('\0') + 2; // behind the name, its end and the method
+    if (packedAt < 2 || packedAt > chunk.size())
+        return {};
+    const std::unique_ptr<libdeflate_decompressor, decltype(&libdeflate_free_decompressor)> decompressor(
+        libdeflate_alloc_decompressor(), libdeflate_free_decompressor);
+    constexpr qsizetype FewBytes = qsizetype { 16 } * 1024; // enough for most
+    for (qsizetype size = FewBytes; decompressor && size <= MostBytes; size *= 4) {
+        QByteArray profile(size, Qt::Uninitialized);
+        std::size_t written = 0;
+        const auto result = libdeflate_zlib_decompress(decompressor.get(), chunk.data() + packedAt,
+            static_cast<std::size_t>(chunk.size() - packedAt), profile.data(), static_cast<std::size_t>(size),
+            &written);
+        if (result == LIBDEFLATE_SUCCESS)
+            return profile.first(static_cast<qsizetype>(written));
+        if (result != LIBDEFLATE_INSUFFICIENT_SPACE)
+            break;
+    }
     return {};
 }
 
