@@ -34,7 +34,11 @@ QByteArray FollowLinks(const QString& path)
     const QFileInfo info(path);
     if (info.exists())
         return QFile::encodeName(info.canonicalFilePath());
-    return QFile::encodeName(info.isSymLink() ? info.symLinkTarget() : path);
+    constexpr int MostLinks = 40; // a longer chain is a circle
+    QString target = path;
+    for (int links = 0; links < MostLinks && QFileInfo(target).isSymLink(); ++links)
+        target = QFileInfo(target).symLinkTarget();
+    return QFile::encodeName(target);
 }
 
 // A rename over a file needs no permission on that file, so read-only files are refused here. The mode bits

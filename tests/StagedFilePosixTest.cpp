@@ -134,8 +134,10 @@ TEST_F(StagedFilePosixTest, KeepsPermissionsAndFollowsLinks)
         permissions);
 
     ASSERT_TRUE(QFile::link("missing", Path("dangling")));
-    WriteFileAtomically(Path("dangling"), "made");
+    ASSERT_TRUE(QFile::link("dangling", Path("twice")));
+    WriteFileAtomically(Path("twice"), "made");
     EXPECT_EQ(FileBytes(Path("missing")), "made");
+    EXPECT_TRUE(QFileInfo(Path("dangling")).isSymLink());
 }
 
 TEST_F(StagedFilePosixTest, ACopyIsOpenToNoMoreUsersThanItsOriginal)
