@@ -29,7 +29,7 @@ void TSourceIntake::Choose(const TSource& source)
 void TSourceIntake::Take(const TSource& source, const QString& file)
 {
     FState.Table.Edit(); // first, because Edit() appends a row if there is none, which clears the views
-    source.View.Load(file, TDecoderChoice::ByExtension);
+    source.View.Load(file);
     FState.Table.SetField(source.Field, file);
 }
 
@@ -46,7 +46,7 @@ void TSourceIntake::ShowCurrentProject()
         source.View.Clear();
         const QString file = FieldValue(project, source.Field).toString();
         if (FileExists(file))
-            source.View.Load(file, TDecoderChoice::ByContent);
+            source.View.Load(file);
     }
     ShowOutputs(project.OutputFolder);
 }

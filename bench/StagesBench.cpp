@@ -45,8 +45,7 @@ public:
 
     void Decode(bool launch) const
     {
-        benchmark::DoNotOptimize(
-            LoadSourceImage(launch ? FJob.LaunchFile : FJob.IconFile, TDecoderChoice::ByContent));
+        benchmark::DoNotOptimize(LoadSourceImage(launch ? FJob.LaunchFile : FJob.IconFile));
     }
 
     void Convert() const
@@ -55,7 +54,7 @@ public:
             static QMap<QString, QImage> images;
             QImage& image = images[file];
             if (image.isNull())
-                image = LoadSourceImage(file, TDecoderChoice::ByContent);
+                image = LoadSourceImage(file);
             benchmark::DoNotOptimize(TPixelPairImage(image).Row(0));
         }
     }

@@ -13,11 +13,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 {
     const QString file = Fuzzing::FileWith(u"picture"_s, Fuzzing::BytesOf(data, size));
     try {
-        const TImageHeader header = ReadImageHeader(file, TDecoderChoice::ByContent);
+        const TImageHeader header = ReadImageHeader(file);
         constexpr qint64 MostMebibytes = 16; // larger pictures only cost time
         if (header.DecodedMebibytes > MostMebibytes)
             return 0;
-        const QImage image = LoadSourceImage(file, TDecoderChoice::ByContent);
+        const QImage image = LoadSourceImage(file);
         Fuzzing::Require(image.size() == header.Size);
         constexpr std::array Formats { QImage::Format_ARGB32, QImage::Format_RGB32, QImage::Format_RGBA64,
             QImage::Format_RGBX64 };

@@ -77,7 +77,7 @@ TMaybeFault FaultOfPng(const QString& path, const TPngForm& form)
 {
     using enum TFaultKind;
     QFile file(path);
-    const QImage image = LoadSourceImage(file, TDecoderChoice::ByContent);
+    const QImage image = LoadSourceImage(file);
     file.seek(0);
     const QByteArray bytes = file.readAll();
     constexpr qsizetype BitDepthAt = 24; // in the first chunk (IHDR), which the color type follows

@@ -41,9 +41,9 @@ TSourceSizes ReadSourceSizes(const QString& iconFile, const QString& launchFile)
 {
     TSourceSizes sizes;
     if (!iconFile.isEmpty())
-        sizes.Icon = ReadImageHeader(iconFile, TDecoderChoice::ByContent).Size;
+        sizes.Icon = ReadImageHeader(iconFile).Size;
     if (!launchFile.isEmpty())
-        sizes.Launch = ReadImageHeader(launchFile, TDecoderChoice::ByContent).Size;
+        sizes.Launch = ReadImageHeader(launchFile).Size;
     return sizes;
 }
 
@@ -52,8 +52,7 @@ std::shared_ptr<const TRenderSource> LoadSource(const QString& file, TSourceUse 
     if (use == TSourceUse::FilteredOutputs)
         if (auto source = LoadPlainPng(file))
             return source;
-    const QImage image =
-        file.isEmpty() ? BlankSourceImage() : LoadSourceImage(file, TDecoderChoice::ByContent);
+    const QImage image = file.isEmpty() ? BlankSourceImage() : LoadSourceImage(file);
     if (use == TSourceUse::Any)
         return std::make_shared<TRenderSource>(image);
     return std::make_shared<TRenderSource>(TPixelPairImage(image), image.hasAlphaChannel());

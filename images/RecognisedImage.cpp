@@ -3,28 +3,14 @@
 #include "base/Files.h"
 #include "base/PathRules.h"
 
-#include <QImageReader>
 #include <QStringList>
 
 namespace Corvadine {
 
-namespace {
-
-QStringList RecognisedExtensions()
-{
-    static const QStringList Videos { "avi", "mpe", "mpg", "mpeg", "wmv" };
-    QStringList extensions;
-    for (const QByteArray& format : QImageReader::supportedImageFormats())
-        if (!Videos.contains(QString::fromLatin1(format), Qt::CaseInsensitive))
-            extensions.append(QString::fromLatin1(format));
-    return extensions;
-}
-
-} // namespace
-
 bool IsRecognisedImageName(const QString& path)
 {
-    static const QStringList Extensions = RecognisedExtensions(); // once: asking every plugin is slow
+    static const QStringList Extensions { "bmp", "gif", "ico", "jfif", "jpeg", "jpg", "pbm", "pgm", "png",
+        "pnm", "ppm", "tif", "tiff", "webp", "xbm" };
     return Extensions.contains(ExtensionOf(path).mid(1), Qt::CaseInsensitive);
 }
 

@@ -5,8 +5,8 @@
 namespace Corvadine {
 
 // Whether a file of this name counts as an image wherever the user chooses, drops or lists images. The
-// extension, in upper or lower case, must belong to a format that can be read. Videos never count, even if
-// the system has decoders for them. Does not look at the disk.
+// extension, in upper or lower case, must belong to a format that can be read (images/ImageFormat.h). Does
+// not look at the disk.
 bool IsRecognisedImageName(const QString& path);
 
 // Whether IsRecognisedImageName() accepts `path`, and `path` is no folder. The file need not exist.

@@ -7,6 +7,7 @@
 #include "images/CmykJpeg.h"
 #include "images/ColorProfile.h"
 #include "images/Gif.h"
+#include "images/ImageFormat.h"
 #include "images/Metadata.h"
 #include "images/PngReader.h"
 #include "images/StoredIcon.h"
@@ -16,7 +17,6 @@
 #include <QColorSpace>
 #include <QDir>
 #include <QFile>
-#include <QFileInfo>
 #include <QImageReader>
 #include <QPixelFormat>
 #include <QTransform>
@@ -151,15 +151,13 @@ enum class TWhichImage {
 class TFileDecoder {
 public:
     // REQUIRES: `file` was opened by OpenSource() and outlives the decoder.
-    TFileDecoder(QFile& file, TDecoderChoice choice, TWhichImage which = TWhichImage::Largest)
-        : FPath(PathOf(file)), FFile(file), FChoice(choice)
+    explicit TFileDecoder(QFile& file, TWhichImage which = TWhichImage::Largest)
+        : FPath(PathOf(file)), FFile(file)
     {
         LimitAllocations();
         FTurn = ChunkOrientation(FFile);
-        FFile.seek(0);
-        FReader.setDevice(&FFile);
-        FReader.setAutoTransform(true);
         ChooseDecoder();
+        FReader.setAutoTransform(true);
         if (!FReader.canRead()) {
             RefuseTooLarge(HeaderOf(XbmSize(FFile), QImage::Format_Mono)); // Qt takes it for no image
             throw NoImage();
@@ -197,20 +195,16 @@ public:
     }
 
 private:
+    // Qt would ask the decoders of all its plugins, among them some that take any amount of memory.
     void ChooseDecoder()
     {
-        FReader.setAutoDetectImageFormat(true);
-        FReader.setDecideFormatFromContent(true);
-        if (FChoice == TDecoderChoice::ByContent)
-            return;
-        const QByteArray extension = QFileInfo(FPath).suffix().toLower().toLatin1();
-        QImageReader byExtension(&FFile, extension);
-        const bool fits = !extension.isEmpty() && byExtension.canRead();
+        const QByteArray decoder = DecoderFor(FFile);
+        if (decoder.isEmpty())
+            throw BadImage(FPath, UnreadFormatReason(FFile));
         FFile.seek(0);
-        if (!fits)
-            return;
-        FReader.setDecideFormatFromContent(false); // else the content would decide in spite of setFormat()
-        FReader.setFormat(extension);
+        FReader.setDevice(&FFile);
+        FReader.setAutoDetectImageFormat(false);
+        FReader.setFormat(decoder);
     }
 
     TImageHeader ReadHeader()
@@ -344,7 +338,6 @@ private:
 
     QString FPath;
     QFile& FFile;
-    TDecoderChoice FChoice;
     TImageHeader FHeader;
     QImageIOHandler::Transformations FTurn; // what Qt's decoder leaves to do for an upright picture
     QByteArray FFormat;                     // as Qt names it; the reader itself tells it only before it reads
@@ -382,27 +375,27 @@ QImage ThumbnailOf(QImage image, const QString& path)
 
 } // namespace
 
-TImageHeader ReadImageHeader(const QString& path, TDecoderChoice choice)
+TImageHeader ReadImageHeader(const QString& path)
 {
     QFile file(path);
     OpenSource(file);
     if (const TPngReader png(file); png.IsPlain())
         return { png.Size(), MebibytesOf(png.Size(), png.Is16Bit() ? 8 : 4) };
-    return TFileDecoder(file, choice).Header();
+    return TFileDecoder(file).Header();
 }
 
-QImage LoadSourceImage(const QString& path, TDecoderChoice choice)
+QImage LoadSourceImage(const QString& path)
 {
     QFile file(path);
-    return LoadSourceImage(file, choice);
+    return LoadSourceImage(file);
 }
 
-QImage LoadSourceImage(QFile& file, TDecoderChoice choice)
+QImage LoadSourceImage(QFile& file)
 {
     OpenSource(file);
     if (QImage image = ReadPlainPng(file); !image.isNull())
         return image;
-    return ConvertedSource(TFileDecoder(file, choice).Decode(), file);
+    return ConvertedSource(TFileDecoder(file).Decode(), file);
 }
 
 TThumbnail LoadThumbnail(const QString& path, QSize box)
@@ -414,8 +407,8 @@ TThumbnail LoadThumbnail(const QString& path, QSize box)
     };
     OpenSource(file);
     if (const QImage image = ReadPlainPng(file); !image.isNull())
-        return { ThumbnailOf(Reduced(image, fitted(image.size())), path), image.size() };
-    TFileDecoder decoder(file, TDecoderChoice::ByExtension, TWhichImage::First);
+        return { ConvertedThumbnail(Reduced(image, fitted(image.size())), path), image.size() };
+    TFileDecoder decoder(file, TWhichImage::First);
     const QSize size = decoder.Header().Size;
     QImage picture = fitted(size) == size ? decoder.Decode() : decoder.DecodeReduced(fitted(size));
     return { ThumbnailOf(ConvertedSource(std::move(picture), file), path), size };

@@ -8,13 +8,8 @@ class QFile;
 
 namespace Corvadine {
 
-enum class TDecoderChoice {
-    ByExtension, // by the file name's extension; by the content if that decoder refuses the file
-    ByContent,   // by the content alone
-};
-
-// The facts that the header of an image file tells. If the header does not tell the size, as in Apple's
-// icons, the file is decoded to find the size.
+// The facts that the header of an image file tells. If the header does not tell the size, as in
+// Windows icons, the file is decoded to find the size.
 struct TImageHeader {
     QSize Size;                  // pixels, upright (EXIF orientation applied)
     qint64 DecodedMebibytes = 0; // memory that the decoded pixels take, rounded up
@@ -30,18 +25,19 @@ qint64 MebibytesOf(QSize size, int bytesPerPixel);
 
 // Reads the header of `path`. Throws as LoadSourceImage() does, but only for faults that the header shows. A
 // picture that takes more than MaxDecodedMebibytes is not refused if its header tells the size.
-TImageHeader ReadImageHeader(const QString& path, TDecoderChoice choice);
+TImageHeader ReadImageHeader(const QString& path);
 
 // Decodes `path` into an upright sRGB picture. The format is Format_ARGB32 (straight alpha) if the file has
 // an alpha channel or transparent palette entries, otherwise Format_RGB32. A file with more than 8 bits per
 // channel gives Format_RGBA64 (straight alpha) or Format_RGBX64. The EXIF
 // orientation is applied. An embedded color profile is converted to sRGB with the full precision of the file.
 // Throws TError(Io) for a file that is missing, unreadable or a folder. Throws TError(BadInput) for a file
-// that is empty, truncated or not an image, and for a picture or file of more than MaxDecodedMebibytes.
-QImage LoadSourceImage(const QString& path, TDecoderChoice choice);
+// that is empty, truncated or in no format that is read (images/ImageFormat.h), and for a picture or file of
+// more than MaxDecodedMebibytes. The content alone decides on the format, so a wrong extension does no harm.
+QImage LoadSourceImage(const QString& path);
 
 // Decodes the file that `file` names, as the function above does. Leaves `file` open at any position.
-QImage LoadSourceImage(QFile& file, TDecoderChoice choice);
+QImage LoadSourceImage(QFile& file);
 
 // A small picture of an image file, for lists.
 struct TThumbnail {

@@ -48,7 +48,7 @@ protected:
     QImage Loaded(const QByteArray& bytes) const
     {
         PutFile(FFile, bytes);
-        return LoadSourceImage(FFile, TDecoderChoice::ByContent);
+        return LoadSourceImage(FFile);
     }
 
     void ExpectColor(const QByteArray& bytes, QRgb expected) const

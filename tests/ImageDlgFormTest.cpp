@@ -130,7 +130,8 @@ TEST_F(ImageDlgFormTest, SelectionDecidesWhatIsShownAndCanBeAdded)
 
     for (const char* name : { "missing.PNG", "photo.jpeg", "app.ico" })
         EXPECT_TRUE(IsRecognisedImageFile(Art(name))) << name;
-    for (const char* name : { "folder.png", "film.avi", "film.MPEG", "film.wmv", "png", "a.png.bak", "" })
+    for (const char* name :
+        { "folder.png", "a.tga", "a.svg", "film.avi", "film.MPEG", "film.wmv", "png", "a.png.bak", "" })
         EXPECT_FALSE(IsRecognisedImageFile(Art(name))) << name;
     emit FForm->cxShellListView1->ItemSelected(Path(QString(250, u'x') + "/image.png"));
     EXPECT_EQ(FForm->SelectedFile, QString()) << "more than 260 characters";

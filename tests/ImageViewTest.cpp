@@ -25,7 +25,7 @@ protected:
         const QImage image = Painted(size, QImage::Format_ARGB32,
             [size](int x, int) { return x < size.width() / 2 ? qRgb(255, 0, 0) : qRgba(0, 0, 255, 128); });
         ASSERT_TRUE(image.save(Path("halves.png")));
-        FView.Load(Path("halves.png"), TDecoderChoice::ByContent);
+        FView.Load(Path("halves.png"));
         ASSERT_EQ(FView.Image(), image);
     }
 
@@ -75,7 +75,7 @@ TEST_F(ImageViewTest, ShowsAReadableFileOverItsContentColor)
     for (const char* name : { "broken.png", "missing.png", "" }) {
         ShowHalves({ 8, 8 });
         EXPECT_EQ(FView.accessibleDescription(), "halves.png, 8 x 8");
-        FView.Load(Path(name), TDecoderChoice::ByExtension);
+        FView.Load(Path(name));
         EXPECT_TRUE(FView.IsEmpty());
         EXPECT_EQ(FView.grab().toImage().pixelColor(115, 115), FView.palette().color(QPalette::Base));
         EXPECT_EQ(FView.accessibleDescription(), QString());

@@ -165,7 +165,7 @@ TEST_F(MainFormTest, ChoosesAndRemovesImagesAndPicksTheIconsColorFromEitherView)
     EXPECT_EQ(FPrompts.StartFolder, Path("") + QDir::separator());
     EXPECT_FALSE(Table().IsEditing());
 
-    launch->Load(Path("launch.png"), TDecoderChoice::ByContent);
+    launch->Load(Path("launch.png"));
     constexpr int IconColor = 0x1E140A;
     const QPoint middle(115, 115);
     const QPoint margin(115, 2); // above a wide image

@@ -35,7 +35,7 @@ protected:
     QImage Loaded(const QByteArray& bytes) const
     {
         PutFile(FFile, bytes);
-        return LoadSourceImage(FFile, TDecoderChoice::ByContent);
+        return LoadSourceImage(FFile);
     }
 
     const QString FFile = Path("a");
@@ -83,7 +83,7 @@ TEST_F(MetadataTest, TurnsPngAndWebpAsTheirExifDataTell)
             const QImage image = Loaded(PngOf(stored.convertToFormat(format), PngChunk("eXIf", exif)));
             EXPECT_EQ(image.size(), size) << orientation;
             EXPECT_EQ(RedsOf(image), reds) << orientation << ' ' << format;
-            EXPECT_EQ(ReadImageHeader(FFile, TDecoderChoice::ByContent).Size, size);
+            EXPECT_EQ(ReadImageHeader(FFile).Size, size);
             EXPECT_EQ(RedsOf(LoadThumbnail(FFile, { 9, 9 }).Picture), reds);
         }
         if (!QImageReader::supportedImageFormats().contains("webp"))
@@ -94,7 +94,7 @@ TEST_F(MetadataTest, TurnsPngAndWebpAsTheirExifDataTell)
                                                     "002F105588F98F006ADA3660439D7F3935A2FF31BD00"
                                                     "455849461A000000");
         EXPECT_EQ(RedsOf(Loaded(webp + exif)), reds) << orientation;
-        EXPECT_EQ(ReadImageHeader(FFile, TDecoderChoice::ByContent).Size, size);
+        EXPECT_EQ(ReadImageHeader(FFile).Size, size);
     }
 }
 
@@ -105,7 +105,7 @@ TEST_F(MetadataTest, IgnoresExifDataThatAreDamaged)
     const QByteArray turned = Exif(6);
     EXPECT_EQ(
         Loaded(PngOf(image, PngChunk("eXIf", "Exif" + QByteArray(2, '\0') + turned))).size(), QSize(2, 3));
-    EXPECT_EQ(RedsOf(LoadSourceImage(FFile, TDecoderChoice::ByContent)), std::vector<int>(6, 255));
+    EXPECT_EQ(RedsOf(LoadSourceImage(FFile)), std::vector<int>(6, 255));
     for (qsizetype bytes = 0; bytes < 20; ++bytes)
         EXPECT_EQ(Loaded(PngOf(image, PngChunk("eXIf", turned.first(bytes)))).size(), image.size()) << bytes;
     QByteArray farAway = turned;

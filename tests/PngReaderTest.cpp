@@ -95,7 +95,7 @@ TEST_F(PngReaderTest, AgreesWithQtOnEveryColorTypeDepthAndRowFilter)
         QByteArray bytes = RandomPng(type, depth, channels, others);
         ASSERT_TRUE(IsPlain(bytes));
         QBuffer buffer(&bytes);
-        ExpectSame(LoadSourceImage(FFile, TDecoderChoice::ByContent), QImageReader(&buffer, "png").read());
+        ExpectSame(LoadSourceImage(FFile), QImageReader(&buffer, "png").read());
     }
 }
 
@@ -110,7 +110,7 @@ TEST_F(PngReaderTest, KeepsTheTransparentColorOfSixteenBits)
     PutFile(FFile,
         "\x89PNG\r\n\x1A\n" + PngChunk("IHDR", header) + PngChunk("tRNS", QByteArray::fromHex("123456789ABC"))
             + PngChunk("IDAT", pixels) + PngChunk("IEND", {}));
-    const QImage image = LoadSourceImage(FFile, TDecoderChoice::ByContent);
+    const QImage image = LoadSourceImage(FFile);
     EXPECT_EQ(image.format(), QImage::Format_RGBA64);
     EXPECT_EQ(image.pixelColor(0, 0).alpha(), 0);
     EXPECT_EQ(image.pixelColor(1, 0).rgba64(), QRgba64::fromRgba64(0x1234, 0x5678, 0x9ABD, 0xFFFF));
@@ -129,7 +129,7 @@ TEST_F(PngReaderTest, LeavesAllOtherFilesToQt)
     }
     EXPECT_FALSE(IsPlain(RandomPng(6, 8, 4, {}, 1))) << "interlaced";
     EXPECT_TRUE(IsPlain(RandomPng(6, 8, 3, {})));
-    EXPECT_THROW(LoadSourceImage(FFile, TDecoderChoice::ByContent), TError) << "too few pixels";
+    EXPECT_THROW(LoadSourceImage(FFile), TError) << "too few pixels";
     EXPECT_FALSE(IsPlain(RandomPng(3, 8, 1, {}))) << "no palette";
     EXPECT_FALSE(IsPlain(RandomPng(2, 4, 3, {}))) << "a depth that PNG does not have";
     EXPECT_FALSE(IsPlain(RandomPng(6, 8, 4, PngChunk("iCCP", "x")))) << "a profile";

@@ -43,10 +43,10 @@ TImageView::TImageView(QWidget* parent) : QWidget(parent), FImage(BlankSourceIma
     setAttribute(Qt::WA_OpaquePaintEvent);
 }
 
-void TImageView::Load(const QString& path, TDecoderChoice choice)
+void TImageView::Load(const QString& path)
 {
     try {
-        const QImage image = LoadSourceImage(path, choice);
+        const QImage image = LoadSourceImage(path);
         Show(image, u"%1, %2"_s.arg(FileNameOf(path), SizeText(image.size())));
         FIsEmpty = false;
     } catch (const std::exception&) { // for example std::bad_alloc for a huge picture

@@ -21,7 +21,7 @@ public:
     explicit TImageView(QWidget* parent = nullptr);
 
     // Shows the picture of `path`. If the file does not decode, the view becomes empty and nothing is thrown.
-    void Load(const QString& path, TDecoderChoice choice);
+    void Load(const QString& path);
 
     void Clear();
     bool IsEmpty() const { return FIsEmpty; }
