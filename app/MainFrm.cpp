@@ -190,10 +190,15 @@ void TMainForm::Connect()
         [this] { Guarded([this] { FIntake.Remove(FIntake.Icon); }); });
     connect(FControls.btnRemoveSplash, &QToolButton::clicked, this,
         [this] { Guarded([this] { FIntake.Remove(FIntake.Splash); }); });
-    connect(FControls.ImageEnViewIcon, &TImageView::FileDropped, this,
-        [this](const QString& file) { Guarded([&] { FIntake.Take(FIntake.Icon, file); }); });
-    connect(FControls.ImageEnViewSplash, &TImageView::FileDropped, this,
-        [this](const QString& file) { Guarded([&] { FIntake.Take(FIntake.Splash, file); }); });
+    // Queued, because a message would block the program from which the file was dragged.
+    connect(
+        FControls.ImageEnViewIcon, &TImageView::FileDropped, this,
+        [this](const QString& file) { Guarded([&] { FIntake.TakeDropped(FIntake.Icon, file); }); },
+        Qt::QueuedConnection);
+    connect(
+        FControls.ImageEnViewSplash, &TImageView::FileDropped, this,
+        [this](const QString& file) { Guarded([&] { FIntake.TakeDropped(FIntake.Splash, file); }); },
+        Qt::QueuedConnection);
     connect(&FPicker, &TColorPicker::Previewed, FControls.cbBackground, &TColorBox::ShowColor);
     connect(&FPicker, &TColorPicker::PickModeEnded, this, [this] { btnPickColor->setChecked(false); });
     connect(&FPicker, &TColorPicker::Picked, this,

@@ -4,6 +4,7 @@
 #include "base/Files.h"
 #include "base/PathRules.h"
 #include "dialogs/Prompts.h"
+#include "images/SourceImage.h"
 #include "store/ProjectsTable.h"
 #include "widgets/ImageView.h"
 #include "widgets/ThumbnailView.h"
@@ -31,6 +32,12 @@ void TSourceIntake::Take(const TSource& source, const QString& file)
     FState.Table.Edit(); // first, because Edit() appends a row if there is none, which clears the views
     source.View.Load(file);
     FState.Table.SetField(source.Field, file);
+}
+
+void TSourceIntake::TakeDropped(const TSource& source, const QString& file)
+{
+    ReadImageHeader(file);
+    Take(source, file);
 }
 
 void TSourceIntake::Remove(const TSource& source)

@@ -33,6 +33,10 @@ public:
     // Makes `file` the source image, even if the file does not decode.
     void Take(const TSource& source, const QString& file);
 
+    // Passes `file`, which was dropped, to Take(). Throws TError as ReadImageHeader() does, and then changes
+    // nothing.
+    void TakeDropped(const TSource& source, const QString& file);
+
     void Remove(const TSource& source);
 
     void ShowCurrentProject();

@@ -5,6 +5,7 @@
 #include "base/Files.h"
 #include "cli/CliOutput.h"
 #include "cli/Options.h"
+#include "generate/RenderSources.h"
 #include "generate/pixels/RenderOptions.h"
 #include "store/ProjectsTable.h"
 
@@ -203,15 +204,6 @@ QString TypedValue(const QJsonValue& value)
     return text.isEmpty() ? u"\"\""_s : text;
 }
 
-void CheckSource(const QString& attempt, const QString& file)
-{
-    if (file.isEmpty() || FileExists(file))
-        return;
-    if (FolderExists(file))
-        throw TError(TErrorKind::BadInput, attempt, file, u"it is a folder"_s);
-    throw TError(TErrorKind::Io, attempt, file, u"the file does not exist"_s);
-}
-
 } // namespace
 
 void TSettingsOptions::Declare(CLI::App& app)
@@ -229,13 +221,10 @@ void TSettingsOptions::Declare(CLI::App& app)
 
 void TSettingsOptions::CheckPaths() const
 {
-    if (Has(TField::IconImageName))
-        CheckSource(u"use the icon image"_s, FValues.at(TField::IconImageName).toString());
-    if (Has(TField::SplashImageName))
-        CheckSource(u"use the launch image"_s, FValues.at(TField::SplashImageName).toString());
-    if (Has(TField::OutputFolder) && FileExists(FValues.at(TField::OutputFolder).toString()))
-        throw TError(TErrorKind::BadInput, u"use the output folder"_s,
-            FValues.at(TField::OutputFolder).toString(), u"it is a file"_s);
+    const auto given = [this](TField field) { return Has(field) ? FValues.at(field).toString() : QString(); };
+    ReadSourceSizes(given(TField::IconImageName), given(TField::SplashImageName)); // throws
+    if (const QString folder = given(TField::OutputFolder); FileExists(folder))
+        throw TError(TErrorKind::BadInput, u"use the output folder"_s, folder, u"it is a file"_s);
 }
 
 void TSettingsOptions::SetFields(TProjectsTable& table) const

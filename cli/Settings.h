@@ -28,8 +28,8 @@ public:
     bool IsEmpty() const { return FValues.empty(); }
     bool Has(TField field) const { return FValues.contains(field); }
 
-    // Throws TError unless the given source images exist and the given output folder is no file. So the user
-    // sees a typing error at once, not in the next build.
+    // Throws TError unless the given source images can be read, as far as their headers show, and the given
+    // output folder is no file. So the user sees a mistake at once, not in the next build.
     void CheckPaths() const;
 
     // Puts the given values into the row that is being edited or inserted.

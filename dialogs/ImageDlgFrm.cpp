@@ -41,13 +41,15 @@ QStringList ListedMasks()
     return u"*.jpg;*.png;*.bmp;*.gif"_s.split(u';');
 }
 
-// Returns the picture of `path`, no larger than `box`. The image is null if the file cannot be decoded.
-QImage LoadPreview(const QString& path, QSize box)
+// Returns the picture of `path`, no larger than `box`, or tells why the file cannot be decoded.
+TImagePreview LoadPreview(const QString& path, QSize box)
 {
     try {
-        return LoadThumbnail(path, box).Picture;
-    } catch (const std::exception&) { // includes std::bad_alloc, because pictures can be large
-        return {};
+        return { LoadThumbnail(path, box).Picture, {} };
+    } catch (const TError& error) {
+        return { {}, error.Reason().left(1).toUpper() + error.Reason().mid(1) + u'.' };
+    } catch (const std::exception&) { // std::bad_alloc, because pictures can be large
+        return { {}, u"There is not enough memory to decode it."_s };
     }
 }
 
@@ -77,7 +79,7 @@ TImageDlgForm::TImageDlgForm(QWidget* owner, const QString& startFolder)
         cxShellListView1, &TShellListView::ItemSelected, this, &TImageDlgForm::cxShellListView1SelectItem);
     connect(
         cxShellListView1, &TShellListView::ItemExecuted, this, &TImageDlgForm::cxShellListView1ExecuteItem);
-    connect(&FPreview, &QFutureWatcher<QImage>::finished, this, &TImageDlgForm::PreviewDecoded);
+    connect(&FPreview, &QFutureWatcher<TImagePreview>::finished, this, &TImageDlgForm::PreviewDecoded);
     ShellBreadCrumb->SetPath(ExistingFolder(startFolder).value_or(QDir::homePath()));
     cxShellListView1->setFocus();
     new TIdleUpdate(this, [this] {
@@ -229,7 +231,8 @@ void TImageDlgForm::StartPreview()
 
 void TImageDlgForm::PreviewDecoded()
 {
-    cxImage1->SetImage(FPreview.result());
+    const TImagePreview preview = FPreview.result();
+    cxImage1->SetImage(preview.Picture, preview.Fault);
     StartPreview(); // another file may have been selected meanwhile
 }
 

@@ -14,6 +14,12 @@ class TPicturePreview;
 class TShellBreadCrumb;
 class TShellListView;
 
+// What the preview of the selected file shows.
+struct TImagePreview {
+    QImage Picture; // null if the file cannot be decoded
+    QString Fault;  // why, as a sentence; otherwise empty
+};
+
 // The dialog that asks for an image file: a breadcrumb bar, a list of the folder's images, and a preview. The
 // dialog's only result is a path. Run it with exec(). After Accepted, SelectedFile is a recognized image file
 // (IsRecognisedImageFile()). Every other way of closing the dialog gives Rejected.
@@ -57,7 +63,7 @@ private:
 
     bool FSelectedIsImage = false; // SelectedFile is a recognized image file
     bool FPreviewIsDue = false;    // SelectedFile waits to be decoded
-    QFutureWatcher<QImage> FPreview;
+    QFutureWatcher<TImagePreview> FPreview;
 };
 
 } // namespace Corvadine

@@ -9,6 +9,10 @@ namespace Corvadine {
 // not look at the disk.
 bool IsRecognisedImageName(const QString& path);
 
+// Whether a file of this name is an image in a known format that cannot be read. A view takes such a file
+// from a drop, so that the user learns why it cannot be used. Does not look at the disk.
+bool IsUnreadImageName(const QString& path);
+
 // Whether IsRecognisedImageName() accepts `path`, and `path` is no folder. The file need not exist.
 bool IsRecognisedImageFile(const QString& path);
 

@@ -407,7 +407,7 @@ TThumbnail LoadThumbnail(const QString& path, QSize box)
     };
     OpenSource(file);
     if (const QImage image = ReadPlainPng(file); !image.isNull())
-        return { ConvertedThumbnail(Reduced(image, fitted(image.size())), path), image.size() };
+        return { ThumbnailOf(Reduced(image, fitted(image.size())), path), image.size() };
     TFileDecoder decoder(file, TWhichImage::First);
     const QSize size = decoder.Header().Size;
     QImage picture = fitted(size) == size ? decoder.Decode() : decoder.DecodeReduced(fitted(size));

@@ -228,6 +228,15 @@ TEST_F(TCliTest, RefusesBadFilesAndChangesNothing)
     ExpectRefusal({ "add", FHome + "/none.dproj" }, 1, "none.dproj: the file does not exist");
     ExpectRefusal({ "set", "1", "--icon", FHome }, 1, ": it is a folder");
     ExpectRefusal({ "set", "1", "--launch", FHome + "/none.png" }, 1, "none.png: the file does not exist");
+    const QString drawing = Home("drawing.svg");
+    const std::string advice = "drawing.svg: it is an SVG file, which Corvadine does not read: export it as "
+                               "PNG, 1024 x 1024 or larger";
+    PutFile(drawing, "<svg xmlns='http://www.w3.org/2000/svg' width='9' height='9'/>");
+    PutFile(Home("Second.dproj"), "x");
+    for (const char* option : { "--icon", "--launch" }) {
+        ExpectRefusal({ "set", "1", option, drawing }, 1, advice);
+        ExpectRefusal({ "add", Home("Second.dproj"), option, drawing }, 1, advice);
+    }
     ExpectRefusal({ "set", "1", "--output", FIcon }, 1, "icon.png: it is a file");
     ExpectRefusal({ "show", "2" }, 1, "Cannot find the project 2: ");
     ExpectRefusal({ "show", "--", "--x=" }, 1, "Cannot find the project --x=: ");

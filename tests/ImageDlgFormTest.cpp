@@ -29,9 +29,10 @@ class ImageDlgFormTest : public TFolderTest {
 protected:
     void SetUp() override
     {
-        for (const char* name : { "broken.bmp", "p10.gif", "p9.gif", "photo.jpeg", "scan.tif", "app.ico",
-                 "notes.txt", ".hidden.png", "Sub/Deep/file", "folder.png/file" })
+        for (const char* name : { "p10.gif", "p9.gif", "photo.jpeg", "scan.tif", "app.ico", "notes.txt",
+                 ".hidden.png", "Sub/Deep/file", "folder.png/file" })
             PutFile(Art(name), "not an image");
+        PutFile(Art("broken.bmp"), "<svg/>");
         PutImage("red.png", Qt::red);
         PutImage("blue.JPG", Qt::blue);
         MakeForm(Art(""));
@@ -122,6 +123,11 @@ TEST_F(ImageDlgFormTest, SelectionDecidesWhatIsShownAndCanBeAdded)
     Click(List(), Item("broken.bmp"));
     LetDecode();
     EXPECT_NE(PreviewColor(), QColor(Qt::red));
+    TPicturePreview blank;
+    blank.resize(FForm->cxImage1->size());
+    EXPECT_NE(FForm->cxImage1->grab().toImage(), blank.grab().toImage());
+    EXPECT_EQ(FForm->cxImage1->accessibleDescription(),
+        "It is an SVG file, which Corvadine does not read: export it as PNG, 1024 x 1024 or larger.");
     EXPECT_TRUE(FForm->btnAddImage->isEnabled()) << "it can be chosen all the same";
 
     QTest::mouseClick(FForm->btnAddImage, Qt::LeftButton);

@@ -96,7 +96,7 @@ TEST_F(ImageViewTest, ShowsAReadableFileOverItsContentColor)
     EXPECT_EQ(shown.pixelColor(20, 124), QColor(Qt::green)) << "fitted again";
 }
 
-TEST_F(ImageViewTest, TakesOneReadableImageDroppedOnIt)
+TEST_F(ImageViewTest, TakesOneImageDroppedOnIt)
 {
     for (const char* name : { "a.PNG", "b.jpg", "c.txt" })
         PutFile(Path(name), "bytes");
@@ -107,6 +107,11 @@ TEST_F(ImageViewTest, TakesOneReadableImageDroppedOnIt)
     ASSERT_EQ(dropped.count(), 1);
     EXPECT_EQ(dropped.first().first().toString(), Path("a.PNG"));
     EXPECT_TRUE(FView.IsEmpty()) << "what is shown is for the owner to decide";
+    for (const char* unread : { "a.svg", "a.HEIC", "a.avif" }) {
+        PutFile(Path(unread), "bytes");
+        EXPECT_EQ(Drop({ urlOf(unread) }), Qt::CopyAction) << "the owner tells why it is not read";
+        EXPECT_EQ(dropped.takeLast().first().toString(), Path(unread));
+    }
 
     PutFile(Path("folder.png/file"), {});
     for (const QList<QUrl>& refused : { QList<QUrl> { urlOf("c.txt") }, { urlOf("a.PNG"), urlOf("b.jpg") },

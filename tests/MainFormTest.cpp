@@ -201,6 +201,27 @@ TEST_F(MainFormTest, ChoosesAndRemovesImagesAndPicksTheIconsColorFromEitherView)
     EXPECT_EQ(Current().PickColor, 0xFFFFFF) << "the blank pixel of an empty view";
 }
 
+TEST_F(MainFormTest, ADroppedPictureThatCannotBeReadChangesNothing)
+{
+    Start({ "A" });
+    const QString heic = Path("photo.png"); // whatever its name says
+    PutFile(heic, QByteArray::fromHex("00000018") + "ftypheic" + QByteArray(4, '\0') + "mif1heic");
+    for (TImageView* view : { Ui().ImageEnViewIcon, Ui().ImageEnViewSplash }) {
+        emit view->FileDropped(Path("icon.png"));
+        LetIdle();
+        EXPECT_EQ(view->Image().size(), QSize(60, 40));
+        Click("Save Changes");
+        emit view->FileDropped(heic);
+        LetIdle();
+        EXPECT_EQ(FPrompts.TakeShown(),
+            QStringList("error: Cannot load the image " + heic
+                + ": it is a HEIC file, which Corvadine does not read: export it as PNG, 1024 x 1024 or "
+                  "larger"));
+        EXPECT_EQ(view->Image().size(), QSize(60, 40));
+        EXPECT_FALSE(Table().IsEditing());
+    }
+}
+
 TEST_F(MainFormTest, UpdateCheckRunsInTheProgramFolderAndMayEndTheProgram)
 {
     const QString before = QDir::currentPath();

@@ -20,12 +20,12 @@ namespace {
 
 constexpr int SideLength = 230;
 
-// Returns the path of the dragged file if it has the extension of a readable image. Otherwise returns an
-// empty path.
+// Returns the path of the dragged file if it has the extension of an image, in a format that can be read or
+// not. Otherwise returns an empty path.
 QString OfferedImage(const QDropEvent& event)
 {
     const QString file = OfferedFile(event);
-    return IsRecognisedImageName(file) ? file : QString();
+    return IsRecognisedImageName(file) || IsUnreadImageName(file) ? file : QString();
 }
 
 // Returns the pixel that contains a fractional position.

@@ -48,7 +48,8 @@ signals:
     // Any mouse button was pressed over the view. The position is in logical pixels.
     void MousePressed(int x, int y);
 
-    // One file with the extension of a readable image was dropped here. `path` is absolute.
+    // One file with the extension of an image was dropped here. Its format may be one that is not read.
+    // `path` is absolute.
     void FileDropped(const QString& path);
 
 protected:

@@ -18,21 +18,24 @@ TPicturePreview::TPicturePreview(QWidget* parent) : QFrame(parent)
     setContextMenuPolicy(Qt::PreventContextMenu);
 }
 
-void TPicturePreview::SetImage(const QImage& image)
+void TPicturePreview::SetImage(const QImage& image, const QString& text)
 {
     FImage = image;
+    setAccessibleDescription(text);
     update();
 }
 
 void TPicturePreview::paintEvent(QPaintEvent* event)
 {
     QFrame::paintEvent(event);
-    if (FImage.isNull())
-        return;
     const QRect room = contentsRect().marginsRemoved({ Padding, Padding, Padding, Padding });
+    QPainter painter(this);
+    if (FImage.isNull()) {
+        painter.drawText(room, Qt::AlignCenter | Qt::TextWordWrap, accessibleDescription());
+        return;
+    }
     QRect place(QPoint(), FImage.size().scaled(room.size(), Qt::KeepAspectRatio));
     place.moveCenter(room.center());
-    QPainter painter(this);
     painter.setRenderHint(QPainter::SmoothPixmapTransform);
     painter.drawImage(place, FImage);
 }

@@ -5,14 +5,14 @@
 
 namespace Corvadine {
 
-// Shows one picture, scaled to fit with its aspect kept.
+// Shows one picture, scaled to fit with its aspect kept, or a text in its place.
 class TPicturePreview : public QFrame {
     Q_OBJECT
 public:
     explicit TPicturePreview(QWidget* parent = nullptr);
 
-    // A null picture shows nothing.
-    void SetImage(const QImage& image);
+    // Shows `image`; if it is null, shows `text`. A screen reader speaks the text.
+    void SetImage(const QImage& image, const QString& text = {});
 
 protected:
     void paintEvent(QPaintEvent* event) override;
