@@ -12,17 +12,18 @@ QRect FittedRect(QSize picture, QSize view)
     return { QPoint((view.width() - fitted.width()) / 2, (view.height() - fitted.height()) / 2), fitted };
 }
 
-QPoint PixelUnder(QPointF point, QSize picture, QSize view)
+QPoint PixelUnder(QPoint pixel, QSize picture, QSize view)
 {
     const QRect fitted = FittedRect(picture, view);
-    return { static_cast<int>(std::floor((point.x() - fitted.x()) * picture.width() / fitted.width())),
-        static_cast<int>(std::floor((point.y() - fitted.y()) * picture.height() / fitted.height())) };
+    const QPointF center = QPointF(pixel - fitted.topLeft()) + QPointF(0.5, 0.5);
+    return { static_cast<int>(std::floor(center.x() * picture.width() / fitted.width())),
+        static_cast<int>(std::floor(center.y() * picture.height() / fitted.height())) };
 }
 
-int ColorUnder(QPointF point, const QImage& picture, QSize view)
+int ColorUnder(QPoint pixel, const QImage& picture, QSize view)
 {
-    const QPoint pixel = PixelUnder(point, picture.size(), view);
-    return picture.valid(pixel) ? TColor::FromRgb(picture.pixel(pixel)).ToStored() : -1;
+    const QPoint source = PixelUnder(pixel, picture.size(), view);
+    return picture.valid(source) ? TColor::FromRgb(picture.pixel(source)).ToStored() : -1;
 }
 
 } // namespace Corvadine

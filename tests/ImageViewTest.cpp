@@ -64,9 +64,56 @@ TEST_F(ImageViewTest, FindsThePixelUnderThePointer)
     EXPECT_EQ(FView.ColorAt(114, 115), Red);
     EXPECT_EQ(FView.ColorAt(115, 115), Blue);
 
+    // Shrunk to a tenth, a pixel of the view stands for 10 x 10 pixels. The one under its center counts.
+    const QImage blocks = Painted({ 2300, 2300 }, QImage::Format_RGB32,
+        [](int x, int y) { return x % 10 == 5 && y % 10 == 5 ? qRgb(255, 0, 0) : qRgb(0, 0, 255); });
+    ASSERT_TRUE(blocks.save(Path("blocks.png")));
+    FView.Load(Path("blocks.png"));
+    for (const QPoint point : { QPoint(0, 0), { 3, 100 }, { 229, 229 } })
+        EXPECT_EQ(FView.ColorAt(point.x(), point.y()), Red);
+
     ShowHalves({ 2000, 1 }); // so flat that the fitted height rounds to zero
     EXPECT_EQ(FView.ColorAt(10, 114), Red);
     EXPECT_EQ(FView.ColorAt(10, 113), -1);
+}
+
+// Runs at other scales of the screen, too.
+TEST_F(ImageViewTest, PicksThePixelUnderThePointerAtEveryScale)
+{
+    QWidget window;
+    TImageView view(&window);
+    const QPointF place(8, 4); // whole device pixels at each scale
+    view.move(place.toPoint());
+    view.resize(view.sizeHint());
+    window.resize(300, 300);
+    window.show();
+    const double ratio = view.devicePixelRatioF();
+    const int side = qRound(view.width() * ratio);
+    // Its middle has other colors than its last row and column.
+    const QImage image = Painted({ side, side }, QImage::Format_RGB32, [side](int x, int y) {
+        return x == side - 1 || y == side - 1 ? qRgb(255, 0, 0) : qRgb(x % 256, y % 256, 0);
+    });
+    ASSERT_TRUE(image.save(Path("pixels.png")));
+    view.Load(Path("pixels.png"));
+
+    QSignalSpy moved(&view, &TImageView::MouseMoved);
+    QSignalSpy pressed(&view, &TImageView::MousePressed);
+    for (const QPoint pixel :
+        { QPoint(0, 0), { 1, 2 }, { 2, 1 }, { 100, 101 }, { 101, 100 }, { side * 3 / 4, 7 },
+            { side - 2, side - 2 }, { side - 2, 3 }, { 3, side - 1 }, { side - 1, side - 1 } }) {
+        SCOPED_TRACE(::testing::Message() << pixel.x() << ", " << pixel.y() << " at " << ratio);
+        const QPointF local = place + QPointF(pixel) / ratio;
+        for (const auto& [spy, type] :
+            { std::pair(&moved, QEvent::MouseMove), { &pressed, QEvent::MouseButtonPress } }) {
+            const auto button = type == QEvent::MouseMove ? Qt::NoButton : Qt::LeftButton;
+            qt_handleMouseEvent(
+                window.windowHandle(), local, window.mapToGlobal(local), button, button, type, {}, 0);
+            ASSERT_EQ(spy->count(), 1);
+            const QVariantList at = spy->takeFirst();
+            const QRgb color = image.pixel(pixel);
+            EXPECT_EQ(view.ColorAt(at[0].toInt(), at[1].toInt()), qRed(color) | qGreen(color) << 8);
+        }
+    }
 }
 
 TEST_F(ImageViewTest, ShowsAReadableFileOverItsContentColor)

@@ -166,6 +166,7 @@ TEST_F(MainFormTest, ChoosesAndRemovesImagesAndPicksTheIconsColorFromEitherView)
     EXPECT_FALSE(Table().IsEditing());
 
     launch->Load(Path("launch.png"));
+    QWindow* window = FForm->windowHandle();
     constexpr int IconColor = 0x1E140A;
     const QPoint middle(115, 115);
     const QPoint margin(115, 2); // above a wide image
@@ -177,12 +178,14 @@ TEST_F(MainFormTest, ChoosesAndRemovesImagesAndPicksTheIconsColorFromEitherView)
     for (const auto& [view, button, position, color] : cases) {
         Click("Pick Color");
         EXPECT_EQ(icon->cursor().shape(), Qt::PointingHandCursor);
-        QTest::mouseMove(view, position);
+        QTest::mouseMove(window); // away from where it was
+        QTest::mouseMove(window, view->mapTo(FForm.get(), position));
         LetIdle(); // a preview needs no pressed button
         EXPECT_EQ(Ui().cbBackground->Value(), color);
         EXPECT_FALSE(Table().IsEditing()) << "previewed, not stored";
-        QTest::mouseClick(view, button, {}, position);
-        QTest::mouseClick(view, button, {}, position == margin ? middle : margin); // picks nothing
+        QTest::mouseClick(window, button, {}, view->mapTo(FForm.get(), position));
+        const QPoint other = position == margin ? middle : margin;
+        QTest::mouseClick(window, button, {}, view->mapTo(FForm.get(), other)); // picks nothing
         EXPECT_EQ(Current().PickColor, color);
         EXPECT_FALSE(Button("Pick Color")->isChecked());
         EXPECT_FALSE(icon->testAttribute(Qt::WA_SetCursor)) << "the default cursor again";
@@ -197,7 +200,7 @@ TEST_F(MainFormTest, ChoosesAndRemovesImagesAndPicksTheIconsColorFromEitherView)
     EXPECT_EQ(Current().IconImageName, Path("icon.png"));
     EXPECT_TRUE(icon->IsEmpty()) << "shown again with the next change of project";
     Click("Pick Color");
-    QTest::mouseClick(launch, Qt::LeftButton, {}, margin);
+    QTest::mouseClick(window, Qt::LeftButton, {}, launch->mapTo(FForm.get(), margin));
     EXPECT_EQ(Current().PickColor, 0xFFFFFF) << "the blank pixel of an empty view";
 }
 

@@ -144,8 +144,8 @@ TEST_F(SourceImageTest, RefusesFormatsThatItDoesNotRead)
         { "an SVG",
             { svg, "\n" + svg, "\xEF\xBB\xBF" + svg,
                 QByteArray("<!-- \xC3\xA4 ") + QByteArray(9000, '-').replace("--", "- ") + "-->" + svg,
-                "<?xml version='1.0' encoding='UTF-8'?>\n<!DOCTYPE svg [<!ENTITY a 'b'>]>\n"
-                "<s:svg xmlns:s='http://www.w3.org/2000/svg' a='&a;'>",
+                QByteArray("<?xml version='1.0' encoding='UTF-8'?>\n<!DOCTYPE svg [<!ENTITY a 'b'>]>\n")
+                    + "<s:svg xmlns:s='http://www.w3.org/2000/svg' a='&a;'>",
                 QByteArray("\xFF\xFE<\0s\0v\0g\0>\0", 12) } },
         { "a HEIC", { box + "heicmif1", QByteArray(box).replace("mif1", "heix") } },
         { "an AVIF", { box + "miafavif", QByteArray(box).replace("mif1", "avis") } },

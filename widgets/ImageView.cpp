@@ -28,12 +28,6 @@ QString OfferedImage(const QDropEvent& event)
     return IsRecognisedImageName(file) || IsUnreadImageName(file) ? file : QString();
 }
 
-// Returns the pixel that contains a fractional position.
-int PixelAt(double position)
-{
-    return static_cast<int>(std::floor(position));
-}
-
 } // namespace
 
 TImageView::TImageView(QWidget* parent) : QWidget(parent), FImage(BlankSourceImage())
@@ -41,6 +35,10 @@ TImageView::TImageView(QWidget* parent) : QWidget(parent), FImage(BlankSourceIma
     setMouseTracking(true);
     setAcceptDrops(true);
     setAttribute(Qt::WA_OpaquePaintEvent);
+    if (parent != nullptr) {
+        parent->setMouseTracking(true);
+        parent->installEventFilter(this);
+    }
 }
 
 void TImageView::Load(const QString& path)
@@ -87,7 +85,18 @@ QSize TImageView::DeviceSize() const
 
 int TImageView::ColorAt(int x, int y) const
 {
-    return ColorUnder(QPointF(x, y) * devicePixelRatioF(), FImage, DeviceSize());
+    return ColorUnder({ x, y }, FImage, DeviceSize());
+}
+
+// Returns the device pixel of the view that contains the pointer. Only the event's position in the window
+// will do, because Qt rounds the others to whole logical pixels.
+QPoint TImageView::PixelUnderPointer(const QMouseEvent& event) const
+{
+    // A scale such as 150 % may leave a whole number slightly too small.
+    constexpr double Tolerance = 1.0 / 512;
+    const QPointF position = mapFrom(window(), event.scenePosition()) * devicePixelRatioF();
+    return { static_cast<int>(std::floor(position.x() + Tolerance)),
+        static_cast<int>(std::floor(position.y() + Tolerance)) };
 }
 
 void TImageView::paintEvent(QPaintEvent* event)
@@ -107,14 +116,42 @@ void TImageView::paintEvent(QPaintEvent* event)
     painter.drawPixmap(QPointF(fitted.topLeft()) / ratio, FFitted);
 }
 
+bool TImageView::IsUnderPointer(const QMouseEvent& event) const
+{
+    return QRect({}, DeviceSize()).contains(PixelUnderPointer(event));
+}
+
+// Reports an event that Qt gave to this view. At 200 % it may belong to the parent; see eventFilter().
+void TImageView::Report(const QMouseEvent& event)
+{
+    const QPoint pixel = PixelUnderPointer(event);
+    const bool isMove = event.type() == QEvent::MouseMove;
+    if (isMove && (IsUnderPointer(event) || event.buttons() != Qt::NoButton))
+        emit MouseMoved(pixel.x(), pixel.y());
+    if (!isMove && IsUnderPointer(event))
+        emit MousePressed(pixel.x(), pixel.y());
+}
+
+// Qt chooses the widget by the pointer's position in whole logical pixels, which is rounded up. So at 200 %
+// the parent gets the events of our last row and column.
+bool TImageView::eventFilter(QObject* parent, QEvent* event)
+{
+    static const QList<QEvent::Type> Types { QEvent::MouseMove, QEvent::MouseButtonPress,
+        QEvent::MouseButtonDblClick };
+    if (!Types.contains(event->type()) || !IsUnderPointer(*static_cast<QMouseEvent*>(event)))
+        return QWidget::eventFilter(parent, event);
+    Report(*static_cast<QMouseEvent*>(event));
+    return true;
+}
+
 void TImageView::mouseMoveEvent(QMouseEvent* event)
 {
-    emit MouseMoved(PixelAt(event->position().x()), PixelAt(event->position().y()));
+    Report(*event);
 }
 
 void TImageView::mousePressEvent(QMouseEvent* event)
 {
-    emit MousePressed(PixelAt(event->position().x()), PixelAt(event->position().y()));
+    Report(*event);
 }
 
 void TImageView::dragEnterEvent(QDragEnterEvent* event)

@@ -18,6 +18,7 @@ namespace Corvadine {
 class TImageView : public QWidget {
     Q_OBJECT
 public:
+    // REQUIRES: `parent` stays the parent.
     explicit TImageView(QWidget* parent = nullptr);
 
     // Shows the picture of `path`. If the file does not decode, the view becomes empty and nothing is thrown.
@@ -34,18 +35,18 @@ public:
     // base color is used.
     void SetContentColor(const QColor& color);
 
-    // Returns the color of the picture under a position in the view, in logical pixels. The result has the
-    // form that ColorUnder() describes.
+    // Returns the color of the picture under a device pixel of the view. The result has the form that
+    // ColorUnder() describes.
     int ColorAt(int x, int y) const;
 
     QSize sizeHint() const override;
 
 signals:
-    // The pointer moved over the view, with or without a button held. Positions are in logical pixels of the
-    // view. They can lie outside of the view while a button is held.
+    // The pointer moved over the view, with or without a button held. The position is a device pixel of the
+    // view. It can lie outside of the view while a button is held.
     void MouseMoved(int x, int y);
 
-    // Any mouse button was pressed over the view. The position is in logical pixels.
+    // Any mouse button was pressed over the view. The position is a device pixel of the view.
     void MousePressed(int x, int y);
 
     // One file with the extension of an image was dropped here. Its format may be one that is not read.
@@ -54,6 +55,7 @@ signals:
 
 protected:
     void paintEvent(QPaintEvent* event) override;
+    bool eventFilter(QObject* parent, QEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void dragEnterEvent(QDragEnterEvent* event) override;
@@ -62,6 +64,9 @@ protected:
 private:
     void Show(const QImage& image, const QString& description);
     QSize DeviceSize() const;
+    QPoint PixelUnderPointer(const QMouseEvent& event) const;
+    bool IsUnderPointer(const QMouseEvent& event) const;
+    void Report(const QMouseEvent& event);
 
     QImage FImage;
     bool FIsEmpty = true;
