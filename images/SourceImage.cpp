@@ -11,6 +11,7 @@
 #include "images/Metadata.h"
 #include "images/PngReader.h"
 #include "images/StoredIcon.h"
+#include "images/TiffSamples.h"
 #include "images/Truncation.h"
 #include "images/Xbm.h"
 
@@ -290,6 +291,8 @@ private:
             image = ReadMaskedBitmap(FFile);
         else if (FFormat == "jpeg" || FFormat == "jpg")
             image = Turned(ReadCmykJpeg(FFile), FReader.transformation());
+        else if (FFormat == "tiff" || FFormat == "tif")
+            image = ReadTiffSamples(FFile);
         if (!image.isNull())
             return image;
         FFile.seek(FStart);
