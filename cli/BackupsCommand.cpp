@@ -32,7 +32,8 @@ public:
     void Declare(CLI::App& app) override
     {
         TProjectCommand::Declare(app);
-        app.add_option("--prune", FKept, "Remove all but the KEEP newest; those without a record stay")
+        app.add_option("--prune", FKept,
+               "Remove those older than the KEEP newest whole ones; those without a record stay")
             ->type_name("KEEP")
             ->check(CLI::Range(1, 1'000'000));
     }

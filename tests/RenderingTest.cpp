@@ -160,8 +160,10 @@ TEST(RenderingTest, EncodesOnThreadsThatEnd)
     const TRaster raster({ 120, 80 }, 3);
     const QByteArray expected = EncodePng(raster, 6);
     for (int round = 0; round < 5; ++round) {
+        constexpr int Threads = 8;
         std::vector<std::jthread> threads;
-        for (int i = 0; i < 8; ++i)
+        threads.reserve(Threads);
+        for (int i = 0; i < Threads; ++i)
             threads.emplace_back([&] { EXPECT_EQ(EncodePng(raster, 6), expected); });
     }
 }
