@@ -1,5 +1,4 @@
-// Measures each stage of a run on one thread. For comparison, also measures the least that any program must
-// do: decode the two sources once, and deflate the output's bytes once.
+// Measures each stage of a run on one thread, and each level of compression beside that of zlib.
 // usage: StagesBench ICON LAUNCH [Google Benchmark's options]
 
 #include "base/Literals.h"
@@ -20,6 +19,8 @@
 
 #include <algorithm>
 #include <iostream>
+#include <string>
+#include <type_traits>
 
 using namespace Corvadine;
 
@@ -102,18 +103,26 @@ public:
         return files;
     }
 
-    // Deflates the bytes of `rasters` with zlib alone, without the row filters, chunks and checksums of PNG.
-    // Returns the total size.
-    static std::size_t Deflate(const std::vector<TRaster>& rasters)
+    // Encodes all rasters with a level from 1 to 10. Returns the total size in bytes.
+    static double EncodeAt(int level, const std::vector<TRaster>& rasters)
     {
-        std::size_t total = 0;
+        double total = 0;
+        for (const TRaster& raster : rasters)
+            total += static_cast<double>(EncodePng(raster, level).size());
+        return total;
+    }
+
+    // Deflates the rows of all rasters with a level of zlib, from 1 to 9. Returns the total size in bytes.
+    static double DeflateByZlib(int level, const std::vector<TRaster>& rasters)
+    {
+        double total = 0;
         std::vector<std::uint8_t> packed;
         for (const TRaster& raster : rasters) {
             uLongf size = compressBound(raster.FilteredRows().size());
             packed.resize(size);
-            compress2(packed.data(), &size, raster.FilteredRows().data(), raster.FilteredRows().size(),
-                Compression);
-            total += size;
+            compress2(
+                packed.data(), &size, raster.FilteredRows().data(), raster.FilteredRows().size(), level);
+            total += static_cast<double>(size);
         }
         return total;
     }
@@ -141,12 +150,17 @@ private:
     std::vector<TOutput> FOutputs; // without the Windows icon; one of each group of equal outputs
 };
 
+// `action` returns a number of bytes, or nothing.
 template <typename TAction> void Register(const std::string& name, TAction action)
 {
     benchmark::RegisterBenchmark(name.c_str(),
         [action](benchmark::State& state) {
-            for ([[maybe_unused]] auto _ : state)
-                action();
+            for ([[maybe_unused]] auto _ : state) {
+                if constexpr (std::is_void_v<decltype(action())>)
+                    action();
+                else
+                    state.counters["bytes"] = action();
+            }
         })
         ->Unit(benchmark::kMillisecond)
         ->MinTime(0.5);
@@ -167,11 +181,6 @@ int main(int argc, char** argv)
     const auto files = stages.Encode(rasters);
     const QTemporaryDir folder;
 
-    Register("bound: decode both sources", [&] {
-        stages.Decode(false);
-        stages.Decode(true);
-    });
-    Register("bound: deflate the outputs", [&] { benchmark::DoNotOptimize(TStages::Deflate(rasters)); });
     Register("stage: decode the icon", [&] { stages.Decode(false); });
     Register("stage: decode the launch image", [&] { stages.Decode(true); });
     Register("stage: convert both", [&] { stages.Convert(); });
@@ -181,6 +190,12 @@ int main(int argc, char** argv)
         });
     Register("stage: encode", [&] { benchmark::DoNotOptimize(stages.Encode(rasters)); });
     Register("stage: reduce to 256 colors", [&] { benchmark::DoNotOptimize(stages.Reduce(rasters)); });
+    for (int level = 1; level <= 10; ++level) {
+        Register("level " + std::to_string(level), [&, level] { return TStages::EncodeAt(level, rasters); });
+        if (level < 10)
+            Register("zlib " + std::to_string(level),
+                [&, level] { return TStages::DeflateByZlib(level, rasters); });
+    }
     Register("stage: write and sync", [&] { TStages::Write(folder.path(), files); });
 
     argc -= 2;

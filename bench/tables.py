@@ -3,6 +3,7 @@
 
 Usage: tables.py --runs N [--ratio peer|first] [--column TITLE] {-- NAME COMMAND...}...
        tables.py --stages JSON
+       tables.py --levels JSON
        tables.py --replace DOCUMENT TABLE < text
 
 The first form runs each command N times, after one round that is not measured. The commands are run in turns, so that
@@ -88,7 +89,6 @@ def stage_table(file):
     results = {entry["name"].partition("/")[0]: entry["real_time"]
                for entry in json.loads(Path(file).read_text())["benchmarks"]}
     stages = {name.removeprefix("stage: "): value for name, value in results.items() if name.startswith("stage: ")}
-    bound = sum(value for name, value in results.items() if name.startswith("bound: "))
     whole = sum(stages[name] for name in RUN_STAGES)
 
     def line(name, value, total=None):
@@ -97,10 +97,19 @@ def stage_table(file):
     return table("Stage", ["ms", "of the run"], [
         *(line(name, stages[name], whole) for name in RUN_STAGES),
         line("**the run, one stage after the other**", whole, whole),
-        *(line(name, value) for name, value in results.items() if name.startswith("bound: ")),
-        line("**the bound**", bound, whole),
         *(line(name, value) for name, value in stages.items() if name not in RUN_STAGES),
     ])
+
+
+def level_table(file):
+    results = {entry["name"].partition("/")[0]: entry for entry in json.loads(Path(file).read_text())["benchmarks"]}
+
+    def cells(name):
+        entry = results.get(name)
+        return [f"{entry['real_time']:.0f}", f"{entry['bytes'] / 1024:.0f}"] if entry else ["", ""]
+
+    return table("Level", ["ms", "KiB", "zlib, ms", "zlib, KiB"],
+                 [[str(level), *cells(f"level {level}"), *cells(f"zlib {level}")] for level in range(1, 11)])
 
 
 def replace(document, name, text):
@@ -131,12 +140,15 @@ def main():
     parser.add_argument("--ratio", choices=["peer", "first"])
     parser.add_argument("--column", default="")
     parser.add_argument("--stages")
+    parser.add_argument("--levels")
     parser.add_argument("--replace", nargs=2)
     arguments = parser.parse_args(options)
     if arguments.replace:
         replace(*arguments.replace, sys.stdin.read())
     elif arguments.stages:
         print(stage_table(arguments.stages))
+    elif arguments.levels:
+        print(level_table(arguments.levels))
     else:
         print(time_commands(arguments.runs, arguments.ratio, arguments.column, commands))
 
