@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cmath>
 #include <cstdlib>
 
 namespace Corvadine {
@@ -23,7 +24,10 @@ struct TChannel {
 
     static double ScaleOf(std::uint32_t most) { return most == 0 ? 0 : double { FullChannel } / most; }
 
-    int Of(std::uint32_t pixel) const { return static_cast<int>(((pixel & Mask) >> Shift) * Scale + 0.5); }
+    int Of(std::uint32_t pixel) const
+    {
+        return static_cast<int>(std::lround(((pixel & Mask) >> Shift) * Scale));
+    }
 
     std::uint32_t Mask;
     int Shift;

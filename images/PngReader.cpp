@@ -133,8 +133,8 @@ bool TPngReader::ReadHeader(const TChunk& chunk)
     if (width == 0 || height == 0 || width > MostSide || height > MostSide)
         return false;
     FSize = { static_cast<int>(width), static_cast<int>(height) };
-    FDepth = chunk.Data[8];
-    FColorType = chunk.Data[9];
+    FDepth = static_cast<uchar>(chunk.Data[8]);
+    FColorType = static_cast<uchar>(chunk.Data[9]);
     FChannels = ChannelsOf(FColorType, FDepth);
     if (FChannels == 0 || MebibytesOf(FSize, Is16Bit() ? 8 : 4) > MaxDecodedMebibytes)
         return false;
