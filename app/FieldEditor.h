@@ -49,7 +49,7 @@ protected:
     // shows the field again. A TError is not thrown but passed to the error handler.
     void Write(const QVariant& value);
 
-    // Gives the field of the current row its saved value again, if it is being edited.
+    // If the current row is being edited, gives its field the saved value again.
     void TakeBack();
 
     // Shows the field of the current row.

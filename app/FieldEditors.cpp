@@ -182,7 +182,7 @@ TFieldNumberEdit::TFieldNumberEdit(TProjectsTable& table, TField field, QWidget*
     // Leading zeros may be typed too.
     static const QRegularExpression Digits(u"[0-9]{0,%1}"_s.arg(QString::number(TwoxSizeRange.Most).size()));
     setValidator(new QRegularExpressionValidator(Digits, this));
-    // Otherwise the box would take a dropped file as text, and as moved. A file manager then deletes the file.
+    // A line of text would accept a dropped file as moved, and the file manager would then delete the file.
     setAcceptDrops(false);
     connect(this, &QLineEdit::textEdited, this, &TFieldNumberEdit::WriteText);
     Attach();
@@ -199,14 +199,14 @@ void TFieldNumberEdit::ShowValue(const QVariant& value)
 {
     if (FIsBlanked)
         return;
-    // While the user types, text that means the same number stays as it is ("007"), because replacing it
-    // would move the cursor.
+    // While the user types, a text such as "007" stays if it means the same number. Another text would move
+    // the cursor of the line.
     const auto shown = value.isValid() ? std::optional(value.toInt()) : std::nullopt;
     if (shown != Value() || !hasFocus())
         setText(shown ? QString::number(*shown) : QString());
 }
 
-// A number that the user deletes to type another one must not come back at once.
+// While FIsBlanked is set, the saved value is not shown, because the user may want to type another number.
 void TFieldNumberEdit::WriteText()
 {
     const auto value = Value();

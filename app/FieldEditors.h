@@ -80,8 +80,8 @@ private:
     bool FIsShowing = false; // the slider is being set by ShowValue(), not by the user
 };
 
-// Shows and edits an integer field without a sign, as a line of text. Every keystroke writes the field. An
-// empty line gives the field its saved value again, which is shown when the line is left.
+// Shows and edits an integer field without a sign, as a line of text. Every keystroke writes the field. While
+// the line is empty, the field has its saved value. When the user leaves the line, it shows this value.
 class TFieldNumberEdit : public QLineEdit, public TFieldEditor {
     Q_OBJECT
 

@@ -50,7 +50,7 @@ QString OfferedProjectFile(const QDropEvent& event)
     return IsProjectFileName(file) ? file : QString();
 }
 
-// Whether a project with other values of `fields` has other images to show.
+// Whether a change of `fields` may change the images that the views show.
 bool ConcernImages(const TFieldSet& fields)
 {
     return fields.contains(TField::IconImageName) || fields.contains(TField::SplashImageName)
@@ -116,7 +116,7 @@ void TMainForm::FinishStartUp()
     });
 }
 
-// Runs the steps until one fails. Returns whether none did.
+// Runs the steps up to the first one that fails. Returns whether all steps succeeded.
 bool TMainForm::RunSteps(const std::vector<std::function<void()>>& steps)
 {
     return std::ranges::all_of(steps, [this](const auto& step) { return Guarded(step); });
@@ -354,8 +354,8 @@ void TMainForm::FollowOtherPrograms()
         FControls.cbProjects->SetValue(FTable.IsEmpty() ? std::nullopt : std::optional<qint64>(after.ID));
 }
 
-// Ends the start-up that could not open the database. If that fails again, there is no message: it would come
-// each time, and closing it makes the window active and tries again.
+// Opens the database, and then finishes the start-up. A further failure shows no message. Closing a message
+// makes the window active, and so the next attempt would show the next message.
 void TMainForm::Reconnect()
 {
     try {
@@ -441,7 +441,7 @@ void TMainForm::changeEvent(QEvent* event)
     }
 }
 
-// The window also gets the drags over those of its controls that do not accept them.
+// A control that does not accept a drag leaves it to the window.
 void TMainForm::dragEnterEvent(QDragEnterEvent* event)
 {
     if (MayAddProject(CommandState()) && !OfferedProjectFile(*event).isEmpty())

@@ -162,13 +162,13 @@ void TProjectLookup::ReadRows()
     ShowSelected();
 }
 
-// The position of the row with the ID FValue, or -1.
+// Returns the position of the row with the ID FValue, or -1 if there is none.
 int TProjectLookup::IndexOfValue() const
 {
     return FValue ? findData(QVariant::fromValue<qlonglong>(*FValue)) : -1;
 }
 
-// Without such a row keeps the text. So a deleted project stays shown.
+// Selects the row with the ID FValue. Without such a row, keeps the text, so a deleted project stays shown.
 void TProjectLookup::ShowSelected()
 {
     setCurrentIndex(IndexOfValue());

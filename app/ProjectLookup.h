@@ -24,8 +24,8 @@ public:
     // ValueChosen() if `value` is an ID and differs from the former value.
     void SetValue(std::optional<qint64> value);
 
-    // The whole text of the box, even if the box paints it without its middle: the project file, or that
-    // there is no connection to a database.
+    // Returns the whole text of the box: the project file, or that there is no connection to a database. The
+    // box may paint a long text without its middle.
     QString Text() const;
 
     void showPopup() override;

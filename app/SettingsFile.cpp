@@ -15,8 +15,8 @@ namespace {
 
 const QByteArray Section = "Corvadine";
 
-// Values in UTF-8 are to be put among the lines, so a file in UTF-16 or UTF-32 becomes UTF-8. Other files
-// keep their bytes.
+// Returns the bytes of the file. A file in UTF-16 or UTF-32 becomes UTF-8, because new values are written in
+// UTF-8. Throws as ReadFile() does.
 QByteArray ReadBytes(const QString& path)
 {
     QByteArray bytes = ReadFile(path, u"read the settings file"_s);
@@ -27,8 +27,8 @@ QByteArray ReadBytes(const QString& path)
     return text.toUtf8();
 }
 
-// Decodes one value. Each value is decoded by itself, because lines of the older release may stand beside
-// ours.
+// Decodes one value. Each value is decoded by itself, because the older release may have written some of the
+// lines in another encoding.
 QString Decoded(const QByteArray& value)
 {
     const std::optional<QString> text = DecodeUtf8(value);

@@ -33,8 +33,7 @@ public:
     // Makes `file` the source image, even if the file does not decode.
     void Take(const TSource& source, const QString& file);
 
-    // Passes `file`, which was dropped, to Take(). Throws TError as ReadImageHeader() does, and then changes
-    // nothing.
+    // Passes the dropped `file` to Take(). Throws TError as ReadImageHeader() does, and changes nothing then.
     void TakeDropped(const TSource& source, const QString& file);
 
     void Remove(const TSource& source);

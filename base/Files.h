@@ -17,15 +17,15 @@ bool FileExists(const QString& path);
 
 bool FolderExists(const QString& path);
 
-// Whether both paths name one file or one folder, also by links, by hard links or in another spelling. Paths
-// that name nothing are compared as texts.
+// Whether both paths name the same file or folder. The paths may differ by links, hard links or spelling.
+// Paths that name nothing are compared as texts.
 bool IsSameFile(const QString& left, const QString& right);
 
 // Opens `file` for reading. An error text begins with `attempt`: "read the project file". Throws TError(Io)
-// for a missing file, a folder, a pipe, or when the system refuses.
+// for a missing file, a folder or a pipe, and if the system refuses.
 void OpenForReading(QFile& file, const QString& attempt);
 
-// The whole content of a file. Throws as OpenForReading does.
+// Returns the whole content of a file. Throws as OpenForReading does.
 QByteArray ReadFile(const QString& path, const QString& attempt);
 
 // Replaces or creates `path` with `bytes` in one step (see TStagedFile). Throws TError(Io).

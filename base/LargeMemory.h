@@ -8,8 +8,8 @@
 
 namespace Corvadine {
 
-// Uninitialized memory for pixels, aligned to 64 bytes. A large block asks the system for large pages:
-// getting memory in pages of 4 KiB would take a sixth of a run's time. Move-only.
+// Uninitialized memory for pixels, aligned to 64 bytes. A large block asks the system for large pages,
+// because pages of 4 KiB would cost a sixth of a run's time. Move-only.
 class TLargeMemory {
 public:
     TLargeMemory() = default; // no memory

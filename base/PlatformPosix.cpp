@@ -33,7 +33,7 @@ bool ErrorStreamIsTerminal()
 void PreferLargePages(void* memory, std::size_t bytes)
 {
 #ifdef MADV_HUGEPAGE
-    ::madvise(memory, bytes, MADV_HUGEPAGE); // refused by a kernel without them
+    ::madvise(memory, bytes, MADV_HUGEPAGE); // a kernel without large pages refuses
 #endif
 }
 

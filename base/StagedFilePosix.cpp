@@ -34,7 +34,7 @@ QByteArray FollowLinks(const QString& path)
     const QFileInfo info(path);
     if (info.exists())
         return QFile::encodeName(info.canonicalFilePath());
-    constexpr int MostLinks = 40; // a longer chain is a circle
+    constexpr int MostLinks = 40; // a longer chain counts as a circle
     QString target = path;
     for (int links = 0; links < MostLinks && QFileInfo(target).isSymLink(); ++links)
         target = QFileInfo(target).symLinkTarget();
@@ -90,14 +90,14 @@ bool IsStagedName(const QByteArray& name, const QByteArray& target)
     });
 }
 
-// Waits for the lock, which another process holds for a moment in RemoveUnlessLocked(). Fails on a file
-// system without locks. RemoveUnlessLocked() gets no lock there, either, and removes nothing.
+// Locks the file. Waits while another process holds the lock in RemoveUnlessLocked(). Does nothing on a file
+// system without locks, where RemoveUnlessLocked() removes nothing.
 void Lock(int descriptor)
 {
     while (::flock(descriptor, LOCK_EX) != 0 && errno == EINTR) { }
 }
 
-// Whether the open file still has a name.
+// Whether the open file still has a name. Returns true if the system does not tell.
 bool HasName(int descriptor)
 {
     struct stat status { };
@@ -207,8 +207,8 @@ void TStagedFile::TSystemFile::Create(mode_t mode)
     // A file without a name: a process that is killed now leaves nothing behind.
     FDescriptor = ::open(FolderPart(FTarget).constData(), O_TMPFILE | O_WRONLY | O_CLOEXEC, mode);
 #endif
-    // The call fails if the file system has no files without a name, or if the folder cannot be written. The
-    // loop creates a file with a name, or gives the reason.
+    // The call fails if the file system has no files without a name, or if the folder cannot be written. Then
+    // the loop below creates a file with a name, or throws the reason.
     if (FDescriptor >= 0) {
         Lock(FDescriptor);
         return;

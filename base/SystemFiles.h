@@ -29,7 +29,7 @@ QString LegacyText(const QByteArray& bytes);
 // (see QDir::cleanPath()).
 QString WithoutDroppedEnd(const QString& path);
 
-// What tells one file or folder from all others, however its path is written.
+// Identifies a file or folder, however its path is written.
 struct TFileIdentity {
     quint64 Volume;
     quint64 Number; // of the file on its volume
@@ -37,12 +37,12 @@ struct TFileIdentity {
     bool operator==(const TFileIdentity&) const = default;
 };
 
-// The identity of the file or folder that `path` names; links are followed. Nothing if there is none, or if
-// its file system does not number files.
+// Returns the identity of the file or folder that `path` names. Follows links. Returns nothing if `path`
+// names nothing, or if the file system does not number files.
 std::optional<TFileIdentity> FileIdentity(const QString& path);
 
 // Whether `folder`, which exists, is the top folder of a drive, of a mounted volume or of a network share. A
-// folder of a volume that is mounted in a second place as well is no such top folder.
+// folder inside a volume does not count, even if the system mounts this folder in a second place.
 bool IsDriveRoot(const QString& folder);
 
 // Creates `path`, of any length, with every missing parent. No error if it exists.

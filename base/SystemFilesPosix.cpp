@@ -22,7 +22,7 @@ Qt::CaseSensitivity FileNameCase()
 QString LegacyText(const QByteArray& bytes)
 {
     QStringDecoder local(
-        QStringConverter::System, QStringConverter::Flag::Stateless); // also refuses a cut end
+        QStringConverter::System, QStringConverter::Flag::Stateless); // also reports a cut end
     QString text = local.decode(bytes);
     if (!local.hasError())
         return text;

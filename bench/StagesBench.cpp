@@ -60,8 +60,8 @@ public:
         }
     }
 
-    // The sources at all different sizes of the catalogue, then at the ten sizes of the Windows icon. They
-    // are filtered when they are composed.
+    // Returns the sources at each size of the catalogue once, then the icon at the ten sizes of the Windows
+    // icon. Filtered pictures are computed only in Compose().
     std::vector<TFittedImage> Resample(TResampleFilter filter) const
     {
         std::vector<TFittedImage> fitted;
@@ -150,7 +150,7 @@ private:
     std::vector<TOutput> FOutputs; // without the Windows icon; one of each group of equal outputs
 };
 
-// `action` returns a number of bytes, or nothing.
+// Measures `action` under `name`. If `action` returns a number of bytes, the result shows this number.
 template <typename TAction> void Register(const std::string& name, TAction action)
 {
     benchmark::RegisterBenchmark(name.c_str(),

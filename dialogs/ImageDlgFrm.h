@@ -14,7 +14,7 @@ class TPicturePreview;
 class TShellBreadCrumb;
 class TShellListView;
 
-// What the preview of the selected file shows.
+// The content of the preview for the selected file.
 struct TImagePreview {
     QImage Picture; // null if the file cannot be decoded
     QString Fault;  // why, as a sentence; otherwise empty

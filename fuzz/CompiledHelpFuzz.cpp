@@ -11,7 +11,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const QString file = Fuzzing::FileWith(u"help.chm"_s, Fuzzing::BytesOf(data, size));
     try {
         const TChmArchive archive(file);
-        constexpr quint32 MostTopics = 20; // more of them only cost time
+        constexpr quint32 MostTopics = 20; // more topics only cost time
         for (quint32 number = 0; number < MostTopics; ++number)
             archive.Read(archive.TopicPage(number));
         archive.Read(archive.HomePage());

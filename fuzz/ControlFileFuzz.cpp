@@ -10,7 +10,7 @@ using namespace Corvadine;
 
 namespace {
 
-// Signs each input, as a stolen key would: what is looked for lies behind the signature.
+// Signs each input, so that it passes the check of the signature and its content is read.
 struct TStolenKey {
     TStolenKey()
     {
@@ -34,8 +34,8 @@ struct TStolenKey {
 
 } // namespace
 
-// The control file of updates, signed: an accepted one names only files that an update may write, within the
-// limits, and each in one of its packages.
+// The signed control file of updates. An accepted file keeps the limits and names only files that an update
+// may write. Each of these files is in one of the packages that the control file lists.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     static const TStolenKey key;

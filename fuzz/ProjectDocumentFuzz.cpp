@@ -55,8 +55,8 @@ void RequireUntouchedElsewhere(const QByteArray& original, const QByteArray& edi
     Fuzzing::Require(original.endsWith(last) || original.endsWith(last.mid(last.indexOf('>') + 1)));
 }
 
-// The updater on a file: it writes what the same edit makes of the bytes, keeps the old ones, and the second
-// time writes nothing.
+// The updater writes the bytes that the same edit gives in memory, and keeps the old bytes as a backup. A
+// second update writes nothing.
 void RequireUpdate(const QByteArray& bytes)
 {
     const QString file = Fuzzing::FileWith(u"fuzz.dproj"_s, bytes);
@@ -66,7 +66,7 @@ void RequireUpdate(const QByteArray& bytes)
     for (const TProjectImage& image : images.Images)
         Fuzzing::FileWith(image.FileName, {});
     static TBackups backups(Fuzzing::Folder().filePath(u"backups"_s), u"no database"_s);
-    // Without a database the copy gets no record, which is enough here and far quicker.
+    // Without a database the copy gets no record. This is far quicker, and the record is not tested here.
     const TBackupOrder order { backups, QDateTime({ 2024, 3, 5 }, { 12, 0, 0 }), TBackupPolicy::BestEffort };
     const auto read = [](const QString& path) { return ReadFile(path, u"read"_s); };
     try {

@@ -27,8 +27,8 @@ void Set(TSettingsFile& settings, const QString& project)
 
 } // namespace
 
-// The settings file: what is set is read again, whatever else the file holds, saving the same once more gives
-// the same bytes, and no other byte is lost.
+// Settings files: values that are set can be read again, whatever else the file holds. Saving them once more
+// gives the same bytes. No other byte of the file is lost.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     const QByteArray bytes = Fuzzing::BytesOf(data, size);

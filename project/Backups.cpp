@@ -83,7 +83,7 @@ QString GuidIn(const QByteArray& bytes, const QString& file)
     }
 }
 
-// What the records of a copy say of its present content.
+// The result of a comparison of a copy with its records.
 struct TJudgment {
     const TBackupRecord* Record; // the last one that describes the content; if none does, the last one
     QString Fault;               // why the copy cannot be read, or differs from all records; empty if whole
@@ -156,7 +156,7 @@ QString TBackups::Keep(const QString& projectFile, const QByteArray& bytes, cons
         time.toOffsetFromUtc(time.offsetFromUtc()), reason };
     if (keep == TKeep::Once) {
         record.Name = EqualCopy(record);
-        // Another program may remove the copy at this moment. Then a new copy is made.
+        // If another program removes the copy at this moment, a new copy is made below.
         if (!record.Name.isEmpty() && Index().Add(record) && FileExists(PathOf(record.Name)))
             return PathOf(record.Name);
     }
@@ -164,8 +164,8 @@ QString TBackups::Keep(const QString& projectFile, const QByteArray& bytes, cons
         record.Name = NameAt(projectFile, time.addSecs(later));
         if (keep == TKeep::Always && IsOfThisSecond(record)) {
             TStagedFile staged(PathOf(record.Name), bytes, projectFile);
-            // The record comes first. A process that is killed in between leaves the old copy, and its old
-            // record still describes it.
+            // The record comes first. A process that is killed before Commit() leaves the old copy, which has
+            // its old record.
             if (Index().Add(record)) {
                 staged.Commit();
                 return PathOf(record.Name);
@@ -290,8 +290,9 @@ QString TBackups::EqualCopy(const TBackupRecord& record) const
     return {};
 }
 
-// Whether there is a copy of this name, and all its records are of the same project and second. A repeated
-// second of local time, as in autumn, is another second. So is that of an equal copy made earlier.
+// Whether there is a copy with the name of `record`, and all records of this name have its project and
+// second. The same local time may come twice, as in autumn; these are two seconds. A copy that was also
+// recorded at another time does not count.
 bool TBackups::IsOfThisSecond(const TBackupRecord& record) const
 {
     if (!FileExists(PathOf(record.Name)))

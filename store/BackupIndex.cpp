@@ -118,7 +118,7 @@ bool TBackupIndex::Remove(const TBackupRecord& last, const std::function<void()>
     });
 }
 
-// Returns the number of the newest record of a name, or 0 if there is none.
+// Returns the number of the newest record of `name`, or 0 if there is no record.
 std::int64_t TBackupIndex::LastNumber(const QString& name) const
 {
     if (!HasTable(*FDatabase))

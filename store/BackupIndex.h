@@ -54,20 +54,20 @@ public:
     // Returns all records in the order in which they were written.
     std::vector<TBackupRecord> Records() const;
 
-    // Adds the first record of a name. Returns its number. Returns nothing, and writes nothing, if the name
-    // has a record.
+    // Adds the first record of a name. Returns the number of the record. Returns nothing, and writes nothing,
+    // if the name has a record already.
     std::optional<std::int64_t> Reserve(const TBackupRecord& record);
 
     // Removes the record that Reserve() has added as `number`.
     void Withdraw(const TBackupRecord& record, std::int64_t number);
 
-    // Adds a further record of a name. Returns false, and writes nothing, if the name has no record, because
-    // another program has removed the copy meanwhile.
+    // Adds a further record of a name. Returns false, and writes nothing, if the name has no record. Another
+    // program has then removed the copy.
     bool Add(const TBackupRecord& record);
 
     // Calls `removeCopy`, and then removes all records of the name of `last`. No other program can add a
-    // record in between. Returns false, and does nothing, if the name has a newer record than `last`. If
-    // `removeCopy` throws, the records stay.
+    // record in between. Returns false, and does nothing, if the name has a newer record than `last`. The
+    // records stay if `removeCopy` throws.
     bool Remove(const TBackupRecord& last, const std::function<void()>& removeCopy);
 
 private:

@@ -118,14 +118,14 @@ QVariant FieldValue(const TProject& project, TField field);
 // cannot be converted to an integer. REQUIRES: field is not ID.
 void SetFieldValue(TProject& project, TField field, const QVariant& value);
 
-// Whether both are the row of one project. The ID alone does not tell, because the database gives the ID of a
-// deleted project to a new one.
+// Whether both rows belong to the same project. The ID alone does not tell, because the database may give the
+// ID of a deleted project to a new project.
 inline bool IsSameProject(const TProject& project, const TProject& other)
 {
     return project.ID == other.ID && project.ProjectFile == other.ProjectFile;
 }
 
-// The fields whose values differ.
+// Returns the fields whose values differ.
 TFieldSet DifferentFields(const TProject& project, const TProject& other);
 
 } // namespace Corvadine

@@ -173,7 +173,7 @@ std::int64_t TProjectStore::DataVersion()
         FDatabase->setBusyTimeout(0);
         const auto restore = qScopeGuard(
             [this] { sqlite3_busy_timeout(FDatabase->getHandle(), static_cast<int>(FBusyTimeout.count())); });
-        constexpr int VersionBits = 32; // SQLite counts the versions of each connection for itself
+        constexpr int VersionBits = 32; // SQLite counts the versions anew for each connection
         return (FOpenings << VersionBits) + FDatabase->execAndGet("PRAGMA data_version").getInt64();
     });
 }
@@ -240,8 +240,8 @@ void TProjectStore::Open()
     ++FOpenings;
 }
 
-// Opens the file that stands at the path now if it is not the one that is open. An empty file is left alone:
-// its writer may not have come to the content yet.
+// Opens the file at the path if it is no longer the open file. Throws TError if the new file is missing
+// or cannot be opened. Also throws if the file is empty, because its writer may not have finished.
 void TProjectStore::FollowFile()
 {
     int hasMoved = 0; // stays 0 on Windows, where an open database cannot be replaced

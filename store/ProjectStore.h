@@ -20,12 +20,11 @@ namespace Corvadine {
 inline constexpr const char* ProjectDatabaseName = "Corvadine.db";
 
 // The project database: one SQLite file with the table Projects, held open by one connection. Each function
-// that writes is one transaction, so that a kill or a power failure leaves all of it or nothing.
-// Several programs may use the file at once: a function waits for the others for at most the busy timeout,
-// unless its comment says otherwise. If another program puts another file in its place, the next write and
-// DataVersion() open that one; while they cannot, they throw and the former file stays open.
-// What fails throws TError(Io) with the attempt, the file and SQLite's own text.
-// Use on the thread that made it.
+// that writes is one transaction, so that a kill or a power failure leaves all of it or nothing. Several
+// programs may use the file at once. A function waits for the others for at most the busy timeout, unless its
+// comment says otherwise. If another program replaces the file, the next write or DataVersion() opens the new
+// file. If this fails, the function throws, and the former file stays open. Functions that fail throw
+// TError(Io) with the attempt, the file and the reason. Use on the thread that made the object.
 class TProjectStore {
 public:
     // Opens `path`. Creates the file and its table if they are missing, and adds the columns that files of
@@ -49,8 +48,9 @@ public:
     // Returns all projects in ascending ID, the order in which they were added.
     std::vector<TProject> ReadProjects() const;
 
-    // A number that changes when another connection writes to the database or another file is opened, and not
-    // when this connection writes. Does not wait for a database that is locked, unless it is another file.
+    // Returns a number that changes when another connection writes to the database, or when a replaced file
+    // is opened. Writes of this connection do not change the number. Does not wait for a locked database,
+    // unless the file was replaced.
     std::int64_t DataVersion();
 
     // Adds a row with the values that `project` has in `fields`. The other columns stay NULL. Returns the row

@@ -143,7 +143,8 @@ void TProjectsTable::Post()
     const TProject shown = FBuffer;
     if (FState == TState::Insert) {
         const TProject stored = FStore->Insert(FBuffer, FChangedFields);
-        // A new row gets the ID after the greatest, so other programs have deleted the rows from it on.
+        // A new row gets the ID after the greatest. So other programs have deleted the rows here with this ID
+        // or a greater one.
         std::erase_if(FRows, [&](const TProject& row) { return row.ID >= stored.ID; });
         FRows.push_back(stored);
         FPosition = FRows.size() - 1;
@@ -248,7 +249,7 @@ TFieldSet TProjectsTable::AnnounceDifferences(const TProject& before)
 void TProjectsTable::AnnounceFound(const TProject& before)
 {
     TFieldSet fields = AnnounceDifferences(before);
-    fields.erase(TField::ID); // a new row gets it when it is saved
+    fields.erase(TField::ID); // a new row gets its ID when it is saved
     if (!fields.empty())
         emit FoundChanged(fields);
 }

@@ -23,8 +23,8 @@ class TProjectStore;
 // row that is current already does nothing.
 //
 // Announcements come when the object is consistent again, so a slot may call it. If several apply, they come
-// in the order StateChanged, RowsChanged, CurrentChanged, FieldChanged, FoundChanged. After CurrentChanged
-// there is neither of the last two, as all fields may differ. A function that throws has announced nothing
+// in the order StateChanged, RowsChanged, CurrentChanged, FieldChanged, FoundChanged. CurrentChanged comes
+// without FieldChanged and FoundChanged, because all fields may differ. A function that throws has announced
 // and changed nothing unless its comment says otherwise. Use on the store's thread. A slot must not throw.
 class TProjectsTable : public QObject {
     Q_OBJECT
@@ -79,9 +79,9 @@ public:
     // REQUIRES: field is not ID.
     void SetField(TField field, const QVariant& value);
 
-    // Gives one field of the buffer the value of the saved row again, or of a new project when inserting.
-    // Post then does not write it, unless the row is new. Does nothing when not editing. REQUIRES: field is
-    // not ID.
+    // Gives one field of the buffer the value of the saved row again, or that of a new project when
+    // inserting. Post does not write the field then, unless the row is new. Does nothing when not editing.
+    // REQUIRES: the field is not ID.
     void TakeBack(TField field);
 
     // Writes only the fields that were set since editing began, then takes over the row as the database has
@@ -100,10 +100,10 @@ public:
     // `confirm` is called before each delete; if it returns false, nothing is deleted.
     void SetDeleteConfirmation(std::function<bool()> confirm) { FConfirmDelete = std::move(confirm); }
 
-    // Reads all rows again if other programs have written to the database. Otherwise it costs little. The
-    // current row stays current. If its project is gone, the next row becomes current, or the last. The next
-    // row may have the ID of the one that is gone. Does nothing while a row is being edited, because its
-    // values would be lost. Throws TError(Io), without waiting when the database is locked.
+    // Reads all rows again if other programs have written to the database. Otherwise Refresh costs little.
+    // The current row stays current. If its project is gone, the next row becomes current, or the last row.
+    // The next row may have the ID of the project that is gone. Does nothing while a row is being edited,
+    // because the edits would be lost. Throws TError(Io), without waiting when the database is locked.
     void Refresh();
 
 signals:
@@ -114,8 +114,7 @@ signals:
     void RowsChanged();
     // A field of the current row has another value: it was set, taken back, or found changed in the database.
     void FieldChanged(Corvadine::TField field);
-    // Post or Refresh found these fields of the current row with other values than it had here, because
-    // another program has written them.
+    // Post or Refresh found new values in these fields of the current row, written by another program.
     void FoundChanged(const Corvadine::TFieldSet& fields);
 
 private:

@@ -88,8 +88,8 @@ int TImageView::ColorAt(int x, int y) const
     return ColorUnder({ x, y }, FImage, DeviceSize());
 }
 
-// Returns the device pixel of the view that contains the pointer. Only the event's position in the window
-// will do, because Qt rounds the others to whole logical pixels.
+// Returns the device pixel of the view that contains the pointer. Uses the event's position in the window,
+// because Qt rounds its other positions to whole logical pixels.
 QPoint TImageView::PixelUnderPointer(const QMouseEvent& event) const
 {
     // A scale such as 150 % may leave a whole number slightly too small.
@@ -121,7 +121,8 @@ bool TImageView::IsUnderPointer(const QMouseEvent& event) const
     return QRect({}, DeviceSize()).contains(PixelUnderPointer(event));
 }
 
-// Reports an event that Qt gave to this view. At 200 % it may belong to the parent; see eventFilter().
+// Reports a mouse event if the pointer is over this view. At 200 % Qt may give this view an event of the
+// parent; see eventFilter().
 void TImageView::Report(const QMouseEvent& event)
 {
     const QPoint pixel = PixelUnderPointer(event);
@@ -132,8 +133,8 @@ void TImageView::Report(const QMouseEvent& event)
         emit MousePressed(pixel.x(), pixel.y());
 }
 
-// Qt chooses the widget by the pointer's position in whole logical pixels, which is rounded up. So at 200 %
-// the parent gets the events of our last row and column.
+// Reports events of this view that the parent got. Qt chooses the widget by a position that is rounded up to
+// whole logical pixels. So at 200 % the parent gets the events of our last row and column.
 bool TImageView::eventFilter(QObject* parent, QEvent* event)
 {
     static const QList<QEvent::Type> Types { QEvent::MouseMove, QEvent::MouseButtonPress,
