@@ -12,8 +12,7 @@ inline constexpr QLatin1String AllFilesMask("*.*");
 // pattern. Hidden files are included, folders are not. The list is empty if `folder` does not exist.
 QStringList FilesByMask(const QString& folder, const QString& mask);
 
-// The files in `folder` that have the name of no image, of whichever platform, and which a run has therefore
-// not made.
+// Returns the files in `folder` whose names belong to no image of any platform. So no run has made them.
 QStringList ForeignFiles(const QString& folder);
 
 // Deletes the files that FilesByMask() lists. Returns the number of deletions that were tried, including

@@ -16,15 +16,15 @@ namespace Corvadine {
 
 namespace {
 
-// Whether `folder` holds `file` itself or, if `file` is a link, one of the files that it leads to.
+// Whether `folder` holds `file`. If `file` is a link, the files that the link leads to count as well.
 bool Holds(const QString& folder, const QString& file)
 {
-    constexpr int MostLinks = 40; // a longer chain is a circle
+    constexpr int MostLinks = 40; // a longer chain counts as a circle
     QString path = file;
     for (int links = 0; links <= MostLinks && !FolderOf(path).isEmpty(); ++links) {
         if (IsSameFile(folder, FolderOf(path)))
             return true;
-        // The target of a link is relative to where the link really lies.
+        // The target of a link may be relative to the folder that really holds the link.
         const QString place = QFileInfo(FolderOf(path)).canonicalFilePath();
         if (place.isEmpty()) // the folder does not exist
             return false;
@@ -38,7 +38,8 @@ bool HoldsSource(const QString& folder, const QString& source)
     return FileExists(source) && Holds(folder, source);
 }
 
-// Completes "Cannot delete the files in FOLDER: ". Empty if nothing forbids it.
+// Returns the reason against clearing, to follow "Cannot delete the files in FOLDER: ". Returns an empty text
+// if nothing forbids clearing.
 QString ReasonAgainst(const TProject& project, const TOwnFolders& own)
 {
     const QString& folder = project.OutputFolder;

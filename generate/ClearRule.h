@@ -7,8 +7,8 @@ namespace Corvadine {
 
 struct TProject;
 
-// Clearing deletes every file in a project's output folder, so it must not be a folder with other files that
-// the user or this program needs.
+// Clearing deletes every file in a project's output folder. So clearing is refused for a folder with other
+// files that the user or this program needs.
 
 // The folders of the program itself.
 struct TOwnFolders {
@@ -16,14 +16,17 @@ struct TOwnFolders {
     QString Data;    // of the project database
 };
 
-// Throws TError(BadInput) if the output folder of `project` is the root of a drive, the home folder, one of
-// `own` or its folder of backups, or the folder of the project file, or if it holds a source image of the
-// project. Links are followed, so it does not matter how the path of a folder is written. A source image that
-// is a link lies in two folders: that of the link and that of its target. Other hard links to a source image
-// do not count, because deleting one name leaves the others.
+// Throws TError(BadInput) if the output folder of `project` is one of these:
+// - the root of a drive, or the home folder
+// - a folder of `own`, or the folder of backups in one of them
+// - the folder of the project file
+// - a folder that holds a source image of the project
+// Links are followed, so it does not matter how the path of a folder is written. A project file or source
+// image that is a link lies in the folder of the link and in that of its target. Other hard links to these
+// files do not count, because deleting one name leaves the others.
 void RefuseToClear(const TProject& project, const TOwnFolders& own);
 
-// One sentence if RefuseToClear() would throw, otherwise nothing.
+// Returns one sentence if RefuseToClear() would throw, otherwise an empty list.
 QStringList ClearWarnings(const TProject& project, const TOwnFolders& own);
 
 } // namespace Corvadine

@@ -23,8 +23,8 @@ struct TGenJob {
 // The platforms that `project` ticks.
 TPlatforms PlatformsOf(const TProject& project);
 
-// The job that `project` asks for. An unknown output format means true color. Throws TError(BadInput), naming
-// the project file, for an option that has no value and for an unknown filter.
+// Returns the job that `project` asks for. An unknown output format means true color. Throws
+// TError(BadInput), naming the project file, for an option that has no value and for an unknown filter.
 TGenJob JobOf(const TProject& project);
 
 // Returns one sentence for each setting that makes `job` pointless or its outputs blank. Does not read

@@ -45,8 +45,8 @@ private:
             FSources.Launch = LoadSource(FJob.LaunchFile, UseOf(*FSizes.Launch, true));
     }
 
-    // What the launch source or the icon source, of the size `source`, is used for. The decoded picture must
-    // be kept if an output copies its pixels.
+    // Returns the use of the launch source or of the icon source. `source` is its size. If an output copies
+    // pixels, the decoded picture must be kept.
     TSourceUse UseOf(QSize source, bool isLaunch) const
     {
         const bool isCopied = std::any_of(FOutputs.begin(), FOutputs.end(), [&](const TOutput& output) {

@@ -16,8 +16,8 @@ using TGenProgress = std::function<void(int done, int total)>;
 // name. A failure up to that point changes no file and leaves no new folder. If a file cannot get its name,
 // the files before it are already replaced. Other files in the folder are left alone. The same job gives the
 // same bytes on any number of threads. Returns what was written. Throws TError if the job has no output
-// folder, a source that is named cannot be loaded, an output is too large or would overwrite a source (found
-// before anything is decoded), or an output cannot be written.
+// folder, or if a source that is named cannot be loaded. Throws TError before decoding if an output is too
+// large or would overwrite a source. Throws TError if an output cannot be written.
 std::vector<TOutput> RunGeneration(const TGenJob& job, int workers = 0, const TGenProgress& progress = {});
 
 } // namespace Corvadine

@@ -22,8 +22,8 @@ using TMaybeFault = std::optional<TImageFault>;
 
 constexpr QByteArrayView PngSignature("\x89PNG\r\n\x1A\n");
 
-// Whether the bytes of a PNG file have its last chunk, IEND, which is always the same. Decoders report other
-// missing chunks, but not this one.
+// Whether a PNG file has its last chunk, IEND. The bytes of this chunk are always the same. Decoders report
+// other missing chunks, but not this one.
 bool HasEnd(const QByteArray& png)
 {
     constexpr QByteArrayView EndChunk("\0\0\0\0IEND\xAE\x42\x60\x82", 12);
@@ -36,7 +36,8 @@ int LargestDifference(QRgb left, QRgb right)
         std::abs(qBlue(left) - qBlue(right)), std::abs(qAlpha(left) - qAlpha(right)) });
 }
 
-// How `found` differs from `expected`. Empty if it does not. REQUIRES: Format_ARGB32, one size.
+// Returns how `found` differs from `expected`, or an empty text if both are equal. REQUIRES: both have
+// Format_ARGB32 and the same size.
 QString DifferenceText(const QImage& found, const QImage& expected)
 {
     qint64 count = 0;
@@ -58,8 +59,8 @@ QString DifferenceText(const QImage& found, const QImage& expected)
         .arg(most);
 }
 
-// The color type that the PNG must have (https://www.w3.org/TR/png-3/#11IHDR). `found` is returned if it is
-// one of several that are right.
+// Returns the color type that the PNG must have (https://www.w3.org/TR/png-3/#11IHDR). If several types are
+// right and `found` is one of them, returns `found`.
 int ExpectedColorType(const TPngForm& form, int found)
 {
     constexpr int Rgb = 2;
@@ -72,7 +73,7 @@ int ExpectedColorType(const TPngForm& form, int found)
     return form.HasAlpha.value_or(true) ? RgbAlpha : Rgb;
 }
 
-// Throws TError if the file cannot be decoded.
+// Does the work of PngFault(), but throws TError if the file cannot be decoded.
 TMaybeFault FaultOfPng(const QString& path, const TPngForm& form)
 {
     using enum TFaultKind;
@@ -80,7 +81,7 @@ TMaybeFault FaultOfPng(const QString& path, const TPngForm& form)
     const QImage image = LoadSourceImage(file);
     file.seek(0);
     const QByteArray bytes = file.readAll();
-    constexpr qsizetype BitDepthAt = 24; // in the first chunk (IHDR), which the color type follows
+    constexpr qsizetype BitDepthAt = 24; // in the first chunk (IHDR); the color type follows
     if (!bytes.startsWith(PngSignature) || bytes.size() < BitDepthAt + 2)
         return TImageFault { Damaged, u"it is not a PNG file"_s };
     if (!HasEnd(bytes))
@@ -106,7 +107,7 @@ TMaybeFault FaultOfPng(const QString& path, const TPngForm& form)
     return difference.isEmpty() ? TMaybeFault() : TImageFault { Stale, difference };
 }
 
-// The images of a Windows icon as the file stores them. Nothing if the file ends before its last image.
+// Returns the images of a Windows icon as the file stores them. Returns nothing if an image is cut off.
 std::optional<std::vector<QByteArray>> StoredImages(const QByteArray& file)
 {
     constexpr int SkippedBytes = 8; // of an ICONDIRENTRY, up to dwBytesInRes and dwImageOffset
@@ -131,7 +132,7 @@ std::optional<std::vector<QByteArray>> StoredImages(const QByteArray& file)
     return images;
 }
 
-// The decoded images, null where one is damaged.
+// Returns the decoded images of a Windows icon. A damaged image is null.
 std::vector<QImage> DecodedImages(QByteArray file)
 {
     QBuffer buffer(&file);
@@ -143,7 +144,8 @@ std::vector<QImage> DecodedImages(QByteArray file)
     return images;
 }
 
-// What is wrong with whole `images`, whose pixels may be others than a run's.
+// Returns what is wrong with the number or the sizes of `images`, or that an image is damaged. The pixels are
+// not compared.
 TMaybeFault IconFormFault(const std::vector<QImage>& images, std::optional<QSize> source)
 {
     using enum TFaultKind;
@@ -164,7 +166,8 @@ TMaybeFault IconFormFault(const std::vector<QImage>& images, std::optional<QSize
     return {};
 }
 
-// How the images of `file` differ from those of `expected`, which have the same sizes.
+// Returns how an icon differs from the icon file `expected`. `images` are decoded, `stored` are their bytes.
+// REQUIRES: the images of both icons have the same sizes.
 TMaybeFault IconDifference(
     const std::vector<QImage>& images, const std::vector<QByteArray>& stored, const QByteArray& expected)
 {
@@ -175,7 +178,7 @@ TMaybeFault IconDifference(
         const QString difference = DifferenceText(images[i], expectedImages[i]);
         if (!difference.isEmpty())
             return TImageFault { TFaultKind::Stale, u"in %1, %2"_s.arg(name, difference) };
-        // Decoders take the transparency from the pixels, but old programs take it from the mask behind them.
+        // Decoders take the transparency from the pixels. Old programs use the mask behind the pixels.
         if (!stored[i].startsWith(PngSignature) && stored[i] != (*expectedStored)[i])
             return TImageFault { TFaultKind::Damaged,
                 u"the header or the mask of %1 is missing or wrong"_s.arg(name) };
@@ -183,7 +186,7 @@ TMaybeFault IconDifference(
     return {};
 }
 
-// Throws TError if the file cannot be read.
+// Does the work of IconFault(), but throws TError if the file cannot be read.
 TMaybeFault FaultOfIcon(const QString& path, const TIconForm& form)
 {
     const QByteArray file = ReadFile(path, u"check the icon"_s);
@@ -199,7 +202,7 @@ TMaybeFault FaultOfIcon(const QString& path, const TIconForm& form)
     return IconDifference(images, *stored, form.File);
 }
 
-// What `check` returns, or a fault for what it throws.
+// Returns the result of `check`. If `check` throws TError, returns a fault with the reason.
 template <typename TCheck> TMaybeFault Checked(TCheck check)
 {
     try {

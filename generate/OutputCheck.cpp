@@ -42,7 +42,7 @@ public:
     {
         FIcon.Try([this] { FIcon.Size = ReadSourceSizes(FJob.IconFile, {}).Icon; });
         FLaunch.Try([this] { FLaunch.Size = ReadSourceSizes({}, FJob.LaunchFile).Launch; });
-        // Which source an output has must not depend on whether the launch source can be read.
+        // An unreadable launch source must not hand its outputs over to the icon source.
         constexpr QSize UnknownSize(2, 2);
         FSizes.Icon = FIcon.Size.value_or(UnknownSize);
         if (!FLaunch.File.isEmpty())

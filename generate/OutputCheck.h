@@ -9,10 +9,10 @@
 
 namespace Corvadine {
 
-// How closely the files are looked at.
+// How much of each file is checked.
 enum class TCheckDepth {
     Form,   // size, color type, number of images
-    Pixels, // the same and every pixel, which are rendered again
+    Pixels, // the same, and every pixel against a new rendering
 };
 
 // A fault of one file in the output folder.
@@ -22,8 +22,8 @@ struct TOutputFinding {
     TImageFault Fault;
 };
 
-// A source that cannot be loaded. What its outputs must look like is not known, so only their form is
-// checked, without their size if not even that of the source is known.
+// A source that cannot be loaded. The pixels of its outputs are then not known, so only the form is checked.
+// The size is not checked either if the size of the source is not known.
 struct TUnreadableSource {
     QString Name; // "icon" or "launch"
     QString Path;
@@ -41,7 +41,7 @@ struct TOutputCheck {
 // Compares the files in the output folder with what a run of `job` would write: each file must exist, decode
 // completely and have the exact size and color type. Flattened images must not be transparent, and the
 // Windows icon must hold its ten images with their masks. With TCheckDepth::Pixels all pixels must be those
-// of a run; the compression may be another one. Works on `workers` threads (0: one per core).
+// of a run. The compression may differ. Works on `workers` threads (0: one per core).
 TOutputCheck CheckOutputs(const TGenJob& job, TCheckDepth depth = TCheckDepth::Pixels, int workers = 0);
 
 } // namespace Corvadine

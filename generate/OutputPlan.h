@@ -13,11 +13,11 @@ struct TOutputPlan {
     QStringList Warnings; // one sentence each, to show to the user before the run
 };
 
-// What a run of `job` would write. Decodes the sources, writes nothing. The warnings are those of
-// JobWarnings(), and one each for a source that an output enlarges (with the largest factor), for an icon
-// image that is not square, and for a transparent launch image. Throws TError, with the same text as
-// RunGeneration(), when a source cannot be loaded, or when an output would be too large or would overwrite a
-// source.
+// Returns what a run of `job` would write. Decodes the sources, writes nothing. The warnings begin with those
+// of JobWarnings(). One more comes for each source that an output enlarges, with the largest factor. One more
+// comes for an icon image that is not square, and one for a transparent launch image. Throws TError, with the
+// text of RunGeneration(), if a source cannot be loaded. Does the same if an output is too large or would
+// overwrite a source.
 TOutputPlan PlanOutputs(const TGenJob& job);
 
 } // namespace Corvadine

@@ -9,8 +9,8 @@ namespace Corvadine {
 
 namespace {
 
-// Returns null for any other file. The rows are inflated into the end of the memory where the pixels go, and
-// each row is read before its place is needed.
+// Loads a plain PNG file. Returns null for any other file. The rows are inflated into the end of the memory
+// of the pixels. Each row is read before pixels overwrite it.
 std::shared_ptr<const TRenderSource> LoadPlainPng(const QString& path)
 {
     QFile file(path);

@@ -22,14 +22,14 @@ struct TRenderSources {
     TSourceSizes Sizes() const;
 };
 
-// Reads the sizes from the files' headers; an empty path means that no image is chosen. Throws TError as
-// ReadImageHeader() does.
+// Returns the sizes that the headers of the files tell. An empty path means that no image is chosen. Throws
+// TError as ReadImageHeader() does.
 TSourceSizes ReadSourceSizes(const QString& iconFile, const QString& launchFile);
 
-// What a source will be used for.
+// The outputs that a source must serve.
 enum class TSourceUse {
     Any,
-    FilteredOutputs, // less memory, and a PNG file is read straight into the form that filters need
+    FilteredOutputs, // takes less memory; a plain PNG file is read straight into the form for filters
 };
 
 // Decodes one source; an empty `file` gives BlankSourceImage(). Throws TError as LoadSourceImage() does.

@@ -5,8 +5,8 @@
 
 namespace Corvadine {
 
-// Indices of the outputs to render, those that take longest first. Outputs equal to an earlier one are left
-// out.
+// Returns the indices of the outputs to render. Outputs that take longest come first. Outputs equal to an
+// earlier output are left out.
 static std::vector<std::size_t> LongestFirst(const std::vector<TOutput>& outputs)
 {
     std::vector<std::size_t> indices;

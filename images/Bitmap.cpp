@@ -15,7 +15,7 @@ namespace {
 constexpr qsizetype FileHeaderBytes = 14; // BITMAPFILEHEADER, before all other headers
 constexpr std::uint32_t FullChannel = 255;
 
-// Where the bits of one channel are in a pixel, and what brings them to 0 ... 255.
+// The bits of one channel in a pixel, and the factor that brings their value to 0 ... 255.
 struct TChannel {
     explicit TChannel(std::uint32_t mask)
         : Mask(mask), Shift(mask == 0 ? 0 : std::countr_zero(mask)), Scale(ScaleOf(mask >> Shift))

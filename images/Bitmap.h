@@ -28,7 +28,7 @@ constexpr quint32 BiRle8 = 1;
 constexpr quint32 BiRle4 = 2;
 constexpr quint32 BiBitfields = 3;
 
-// Returns nothing for a file without the header of a bitmap. Moves the position of `file`.
+// Returns the header, or nothing if `file` is no bitmap. Moves the position of `file`.
 std::optional<TBitmapHeader> ReadBitmapHeader(QIODevice& file);
 
 // Decodes a bitmap whose channels have other numbers of bits than 8, such as 5-5-5 and 5-6-5. Qt's decoder

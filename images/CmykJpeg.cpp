@@ -13,7 +13,7 @@ namespace Corvadine {
 
 namespace {
 
-// What libjpeg does instead of ending the program after an error.
+// Lets libjpeg jump back after an error. Otherwise libjpeg would end the program.
 struct TErrorManager {
     jpeg_error_mgr Common {}; // first, because libjpeg knows only this part
     std::jmp_buf OnError {};
@@ -26,7 +26,8 @@ struct TErrorManager {
 
 void IgnoreMessage(j_common_ptr) { }
 
-// A profile is cut into markers (https://www.color.org/icc_specs2.xalter, annex B.4), numbered from 1.
+// Returns the ICC profile. A JPEG holds it in markers that are numbered from 1
+// (https://www.color.org/icc_specs2.xalter, annex B.4).
 QByteArray JoinedProfile(const jpeg_decompress_struct& decoder)
 {
     constexpr QByteArrayView Name("ICC_PROFILE\0", 12);
@@ -40,7 +41,8 @@ QByteArray JoinedProfile(const jpeg_decompress_struct& decoder)
     return profile;
 }
 
-// Decodes the inks and their profile. Makes no objects that need a destructor, because errors jump out.
+// Decodes the inks and their profile. Returns false for a file without them, and after an error. Must not
+// make objects that need a destructor, because an error jumps past the destructors.
 bool Decode(jpeg_decompress_struct& decoder, TErrorManager& errors, const QByteArray& file, QImage& inks,
     QByteArray& profile)
 {

@@ -47,7 +47,7 @@ void Apply(const TTransform& transform, QImage& image)
     }
 }
 
-// Grays and a lattice of colors.
+// Returns a row of pixels with all grays and a lattice of colors.
 QImage Samples(QImage::Format format)
 {
     constexpr int Sides = 17;
@@ -63,7 +63,7 @@ QImage Samples(QImage::Format format)
     return samples.convertToFormat(format);
 }
 
-// Whether a transform of colors changes none by more than its rounding.
+// Whether `transform` changes no sample by more than 1 of 255. Such a change is only rounding.
 bool ChangesNothing(const TTransform& transform, QImage::Format format)
 {
     const QImage before = Samples(format);
@@ -85,7 +85,7 @@ TColorProfile OpenProfile(const QByteArray& icc)
     return TColorProfile(cmsOpenProfileFromMem(icc.data(), static_cast<cmsUInt32Number>(icc.size())));
 }
 
-// The two numbers at `at` of a chunk cHRM.
+// Returns the color whose two coordinates stand at `at` in a chunk cHRM.
 cmsCIExyY PointAt(const QByteArray& chunk, qsizetype at)
 {
     constexpr double Unit = 100000;
@@ -127,7 +127,7 @@ TColorProfile ProfileOf(const QImage& image, QIODevice& file)
 {
     if (ChunkOf(file, "IHDR").isEmpty())
         return OpenProfile(image.colorSpace().iccProfile());
-    // Qt drops the profiles of PNG that it does not know itself, such as tables.
+    // Qt drops PNG profiles of kinds that Qt does not know, such as tables.
     const QByteArray chunk = ChunkOf(file, "iCCP");
     return chunk.isEmpty() ? ProfileOfPngChunks(file) : OpenProfile(ProfileInChunk(chunk));
 }

@@ -21,10 +21,10 @@ using TColorProfile = std::unique_ptr<void, TCloseProfile>;
 // `file`.
 TColorProfile ProfileOf(const QImage& image, QIODevice& file);
 
-// Converts `image` from `profile` to sRGB: perceptual intent with black-point compensation, with the depth
-// of `image`. Leaves the image alone if the profile is null, if it is for other channels than the image has,
-// or if it is sRGB but for rounding. REQUIRES: the image is null or one of Format_ARGB32, Format_RGB32,
-// Format_RGBA64 and Format_RGBX64.
+// Converts `image` from `profile` to sRGB, with perceptual intent and black-point compensation. Keeps the
+// depth of `image`, and removes its color space. The pixels stay as they are in three cases: the profile is
+// null, the profile is for other channels than the image has, or the profile differs from sRGB only by
+// rounding. REQUIRES: the image is null or has Format_ARGB32, Format_RGB32, Format_RGBA64 or Format_RGBX64.
 void ConvertToSrgb(QImage& image, const TColorProfile& profile);
 
 // Converts inks to sRGB, as ConvertToSrgb() does. A pixel of `inks` is four bytes for cyan, magenta, yellow

@@ -61,14 +61,15 @@ const char* NameBySignature(const TSignature (&signatures)[Count], const QByteAr
     return nullptr;
 }
 
-// An X bitmap is source code in C (https://www.x.org/releases/X11R7.7/doc/libX11/libX11/libX11.html,
-// "Manipulating Bitmaps"). Comments may stand before it.
+// Whether the file is an X bitmap. An X bitmap is source code in C, and may begin with comments
+// (https://www.x.org/releases/X11R7.7/doc/libX11/libX11/libX11.html, "Manipulating Bitmaps").
 bool IsXbm(const QByteArray& start)
 {
     return (start.startsWith("#define") || start.contains("\n#define")) && start.contains("_width");
 }
 
-// One of the three formats of https://netpbm.sourceforge.net/doc/pnm.html, in text or binary.
+// Returns the name of a PNM format (https://netpbm.sourceforge.net/doc/pnm.html), in text or binary. Returns
+// null for other files.
 const char* PnmName(const QByteArray& start)
 {
     constexpr const char* Names[] { "pbm", "pgm", "ppm", "pbm", "pgm", "ppm" };
@@ -93,14 +94,14 @@ bool HasBrand(const QByteArray& start, const QByteArrayList& brands)
 
 bool IsSvg(const QByteArray& start, const QFile& file)
 {
-    if (start.startsWith("\x1F\x8B")) // gzip, which may hold anything
+    if (start.startsWith("\x1F\x8B")) // gzip, so the name decides
         return HasExtension(file.fileName(), u".SVGZ"_s);
     QXmlStreamReader xml(start);
     return xml.readNextStartElement() && xml.name() == "svg"_L1;
 }
 
-// A TGA file has its signature at its end, and an older one has none (Truevision TGA File Format
-// Specification 2.0), so there the name must help.
+// Whether the file is a TGA (Truevision TGA File Format Specification 2.0). The signature of a TGA file
+// stands at its end. Older files have no signature, so their name and their header decide.
 bool IsTga(const QByteArray& start, QFile& file)
 {
     constexpr auto Footer = "TRUEVISION-XFILE.\0"sv;
@@ -114,7 +115,7 @@ bool IsTga(const QByteArray& start, QFile& file)
     return static_cast<uchar>(start[1]) <= 1 && kind >= 1 && kind <= 3;
 }
 
-// Returns null if the format is not known either.
+// Returns the name of a known format that is not read, or null.
 const char* UnreadFormat(QFile& file)
 {
     constexpr qint64 StartBytes = qint64 { 64 } * 1024; // an SVG file may begin with long comments

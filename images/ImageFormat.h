@@ -14,7 +14,7 @@ namespace Corvadine {
 // at any position. REQUIRES: `file` is open and can seek.
 QByteArray DecoderFor(QFile& file);
 
-// Returns why `file` is not read, and for a known format what to do instead. Leaves `file` at any position.
+// Returns why `file` is not read, and what to do if the format is known. Leaves `file` at any position.
 // REQUIRES: `file` is open and can seek, and DecoderFor() returned nothing.
 QString UnreadFormatReason(QFile& file);
 

@@ -49,8 +49,8 @@ QByteArray FindChunk(QIODevice& file, TChunkForm form, QByteArrayView type)
     return {};
 }
 
-// Returns the orientation, 1 to 8, from the first directory of EXIF data, which have the form of a TIFF file.
-// Returns 1, "upright", if there is none.
+// Returns the orientation from the first directory of EXIF data, or 1, "upright", if there is none. Damaged
+// data may give a number outside of 1 to 8. EXIF data have the form of a TIFF file.
 int OrientationIn(QByteArrayView exif)
 {
     constexpr QByteArrayView Prefix("Exif\0\0", 6); // some programs put the prefix of JPEG before the data

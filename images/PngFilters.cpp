@@ -25,8 +25,8 @@ void AddAbove(std::uint8_t* row, const std::uint8_t* above, std::size_t bytes)
         row[i] = static_cast<std::uint8_t>(row[i] + above[i]);
 }
 
-// Adds to each byte what `predict` makes of its neighbors: the bytes to the left, above, and above on the
-// left. With the pixel's size as a constant, the bytes of one pixel are computed side by side.
+// Adds a prediction to each byte. `predict` gets the bytes to the left, above, and above on the left. The
+// size of a pixel is a constant, so that the bytes of one pixel are computed side by side.
 template <std::size_t PixelBytes, class TPredict>
 void AddPredicted(std::uint8_t* row, const std::uint8_t* above, std::size_t bytes, TPredict predict)
 {
@@ -80,7 +80,7 @@ __m128i Absolute(__m128i numbers)
     return _mm_max_epi16(numbers, _mm_sub_epi16(_mm_setzero_si128(), numbers));
 }
 
-// Returns `yes` where `mask` has all bits set, and `no` where it has none.
+// Returns the bits of `yes` where `mask` is set, and the bits of `no` elsewhere.
 __m128i Choose(__m128i mask, __m128i yes, __m128i no)
 {
     return _mm_or_si128(_mm_and_si128(mask, yes), _mm_andnot_si128(mask, no));

@@ -12,7 +12,7 @@ using TUndoFilter = bool (*)(int filter, std::uint8_t* row, const std::uint8_t* 
 
 constexpr std::size_t FilterOverRead = 3;
 
-// Returns the function for rows with this size of a pixel: 1 to 64 bits, as PNG allows.
+// Returns the function for rows with pixels of this size. REQUIRES: a size that PNG allows.
 TUndoFilter UndoFilterFor(int bitsPerPixel);
 
 } // namespace Corvadine

@@ -34,7 +34,7 @@ int Sample16At(const std::uint8_t* bytes)
     return bytes[0] << 8 | bytes[1];
 }
 
-// Returns 0 for a color type that PNG does not have, and for a depth that it does not allow with the type.
+// Returns the number of samples of a pixel, or 0 if PNG does not allow this color type with this depth.
 int ChannelsOf(int colorType, int depth)
 {
     const bool isByte = depth == 8 || depth == 16;
@@ -252,7 +252,7 @@ void TPngReader::ExpandRow(const std::uint8_t* samples, void* pixels) const
     }
 }
 
-// For one sample of 1 to 8 bits per pixel: gray or a place in the palette.
+// Expands pixels of one sample with 1 to 8 bits. The sample is a gray or a place in the palette.
 void TPngReader::ExpandPacked(const std::uint8_t* samples, std::uint32_t* pixels) const
 {
     const auto depth = static_cast<unsigned>(FDepth);

@@ -13,16 +13,16 @@
 
 namespace Corvadine {
 
-// Whether the content of a chunk gAMA tells about 1/2.2. Many programs write this value into every file
-// although the colors are meant as sRGB. So such a picture is not converted, unless it has other primaries.
+// Whether the content of a chunk gAMA tells about 1/2.2. Many programs write this value into every file and
+// mean sRGB. So the value alone is no reason to convert a picture, but other primaries are.
 bool IsScreenGamma(QByteArrayView gamma);
 
-// Whether the content of a chunk cHRM tells the primaries of sRGB, but for rounding.
+// Whether the content of a chunk cHRM tells the primaries of sRGB, apart from rounding.
 bool HasSrgbPrimaries(QByteArrayView primaries);
 
 // Decodes a plain PNG file (https://www.w3.org/TR/png-3/), several times as fast as Qt. A file is plain if it
-// is complete and not interlaced, all its checksums are right, and its colors are sRGB and upright without a
-// conversion. Qt decodes all other files, and has the texts for the damaged ones.
+// is complete, not interlaced and upright, has the right checksums, and needs no conversion to sRGB. Qt
+// decodes all other files, and gives the error texts for damaged files.
 class TPngReader {
 public:
     // Called for each row, from top to bottom. A row is an array of QRgb (straight alpha, and 255 without an
@@ -32,7 +32,7 @@ public:
     // Reads the whole `file`, which is open for reading, and checks all its chunks. Moves its position.
     explicit TPngReader(QFile& file);
 
-    // Whether the file is plain so far as its chunks tell. REQUIRES for all that follows: true.
+    // Whether the file is plain, as far as its chunks tell. All functions below REQUIRE this.
     bool IsPlain() const { return FIsPlain; }
 
     QSize Size() const { return FSize; } // pixels
@@ -41,14 +41,13 @@ public:
     // Whether the file has an alpha channel, a transparent color or transparent palette entries.
     bool HasAlpha() const { return FHasAlpha; }
 
-    // The memory that Read() needs: the bytes of the pixels as they are in the file, and one more for each
-    // row.
+    // The number of bytes that Read() needs: the pixels as they are in the file, and a byte for each row.
     std::size_t InflatedBytes() const { return (FRowBytes + 1) * static_cast<std::size_t>(FSize.height()); }
 
-    // Decodes the picture with the last InflatedBytes() of `memory`. Reads row y from there before it gives
-    // row y to `sink`. So the sink may write the rows to the same memory, if none of them is shorter than
-    // InflatedBytes() / height. Returns false for a file that is damaged; some rows may have been given
-    // then. Call it once: it frees the bytes of the file.
+    // Inflates the picture into the last InflatedBytes() of `memory`. Row y is read from there before `sink`
+    // gets it. So the sink may write its rows to `memory`, from the start on, if each of them takes at least
+    // InflatedBytes() / height. Returns false for a damaged file, perhaps after some rows were given. Call
+    // this once, because it frees the bytes of the file.
     bool Read(std::span<std::uint8_t> memory, const TRowSink& sink);
 
 private:
@@ -65,7 +64,7 @@ private:
     qsizetype FDeflatedBytes = 0; // in the IDAT chunks
     bool FIsPlain = false;
     bool FIsSrgb = false;        // the chunk sRGB was found
-    bool FHasOtherGamma = false; // a chunk gAMA or cHRM was found that is not that of sRGB
+    bool FHasOtherGamma = false; // a chunk gAMA or cHRM with other values than sRGB was found
     bool FHasAlpha = false;
     QSize FSize;
     int FDepth = 0; // bits per sample

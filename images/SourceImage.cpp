@@ -54,8 +54,8 @@ qint64 RoundedUpQuotient(qint64 dividend, qint64 divisor)
 }
 
 // Refuses an empty file, and a file that is larger than the limit for decoded pixels. A huge file is probably
-// no image, but perhaps a video with a wrong name. Some decoders would read it whole to find the picture's
-// size.
+// no image, but perhaps a video with a wrong name. Some decoders would read the whole file to find the size
+// of the picture.
 void OpenSource(QFile& file)
 {
     OpenForReading(file, Attempt);
@@ -81,7 +81,7 @@ bool IsDeep(const QImage& image)
     return image.depth() == 64 || image.format() == QImage::Format_Grayscale16;
 }
 
-// Returns a null image for any other file.
+// Decodes a plain PNG file (see TPngReader). Returns a null image for any other file.
 QImage ReadPlainPng(QFile& file)
 {
     TPngReader reader(file);
@@ -160,7 +160,7 @@ public:
         ChooseDecoder();
         FReader.setAutoTransform(true);
         if (!FReader.canRead()) {
-            RefuseTooLarge(HeaderOf(XbmSize(FFile), QImage::Format_Mono)); // Qt takes it for no image
+            RefuseTooLarge(HeaderOf(XbmSize(FFile), QImage::Format_Mono)); // Qt refuses large XBM files
             throw NoImage();
         }
         FFormat = FReader.format();
@@ -178,7 +178,7 @@ public:
             return FDecoded;
         RefuseTruncated();
         QImage image = Turned(ReadPicture(), FTurn);
-        // Otherwise a few bytes could pass the limits above, and a thumbnail its box.
+        // The limits and the box of a thumbnail were applied to the size in the header.
         if (!FReader.scaledSize().isValid() && image.size() != FHeader.Size)
             throw BadImage(FPath,
                 u"it is damaged: it has %1 pixels, and its header tells %2"_s.arg(
@@ -196,7 +196,8 @@ public:
     }
 
 private:
-    // Qt would ask the decoders of all its plugins, among them some that take any amount of memory.
+    // Chooses the decoder by the content. Qt alone would ask the decoders of all plugins, and some of these
+    // take any amount of memory.
     void ChooseDecoder()
     {
         const QByteArray decoder = DecoderFor(FFile);
@@ -216,8 +217,8 @@ private:
         return HeaderOf(IsLying() ? stored.transposed() : stored, FReader.imageFormat());
     }
 
-    // Finds the size by decoding, for decoders that cannot tell the size before, such as those of icons. Such
-    // a file may also hold one picture in several sizes, and the decoder may be unable to read some of them.
+    // Finds the size by decoding, because some decoders, such as that of icons, cannot tell the size before.
+    // The file may hold one picture in several sizes. Sizes that the decoder cannot read are skipped.
     TImageHeader DecodeForHeader(TWhichImage which)
     {
         const bool isSeveral = FReader.imageCount() > 1 && !FReader.supportsAnimation();
@@ -233,14 +234,14 @@ private:
         }
         if (FDecoded.isNull())
             throw Damaged();
-        // As in Windows, a PNG in an icon is sRGB unless it has an ICC profile. Qt gives the colors of other
-        // chunks no description.
+        // As in Windows, a PNG in an icon is sRGB unless it has an ICC profile. A color space without a
+        // description comes from other chunks.
         if (FDecoded.colorSpace().description().isEmpty())
             FDecoded.setColorSpace({});
         return HeaderOf(FDecoded.size(), FDecoded.format());
     }
 
-    // Qt's decoder would only tell that the image cannot be read.
+    // Refuses an image of an icon that is too large, and tells its size. Qt's decoder would not tell it.
     void RefuseLargeIcon(int index)
     {
         const qint64 place = FFile.pos(); // the decoder continues at this place
@@ -270,8 +271,8 @@ private:
 
     TError NoImage() const { return BadImage(FPath, u"it is not an image in a format that can be read"_s); }
 
-    // The size before a rotation. Qt gives a negative height for bitmaps whose top row comes first, and no
-    // size for large bitmaps.
+    // Returns the size before a rotation. Qt gives a negative height for bitmaps whose top row comes first,
+    // and no size for large bitmaps.
     QSize StoredSize()
     {
         if (FFormat != "bmp")
@@ -283,7 +284,7 @@ private:
         return header ? QSize(side(header->Width), side(header->Height)) : QSize();
     }
 
-    // Decodes what Qt decodes otherwise than its format says by ourselves, or corrects it.
+    // Decodes the picture as its format says. Where Qt deviates, decodes without Qt or corrects the result.
     QImage ReadPicture()
     {
         QImage image;
@@ -304,9 +305,8 @@ private:
         return image;
     }
 
-    // The image to decode into; null if the decoder makes its own. A run-length encoded bitmap may leave
-    // pixels out, and its decoder leaves them as they are: in an image of its own, what the memory held
-    // before.
+    // Returns the image to decode into, or a null image if the decoder makes its own. A run-length encoded
+    // bitmap may leave pixels out. In an image of the decoder, these pixels would hold old memory.
     QImage ClearedImage()
     {
         if (FFormat != "bmp")
@@ -343,13 +343,13 @@ private:
     QFile& FFile;
     TImageHeader FHeader;
     QImageIOHandler::Transformations FTurn; // what Qt's decoder leaves to do for an upright picture
-    QByteArray FFormat;                     // as Qt names it; the reader itself tells it only before it reads
+    QByteArray FFormat;                     // as Qt names it; FReader tells it only before reading
     qint64 FStart = 0;                      // where the decoder continues to read
     QImageReader FReader;
     QImage FDecoded; // null unless decoding was the only way to find the size
 };
 
-// Qt's conversions give a null image when memory runs out.
+// Returns `image`. Throws TError if it is null: Qt's conversions return null when memory runs out.
 QImage Whole(QImage image, const QString& path)
 {
     if (image.isNull())
@@ -357,7 +357,8 @@ QImage Whole(QImage image, const QString& path)
     return image;
 }
 
-// Converts the decoded `image` of `file` to sRGB, in one of the formats that LoadSourceImage() returns.
+// Returns the decoded `image` of `file` in sRGB and in one of the formats that LoadSourceImage() returns.
+// Throws as Whole() does.
 QImage ConvertedSource(QImage image, QFile& file)
 {
     const TColorProfile profile = ProfileOf(image, file);
@@ -369,7 +370,7 @@ QImage ConvertedSource(QImage image, QFile& file)
     return Whole(std::move(image), PathOf(file));
 }
 
-// Makes the picture of a thumbnail of a picture that ConvertedSource() returned.
+// Returns the picture of a thumbnail. `image` comes from ConvertedSource(). Throws as Whole() does.
 QImage ThumbnailOf(QImage image, const QString& path)
 {
     image.convertTo(image.hasAlphaChannel() ? QImage::Format_ARGB32_Premultiplied : QImage::Format_RGB32);

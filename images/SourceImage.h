@@ -8,8 +8,8 @@ class QFile;
 
 namespace Corvadine {
 
-// The facts that the header of an image file tells. If the header does not tell the size, as in
-// Windows icons, the file is decoded to find the size.
+// The facts that the header of an image file tells. If the header does not tell the size, as in Windows
+// icons, the file is decoded to find the size.
 struct TImageHeader {
     QSize Size;                  // pixels, upright (EXIF orientation applied)
     qint64 DecodedMebibytes = 0; // memory that the decoded pixels take, rounded up
@@ -29,11 +29,11 @@ TImageHeader ReadImageHeader(const QString& path);
 
 // Decodes `path` into an upright sRGB picture. The format is Format_ARGB32 (straight alpha) if the file has
 // an alpha channel or transparent palette entries, otherwise Format_RGB32. A file with more than 8 bits per
-// channel gives Format_RGBA64 (straight alpha) or Format_RGBX64. The EXIF
-// orientation is applied. An embedded color profile is converted to sRGB with the full precision of the file.
-// Throws TError(Io) for a file that is missing, unreadable or a folder. Throws TError(BadInput) for a file
-// that is empty, truncated or in no format that is read (images/ImageFormat.h), and for a picture or file of
-// more than MaxDecodedMebibytes. The content alone decides on the format, so a wrong extension does no harm.
+// channel gives Format_RGBA64 (straight alpha) or Format_RGBX64. The EXIF orientation is applied. An embedded
+// color profile is converted to sRGB with the full precision of the file. Throws TError(Io) for a file that
+// is missing, unreadable or a folder. Throws TError(BadInput) for a file that is empty, truncated or in no
+// format that is read (images/ImageFormat.h), and for a picture or file of more than MaxDecodedMebibytes. The
+// content alone decides on the format, so a wrong extension does no harm.
 QImage LoadSourceImage(const QString& path);
 
 // Decodes the file that `file` names, as the function above does. Leaves `file` open at any position.

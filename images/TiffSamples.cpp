@@ -55,7 +55,7 @@ public:
         FEntries[tag] = Word(tag) + Word(Short) + Number(1) + Word(value) + Word(0);
     }
 
-    // Returns the file, which this directory has been appended to.
+    // Returns the file with this directory appended as its first directory.
     QByteArray File() const
     {
         QByteArray file = FFile;
@@ -108,7 +108,7 @@ private:
     std::map<int, QByteArray> FEntries; // by tag; directories are sorted by tag
 };
 
-// Brings inks in the channels of QRgb, 0 without ink, into the form of InksToSrgb().
+// Turns inks in the channels of QRgb, 0 without ink, into the form that InksToSrgb() needs.
 void ArrangeInks(QImage& image)
 {
     for (int y = 0; y < image.height(); ++y) {
@@ -136,7 +136,7 @@ QImage ReadTiffSamples(QIODevice& file)
     if (directory.Value(BitsPerSample) != 8 || directory.Value(SamplesPerPixel) != 4
         || (!isStraight && !isInks))
         return {};
-    // Qt's decoder hands out the samples of such a picture as they are.
+    // Qt's decoder does not change the samples of RGB with premultiplied alpha.
     directory.SetValue(PhotometricInterpretation, PhotometricRgb);
     directory.SetValue(ExtraSamples, AssociatedAlpha);
     QByteArray changed = directory.File();

@@ -102,7 +102,7 @@ private:
     qint64 FAt;
 };
 
-// Whether a bitmap lacks rows.
+// Whether a bitmap ends before its last row or code.
 bool IsTruncatedBmp(QIODevice& file)
 {
     const auto header = ReadBitmapHeader(file);

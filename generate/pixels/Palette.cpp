@@ -92,8 +92,10 @@ TKind KindOf(const TRgba& color)
     return color[3] == 0 ? TKind::Clear : color[3] == 255 ? TKind::Opaque : TKind::Translucent;
 }
 
-// Makes each palette color the kind of most of its pixels in `pixels`. If there are opaque pixels, at least
-// one color becomes opaque. The same holds for clear pixels. REQUIRES: the palette is sorted.
+// Gives each palette color a kind by its pixels. A color becomes opaque if more than half of its pixels are
+// opaque. Other colors become clear if they have more clear pixels than translucent ones. At least one color
+// becomes opaque if there are opaque pixels, and one clear if there are clear pixels. REQUIRES: the palette
+// is sorted by alpha.
 void SetKinds(TPaletteRaster& reduced, const std::vector<std::uint32_t>& pixels)
 {
     std::array<std::array<std::size_t, MostColors>, 3> counts {};
@@ -110,7 +112,7 @@ void SetKinds(TPaletteRaster& reduced, const std::vector<std::uint32_t>& pixels)
             alpha = 0;
         else
             alpha = std::clamp<std::uint8_t>(alpha, 1, 254);
-        // The first color has the least alpha. It is left to clear pixels.
+        // The first color has the least alpha, so it stays free for clear pixels.
         if (i > 0 && opaque[i] > opaque[mostOpaque])
             mostOpaque = i;
     }
@@ -196,8 +198,8 @@ void TakeMeans(TPaletteRaster& reduced, const std::vector<std::uint32_t>& pixels
     }
 }
 
-// Keeps opaque pixels opaque and clear pixels clear. The quantizer gives them colors that are only nearly so.
-// Integers make the result the same on every system.
+// Keeps opaque pixels opaque and clear pixels clear. The quantizer may give such pixels colors that are only
+// nearly opaque or nearly clear. Integers make the result the same on every system.
 void KeepKinds(TPaletteRaster& reduced, const std::vector<std::uint32_t>& pixels)
 {
     SetKinds(reduced, pixels);

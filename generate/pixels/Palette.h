@@ -8,8 +8,8 @@
 namespace Corvadine {
 
 // Reduces `raster` to at most 256 colors without dithering. A picture with at most 256 colors keeps every
-// pixel exactly. In others opaque pixels stay opaque, and fully transparent ones stay so. If `exact` is
-// given, the palette holds this color unchanged: the background around a picture must keep its color. A
+// pixel exactly. In other pictures, opaque pixels stay opaque, and fully transparent pixels stay fully
+// transparent. If `exact` is given, the palette holds this color unchanged, as the background needs it. A
 // 3-channel raster gets an opaque palette. The result is the same on any number of threads. Throws
 // TError(BadInput) when the quantizer fails. REQUIRES: no `exact` for 4 channels, since a picture with
 // transparency has no background around it.

@@ -106,7 +106,7 @@ QByteArray HeaderOf(QSize size, TColorType colorType)
     AppendNumber(header, static_cast<std::uint32_t>(size.height()));
     header.append(char { 8 }); // bit depth
     header.append(static_cast<char>(colorType));
-    header.append(3, '\0'); // compression method, filter method, interlace method: the only or plain ones
+    header.append(3, '\0'); // compression method, filter method; not interlaced
     return header;
 }
 

@@ -18,14 +18,14 @@ std::size_t PaddedValues(int width)
     return (values + BlockValues - 1) / BlockValues * BlockValues;
 }
 
-// One channel multiplied by alpha, from 16 bits each to SourceLevel, rounded.
+// Returns a channel multiplied by alpha, at SourceLevel and rounded. Both have 16 bits.
 std::int16_t PremultiplyDeep(quint64 color, quint64 alpha)
 {
     constexpr quint64 Full = 0xFFFF;
     return static_cast<std::int16_t>((color * alpha * (255 * SourceLevel) + Full * Full / 2) / (Full * Full));
 }
 
-// Pictures with 16 bits per channel are rare, so this needs no vectors.
+// Does without vectors, because pictures with 16 bits per channel are rare.
 void PremultiplyDeepRow(const QRgba64* pixels, std::size_t count, std::int16_t* out)
 {
     for (std::size_t i = 0; i < count; ++i) {

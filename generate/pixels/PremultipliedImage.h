@@ -38,7 +38,7 @@ protected:
     // Number of values from the start of a row to the start of the next row.
     std::size_t Stride() const { return FStride; }
 
-    // All rows, from the first one to the last one. Writing row y changes its part of it only.
+    // Returns the memory of all rows, in their order. A change of a row changes only the part of that row.
     std::span<std::uint8_t> Bytes() const { return FMemory.Bytes(); }
 
 private:

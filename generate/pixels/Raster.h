@@ -12,10 +12,9 @@
 
 namespace Corvadine {
 
-// A finished picture with 8 bits per channel and straight alpha. Each pixel has the bytes red, green,
-// blue and, with 4 channels, alpha. Before each row stands a byte 0, the row filter "None" of PNG, so that
-// the rows can be deflated as they are. Copies share
-// their pixels.
+// A finished picture with 8 bits per channel and straight alpha. Each pixel has the bytes red, green, blue
+// and, with 4 channels, alpha. Before each row stands a byte 0, the row filter "None" of PNG, so that the
+// rows can be deflated as they are. Copies share their pixels.
 class TRaster {
 public:
     // Leaves the pixels undefined.
@@ -35,13 +34,13 @@ public:
         return FMemory->Data() + static_cast<std::size_t>(y) * (RowBytes() + 1) + 1;
     }
 
-    // Bytes of one row, without the one before it.
+    // The number of bytes of one row, without the filter byte before the row.
     std::size_t RowBytes() const
     {
         return static_cast<std::size_t>(FSize.width()) * static_cast<std::size_t>(FChannels);
     }
 
-    // All rows from top to bottom, each with the byte before it.
+    // All rows from top to bottom, each behind its filter byte.
     std::span<const std::uint8_t> FilteredRows() const { return FMemory->Bytes(); }
 
 private:

@@ -15,7 +15,7 @@ TRenderSource::TRenderSource(QImage image)
 {
     if (FImage.depth() != 64)
         return;
-    FPixelPairs.emplace(FImage); // while it has all 16 bits
+    FPixelPairs.emplace(FImage); // before FImage is reduced to 8 bits
     FImage.convertTo(FHasAlpha ? QImage::Format_ARGB32 : QImage::Format_RGB32);
 }
 

@@ -33,8 +33,7 @@ public:
     const QImage& Image() const { return FImage; }
 
     // Returns the source scaled to `size`, or the unchanged picture if it has that size already. The result
-    // refers to this source.
-    // REQUIRES: IsFiltered() for a source for filtered outputs only.
+    // refers to this source. REQUIRES: IsFiltered(), if this is a source for filtered outputs only.
     TFittedImage At(QSize size, TResampleFilter filter) const;
 
     // Returns WithAlpha(At(size, filter)). A small picture is made once, because launcher icons and the
