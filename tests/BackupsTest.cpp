@@ -102,7 +102,7 @@ TEST_F(BackupsTest, ReplacesOnlyACopyOfTheSameProjectAndSecondAndOnlyWhenAsked)
     EXPECT_EQ(Keep("fourth", Noon.addDays(1), TKeep::Always), third);
     EXPECT_EQ(FileBytes(third), "fourth");
     QDateTime repeated = Noon.addDays(1).toOffsetFromUtc(Noon.offsetFromUtc());
-    repeated.setOffsetFromUtc(Noon.offsetFromUtc() - 3600); // the same local time again, as in autumn
+    repeated.setOffsetFromUtc(Noon.offsetFromUtc() - 3600); // the same local time, as in autumn
     EXPECT_EQ(Keep("fifth", repeated, TKeep::Always), Copy("Demo.20240306120001.dproj"));
     EXPECT_EQ(FileBytes(third), "fourth");
     EXPECT_EQ(FileBytes(other), ProjectWith("A"));
@@ -114,7 +114,7 @@ TEST_F(BackupsTest, AReplacementThatWasKilledLeavesTheWholeOldCopy)
 {
     const QString copy = Keep(ProjectWith("A", "<Old/>"), Noon);
     TBackupIndex index(FDatabase);
-    TBackupRecord next = index.Records().at(0); // all that a killed process has written
+    TBackupRecord next = index.Records().at(0); // a process was killed after writing this record
     next.Sha256 = QByteArray(32, 'x');
     ASSERT_TRUE(index.Add(next));
     EXPECT_EQ(FBackups.List(FFile).at(0).Fault, "");

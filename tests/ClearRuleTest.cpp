@@ -21,7 +21,7 @@ void Link(const QString& link, const QString& target)
 
 } // namespace
 
-// Nothing here deletes: the folders are only judged.
+// Only judges folders. Deletes nothing.
 class ClearRuleTest : public TFolderTest {
 protected:
     void SetUp() override
@@ -33,7 +33,7 @@ protected:
         FProject.IconImageName = Path("art/icon.png");
     }
 
-    // The reason against clearing `folder`; empty if there is none.
+    // Returns the reason against clearing `folder`, or an empty text if there is none.
     std::string Reason(const QString& folder)
     {
         FProject.OutputFolder = folder;
@@ -66,7 +66,7 @@ TEST_F(ClearRuleTest, RefusesFoldersThatAreNeededHoweverTheyAreWritten)
         { Path("app/Demo"), "" },
         { Path("app/Demo/Corvadine"), "" },
         { Path("art/out"), "" },
-        { Path(""), "" }, // holds all of them, but deeper
+        { Path(""), "" }, // holds all these folders, but no file itself
         { Path("missing"), "" },
         { QString(), "" },
     };
@@ -91,7 +91,7 @@ TEST_F(ClearRuleTest, FollowsLinks)
     EXPECT_EQ(Reason(Path("to-app")), "it is the folder of the project file");
     EXPECT_EQ(Reason("/proc/self/root"), "it is the root of a drive");
 
-    // The project file is a link to a link. A folder that holds either of these, or the file, is refused.
+    // The project file is a link to a link to a file. The folders of both links and of the file are refused.
     PutFile(Path("real/deep/Demo.dproj"), "x");
     PutFile(Path("middle/x"), "x");
     Link(Path("middle/Demo.dproj"), "../real/deep/Demo.dproj");

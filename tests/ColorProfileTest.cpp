@@ -37,7 +37,7 @@ QByteArray PngOf(const QImage& image, const QByteArray& chunks = {})
     return bytes.insert(AfterHeader, chunks);
 }
 
-// A chunk cHRM with the primaries of Adobe RGB.
+// Returns a chunk cHRM with the primaries of Adobe RGB.
 QByteArray AdobePrimaries()
 {
     QByteArray numbers;
@@ -60,8 +60,8 @@ QByteArray IccChunk(const QByteArray& icc)
     return PngChunk("iCCP", QByteArray("name\0\0", 6) + qCompress(icc).mid(4));
 }
 
-// A TIFF file of 4 x 4 pixels of four samples with 8 bits. If it is no picture of inks, the last is straight
-// alpha.
+// Returns a TIFF file of 4 x 4 pixels with four samples of 8 bits. Without inks, the last one is
+// straight alpha.
 QByteArray Tiff(const QByteArray& pixel, int photometric, const QByteArray& icc, bool isBigEndian)
 {
     const auto number = [isBigEndian](qsizetype value) {
@@ -122,7 +122,7 @@ protected:
 
 TEST_F(ColorProfileTest, ConvertsEveryKindOfProfileToSrgb)
 {
-    // The values are those of the spaces' formulas, in floating point.
+    // The values come from the formulas of the color spaces, in floating point.
     const QColorSpace gamma(QColorSpace::Primaries::SRgb, 2.2F);
     ExpectColor(PngOf(Filled(Dark, gamma)), qRgb(12, 35, 57));
     ExpectColor(PngOf(Filled(Dark, gamma).convertToFormat(QImage::Format_Indexed8)), qRgb(12, 35, 57));
@@ -133,8 +133,8 @@ TEST_F(ColorProfileTest, ConvertsEveryKindOfProfileToSrgb)
     EXPECT_EQ(Loaded(PngOf(Filled(qRgba(219, 100, 50, 77), display, QImage::Format_ARGB32))).pixel(0, 0),
         qRgba(236, 90, 27, 77));
 
-    // 16 x 8 pixels: to the left inks, to the right white paper. Pillow has written it with a profile of
-    // ours.
+    // 16 x 8 pixels with inks on the left and white paper on the right. Pillow wrote the file, with a profile
+    // of ours.
     const QByteArray inks = FileBytes(QStringLiteral(CORVADINE_TEST_DATA "/cmyk-profile.jpg"));
     ExpectColor(inks, qRgb(93, 214, 223));
     EXPECT_EQ(Loaded(inks).pixel(12, 4), qRgb(255, 255, 255));
@@ -191,7 +191,7 @@ TEST_F(ColorProfileTest, TakesTheSamplesOfTiffAsTheyAre)
     for (const bool isBigEndian : { false, true }) {
         constexpr int Inks = 5;
         ExpectColor(Tiff(QByteArray::fromHex("DC280A1E"), Inks, icc, isBigEndian), qRgb(93, 214, 223));
-        // Straight alpha of 20, with which 8 bits of a premultiplied color keep 20 levels only.
+        // With an alpha of 20, a premultiplied color of 8 bits would keep only 20 levels.
         constexpr int Rgb = 2;
         const QByteArray adobe = QColorSpace(QColorSpace::AdobeRgb).iccProfile();
         const QByteArray pixel = QByteArray::fromHex("5AB4C814");
@@ -217,7 +217,7 @@ TEST_F(ColorProfileTest, KeepsAllBitsOfDeepPictures)
     QImage image = Filled(0, adobe, QImage::Format_RGBA64);
     image.setPixelColor(0, 0, QColor(QRgba64::fromRgba64(30001, 46003, 51007, 12345)));
     const QRgba64 color = Loaded(PngOf(image)).pixelColor(0, 0).rgba64();
-    // The values of the formulas of both spaces, in floating point.
+    // The values come from the formulas of both spaces, in floating point.
     EXPECT_NEAR(color.red(), 18935, 20);
     EXPECT_NEAR(color.green(), 46387, 20);
     EXPECT_NEAR(color.blue(), 51547, 20);

@@ -14,7 +14,7 @@ using namespace Corvadine::Testing;
 
 static std::function<void()> OnSync; // called before each sync of this program
 
-// Replaces the system's function of the same name in this program.
+// Replaces the system's function in this program.
 extern "C" int fsync(int descriptor) // NOLINT(*-naming)
 {
     if (OnSync)
@@ -29,7 +29,7 @@ const QByteArray Theirs = "<Project><PropertyGroup><Logo>Saved meanwhile</Logo><
 
 } // namespace
 
-// A sync takes long, so that is when another program saves the project file.
+// Another program saves the project file during a sync, because a sync takes long.
 class ForeignSavePosixTest : public TFolderTest {
 protected:
     ForeignSavePosixTest()
@@ -39,8 +39,8 @@ protected:
     }
     ~ForeignSavePosixTest() override { OnSync = nullptr; }
 
-    // Prepares and runs `work` again and again; another program saves at the first sync, then at the second,
-    // and so on. Returns how many of these runs noticed it in time.
+    // Runs `prepare` and `work` again and again. In each run, another program saves one sync later than in
+    // the run before. Returns how many runs noticed the save in time.
     int ConflictsOf(const std::function<void()>& prepare, const std::function<void()>& work)
     {
         int conflicts = 0;

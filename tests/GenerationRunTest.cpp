@@ -40,7 +40,7 @@ protected:
     }
     TFolderContent Outputs() const { return FolderContent(FJob.OutputFolder); }
 
-    // The findings of a check, each with "damaged" or "stale" if its file exists.
+    // Returns the findings of a check. A finding has "damaged" or "stale" if its file exists.
     std::string Findings(TCheckDepth depth = TCheckDepth::Pixels) const
     {
         QStringList texts;

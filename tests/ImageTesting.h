@@ -24,7 +24,7 @@ inline QByteArray BigEndian(quint32 number)
     return bytes;
 }
 
-// The checksum of a chunk, bit by bit (https://www.w3.org/TR/png-3/#5CRC-algorithm).
+// Returns the checksum of a chunk (https://www.w3.org/TR/png-3/#5CRC-algorithm).
 inline quint32 PngChecksum(const QByteArray& bytes)
 {
     quint32 crc = 0xFFFFFFFF;

@@ -64,7 +64,7 @@ TEST_F(ImageViewTest, FindsThePixelUnderThePointer)
     EXPECT_EQ(FView.ColorAt(114, 115), Red);
     EXPECT_EQ(FView.ColorAt(115, 115), Blue);
 
-    // Shrunk to a tenth, a pixel of the view stands for 10 x 10 pixels. The one under its center counts.
+    // Each pixel of the view shows 10 x 10 pixels of the picture. The pixel under its center counts.
     const QImage blocks = Painted({ 2300, 2300 }, QImage::Format_RGB32,
         [](int x, int y) { return x % 10 == 5 && y % 10 == 5 ? qRgb(255, 0, 0) : qRgb(0, 0, 255); });
     ASSERT_TRUE(blocks.save(Path("blocks.png")));
@@ -77,7 +77,7 @@ TEST_F(ImageViewTest, FindsThePixelUnderThePointer)
     EXPECT_EQ(FView.ColorAt(10, 113), -1);
 }
 
-// Runs at other scales of the screen, too.
+// CTest runs this test at the scales 1.5 and 2 as well.
 TEST_F(ImageViewTest, PicksThePixelUnderThePointerAtEveryScale)
 {
     QWidget window;

@@ -207,7 +207,7 @@ TEST_F(MainFormTest, ChoosesAndRemovesImagesAndPicksTheIconsColorFromEitherView)
 TEST_F(MainFormTest, ADroppedPictureThatCannotBeReadChangesNothing)
 {
     Start({ "A" });
-    const QString heic = Path("photo.png"); // whatever its name says
+    const QString heic = Path("photo.png"); // the name does not matter
     PutFile(heic, QByteArray::fromHex("00000018") + "ftypheic" + QByteArray(4, '\0') + "mif1heic");
     for (TImageView* view : { Ui().ImageEnViewIcon, Ui().ImageEnViewSplash }) {
         emit view->FileDropped(Path("icon.png"));
@@ -324,7 +324,7 @@ TEST_F(MainFormTest, SavingShowsTheImagesThatAnotherProgramHasSetMeanwhile)
 TEST_F(MainFormTest, TakesAProjectFileDroppedAnywhereAsACopy)
 {
     Start();
-    // Sends the events that the system sends for a drag onto `target`. Returns what its source is told.
+    // Sends the events of a drag and drop onto `target`. Returns the action that the source is told.
     const auto drop = [&](const QWidget* target, const char* name, Qt::DropActions offered) {
         QMimeData data;
         data.setUrls({ QUrl::fromLocalFile(ProjectFile(name)) });
@@ -371,7 +371,7 @@ TEST_F(MainFormTest, DatabaseThatCannotBeOpenedAtTheStartIsOpenedLater)
         EXPECT_EQ(Ui().cbProjects->Text(), "not connected");
         EXPECT_EQ(FForm->State().MyIniFileName, QString()) << "the start-up has ended there";
         EXPECT_EQ(FForm->State().BackupFolder, Path("program/Project Backups") + QDir::separator());
-        Click("Help"); // it was not set up
+        Click("Help"); // the help was not set up
     }
     ComeBack();
     EXPECT_EQ(Ui().cbProjects->Text(), ProjectFile("B"));

@@ -12,7 +12,7 @@ using namespace Corvadine::Testing;
 
 namespace {
 
-// EXIF data with one tag, the orientation.
+// Returns EXIF data with one tag, the orientation.
 QByteArray Exif(int orientation)
 {
     QByteArray exif = QByteArray::fromHex("4D4D002A00000008 0001 0112 0003 00000001 0000 0000 00000000");
@@ -47,7 +47,7 @@ struct TTurned {
     std::vector<int> Reds; // from left to right, from top to bottom
 };
 
-// A picture of 3 x 2 pixels with the reds 10 to 60, as Pillow's ImageOps.exif_transpose turns it.
+// A picture of 3 x 2 pixels with the reds 10 to 60. Pillow's ImageOps.exif_transpose gives these results.
 const TTurned AllTurned[] {
     { 0, { 3, 2 }, { 10, 20, 30, 40, 50, 60 } },
     { 1, { 3, 2 }, { 10, 20, 30, 40, 50, 60 } },
@@ -88,7 +88,7 @@ TEST_F(MetadataTest, TurnsPngAndWebpAsTheirExifDataTell)
         }
         if (!QImageReader::supportedImageFormats().contains("webp"))
             continue;
-        // The same picture, without loss, by Pillow.
+        // The same picture as lossless WebP, written by Pillow.
         const QByteArray webp = QByteArray::fromHex("524946465A000000 57454250 565038580A000000"
                                                     "080000000200000100005650384C190000002F024000"
                                                     "002F105588F98F006ADA3660439D7F3935A2FF31BD00"

@@ -18,7 +18,7 @@ namespace {
 
 constexpr QSize Size(37, 11);
 
-// A PNG file in which every sample is a random number, and every row has one of the five filters in turn.
+// Returns a PNG file with random samples. Its rows have the five filters in turn.
 QByteArray RandomPng(int colorType, int depth, int channels, const QByteArray& others, int interlace = 0)
 {
     const int rowBytes = (Size.width() * depth * channels + 7) / 8;
@@ -56,8 +56,8 @@ protected:
     const QString FFile = Path("a.png");
 };
 
-// Whether the pictures look the same. The colors of fully transparent pixels may differ, and all samples by
-// the rounding from 16 bits.
+// Expects that the pictures look the same. The colors of fully transparent pixels may differ. All samples may
+// differ by the rounding from 16 bits.
 void ExpectSame(QImage image, QImage expected)
 {
     image.convertTo(QImage::Format_ARGB32);
@@ -101,7 +101,7 @@ TEST_F(PngReaderTest, AgreesWithQtOnEveryColorTypeDepthAndRowFilter)
 
 TEST_F(PngReaderTest, KeepsTheTransparentColorOfSixteenBits)
 {
-    // Qt loses it. The picture has one pixel of that color and one that differs in the lowest bit.
+    // Qt loses the transparent color. One pixel has this color, and the other differs in the lowest bit.
     const QByteArray header = BigEndian(2) + BigEndian(1) + QByteArray::fromHex("1002000000");
     const QByteArray pixels = qCompress(QByteArray::fromHex("00"
                                                             "123456789ABC"

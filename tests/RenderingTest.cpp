@@ -119,8 +119,8 @@ TEST(RenderingTest, BackgroundSurvivesTheReductionOfColors)
 
 TEST(RenderingTest, ReductionOfColorsKeepsOpaqueAndClearPixels)
 {
-    // Half of the pixels are nearly opaque or nearly clear. With one of each, no palette color is mostly
-    // theirs.
+    // If isMixed, half of the pixels are opaque or clear, and the others nearly so. Otherwise each half has
+    // only one such pixel, so no palette color has mostly opaque or clear pixels.
     for (const bool isMixed : { true, false }) {
         TRaster raster({ 64, 64 }, 4);
         for (int i = 0; i < 64 * 64; ++i) {

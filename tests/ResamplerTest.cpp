@@ -35,7 +35,7 @@ template <typename TKernel> auto SameOnAllTargets(TKernel kernel)
     return plain;
 }
 
-// The red, green, blue and alpha of all pixels.
+// Returns the red, green, blue and alpha of all pixels.
 TValues Samples(const TRaster& raster)
 {
     TValues values;
@@ -50,7 +50,7 @@ TValues Mixed(const QImage& image, QSize size, TResampleFilter filter)
     return Samples(WithAlpha(TFilteredImage { &pairs, size, filter }));
 }
 
-// The red of all pixels.
+// Returns the red of all pixels.
 TValues Reds(const TValues& samples)
 {
     TValues reds;
@@ -64,7 +64,7 @@ TValues Filtered(const QImage& image, QSize size, TResampleFilter filter)
     return Reds(Mixed(image, size, filter));
 }
 
-// Returns the samples of `image` at `size`, by every filter that mixes pixels, with the name of the filter.
+// Returns the samples of `image` at `size` for every filter that mixes pixels, with the name of the filter.
 std::vector<std::pair<std::string, TValues>> MixedByAll(const QImage& image, QSize size)
 {
     std::vector<std::pair<std::string, TValues>> results;

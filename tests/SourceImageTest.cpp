@@ -277,7 +277,7 @@ TEST_F(SourceImageTest, PixelsThatABitmapLeavesOutDoNotDependOnMemory)
                 + bits + "00" + compression + "000000 00000000 00000000 00000000 02000000 00000000"
                 + "1E1EC800 C81E1E00" + codes);
     };
-    // Both put 4 pixels into the first row, 3 into the second, and one behind them.
+    // Both bitmaps set 4 pixels of the first row, 3 of the second, and one further pixel.
     const QByteArray rle8 = bitmap("01", "08", "04010000 00030101010000020300 0101 0001");
     const QByteArray rle4 = bitmap("02", "04", "04110000 00031110000203000111 0001");
     for (const QByteArray& bytes : { rle8, rle4 }) {

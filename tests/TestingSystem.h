@@ -24,8 +24,8 @@ bool SurvivesInCopy(const std::function<void()>& work);
 // not end.
 void RunAndKill(const std::function<void()>& work, std::chrono::microseconds after);
 
-// Fills memory that is allocated from now on with bytes other than zero, and other ones for another `value`;
-// 0 ends that. Has no effect on Windows and under a sanitizer.
+// Fills memory that is allocated from now on with bytes other than zero, which depend on `value`. A `value`
+// of 0 ends the filling. Has no effect on Windows and under a sanitizer.
 void FillNewMemory(int value);
 
 // Sets `process` up so that no helper process of the system is left if it is killed. REQUIRES: it is not
