@@ -92,7 +92,7 @@ public:
         const auto file = [](const char* target, qint64 size, const char* description, bool isMandatory) {
             TUpdateFile made;
             made.Target = target;
-            made.Version = "1.1.0";
+            made.Version = "1.2.0";
             made.Date = QDateTime(QDate(2026, 11, 22), QTime(14, 30), Qt::UTC);
             made.Size = size;
             made.Description = description;
