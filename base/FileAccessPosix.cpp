@@ -133,7 +133,9 @@ void KeepAccess(int descriptor, const QByteArray& target, const QString& path)
     const mode_t mode = status.st_mode & 07777;
     if (::fchmod(descriptor, hasGroup ? mode : WithoutGroup(mode)) != 0)
         throw WriteError(path, LastError());
-    for (const TAttribute& attribute : attributes) // setting the list leaves the mode as it is
+    // The access control list is one of these attributes. It agrees with the mode of `target`, so setting it
+    // does not change the mode again.
+    for (const TAttribute& attribute : attributes)
         if (!Set(descriptor, attribute))
             throw WriteError(path,
                 u"its extended attribute %1 cannot be kept: %2"_s.arg(

@@ -164,8 +164,8 @@ QString TBackups::Keep(const QString& projectFile, const QByteArray& bytes, cons
         record.Name = NameAt(projectFile, time.addSecs(later));
         if (keep == TKeep::Always && IsOfThisSecond(record)) {
             TStagedFile staged(PathOf(record.Name), bytes, projectFile);
-            // The record comes first. A process that is killed before Commit() leaves the old copy, which has
-            // its old record.
+            // The new record is added before the copy is replaced, beside the old record. So a process that
+            // is killed in between leaves the old copy with a record that describes it.
             if (Index().Add(record)) {
                 staged.Commit();
                 return PathOf(record.Name);

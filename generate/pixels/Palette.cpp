@@ -166,8 +166,8 @@ void MovePixels(TPaletteRaster& reduced, const std::vector<std::uint32_t>& pixel
     }
 }
 
-// Gives each palette color the mean of its pixels, but keeps its kind. This makes up for the error of the
-// moved pixels.
+// Gives each palette color the mean of its pixels, but a clear, translucent or opaque color stays so. This
+// reduces the error that MovePixels() made.
 void TakeMeans(TPaletteRaster& reduced, const std::vector<std::uint32_t>& pixels)
 {
     struct TSums {

@@ -18,8 +18,8 @@ struct TUpdateLimits {
     std::chrono::milliseconds Headers { 5'000 };         // from a request to the end of the headers
     std::chrono::milliseconds Stall { 30'000 };          // without a byte from the server
     std::chrono::milliseconds CheckTotal { 60'000 };     // for a whole check
-    std::chrono::milliseconds DownloadTotal { 300'000 }; // for a download, without the time for its size
-    qint64 LeastRate = 16LL * 1024;                      // bytes per second; adds time for a large download
+    std::chrono::milliseconds DownloadTotal { 300'000 }; // for a download; LeastRate adds time for its size
+    qint64 LeastRate = 16LL * 1024;                      // bytes per second
     int Redirects = 5;                                   // per transfer
     qint64 ControlFile = 256LL * 1024;                   // bytes
     qint64 Package = 512LL * 1024 * 1024;                // bytes of one download
