@@ -151,7 +151,8 @@ private:
     TSource FLaunch;
     TSourceSizes FSizes;
     std::vector<TOutput> FOutputs;
-    std::vector<std::optional<TImageFault>> FFaults; // as FOutputs; each is written by one thread
+    std::vector<std::optional<TImageFault>>
+        FFaults; // one per output; each element is written by one thread only
 };
 
 } // namespace

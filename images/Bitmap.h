@@ -16,9 +16,10 @@ struct TBitmapHeader {
     qint64 Width = 0;    // pixels
     qint64 Height = 0;   // pixels, never negative
     bool IsTopDown = false;
-    int Bits = 0;                          // per pixel
-    quint32 Compression = 0;               // biCompression, for example BI_RGB
-    std::array<std::uint32_t, 4> Masks {}; // the bits of red, green, blue and alpha; 0 where none are told
+    int Bits = 0;            // per pixel
+    quint32 Compression = 0; // biCompression, for example BI_RGB
+    std::array<std::uint32_t, 4>
+        Masks {}; // the bits of red, green, blue and alpha; 0 where the header gives none
     qint64 RowBytes() const { return (Width * Bits + 31) / 32 * 4; } // without compression
 };
 

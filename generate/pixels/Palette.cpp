@@ -141,8 +141,8 @@ int SquaredDistance(const TRgba& a, const TRgba& b)
     return sum;
 }
 
-// Gives each pixel whose kind differs from that of its palette color the nearest color. Opaque and clear
-// pixels get only colors of their kind.
+// If the kinds of a pixel and of its palette color differ, gives the pixel the nearest color instead. An
+// opaque or clear pixel gets only a color of its own kind.
 void MovePixels(TPaletteRaster& reduced, const std::vector<std::uint32_t>& pixels)
 {
     std::array<TRgba, MostColors> premultiplied {};
@@ -166,8 +166,8 @@ void MovePixels(TPaletteRaster& reduced, const std::vector<std::uint32_t>& pixel
     }
 }
 
-// Gives each palette color the mean of its pixels, but a clear, translucent or opaque color stays so. This
-// reduces the error that MovePixels() made.
+// Sets each palette color to the mean of its pixels, but keeps its kind: a clear color stays clear, and an
+// opaque one opaque. This reduces the error that MovePixels() made.
 void TakeMeans(TPaletteRaster& reduced, const std::vector<std::uint32_t>& pixels)
 {
     struct TSums {

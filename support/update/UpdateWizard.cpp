@@ -223,7 +223,7 @@ void TUpdateWizard::Checked(const std::vector<TUpdateFile>& files)
                 VersionText(NewestAcceptedVersion(FParts.WebUpdate.Settings()))));
         return;
     }
-    try { // reports a folder that cannot be written before the user chooses and downloads
+    try { // if the folder cannot be written, the user learns it now, not after the download
         const TUpdateLock probe = FFolder.Lock();
     } catch (const TError& error) {
         Fail(FStep, error.Text());
