@@ -2,92 +2,18 @@
 
 #include "base/Literals.h"
 #include "widgets/DesktopScheme.h"
+#include "widgets/ThemeStyle.h"
 
 #include <QApplication>
 #include <QFont>
-#include <QPainter>
-#include <QProxyStyle>
-#include <QStyleOption>
 
 #include <algorithm>
+#include <array>
+#include <cmath>
 
 namespace Corvadine {
 
 namespace {
-
-// The program uses the style Fusion, because it looks the same on every system and follows the palette.
-// Drop-downs open lists rather than menus, because a list can be scrolled and sized.
-class TThemeStyle : public QProxyStyle {
-public:
-    TThemeStyle() : QProxyStyle(u"Fusion"_s) { }
-
-    int styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
-        QStyleHintReturn* returnData) const override
-    {
-        switch (hint) {
-        case SH_ComboBox_Popup:
-        case SH_ItemView_ActivateItemOnSingleClick: // a single click only selects, on every desktop
-            return 0;
-        case SH_Slider_AbsoluteSetButtons:
-            return Qt::LeftButton; // a click on the groove moves the handle there
-        default:
-            return QProxyStyle::styleHint(hint, option, widget, returnData);
-        }
-    }
-
-    void drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
-        const QWidget* widget) const override
-    {
-        QProxyStyle::drawPrimitive(element, option, painter, widget);
-        // Fusion draws outlines darker than the window, so on a dark window they are hardly visible. Here
-        // lighter outlines are drawn over them.
-        if ((element == PE_IndicatorCheckBox || element == PE_FrameLineEdit) && IsDark(option->palette)
-            && !(option->state & State_HasFocus))
-            DrawOutline(QRectF(option->rect), option->palette, *painter);
-    }
-
-    // A run repaints its progress after each image. Fusion's rounded gradients would take 2 % of the run.
-    void drawControl(ControlElement element, const QStyleOption* option, QPainter* painter,
-        const QWidget* widget) const override
-    {
-        const auto* bar = qstyleoption_cast<const QStyleOptionProgressBar*>(option);
-        const bool isPlain = bar != nullptr && bar->maximum > bar->minimum && (bar->state & State_Horizontal);
-        if (isPlain && element == CE_ProgressBarGroove)
-            DrawProgressGroove(*bar, *painter);
-        else if (isPlain && element == CE_ProgressBarContents)
-            painter->fillRect(ProgressArea(*bar), bar->palette.highlight());
-        else
-            QProxyStyle::drawControl(element, option, painter, widget);
-    }
-
-private:
-    static void DrawProgressGroove(const QStyleOptionProgressBar& bar, QPainter& painter)
-    {
-        constexpr double Strength = 0.3; // the share of the text's color in the frame
-        painter.fillRect(bar.rect,
-            Mix(bar.palette.color(QPalette::Window), bar.palette.color(QPalette::WindowText), Strength));
-        painter.fillRect(bar.rect.adjusted(1, 1, -1, -1), bar.palette.base());
-    }
-
-    static QRect ProgressArea(const QStyleOptionProgressBar& bar)
-    {
-        QRect area = bar.rect.adjusted(2, 2, -2, -2);
-        const double share = double(bar.progress - bar.minimum) / (bar.maximum - bar.minimum);
-        area.setWidth(qRound(area.width() * std::clamp(share, 0.0, 1.0)));
-        return QStyle::visualRect(bar.direction, bar.rect, area);
-    }
-
-    static void DrawOutline(const QRectF& area, const QPalette& palette, QPainter& painter)
-    {
-        constexpr double Strength = 0.4; // the share of the text's color in the outline
-        painter.save();
-        painter.setRenderHint(QPainter::Antialiasing);
-        painter.setPen(Mix(palette.color(QPalette::Window), palette.color(QPalette::WindowText), Strength));
-        painter.setBrush(Qt::NoBrush);
-        painter.drawRoundedRect(area.adjusted(0.5, 0.5, -0.5, -0.5), 2, 2);
-        painter.restore();
-    }
-};
 
 struct TScheme {
     QRgb Window, Base, AlternateBase, Button, Text, Placeholder, Disabled, Highlight, HighlightedText, Link;
@@ -157,6 +83,45 @@ bool IsDark(const QPalette& palette)
 QColor ContentColor(const QPalette& palette)
 {
     return palette.color(QPalette::Base);
+}
+
+double Contrast(const QColor& one, const QColor& other)
+{
+    const auto linear = [](double channel) {
+        return channel <= 0.04045 ? channel / 12.92 : std::pow((channel + 0.055) / 1.055, 2.4);
+    };
+    const auto luminance = [linear](const QColor& color) {
+        return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF())
+            + 0.0722 * linear(color.blueF());
+    };
+    const auto [darker, lighter] = std::minmax({ luminance(one), luminance(other) });
+    return (lighter + 0.05) / (darker + 0.05);
+}
+
+QColor FrameColor(const QPalette& palette)
+{
+    constexpr double Strength = 0.35; // the share of the text's color
+    return Mix(
+        palette.color(QPalette::Window), palette.color(QPalette::Active, QPalette::WindowText), Strength);
+}
+
+QColor FocusColor(const QPalette& palette)
+{
+    constexpr double Least = 3.2; // a little more than 3, because smooth edges lose some of it
+    constexpr int Steps = 10;
+    const QColor highlight = palette.color(QPalette::Active, QPalette::Highlight);
+    const QColor text = palette.color(QPalette::Active, QPalette::WindowText);
+    constexpr int Lighter = 150; // in percent: Fusion draws the upper halves of buttons lighter
+    const std::array grounds { palette.color(QPalette::Active, QPalette::Window),
+        palette.color(QPalette::Active, QPalette::Base),
+        palette.color(QPalette::Active, QPalette::Button).lighter(Lighter) };
+    for (int step = 0; step < Steps; ++step) {
+        const QColor color = Mix(highlight, text, double(step) / Steps);
+        if (std::ranges::all_of(
+                grounds, [&color](const QColor& ground) { return Contrast(color, ground) >= Least; }))
+            return color;
+    }
+    return text;
 }
 
 QColor Mix(const QColor& under, const QColor& over, double share)

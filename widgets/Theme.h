@@ -28,6 +28,17 @@ bool IsDark(const QPalette& palette);
 // Returns the color behind image views and thumbnails.
 QColor ContentColor(const QPalette& palette);
 
+// Returns the contrast of two opaque colors, from 1 to 21, as
+// https://www.w3.org/TR/WCAG21/#dfn-contrast-ratio defines it.
+double Contrast(const QColor& one, const QColor& other);
+
+// Returns the color of the frames around groups and controls.
+QColor FrameColor(const QPalette& palette);
+
+// Returns the color of the ring around the control that has the keyboard focus. It is the highlight, moved to
+// the text's color until its contrast with windows, buttons and fields is at least 3.
+QColor FocusColor(const QPalette& palette);
+
 // Returns a mixture of two opaque colors. `share` is the share of `over` in the result, from 0 to 1.
 QColor Mix(const QColor& under, const QColor& over, double share);
 
