@@ -37,8 +37,8 @@ struct TAttribute {
     bool operator==(const TAttribute&) const = default;
 };
 
-// Returns what `call` writes into a buffer. With a null buffer, `call` returns the size that it needs.
-// Returns nothing, with errno set, if `call` fails.
+// Returns what `call` writes into a buffer. With a null buffer, `call` returns the number of bytes that it
+// would write. Returns nothing, with errno set, if `call` fails.
 template <typename TCall> std::optional<QByteArray> Filled(TCall call)
 {
     for (;;) { // the size may grow between the two calls
@@ -85,7 +85,7 @@ bool Has(const std::vector<TAttribute>& attributes, const char* name)
 }
 
 // Gives the file an attribute. Does nothing if the attribute has this value already, because some attributes
-// can be set only by the system. Returns false if this fails.
+// can be set only by the system. Returns false if the attribute cannot be set.
 bool Set(int descriptor, const TAttribute& attribute)
 {
     return ValueOf(descriptor, attribute.Name) == attribute.Value
@@ -109,8 +109,8 @@ bool GiveToGroup(int descriptor, const struct stat& status)
         || ::fchown(descriptor, SameOwner, status.st_gid) == 0;
 }
 
-// Returns `mode` for a file that cannot get the group of its original. The file's own group gets only what
-// all users have, because the original did not belong to it.
+// Returns `mode`, reduced for a file that cannot get the group of its original. The file's own group gets
+// only the access that all users have, because the original did not belong to this group.
 mode_t WithoutGroup(mode_t mode)
 {
     return (mode & ~mode_t { S_IRWXG }) | (mode & S_IRWXO) << 3;
@@ -154,8 +154,8 @@ void CopyAccess(int descriptor, const QByteArray& original, const QString& path)
         mode = status.st_mode & 0777;
     }
     const bool hasList = Has(attributes, AccessControlList);
-    // If a file has a list, the group's bits of its mode are the mask of the list. The mask may allow more
-    // than the group has.
+    // If a file has an access control list, the group's bits in its mode hold the mask of the list. The mask
+    // may allow more than the list gives to the group.
     if (hasList)
         mode &= ~mode_t { S_IRWXG };
     else if (!hasGroup)

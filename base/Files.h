@@ -21,8 +21,8 @@ bool FolderExists(const QString& path);
 // Paths that name nothing are compared as texts.
 bool IsSameFile(const QString& left, const QString& right);
 
-// Opens `file` for reading. An error text begins with `attempt`: "read the project file". Throws TError(Io)
-// for a missing file, a folder or a pipe, and if the system refuses.
+// Opens `file` for reading. Error texts contain `attempt`, for example "read the project file". Throws
+// TError(Io) for a missing file, a folder or a pipe, and if the system refuses to open the file.
 void OpenForReading(QFile& file, const QString& attempt);
 
 // Returns the whole content of a file. Throws as OpenForReading does.
@@ -37,12 +37,12 @@ void WriteFileAtomically(const QString& path, const QByteArray& bytes);
 std::error_code RemoveTree(const QString& path);
 
 // Creates the folder `path` with every missing parent. Does nothing if the folder exists. Throws TError(Io),
-// also when a file has that name.
+// also when `path` names a file.
 void CreateFolder(const QString& path);
 
 // A folder for a job that may fail. The constructor creates the folder with its missing parents, as
-// CreateFolder does. The destructor removes those new folders that are still empty, so a failed job leaves
-// none behind. A constructor that throws has removed its new folders already.
+// CreateFolder does. The destructor removes the new folders that are still empty, so a failed job leaves none
+// behind. A constructor that throws has removed its new folders already.
 class TNewFolder {
 public:
     explicit TNewFolder(const QString& path);

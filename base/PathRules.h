@@ -13,8 +13,8 @@ bool IsPathDelimiter(QChar character);
 // Whether `path` begins with a delimiter, or with a drive and a delimiter.
 bool IsFullPath(const QString& path);
 
-// Returns `folder` with the system's own delimiter appended, unless it ends in a delimiter. An empty text
-// stays empty.
+// Returns `folder` with the system's own delimiter appended, unless `folder` ends in a delimiter already. An
+// empty text stays empty.
 QString WithTrailingDelimiter(const QString& folder);
 
 // Everything after the last delimiter or drive colon.

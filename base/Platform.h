@@ -11,9 +11,10 @@ namespace Corvadine {
 // print UTF-8 and keep LF.
 void PrepareProcess();
 
-// Returns a new stream to the place of stderr, for the program's own lines. Discards everything that is
-// printed to stderr itself, because image decoders print complaints there and cannot be told to be silent.
-// Returns null, with nothing changed, if the system refuses.
+// Returns a new stream for the program's own lines. It prints to the place where stderr has printed so far.
+// Afterwards everything that is printed to stderr itself is discarded, because image decoders print
+// complaints there and cannot be told to be silent. Returns null, with nothing changed, if the system
+// refuses.
 std::FILE* TakeErrorStream();
 
 // Whether the error stream is a terminal, so that progress can be drawn there. REQUIRES: TakeErrorStream()

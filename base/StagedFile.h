@@ -10,7 +10,7 @@ namespace Corvadine {
 
 // The new content of one file, written and synced beside the file, but not yet under the file's name.
 // Commit() renames the new content, which is atomic: every program sees the whole old file or the whole new
-// one, also after a crash or a kill. Without Commit() the file does not change, and the destructor deletes
+// file, also after a crash or a kill. Without Commit() the file does not change, and the destructor deletes
 // the new content. A symbolic link is followed, not replaced. The permissions of an existing file are kept,
 // and its owner if the system allows it. Several files can be staged first and committed together. Movable,
 // not copyable. Staged files may be used on any thread, each by one thread at a time.
@@ -31,9 +31,10 @@ public:
     TStagedFile(TStagedFile&& other) noexcept;
     TStagedFile& operator=(TStagedFile&&) = delete;
 
-    // Replaces the file. Throws TError(Io); the old file is then still there. Windows may move the old file
-    // away, and then fail both to rename the new file and to move the old one back. In that case both files
-    // stay, and the error's text names both. REQUIRES: not committed yet.
+    // Replaces the file. Throws TError(Io). After a throw the old file is still in its place, with one
+    // exception: Windows moves the old file away first. The system may then fail to rename the new file, and
+    // also fail to move the old file back. In that case both files stay under other names, and the error's
+    // text names both. REQUIRES: not committed yet.
     void Commit();
 
     // Commits like Commit(), but never replaces a file. Returns false, with nothing changed, if a file of

@@ -66,8 +66,8 @@ QByteArray FolderPart(const QByteArray& target)
 constexpr mode_t NewFileMode = 0666; // narrowed by the umask
 
 // The name of a staged file is TARGET.newPROCESS.COUNT. Its process keeps the file locked. So a file with
-// such a name and without a lock was left by a process that was killed. A name without the count may be a
-// file of the user, such as "Demo.dproj.new2".
+// such a name and without a lock was left by a process that was killed. A name without the count may belong
+// to a file of the user, such as "Demo.dproj.new2".
 const QByteArray StagedMark = ".new";
 
 QByteArray StagedName(const QByteArray& target)
@@ -91,7 +91,7 @@ bool IsStagedName(const QByteArray& name, const QByteArray& target)
 }
 
 // Locks the file. Waits while another process holds the lock in RemoveUnlessLocked(). Does nothing on a file
-// system without locks, where RemoveUnlessLocked() removes nothing.
+// system without locks. RemoveUnlessLocked() removes nothing there.
 void Lock(int descriptor)
 {
     while (::flock(descriptor, LOCK_EX) != 0 && errno == EINTR) { }
@@ -207,8 +207,8 @@ void TStagedFile::TSystemFile::Create(mode_t mode)
     // A file without a name: a process that is killed now leaves nothing behind.
     FDescriptor = ::open(FolderPart(FTarget).constData(), O_TMPFILE | O_WRONLY | O_CLOEXEC, mode);
 #endif
-    // The call fails if the file system has no files without a name, or if the folder cannot be written. Then
-    // the loop below creates a file with a name, or throws the reason.
+    // The call fails if the file system does not support files without a name, or if the folder cannot be
+    // written. Then the loop below creates a file with a name, or throws the reason.
     if (FDescriptor >= 0) {
         Lock(FDescriptor);
         return;
@@ -222,7 +222,7 @@ void TStagedFile::TSystemFile::Create(mode_t mode)
             throw WriteError(FPath, errno);
         FTemporary = name;
         Lock(FDescriptor);
-        // Before the lock, another process may have taken the file for an abandoned one and removed it.
+        // Before we locked the file, another process may have removed it, because it seemed to be abandoned.
     } while (!HasName(FDescriptor));
 }
 
@@ -235,8 +235,8 @@ bool TStagedFile::TSystemFile::LinkAs(const QByteArray& name) const
 
 bool TStagedFile::TSystemFile::PutInPlace(bool isNew)
 {
-    // A link gives a file without a name its final name in one step, so a kill leaves nothing behind. A link
-    // never replaces a file.
+    // linkat() gives a file without a name its final name in one step, so a kill leaves nothing behind.
+    // linkat() never replaces a file.
     if (FTemporary.isEmpty() || isNew) {
         if (LinkAs(FTarget))
             return true;

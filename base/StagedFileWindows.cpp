@@ -88,7 +88,7 @@ private:
     std::wstring FTemporary; // name of the staged file; empty while there is none
     HANDLE FHandle = INVALID_HANDLE_VALUE;
     bool FIsMarked = false;   // the staged file vanishes when it is closed
-    bool FIsStranded = false; // neither the old file nor the new one could be given its name
+    bool FIsStranded = false; // the old file has lost its name, and the new file could not get this name
 };
 
 TStagedFile::TSystemFile::~TSystemFile()
@@ -233,7 +233,8 @@ TErrorNumber TStagedFile::TSystemFile::PutInPlace()
 
 TErrorNumber TStagedFile::TSystemFile::Replace() const
 {
-    // Replacing must not fail on a disk without access rights, or with rights that we may not change.
+    // The replacement must also succeed on a disk without access rights, and where we may not change the
+    // rights.
     constexpr DWORD Lenient = REPLACEFILE_IGNORE_MERGE_ERRORS | REPLACEFILE_IGNORE_ACL_ERRORS;
     const TErrorNumber error = ErrorUnless(
         ::ReplaceFileW(FTarget.c_str(), FTemporary.c_str(), Backup().c_str(), Lenient, nullptr, nullptr));

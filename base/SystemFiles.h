@@ -10,7 +10,7 @@
 namespace Corvadine {
 
 // Returns how file names are compared. On Windows, names that differ only in upper and lower case name one
-// file. On other systems they usually name two.
+// file. On other systems such names usually name two files.
 Qt::CaseSensitivity FileNameCase();
 
 // Whether two names or paths are the same by the rule of FileNameCase(). REQUIRES: both are written in the
@@ -29,7 +29,7 @@ QString LegacyText(const QByteArray& bytes);
 // (see QDir::cleanPath()).
 QString WithoutDroppedEnd(const QString& path);
 
-// Identifies a file or folder, however its path is written.
+// The identity of a file or folder. All paths that lead to the same file give the same identity.
 struct TFileIdentity {
     quint64 Volume;
     quint64 Number; // of the file on its volume
@@ -45,7 +45,7 @@ std::optional<TFileIdentity> FileIdentity(const QString& path);
 // folder inside a volume does not count, even if the system mounts this folder in a second place.
 bool IsDriveRoot(const QString& folder);
 
-// Creates `path`, of any length, with every missing parent. No error if it exists.
+// Creates the folder `path`, of any length, with every missing parent. Returns no error if the folder exists.
 std::error_code MakeFolders(const QString& path);
 
 // Deletes the file for good, also a hidden one. Does not delete a file that is marked read-only, though some
@@ -53,7 +53,7 @@ std::error_code MakeFolders(const QString& path);
 bool DeleteWritableFile(const QString& path);
 
 // Removes the file, link or empty folder `path`, also if it is marked read-only. The target of a link stays,
-// be it a file or a folder.
+// whether the target is a file or a folder.
 std::error_code RemoveEntry(const QString& path);
 
 // Returns `path`, of any length, as the bytes by which a library opens the file: in UTF-8 on Windows,

@@ -15,7 +15,7 @@ namespace Corvadine {
 
 namespace {
 
-// The longest path without the prefix. Windows limits a path to 260 characters for a file and 248 for a
+// The longest path that gets no prefix. Windows limits a path to 260 characters for a file and 248 for a
 // folder. This limit is lower, because staged files, SQLite and others append to the name.
 constexpr qsizetype LongestClassic = 200;
 
@@ -53,7 +53,7 @@ QString LegacyText(const QByteArray& bytes)
     if (codePage == CP_UTF8 || codePage == CP_ACP) // CP_ACP: the language has no code page
         codePage = Western;
     const int size = static_cast<int>(bytes.size());
-    std::wstring text(static_cast<std::size_t>(size), L'\0'); // never too small: no byte gives two characters
+    std::wstring text(static_cast<std::size_t>(size), L'\0'); // large enough: no byte gives two characters
     const int length = ::MultiByteToWideChar(codePage, 0, bytes.constData(), size, text.data(), size);
     text.resize(static_cast<std::size_t>(length));
     return QString::fromStdWString(text);

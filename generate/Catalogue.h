@@ -57,7 +57,7 @@ struct TGenRec {
 };
 
 // Returns the window's generation list at the start of a run. The list lacks the Windows icon, which the run
-// adds when the icon's file is written. The parameters are those of BoxOf().
+// adds when the icon's file is written. The parameters mean the same as in BoxOf().
 std::vector<TGenRec> BuildGenList(const TPlatforms& platforms, int twoxSize, QSize launchSize);
 
 // Returns the name, without folder, of the file that holds the image `id`.

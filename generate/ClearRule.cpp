@@ -38,8 +38,8 @@ bool HoldsSource(const QString& folder, const QString& source)
     return FileExists(source) && Holds(folder, source);
 }
 
-// Returns the reason against clearing, to follow "Cannot delete the files in FOLDER: ". Returns an empty text
-// if nothing forbids clearing.
+// Returns the reason against clearing. The message puts it after "Cannot delete the files in FOLDER: ".
+// Returns an empty text if nothing forbids clearing.
 QString ReasonAgainst(const TProject& project, const TOwnFolders& own)
 {
     const QString& folder = project.OutputFolder;

@@ -45,8 +45,8 @@ private:
             FSources.Launch = LoadSource(FJob.LaunchFile, UseOf(*FSizes.Launch, true));
     }
 
-    // Returns the use of the launch source or of the icon source. `source` is its size. If an output copies
-    // pixels, the decoded picture must be kept.
+    // Returns the use of the launch source if `isLaunch`, otherwise the use of the icon source. `source` is
+    // the size of this source. If an output copies pixels, the decoded picture must be kept.
     TSourceUse UseOf(QSize source, bool isLaunch) const
     {
         const bool isCopied = std::any_of(FOutputs.begin(), FOutputs.end(), [&](const TOutput& output) {

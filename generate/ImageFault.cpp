@@ -166,8 +166,8 @@ TMaybeFault IconFormFault(const std::vector<QImage>& images, std::optional<QSize
     return {};
 }
 
-// Returns how an icon differs from the icon file `expected`. `images` are decoded, `stored` are their bytes.
-// REQUIRES: the images of both icons have the same sizes.
+// Returns how an icon differs from the icon file `expected`. `images` are the icon's decoded images, `stored`
+// the bytes of the same images in the file. REQUIRES: the images of both icons have the same sizes.
 TMaybeFault IconDifference(
     const std::vector<QImage>& images, const std::vector<QByteArray>& stored, const QByteArray& expected)
 {
@@ -178,7 +178,8 @@ TMaybeFault IconDifference(
         const QString difference = DifferenceText(images[i], expectedImages[i]);
         if (!difference.isEmpty())
             return TImageFault { TFaultKind::Stale, u"in %1, %2"_s.arg(name, difference) };
-        // Decoders take the transparency from the pixels. Old programs use the mask behind the pixels.
+        // Decoders take the transparency from the pixels. Old programs use the mask behind the pixels, so the
+        // stored bytes are compared, too.
         if (!stored[i].startsWith(PngSignature) && stored[i] != (*expectedStored)[i])
             return TImageFault { TFaultKind::Damaged,
                 u"the header or the mask of %1 is missing or wrong"_s.arg(name) };

@@ -27,7 +27,7 @@ struct TImageFault {
 struct TPngForm {
     std::optional<QSize> Size; // pixels
     TOutputFormat Format = TOutputFormat::Colors256;
-    std::optional<bool> HasAlpha; // false: the picture must also not be transparent
+    std::optional<bool> HasAlpha; // false: no alpha channel, and no transparent pixel either
     QImage Pixels;                // Format_ARGB32
 };
 

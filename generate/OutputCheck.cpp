@@ -21,7 +21,7 @@ struct TSource {
     std::shared_ptr<const TRenderSource> Loaded; // null unless the whole file can be decoded
     QString Fault;                               // why it cannot be loaded
 
-    // Runs a step of the loading, and keeps why it failed.
+    // Runs a step of the loading. If the step fails, keeps the reason.
     void Try(const std::function<void()>& step)
     {
         try {
@@ -42,7 +42,8 @@ public:
     {
         FIcon.Try([this] { FIcon.Size = ReadSourceSizes(FJob.IconFile, {}).Icon; });
         FLaunch.Try([this] { FLaunch.Size = ReadSourceSizes({}, FJob.LaunchFile).Launch; });
-        // An unreadable launch source must not hand its outputs over to the icon source.
+        // If the launch source cannot be read, its outputs must not count as outputs of the icon source. So
+        // an unknown size is not one pixel wide.
         constexpr QSize UnknownSize(2, 2);
         FSizes.Icon = FIcon.Size.value_or(UnknownSize);
         if (!FLaunch.File.isEmpty())
@@ -90,7 +91,8 @@ private:
         return FDepth == TCheckDepth::Pixels && SourceOf(output).Loaded && IsSizeKnown(output);
     }
 
-    // The size of an output follows from its source, and that of a launch image also from the launch source.
+    // The size of an output depends on its source. The size of a launch image also depends on the launch
+    // source.
     bool IsSizeKnown(const TOutput& output) const
     {
         const bool needsLaunch = output.Kind == TOutputKind::Launch && !FLaunch.File.isEmpty();

@@ -23,7 +23,7 @@ struct TOutputFinding {
 };
 
 // A source that cannot be loaded. The pixels of its outputs are then not known, so only the form is checked.
-// The size is not checked either if the size of the source is not known.
+// If the size of the source is not known, the size of its outputs is not checked either.
 struct TUnreadableSource {
     QString Name; // "icon" or "launch"
     QString Path;
@@ -40,8 +40,8 @@ struct TOutputCheck {
 
 // Compares the files in the output folder with what a run of `job` would write: each file must exist, decode
 // completely and have the exact size and color type. Flattened images must not be transparent, and the
-// Windows icon must hold its ten images with their masks. With TCheckDepth::Pixels all pixels must be those
-// of a run. The compression may differ. Works on `workers` threads (0: one per core).
+// Windows icon must hold its ten images with their masks. With TCheckDepth::Pixels all pixels must equal the
+// pixels that a run would write. The compression may differ. Works on `workers` threads (0: one per core).
 TOutputCheck CheckOutputs(const TGenJob& job, TCheckDepth depth = TCheckDepth::Pixels, int workers = 0);
 
 } // namespace Corvadine

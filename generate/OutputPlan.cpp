@@ -10,7 +10,7 @@ namespace Corvadine {
 namespace {
 
 // Returns a warning about the output that enlarges a source most, or nothing if no output enlarges the
-// source. `launch` chooses the launch source, otherwise the icon source is meant. `source` is the size of the
+// source. `launch` is true for the launch source and false for the icon source. `source` is the size of the
 // source in pixels.
 QStringList EnlargementWarnings(const std::vector<TOutput>& outputs, bool launch, QSize source)
 {

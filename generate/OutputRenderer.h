@@ -27,7 +27,7 @@ private:
     TRenderSources FSources;
     TGenJob FJob;
     std::vector<TOutput> FOutputs;
-    std::vector<QByteArray> FFiles; // indexed by TOutput::SameAs; empty until rendered
+    std::vector<QByteArray> FFiles; // indexed by TOutput::SameAs; an element is empty until rendered
 };
 
 } // namespace Corvadine

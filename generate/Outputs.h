@@ -32,8 +32,9 @@ std::vector<TOutput> OutputsOf(const TGenJob& job, const TSourceSizes& sizes);
 // MaxDecodedMebibytes. `sizes` is used for the message only.
 void RefuseHuge(const TOutput& output, const TSourceSizes& sizes);
 
-// Throws TError(BadInput) if a run would overwrite a source of the job with one of `outputs`. Their paths may
-// differ by links, hard links or spelling. Later runs would otherwise use the smaller picture.
+// Throws TError(BadInput) if a run would overwrite a source of the job with one of `outputs`. Later runs
+// would otherwise read the smaller picture as their source. The paths of the source and the output may differ
+// by links, hard links or spelling.
 void RefuseOverwritingSources(const TGenJob& job, const std::vector<TOutput>& outputs);
 
 // Whether `output`, or an image of the Windows icon, shows pixels of its source without filtering them.

@@ -15,8 +15,9 @@ struct TRenderSteps {
     std::function<void(std::size_t index)> Work; // on one output, after its source is loaded
 };
 
-// Returns tasks for RunTasks(). They load both sources, and then call Work() for each output whose content no
-// earlier output has. Outputs that take longest come first. REQUIRES: `steps` outlives the tasks.
+// Returns tasks for RunTasks(). The tasks load both sources, and then call Work() for the outputs. An output
+// with the same content as an earlier output is left out. The outputs that take longest come first. REQUIRES:
+// `steps` outlives the tasks.
 std::vector<TTask> RenderTasks(const std::vector<TOutput>& outputs, const TRenderSteps& steps);
 
 } // namespace Corvadine

@@ -11,7 +11,7 @@ struct TTask {
     int WaitsFor = -1; // index of the task that must be done before; -1: none
 };
 
-// Runs all tasks on `workers` threads (0: one per core), including that of the caller, and returns when all
+// Runs all tasks on `workers` threads (0: one per core), including the caller's thread, and returns when all
 // tasks are done. A free worker takes the first task of the list that is ready, so list the longest tasks
 // first. After a task has thrown, no further task is started. When the running tasks have ended, RunTasks()
 // throws the first exception. REQUIRES: WaitsFor is the index of an earlier task.

@@ -31,7 +31,7 @@ void IgnoreMessage(j_common_ptr) { }
 QByteArray JoinedProfile(const jpeg_decompress_struct& decoder)
 {
     constexpr QByteArrayView Name("ICC_PROFILE\0", 12);
-    constexpr qsizetype HeadBytes = Name.size() + 2; // with the number of the marker and their count
+    constexpr qsizetype HeadBytes = Name.size() + 2; // with the marker's number and the count of markers
     QByteArray profile;
     for (const jpeg_marker_struct* marker = decoder.marker_list; marker; marker = marker->next) {
         const QByteArrayView data(marker->data, static_cast<qsizetype>(marker->data_length));
@@ -41,8 +41,8 @@ QByteArray JoinedProfile(const jpeg_decompress_struct& decoder)
     return profile;
 }
 
-// Decodes the inks and their profile. Returns false for a file without them, and after an error. Must not
-// make objects that need a destructor, because an error jumps past the destructors.
+// Decodes the inks and their profile. Returns false for a file without inks or without a profile, and after
+// an error. Must not make objects that need a destructor, because an error jumps past the destructors.
 bool Decode(jpeg_decompress_struct& decoder, TErrorManager& errors, const QByteArray& file, QImage& inks,
     QByteArray& profile)
 {

@@ -13,8 +13,8 @@ namespace Corvadine {
 // aspect ratio allows.
 QRect FittedRect(QSize picture, QSize view);
 
-// Returns the picture's pixel under the center of `pixel` of the view. In the margin beside the picture, a
-// coordinate is negative, or not less than the picture's width or height.
+// Returns the picture's pixel under the center of `pixel` of the view. If `pixel` is in the margin beside the
+// picture, a coordinate of the result is negative, or not less than the picture's width or height.
 QPoint PixelUnder(QPoint pixel, QSize picture, QSize view);
 
 // Returns the color of the picture's pixel under `pixel` of the view, without alpha: red in the lowest byte,

@@ -68,8 +68,8 @@ bool IsXbm(const QByteArray& start)
     return (start.startsWith("#define") || start.contains("\n#define")) && start.contains("_width");
 }
 
-// Returns the name of a PNM format (https://netpbm.sourceforge.net/doc/pnm.html), in text or binary. Returns
-// null for other files.
+// Returns the name of a PNM format (https://netpbm.sourceforge.net/doc/pnm.html). The samples may be text or
+// binary. Returns null for other files.
 const char* PnmName(const QByteArray& start)
 {
     constexpr const char* Names[] { "pbm", "pgm", "ppm", "pbm", "pgm", "ppm" };
@@ -78,7 +78,7 @@ const char* PnmName(const QByteArray& start)
     return isPnm ? Names[start[1] - '1'] : nullptr;
 }
 
-// Whether a file in the container of ISO/IEC 14496-12 names one of `brands`.
+// Whether the file has the container of ISO/IEC 14496-12 and names one of `brands`.
 bool HasBrand(const QByteArray& start, const QByteArrayList& brands)
 {
     constexpr qsizetype BrandsAt = 8;

@@ -14,8 +14,8 @@ namespace Corvadine {
 // at any position. REQUIRES: `file` is open and can seek.
 QByteArray DecoderFor(QFile& file);
 
-// Returns why `file` is not read, and what to do if the format is known. Leaves `file` at any position.
-// REQUIRES: `file` is open and can seek, and DecoderFor() returned nothing.
+// Returns why `file` is not read. If the format is known, the text also tells the user what to do. Leaves
+// `file` at any position. REQUIRES: `file` is open and can seek, and DecoderFor() returned nothing.
 QString UnreadFormatReason(QFile& file);
 
 } // namespace Corvadine

@@ -99,7 +99,7 @@ QByteArray ProfileInChunk(const QByteArray& chunk)
         return {};
     const std::unique_ptr<libdeflate_decompressor, decltype(&libdeflate_free_decompressor)> decompressor(
         libdeflate_alloc_decompressor(), libdeflate_free_decompressor);
-    constexpr qsizetype FewBytes = qsizetype { 16 } * 1024; // enough for most
+    constexpr qsizetype FewBytes = qsizetype { 16 } * 1024; // enough for most profiles
     for (qsizetype size = FewBytes; decompressor && size <= MostBytes; size *= 4) {
         QByteArray profile(size, Qt::Uninitialized);
         std::size_t written = 0;

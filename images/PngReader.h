@@ -13,8 +13,9 @@
 
 namespace Corvadine {
 
-// Whether the content of a chunk gAMA tells about 1/2.2. Many programs write this value into every file and
-// mean sRGB. So the value alone is no reason to convert a picture, but other primaries are.
+// Whether the content of a chunk gAMA gives a gamma near 1/2.2. Many programs write this value into every
+// file and mean sRGB. So this value alone is no reason to convert a picture. Primaries that differ from sRGB
+// are a reason.
 bool IsScreenGamma(QByteArrayView gamma);
 
 // Whether the content of a chunk cHRM tells the primaries of sRGB, apart from rounding.
@@ -26,7 +27,7 @@ bool HasSrgbPrimaries(QByteArrayView primaries);
 class TPngReader {
 public:
     // Called for each row, from top to bottom. A row is an array of QRgb (straight alpha, and 255 without an
-    // alpha channel), or of QRgba64 if Is16Bit(). It is valid during the call.
+    // alpha channel), or of QRgba64 if Is16Bit(). The array is valid during the call.
     using TRowSink = std::function<void(int y, const void* pixels)>;
 
     // Reads the whole `file`, which is open for reading, and checks all its chunks. Moves its position.
@@ -45,9 +46,9 @@ public:
     std::size_t InflatedBytes() const { return (FRowBytes + 1) * static_cast<std::size_t>(FSize.height()); }
 
     // Inflates the picture into the last InflatedBytes() of `memory`. Row y is read from there before `sink`
-    // gets it. So the sink may write its rows to `memory`, from the start on, if each of them takes at least
-    // InflatedBytes() / height. Returns false for a damaged file, perhaps after some rows were given. Call
-    // this once, because it frees the bytes of the file.
+    // gets it. So the sink may write its rows to `memory`, from the start on, if each row that it writes
+    // takes at least InflatedBytes() / height. Returns false for a damaged file, perhaps after some rows were
+    // given. Call this once, because it frees the bytes of the file.
     bool Read(std::span<std::uint8_t> memory, const TRowSink& sink);
 
 private:

@@ -104,7 +104,8 @@ QImage Reduced(QImage image, QSize size)
 {
     if (image.size() == size)
         return image;
-    // scaled() would force the result back into a palette, and it does not premultiply 16 bits by alpha.
+    // scaled() would force the result back into a palette. It also does not premultiply pictures with 16 bits
+    // per channel.
     if (image.hasAlphaChannel())
         image.convertTo(
             IsDeep(image) ? QImage::Format_RGBA64_Premultiplied : QImage::Format_ARGB32_Premultiplied);
@@ -178,7 +179,8 @@ public:
             return FDecoded;
         RefuseTruncated();
         QImage image = Turned(ReadPicture(), FTurn);
-        // The limits and the box of a thumbnail were applied to the size in the header.
+        // The limits and the box of a thumbnail were applied to the size in the header, so another size is
+        // refused.
         if (!FReader.scaledSize().isValid() && image.size() != FHeader.Size)
             throw BadImage(FPath,
                 u"it is damaged: it has %1 pixels, and its header tells %2"_s.arg(
@@ -186,8 +188,8 @@ public:
         return image;
     }
 
-    // Decodes like Decode(), but to `size` (upright). The decoder itself reduces the picture where that looks
-    // as good as reducing the full-size picture.
+    // Decodes like Decode(), but to `size` (upright). The decoder itself reduces the picture if the result
+    // looks as good as after decoding at full size.
     QImage DecodeReduced(QSize size)
     {
         if (ReducesWell())
@@ -217,8 +219,9 @@ private:
         return HeaderOf(IsLying() ? stored.transposed() : stored, FReader.imageFormat());
     }
 
-    // Finds the size by decoding, because some decoders, such as that of icons, cannot tell the size before.
-    // The file may hold one picture in several sizes. Sizes that the decoder cannot read are skipped.
+    // Finds the size by decoding, because some decoders, for example the decoder of icons, cannot tell the
+    // size earlier. The file may hold one picture in several sizes. Sizes that the decoder cannot read are
+    // skipped.
     TImageHeader DecodeForHeader(TWhichImage which)
     {
         const bool isSeveral = FReader.imageCount() > 1 && !FReader.supportsAnimation();
@@ -241,7 +244,8 @@ private:
         return HeaderOf(FDecoded.size(), FDecoded.format());
     }
 
-    // Refuses an image of an icon that is too large, and tells its size. Qt's decoder would not tell it.
+    // Refuses an icon's image that is too large. The message tells the size, which Qt's decoder would not
+    // tell.
     void RefuseLargeIcon(int index)
     {
         const qint64 place = FFile.pos(); // the decoder continues at this place
@@ -306,7 +310,8 @@ private:
     }
 
     // Returns the image to decode into, or a null image if the decoder makes its own. A run-length encoded
-    // bitmap may leave pixels out. In an image of the decoder, these pixels would hold old memory.
+    // bitmap may leave pixels out. In an image that the decoder makes, these pixels would show what the
+    // memory held before.
     QImage ClearedImage()
     {
         if (FFormat != "bmp")
@@ -342,7 +347,7 @@ private:
     QString FPath;
     QFile& FFile;
     TImageHeader FHeader;
-    QImageIOHandler::Transformations FTurn; // what Qt's decoder leaves to do for an upright picture
+    QImageIOHandler::Transformations FTurn; // turns the picture of Qt's decoder upright
     QByteArray FFormat;                     // as Qt names it; FReader tells it only before reading
     qint64 FStart = 0;                      // where the decoder continues to read
     QImageReader FReader;

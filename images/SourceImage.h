@@ -15,8 +15,8 @@ struct TImageHeader {
     qint64 DecodedMebibytes = 0; // memory that the decoded pixels take, rounded up
 };
 
-// Pictures that take more memory than this once decoded are refused. A picture of 16384 x 8192 pixels with 32
-// bits just fits.
+// A picture is refused if its decoded pixels take more memory than this. A picture of 16384 x 8192 pixels
+// with 32 bits just fits.
 constexpr qint64 MaxDecodedMebibytes = 512;
 
 // Returns the memory in MiB, rounded up, that a picture takes. Correct even if the number of bytes does not

@@ -38,7 +38,7 @@ public:
             FEntries[WordAt(at)] = FFile.sliced(at, EntryBytes);
     }
 
-    // Returns the first value of `tag`, or 0 if there is none. REQUIRES: its values have 16 bits.
+    // Returns the first value of `tag`, or 0 if there is none. REQUIRES: the values of `tag` have 16 bits.
     int Value(int tag) const
     {
         const auto found = FEntries.find(tag);
@@ -108,7 +108,8 @@ private:
     std::map<int, QByteArray> FEntries; // by tag; directories are sorted by tag
 };
 
-// Turns inks in the channels of QRgb, 0 without ink, into the form that InksToSrgb() needs.
+// Brings inks into the form that InksToSrgb() needs. In `image` the inks are in the channels of QRgb, and 0
+// means no ink.
 void ArrangeInks(QImage& image)
 {
     for (int y = 0; y < image.height(); ++y) {
@@ -136,7 +137,8 @@ QImage ReadTiffSamples(QIODevice& file)
     if (directory.Value(BitsPerSample) != 8 || directory.Value(SamplesPerPixel) != 4
         || (!isStraight && !isInks))
         return {};
-    // Qt's decoder does not change the samples of RGB with premultiplied alpha.
+    // Qt's decoder does not change the samples of RGB with premultiplied alpha. So the directory declares all
+    // samples as this form.
     directory.SetValue(PhotometricInterpretation, PhotometricRgb);
     directory.SetValue(ExtraSamples, AssociatedAlpha);
     QByteArray changed = directory.File();

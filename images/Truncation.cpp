@@ -85,7 +85,7 @@ public:
             } else if (code == Delta) {
                 x += Next();
                 y += Next();
-            } else { // so many pixels, padded to 16 bits
+            } else { // `code` pixels follow, padded to 16 bits
                 x += code;
                 FAt += (code * bits + 15) / 16 * 2;
             }

@@ -85,7 +85,7 @@ QString GuidIn(const QByteArray& bytes, const QString& file)
 
 // The result of a comparison of a copy with its records.
 struct TJudgment {
-    const TBackupRecord* Record; // the last one that describes the content; if none does, the last one
+    const TBackupRecord* Record; // the last record that describes the content, or else the last record
     QString Fault;               // why the copy cannot be read, or differs from all records; empty if whole
 };
 
@@ -164,8 +164,8 @@ QString TBackups::Keep(const QString& projectFile, const QByteArray& bytes, cons
         record.Name = NameAt(projectFile, time.addSecs(later));
         if (keep == TKeep::Always && IsOfThisSecond(record)) {
             TStagedFile staged(PathOf(record.Name), bytes, projectFile);
-            // The new record is added before the copy is replaced, beside the old record. So a process that
-            // is killed in between leaves the old copy with a record that describes it.
+            // The new record is added before the copy is replaced, and the old record stays. So a process
+            // that is killed in between leaves the old copy with the old record, which describes it.
             if (Index().Add(record)) {
                 staged.Commit();
                 return PathOf(record.Name);
@@ -290,9 +290,8 @@ QString TBackups::EqualCopy(const TBackupRecord& record) const
     return {};
 }
 
-// Whether there is a copy with the name of `record`, and all records of this name have its project and
-// second. The same local time may come twice, as in autumn; these are two seconds. A copy that was also
-// recorded at another time does not count.
+// Whether there is a copy with the name of `record`, and all records of this name have the same project and
+// second as `record`. When a local time comes twice, as in autumn, it counts as two different seconds.
 bool TBackups::IsOfThisSecond(const TBackupRecord& record) const
 {
     if (!FileExists(PathOf(record.Name)))

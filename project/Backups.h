@@ -58,15 +58,16 @@ public:
     TBackups(const TBackups&) = delete;
     TBackups& operator=(const TBackups&) = delete;
 
-    // Keeps `bytes`, the content of `projectFile`, and records the copy. The copy's name has the first free
-    // second from `time` (local) on. A missing folder is created. Returns the copy's path. Throws
-    // TError(Usage) if the folder's name is empty, and TError(Io) if a file or the database fails. A process
-    // that is killed never leaves a new copy without a record.
+    // Keeps `bytes`, the content of `projectFile`, and records the copy. The copy's name contains `time`
+    // (local). If that name is taken, a later second takes the place of `time`: the first with a free name. A
+    // missing folder is created. Returns the copy's path. Throws TError(Usage) if the folder's name is empty,
+    // and TError(Io) if a file or the database fails. A process that is killed never leaves a new copy
+    // without a record.
     QString Keep(const QString& projectFile, const QByteArray& bytes, const QDateTime& time,
         TBackupReason reason, TKeep keep = TKeep::Once);
 
-    // Keeps `bytes` in a new copy without a record, for a database that cannot be written. Chooses the name
-    // as Keep() does, and creates a missing folder. Returns the copy's path. Throws TError(Usage) if the
+    // Keeps `bytes` in a new copy without a record, for use when the database cannot be written. Chooses the
+    // name as Keep() does, and creates a missing folder. Returns the copy's path. Throws TError(Usage) if the
     // folder's name is empty, and TError(Io).
     QString KeepUnrecorded(const QString& projectFile, const QByteArray& bytes, const QDateTime& time);
 

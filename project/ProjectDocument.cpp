@@ -179,8 +179,8 @@ void TProjectDocument::CloseElement(TElement& element, qsizetype tagEnd) const
     }
 }
 
-// Whether every reader of the file sees Text as the text of `element`. This is uncertain if elements are
-// inside it, or if non-ASCII characters have an unknown encoding.
+// Whether every reader of the file sees Text as the text of `element`. This is uncertain if `element`
+// contains elements, or if non-ASCII characters have an unknown encoding.
 bool TProjectDocument::IsCertain(const TElement& element) const
 {
     const auto content = QStringView(FText.Text).sliced(element.Begin, element.End - element.Begin);

@@ -26,8 +26,8 @@ struct TElementChange {
 // comments, white space and attributes.
 class TProjectDocument {
 public:
-    // `file` names the document in messages only. Throws TError(BadInput) unless `bytes` are one well-formed
-    // XML document without entity declarations.
+    // `file` is the name of the document, used in messages only. Throws TError(BadInput) unless `bytes` are
+    // one well-formed XML document without entity declarations.
     TProjectDocument(const QByteArray& bytes, const QString& file);
 
     // Returns the text of the first property ProjectGuid, or an empty text if there is none.

@@ -85,7 +85,7 @@ QString DeriveOutputFolder(const QString& projectFile)
 
 QString RelativeFolder(const QString& projectFile, const QString& outputFolder)
 {
-    // RelativePath() takes the project file for a folder, so its result begins with one level too many.
+    // RelativePath() treats the project file as a folder, so its result begins with one "..\" too many.
     const QString levelUp = u"..\\"_s;
     QString target = InBackslashes(outputFolder);
     if (!target.endsWith(u'\\'))

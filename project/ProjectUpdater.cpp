@@ -47,7 +47,8 @@ QString BackUp(const QString& projectFile, const QByteArray& bytes, const TBacku
 }
 
 // Replaces the project file, which was read as `bytesRead`, by `newBytes`. Returns false, and writes nothing,
-// if both are equal. Throws TError(Conflict) if the file no longer holds `bytesRead`, else TError(Io).
+// if both are equal. Throws TError(Conflict) if the file no longer holds `bytesRead`. Throws TError(Io) if
+// reading or writing fails.
 bool SaveProjectFile(const QString& projectFile, const QByteArray& bytesRead, const QByteArray& newBytes)
 {
     if (newBytes == bytesRead)

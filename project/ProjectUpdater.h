@@ -49,19 +49,19 @@ struct TBackupOrder {
 
 // Which images are entered into the project file.
 enum class TImageFiles {
-    Existing, // only those whose file exists
+    Existing, // only images whose file exists
     Assumed,  // all, as if they had been generated
 };
 
 struct TUpdateResult {
-    int UpdatedCount = 0;                // elements set, also those that had the text already
-    QStringList MissingIDs;              // images that no element is named after
+    int UpdatedCount = 0;                // elements set, including elements that had the text already
+    QStringList MissingIDs;              // IDs of the images that have no element
     std::vector<TElementChange> Changes; // one for each element set, grouped by image
     QString BackupPath;                  // empty if none was made
     bool IsWritten = false;              // false if the file has all texts already
 
     // Returns the message after an update: CountMessage() and BackupMessage(), with CR LF between lines. The
-    // message names no missing IDs, and says that a backup was made even if the backup failed.
+    // message names no missing IDs. Even if the backup failed, the message says that a backup was made.
     QString ClosingMessage() const;
     // Returns a text with the number of elements set. The text ends in a colon if there are missing IDs.
     QString CountMessage() const;
@@ -72,9 +72,10 @@ struct TUpdateResult {
 // UpdateProject() does.
 TUpdateResult PlanUpdate(const TProjectImages& images, TImageFiles files);
 
-// Makes a backup of the project file as ordered, sets the paths of the images that exist, and saves the
+// Makes a backup of the project file as `backup` says, sets the paths of the images that exist, and saves the
 // file in one step. When this throws, the project file is unchanged. Throws TError of these kinds:
-// - Io: there is no such file (with MissingProjectText), or reading, writing or a required backup fails.
+// - Io: the project file is missing (with MissingProjectText), or reading, writing or a required backup
+//   fails.
 // - BadInput: TProjectDocument refuses the file or an image's path.
 // - Usage: the project has no output folder, or a required backup has no folder.
 // - Conflict: another program saved the file meanwhile.

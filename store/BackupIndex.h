@@ -26,8 +26,8 @@ enum class TBackupReason {
     BeforeRestore, // a backup was about to replace the file
 };
 
-// Says when and why the content of a project file was kept. If the backup folder has the same content
-// already, the new record gets the name of that copy. So several records may have one name.
+// Says when and why the content of a project file was kept. If a copy has the same content already, the new
+// record gets the name of this copy. So several records may have one name.
 struct TBackupRecord {
     QString Name;        // of the copy, without folder
     QString ProjectFile; // full path of the file that was copied
@@ -65,8 +65,8 @@ public:
     // program has then removed the copy.
     bool Add(const TBackupRecord& record);
 
-    // Calls `removeCopy`, and then removes all records of the name of `last`. No other program can add a
-    // record in between. Returns false, and does nothing, if the name has a newer record than `last`. The
+    // Calls `removeCopy`, and then removes all records that have the name of `last`. No other program can add
+    // a record in between. Returns false, and does nothing, if the name has a newer record than `last`. The
     // records stay if `removeCopy` throws.
     bool Remove(const TBackupRecord& last, const std::function<void()>& removeCopy);
 

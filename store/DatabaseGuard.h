@@ -6,8 +6,8 @@
 
 namespace Corvadine {
 
-// Runs `action` and turns SQLite's exception into TError(Io) with SQLite's own text. `attempt` and
-// `file` are for that message.
+// Runs `action` and turns SQLite's exception into TError(Io) with SQLite's own text. `attempt` and `file`
+// become part of the error's text.
 template <typename TAction> auto Guarded(const QString& attempt, const QString& file, TAction action)
 {
     try {

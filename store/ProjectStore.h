@@ -20,11 +20,12 @@ namespace Corvadine {
 inline constexpr const char* ProjectDatabaseName = "Corvadine.db";
 
 // The project database: one SQLite file with the table Projects, held open by one connection. Each function
-// that writes is one transaction, so that a kill or a power failure leaves all of it or nothing. Several
-// programs may use the file at once. A function waits for the others for at most the busy timeout, unless its
-// comment says otherwise. If another program replaces the file, the next write or DataVersion() opens the new
-// file. If this fails, the function throws, and the former file stays open. Functions that fail throw
-// TError(Io) with the attempt, the file and the reason. Use on the thread that made the object.
+// that writes is one transaction, so that a kill or a power failure leaves all of its changes or none.
+// Several programs may use the file at once. A function waits for other programs for at most the busy
+// timeout, unless its comment says otherwise. If another program replaces the file, the next write or
+// DataVersion() opens the new file. If this fails, the function throws, and the former file stays open.
+// Functions that fail throw TError(Io) with the attempt, the file and the reason. Use on the thread that made
+// the object.
 class TProjectStore {
 public:
     // Opens `path`. Creates the file and its table if they are missing, and adds the columns that files of
@@ -59,8 +60,9 @@ public:
 
     // Writes the `fields` of `project` to the row with its ID. Other fields keep what another program wrote
     // to them. Returns the row as it is now. Throws TError(Conflict) when the row is gone. Throws the same
-    // when the row has another project file by now, unless `fields` contains the project file. This happens
-    // because SQLite gives the ID of a deleted last row to the next row. REQUIRES: fields is not empty.
+    // when the row has another project file by now, unless `fields` contains the project file. A row can have
+    // another project file because SQLite gives the ID of a deleted last row to the next new row. REQUIRES:
+    // fields is not empty.
     TProject Update(const TProject& project, const TFieldSet& fields);
 
     // Removes the row with this project's ID and project file. Does nothing if there is no such row any more.

@@ -143,8 +143,8 @@ void TProjectsTable::Post()
     const TProject shown = FBuffer;
     if (FState == TState::Insert) {
         const TProject stored = FStore->Insert(FBuffer, FChangedFields);
-        // A new row gets the ID after the greatest. So other programs have deleted the rows here with this ID
-        // or a greater one.
+        // A new row gets the ID after the greatest ID in the database. So rows in FRows with this ID or a
+        // greater ID are gone: other programs have deleted them.
         std::erase_if(FRows, [&](const TProject& row) { return row.ID >= stored.ID; });
         FRows.push_back(stored);
         FPosition = FRows.size() - 1;

@@ -22,10 +22,11 @@ class TProjectStore;
 // Edits stay in a buffer until Post writes them. Moving to another row or closing drops them. Moving to the
 // row that is current already does nothing.
 //
-// Announcements come when the object is consistent again, so a slot may call it. If several apply, they come
-// in the order StateChanged, RowsChanged, CurrentChanged, FieldChanged, FoundChanged. CurrentChanged comes
-// without FieldChanged and FoundChanged, because all fields may differ. A function that throws has announced
-// and changed nothing unless its comment says otherwise. Use on the store's thread. A slot must not throw.
+// Announcements come when the object is consistent again, so a slot may call the object's functions. If
+// several apply, they come in the order StateChanged, RowsChanged, CurrentChanged, FieldChanged,
+// FoundChanged. CurrentChanged comes without FieldChanged and FoundChanged, because all fields may differ. If
+// a function throws, it has announced nothing and changed nothing, unless its comment says otherwise. Use on
+// the store's thread. A slot must not throw.
 class TProjectsTable : public QObject {
     Q_OBJECT
 
@@ -39,8 +40,8 @@ public:
 
     explicit TProjectsTable(QObject* parent = nullptr);
 
-    // Reads all rows; the first becomes current. `store` must outlive the table or its Close().
-    // Throws TError(Io). REQUIRES: closed.
+    // Reads all rows; the first becomes current. `store` must exist until Close(), or until the table is
+    // destroyed. Throws TError(Io). REQUIRES: closed.
     void Open(TProjectStore& store);
 
     // Forgets rows and pending edits. Announces only the state.
@@ -60,7 +61,7 @@ public:
     // The current row with its pending edits, or a blank record if there is none.
     TProject Current() const;
 
-    // Makes the saved row with this ID current. Returns false, and does nothing, if there is none.
+    // Makes the saved row with this ID current. Returns false, and does nothing, if there is no such row.
     bool LocateByID(std::int64_t id);
 
     // Returns the ID of the saved row with exactly this project file, or nothing if there is no such row.
@@ -79,9 +80,9 @@ public:
     // REQUIRES: field is not ID.
     void SetField(TField field, const QVariant& value);
 
-    // Gives one field of the buffer the value of the saved row again, or that of a new project when
-    // inserting. Post does not write the field then, unless the row is new. Does nothing when not editing.
-    // REQUIRES: the field is not ID.
+    // Sets one field of the buffer back: to the value of the saved row, or when inserting, to the default of
+    // a new project. Post then does not write the field, unless the row is new. Does nothing when not
+    // editing. REQUIRES: the field is not ID.
     void TakeBack(TField field);
 
     // Writes only the fields that were set since editing began, then takes over the row as the database has
@@ -97,13 +98,14 @@ public:
     // was refused. Throws TError(Io).
     bool Delete();
 
-    // `confirm` is called before each delete; if it returns false, nothing is deleted.
+    // `confirm` is called before each delete. If `confirm` returns false, nothing is deleted.
     void SetDeleteConfirmation(std::function<bool()> confirm) { FConfirmDelete = std::move(confirm); }
 
     // Reads all rows again if other programs have written to the database. Otherwise Refresh costs little.
     // The current row stays current. If its project is gone, the next row becomes current, or the last row.
     // The next row may have the ID of the project that is gone. Does nothing while a row is being edited,
-    // because the edits would be lost. Throws TError(Io), without waiting when the database is locked.
+    // because the edits would be lost. Throws TError(Io). If the database is locked, Refresh throws at once
+    // and does not wait.
     void Refresh();
 
 signals:
@@ -114,7 +116,7 @@ signals:
     void RowsChanged();
     // A field of the current row has another value: it was set, taken back, or found changed in the database.
     void FieldChanged(Corvadine::TField field);
-    // Post or Refresh found new values in these fields of the current row, written by another program.
+    // Post or Refresh found that another program has changed these fields of the current row.
     void FoundChanged(const Corvadine::TFieldSet& fields);
 
 private:
@@ -127,7 +129,7 @@ private:
     TProjectStore* FStore = nullptr; // null while closed
     std::vector<TProject> FRows;
     std::optional<std::int64_t> FDataVersion; // at the last Refresh
-    std::optional<std::size_t> FPosition;     // of the current row; while inserting, of the former one
+    std::optional<std::size_t> FPosition;     // of the current row; while inserting, of the former row
     TState FState = TState::Closed;
     TProject FBuffer;         // the current row while editing
     TFieldSet FChangedFields; // what was set in the buffer

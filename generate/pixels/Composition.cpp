@@ -84,7 +84,8 @@ void FlattenRow(const QRgb* pixels, int width, TColor background, std::uint8_t* 
     }
 }
 
-// Calls compose(y, row) for each row of `image`. A row is of int16_t (see TFilteredRowSink) or of QRgb.
+// Calls compose(y, row) for each row of `image`. A row is an array of int16_t (see TFilteredRowSink) or of
+// QRgb.
 template <class TCompose> void ForEachRow(const TFittedImage& image, const TCompose& compose)
 {
     if (const auto* filtered = std::get_if<TFilteredImage>(&image))

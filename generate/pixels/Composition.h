@@ -18,8 +18,8 @@ struct TFilteredImage {
     TResampleFilter Filter;
 };
 
-// A source at its size in an output. QImage: pixels as they are in the file, all of them or picked ones, as
-// Format_ARGB32 or Format_RGB32.
+// A source at its size in an output. A QImage is not filtered: it has all pixels of the source, or the pixels
+// that a picking filter copied. Its format is Format_ARGB32 or Format_RGB32.
 using TFittedImage = std::variant<QImage, TFilteredImage>;
 
 QSize SizeOf(const TFittedImage& image);
@@ -29,9 +29,9 @@ QSize SizeOf(const TFittedImage& image);
 // become all zero. A QImage keeps its colors even where alpha hides them.
 TRaster WithAlpha(const TFittedImage& image);
 
-// Returns the picture blended with `background` and centered on an opaque canvas of that color, as 3
-// channels. If the margins cannot be equal, the right or lower margin is one pixel wider. REQUIRES: `image`
-// fits into `canvas`.
+// Returns the picture blended with `background` and centered on an opaque canvas of the color `background`,
+// as 3 channels. If the margins cannot be equal, the right or lower margin is one pixel wider. REQUIRES:
+// `image` fits into `canvas`.
 TRaster FlattenedOnCanvas(const TFittedImage& image, QSize canvas, TColor background);
 
 } // namespace Corvadine

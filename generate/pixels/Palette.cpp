@@ -48,8 +48,8 @@ bool ComesBefore(const TRgba& a, const TRgba& b)
     return std::tie(a[3], a[0], a[1], a[2]) < std::tie(b[3], b[0], b[1], b[2]);
 }
 
-// Merges equal colors and gives the palette the same order on every system. The order of the quantizer
-// depends on how the C library's qsort() arranges colors that are equally frequent.
+// Merges equal colors and gives the palette the same order on every system. The quantizer's own order depends
+// on how the C library's qsort() arranges colors that are equally frequent.
 void SortPalette(TPaletteRaster& raster)
 {
     auto sorted = raster.Palette;
@@ -92,10 +92,10 @@ TKind KindOf(const TRgba& color)
     return color[3] == 0 ? TKind::Clear : color[3] == 255 ? TKind::Opaque : TKind::Translucent;
 }
 
-// Gives each palette color a kind by its pixels. A color becomes opaque if more than half of its pixels are
-// opaque. Other colors become clear if they have more clear pixels than translucent ones. At least one color
-// becomes opaque if there are opaque pixels, and one clear if there are clear pixels. REQUIRES: the palette
-// is sorted by alpha.
+// Gives each palette color a kind, which depends on the kinds of its pixels. A color becomes opaque if more
+// than half of its pixels are opaque. Other colors become clear if they have more clear pixels than
+// translucent ones. If there are opaque pixels, at least one color becomes opaque. If there are clear pixels,
+// at least one color becomes clear. REQUIRES: the palette is sorted by alpha.
 void SetKinds(TPaletteRaster& reduced, const std::vector<std::uint32_t>& pixels)
 {
     std::array<std::array<std::size_t, MostColors>, 3> counts {};
@@ -167,7 +167,7 @@ void MovePixels(TPaletteRaster& reduced, const std::vector<std::uint32_t>& pixel
 }
 
 // Sets each palette color to the mean of its pixels, but keeps its kind: a clear color stays clear, and an
-// opaque one opaque. This reduces the error that MovePixels() made.
+// opaque one opaque. The means reduce the error that MovePixels() made.
 void TakeMeans(TPaletteRaster& reduced, const std::vector<std::uint32_t>& pixels)
 {
     struct TSums {

@@ -61,7 +61,7 @@ private:
 };
 
 // Lends deflaters, each to one thread at a time. They are not thread_local: GCC for Windows frees the memory
-// of such objects before it calls their destructors (https://sourceforge.net/p/mingw-w64/bugs/527/).
+// of thread_local objects before it calls their destructors (https://sourceforge.net/p/mingw-w64/bugs/527/).
 class TDeflaterPool {
 public:
     TDeflater Take()

@@ -18,7 +18,7 @@ std::size_t PaddedValues(int width)
     return (values + BlockValues - 1) / BlockValues * BlockValues;
 }
 
-// Returns a channel multiplied by alpha, at SourceLevel and rounded. Both have 16 bits.
+// Returns a channel multiplied by alpha, at SourceLevel and rounded. `color` and `alpha` have 16 bits.
 std::int16_t PremultiplyDeep(quint64 color, quint64 alpha)
 {
     constexpr quint64 Full = 0xFFFF;

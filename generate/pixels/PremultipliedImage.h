@@ -38,7 +38,7 @@ protected:
     // Number of values from the start of a row to the start of the next row.
     std::size_t Stride() const { return FStride; }
 
-    // Returns the memory of all rows, in their order. A change of a row changes only the part of that row.
+    // Returns the memory of all rows, in their order. Each row has its own part of this memory.
     std::span<std::uint8_t> Bytes() const { return FMemory.Bytes(); }
 
 private:
@@ -70,7 +70,8 @@ public:
     // Leaves the pixels undefined, for SetRow(). REQUIRES: both sides at least 1.
     explicit TPixelPairImage(QSize size) : TPixelRows(size) { }
 
-    // Sets the pixels of row `y` from a row of an image that has `format`, one of those above.
+    // Sets the pixels of row `y` from `pixels`, a row of an image. `format` is the format of the image, one
+    // of the four formats that the first constructor takes.
     void SetRow(int y, const void* pixels, QImage::Format format);
 
     using TPixelRows::Bytes;

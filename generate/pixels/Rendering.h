@@ -29,18 +29,19 @@ public:
     QSize Size() const { return FSize; } // pixels
     bool HasAlpha() const { return FHasAlpha; }
 
-    // The picture with 8 bits per channel. REQUIRES: not a source for filtered outputs only.
+    // The picture with 8 bits per channel. REQUIRES: the source was made from a QImage.
     const QImage& Image() const { return FImage; }
 
     // Returns the source scaled to `size`, or the unchanged picture if it has that size already. The result
-    // refers to this source. REQUIRES: IsFiltered(), if this is a source for filtered outputs only.
+    // refers to this source. REQUIRES: the source was made from a QImage, or IsFiltered() is true for both
+    // sizes and the filter.
     TFittedImage At(QSize size, TResampleFilter filter) const;
 
-    // Returns WithAlpha(At(size, filter)). A small picture is made once, because launcher icons and the
-    // Windows icon have sizes in common.
+    // Returns WithAlpha(At(size, filter)). A small picture is made once and kept, because launcher icons and
+    // the Windows icon have sizes in common.
     TRaster WithAlphaAt(QSize size, TResampleFilter filter) const;
 
-    // Whether At() computes the pixels with `filter`. Otherwise it copies pixels of Image().
+    // Whether At() computes the pixels with `filter`. If not, At() copies pixels of Image().
     static bool IsFiltered(QSize source, QSize size, TResampleFilter filter);
 
 private:
@@ -87,7 +88,7 @@ QByteArray RenderPng(const TRenderSource& source, const TRecipe& recipe, const T
 inline constexpr std::array<int, 10> IconSizes { 16, 24, 32, 48, 64, 72, 96, 128, 256, 512 };
 
 // Returns the Windows icon file: the source fitted into each of the ten boxes, with its shape and
-// transparency. Of the render options only the filter is used. Throws as EncodeIco() does.
+// transparency. No other render option has an effect. Throws as EncodeIco() does.
 QByteArray RenderMainIcon(const TRenderSource& source, TResampleFilter filter);
 
 // Whether any pixel is not fully opaque. An image with an alpha channel may still be opaque.

@@ -39,8 +39,8 @@ std::optional<TResampleFilter> FilterOfCode(int code);
 // Whether the filter copies single source pixels instead of mixing several.
 bool IsPickingFilter(TResampleFilter filter);
 
-// For each target position along one axis: the source positions that make it up, called taps, and
-// their weights.
+// Tells how each target position along one axis is computed: from some source positions, called taps. Each
+// tap has a weight.
 struct TFilterTable {
     static constexpr int WeightBits = 14; // the weights of one target position add up to exactly 1 << 14
 
@@ -56,8 +56,9 @@ struct TFilterTable {
 // Triangle, Bilinear: tent of radius 1.
 // Hermite: 2|x|^3 - 3|x|^2 + 1.
 // Bell: quadratic B-spline.
-// B-Spline, Mitchell: cubics of Mitchell and Netravali with B, C = 1, 0 and B, C = 1/3, 1/3, SIGGRAPH 1988
-// (https://doi.org/10.1145/54852.378514).
+// B-Spline: cubic of Mitchell and Netravali, SIGGRAPH 1988 (https://doi.org/10.1145/54852.378514), with B = 1
+// and C = 0.
+// Mitchell: the same cubic with B = 1/3 and C = 1/3.
 // Bicubic: Keys' cubic with a = -0.5, IEEE TASSP 29 (1981) (https://doi.org/10.1109/TASSP.1981.1163711).
 // Lanczos 3: sinc(x) sinc(x/3).
 // Linear, Fast Linear: interpolation between the two source positions around the target position's center.

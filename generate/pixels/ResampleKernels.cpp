@@ -27,7 +27,8 @@ HWY_INLINE std::int16_t PremultiplyOne(unsigned color, unsigned alpha)
     return static_cast<std::int16_t>((color * alpha * 128 + 127) / 255);
 }
 
-// The index of a pixel's first channel in a row of pairs. The other channels follow at every second value.
+// The index of a pixel's first channel in a row of pairs. Each further channel stands two values after the
+// one before.
 HWY_INLINE std::size_t PairPlace(std::size_t pixel)
 {
     return pixel / 2 * 8 + pixel % 2;

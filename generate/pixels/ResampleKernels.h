@@ -19,7 +19,7 @@ void WidenOpaqueRow(const std::uint8_t* bgrx, std::size_t pixels, std::int16_t* 
 // Which pairs of pixels make up each target pixel of a row.
 struct TPixelWeights {
     const int* First;            // the first pair of each target pixel
-    const std::int16_t* Weights; // Targets x Pairs x 2 values; 6 more values must be readable
+    const std::int16_t* Weights; // Targets x Pairs x 2 values; 6 values after these must be readable, too
     std::size_t Targets;
     std::size_t Pairs; // number of pairs for each target pixel; a multiple of four
 };
@@ -34,7 +34,8 @@ struct TRowBatch {
 };
 
 // The horizontal pass for some rows, from SourceLevel to FilteredLevel. Each target pixel is the weighted sum
-// of its pairs in the source row. REQUIRES: weights.Pairs pairs are readable from every weights.First on.
+// of its pairs in the source row. REQUIRES: weights.Pairs pairs can be read from each pair in weights.First
+// on.
 void SumPixelPairs(const TRowBatch& batch, const TPixelWeights& weights);
 
 // One row of the vertical pass, at FilteredLevel: out[i] = sum of rows[t][i] * weights[t] over all t < taps,

@@ -8,8 +8,8 @@ namespace Corvadine {
 
 namespace {
 
-// A TFilterTable in the layout of Kernels::TPixelWeights: in pairs of pixels, whose number is a multiple of
-// four. Near the end of a row the first pair is moved back, so that no kernel reads past the row.
+// A TFilterTable in the layout of Kernels::TPixelWeights: in pairs of pixels. The number of pairs is a
+// multiple of four. Near the end of a row the first pair is moved back, so that no kernel reads past the row.
 class TPairWeights {
 public:
     // `pairCount` is the PairCount() of the source.
