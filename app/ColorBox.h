@@ -12,15 +12,15 @@ namespace Corvadine {
 // Shows and edits a color field. The drop-down has the named colors, and "More…" for any other color. A
 // choice is written to the field at once. The field's integer has red in bits 0 to 7, green in 8 to 15 and
 // blue in 16 to 23. The invalid color -1 is painted as white with a stroke through it, because a generation
-// run then uses white.
+// run uses white for -1.
 class TColorBox : public QPushButton, public TFieldEditor {
     Q_OBJECT
 
 public:
     TColorBox(TProjectsTable& table, TField field, QWidget* parent = nullptr);
 
-    // Shows the color `stored` until the field is shown again. Does not write the field. `stored` has the
-    // form of the field's integer.
+    // Shows the color `stored` until the control shows the color of its field again. Does not write the
+    // field. `stored` has the form of the field's integer.
     void ShowColor(int stored);
 
     // Returns whether a color is shown.

@@ -9,7 +9,7 @@ namespace Corvadine {
 
 bool TFieldEditor::IsFieldEditor(const QWidget* widget)
 {
-    // A drop-down list is a window of its own, but its parents lead to the control.
+    // A drop-down list is a window of its own, but the control is among its parents.
     for (; widget; widget = widget->parentWidget())
         if (dynamic_cast<const TFieldEditor*>(widget))
             return true;
@@ -29,7 +29,7 @@ void TFieldEditor::Attach()
             Reload();
     });
     QObject::connect(&FTable, &TProjectsTable::StateChanged, &FWidget, [this] {
-        if (!FTable.IsEditing()) // when an edit starts, shown values that are not written yet must stay
+        if (!FTable.IsEditing()) // the start of an edit must not reset values that are not written yet
             Reload();
     });
     Reload();

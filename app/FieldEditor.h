@@ -28,8 +28,8 @@ public:
     TFieldEditor(const TFieldEditor&) = delete;
     TFieldEditor& operator=(const TFieldEditor&) = delete;
 
-    // Sets the function that is called with the error's text when a change fails. Before the call, the
-    // control returns to the value of the field. REQUIRES: `handler` does not throw.
+    // When a change fails, the control shows the value of the field again. Then the control calls `handler`
+    // with the text of the error. REQUIRES: `handler` does not throw.
     void SetErrorHandler(std::function<void(const QString&)> handler) { FErrorHandler = std::move(handler); }
 
 protected:
@@ -46,10 +46,10 @@ protected:
     void Attach();
 
     // Sets the field of the current row. If there is no row, or if the field has this value already, only
-    // shows the field again. A TError is not thrown but passed to the error handler.
+    // shows the field again. Throws no TError, but passes the text of a TError to the error handler.
     void Write(const QVariant& value);
 
-    // If the current row is being edited, gives its field the saved value again.
+    // If the current row is being edited, sets the field back to its saved value.
     void TakeBack();
 
     // Shows the field of the current row.

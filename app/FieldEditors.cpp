@@ -178,8 +178,8 @@ void TFieldSlider::ShowNumber()
 TFieldNumberEdit::TFieldNumberEdit(TProjectsTable& table, TField field, QWidget* parent)
     : QLineEdit(parent), TFieldEditor(table, field, *this)
 {
-    // The greatest allowed width has only nines as digits. So a number is in range if it has no more digits.
-    // Leading zeros may be typed too.
+    // All digits of the greatest allowed width are nines. So a number with at most as many digits is in
+    // range. Leading zeros may be typed too.
     static const QRegularExpression Digits(u"[0-9]{0,%1}"_s.arg(QString::number(TwoxSizeRange.Most).size()));
     setValidator(new QRegularExpressionValidator(Digits, this));
     // A line of text would accept a dropped file as moved, and the file manager would then delete the file.
@@ -199,8 +199,8 @@ void TFieldNumberEdit::ShowValue(const QVariant& value)
 {
     if (FIsBlanked)
         return;
-    // While the user types, a text such as "007" stays if it means the same number. Another text would move
-    // the cursor of the line.
+    // While the user types, a text such as "007" stays if its number is the value of the field. Setting a new
+    // text would move the cursor of the line.
     const auto shown = value.isValid() ? std::optional(value.toInt()) : std::nullopt;
     if (shown != Value() || !hasFocus())
         setText(shown ? QString::number(*shown) : QString());

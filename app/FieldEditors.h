@@ -45,11 +45,12 @@ protected:
     void wheelEvent(QWheelEvent* event) override;
 };
 
-// Shows and edits an integer field in CompressionRange, as a slider with its number beside it. A move is
-// written when the slider loses the focus or the pointer leaves the slider. A key that does not move the
-// slider also writes the move. If the pointer leaves during a drag, the move is written when the drag ends.
-// This way the field is written before the user can start a command by mouse, Alt key or shortcut. A move
-// that is not written yet is dropped when another row becomes current or editing ends.
+// Shows and edits an integer field in CompressionRange, as a slider with its number beside it. A move does
+// not write the field at once. The new number is written when the slider loses the focus, when the pointer
+// leaves the slider, or when the user presses a key that does not move the slider. If the pointer leaves
+// during a drag, the number is written when the drag ends. So the field is written before the user can start
+// a command by mouse, Alt key or shortcut. If another row becomes current or editing ends, a number that is
+// not written yet is dropped.
 class TFieldSlider : public QWidget, public TFieldEditor {
     Q_OBJECT
 
@@ -81,7 +82,8 @@ private:
 };
 
 // Shows and edits an integer field without a sign, as a line of text. Every keystroke writes the field. While
-// the line is empty, the field has its saved value. When the user leaves the line, it shows this value.
+// the line is empty, the field has its saved value. When the user leaves the empty line, the line shows the
+// saved value.
 class TFieldNumberEdit : public QLineEdit, public TFieldEditor {
     Q_OBJECT
 

@@ -42,8 +42,8 @@ struct TMainControls {
 };
 
 // Makes and lays out all controls of `window`: the ribbon without its buttons, the column of editors, and the
-// thumbnails. The editors show and change the current row of `table`. They call `showError` with the text of
-// an error. `table` must outlive the controls.
+// thumbnails. The editors show and change the current row of `table`. When a change fails, an editor calls
+// `showError` with the text of the error. `table` must outlive the controls.
 TMainControls MakeMainControls(
     QMainWindow& window, TProjectsTable& table, const std::function<void(const QString&)>& showError);
 

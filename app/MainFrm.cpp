@@ -50,7 +50,7 @@ QString OfferedProjectFile(const QDropEvent& event)
     return IsProjectFileName(file) ? file : QString();
 }
 
-// Whether a change of `fields` may change the images that the views show.
+// Returns whether a change of `fields` may change the images that the views show.
 bool ConcernImages(const TFieldSet& fields)
 {
     return fields.contains(TField::IconImageName) || fields.contains(TField::SplashImageName)
@@ -190,7 +190,8 @@ void TMainForm::Connect()
         [this] { Guarded([this] { FIntake.Remove(FIntake.Icon); }); });
     connect(FControls.btnRemoveSplash, &QToolButton::clicked, this,
         [this] { Guarded([this] { FIntake.Remove(FIntake.Splash); }); });
-    // Queued, because a message would block the program from which the file was dragged.
+    // The connections are queued, so that a message is shown after the drop. During the drop a message would
+    // block the program from which the file was dragged.
     connect(
         FControls.ImageEnViewIcon, &TImageView::FileDropped, this,
         [this](const QString& file) { Guarded([&] { FIntake.TakeDropped(FIntake.Icon, file); }); },
@@ -320,8 +321,8 @@ void TMainForm::btnHelpClick()
         FState.HelpRouter->HelpCommand(THelpRouter::ContentsCommand, 0);
 }
 
-// The program folder becomes the current folder of the process and is not reset. The update itself uses
-// full paths.
+// Makes the program folder the current folder of the process, and does not change it back. The update itself
+// does not depend on the current folder, because it uses full paths.
 void TMainForm::btnCheckUpdatesClick()
 {
     QDir::setCurrent(FState.ProgramFolder);
@@ -441,7 +442,7 @@ void TMainForm::changeEvent(QEvent* event)
     }
 }
 
-// A control that does not accept a drag leaves it to the window.
+// Qt passes a drag to the window if the control under the pointer does not accept the drag.
 void TMainForm::dragEnterEvent(QDragEnterEvent* event)
 {
     if (MayAddProject(CommandState()) && !OfferedProjectFile(*event).isEmpty())

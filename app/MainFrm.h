@@ -37,8 +37,9 @@ public:
     ~TMainForm() override;
 
     // Opens the store, reads the settings, shows the remembered project or else the first, and sets up the
-    // help. An error is shown and ends the start-up. If the database cannot be opened, the window tries again
-    // each time it becomes active, and then finishes the start-up. Call this once.
+    // help. An error is shown, and the start-up ends. If the database cannot be opened, the window tries to
+    // open it each time the window becomes active. When the database is open, the window finishes the
+    // start-up. Call this once.
     void StartUp();
 
     // Opens the help page with the number `topic`. Does nothing if the start-up ended before the help was

@@ -26,7 +26,7 @@ struct TMainState {
     QString BackupFolder {};           // with a trailing delimiter
     QString LastOutputFolder {};       // the folder that filled the thumbnails last
     bool FilesGenerated = false;       // the folder shown last has images, or a run has ended since
-    std::vector<TGenRec> GenList {};   // of the shown folder or run; ticking a platform does not change it
+    std::vector<TGenRec> GenList {};   // images of the shown folder or run; platform ticks do not change it
     bool Running = false;              // a generation run is under way
     bool RunIsShown = false;           // false once another folder is shown; the run then adds no thumbnails
     THelpRouter* HelpRouter = nullptr; // a child of the window; null before SetUpHelp()
@@ -39,8 +39,8 @@ struct TMainState {
     TProject ProjectAsShown() const;
 
     // Rebuilds GenList for ProjectAsShown() and the image in the launch view. If "2x Width" has no value, the
-    // list has the sizes of a new project. A run refuses such a project, but its images can be shown and
-    // written into the project file.
+    // list has the sizes of a new project. A run refuses a project without "2x Width". But the window can
+    // still show the project's images and write them into the project file.
     void BuildGenList();
 
     // Returns a renderer with the settings of ProjectAsShown() and the images of the views. Throws TError

@@ -10,9 +10,9 @@ class TListGrip;
 class TProjectsTable;
 
 // The drop-down that lists the project file of every saved row. The user can size the list at its lower right
-// corner. The value is the ID of a project. Only the user and SetValue() set the value: it does not follow
-// the current row. When the project is deleted, the box forgets the value but keeps the text. The owner must
-// make the chosen project current.
+// corner. The value is the ID of a project. Only the user and SetValue() set the value: the value does not
+// follow the current row. When the project is deleted, the box forgets the value but keeps the text. The
+// owner must make the chosen project current.
 class TProjectLookup : public QComboBox {
     Q_OBJECT
 
@@ -24,8 +24,8 @@ public:
     // ValueChosen() if `value` is an ID and differs from the former value.
     void SetValue(std::optional<qint64> value);
 
-    // Returns the whole text of the box: the project file, or that there is no connection to a database. The
-    // box may paint a long text without its middle.
+    // Returns the whole text of the box. The text is the project file, or a message that there is no
+    // connection to a database. The box may paint a long text without its middle.
     QString Text() const;
 
     void showPopup() override;

@@ -29,7 +29,7 @@ void TSourceIntake::Choose(const TSource& source)
 
 void TSourceIntake::Take(const TSource& source, const QString& file)
 {
-    FState.Table.Edit(); // first, because Edit() appends a row if there is none, which clears the views
+    FState.Table.Edit(); // first, because Edit() may append a row, and a new row clears the views
     source.View.Load(file);
     FState.Table.SetField(source.Field, file);
 }
@@ -59,7 +59,7 @@ void TSourceIntake::ShowCurrentProject()
 }
 
 // Shows the images in `folder`. An empty path clears the thumbnails. Nothing changes if `folder` is missing.
-// Nothing changes either if `folder` is LastOutputFolder, even if the thumbnails were cleared since.
+// Nothing changes if `folder` is LastOutputFolder, even if the thumbnails were cleared in the meantime.
 void TSourceIntake::ShowOutputs(const QString& folder)
 {
     TThumbnailView& thumbnails = *FState.Controls.MView;

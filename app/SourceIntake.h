@@ -33,7 +33,8 @@ public:
     // Makes `file` the source image, even if the file does not decode.
     void Take(const TSource& source, const QString& file);
 
-    // Passes the dropped `file` to Take(). Throws TError as ReadImageHeader() does, and changes nothing then.
+    // Passes the dropped `file` to Take(). If ReadImageHeader() throws a TError, changes nothing and throws
+    // this TError.
     void TakeDropped(const TSource& source, const QString& file);
 
     void Remove(const TSource& source);

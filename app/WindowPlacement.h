@@ -22,8 +22,8 @@ void WritePlacement(TSettingsFile& settings, const TWindowPlacement& placement);
 TWindowPlacement PlacementOf(const QWidget& window);
 
 // Restores the window's placement. A minimized window comes back maximized. A window that would lie outside
-// of every screen is moved onto the primary screen. The width of the frame may be known only after the window
-// is shown, so the size is corrected then.
+// of every screen is moved onto the primary screen. The width of the frame may become known only after the
+// window is shown. The size is then corrected.
 void Place(QWidget& window, const TWindowPlacement& placement);
 
 // Centers the window on the primary screen without changing its size. A window larger than the screen starts

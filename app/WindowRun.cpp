@@ -88,8 +88,8 @@ void TWindowRun::FinishView()
     FState.FilesGenerated = true;
 }
 
-// Completes the view if the user has chosen another project during the run and then the run's project again.
-// The thumbnails may lack files, and GenList may belong to the other project, so both are built again.
+// During a run the user can choose another project and later return to the run's project. Then the thumbnails
+// may lack files, and GenList may belong to the other project. This function builds both again.
 void TWindowRun::ShowAfterReturn(const TOutputRenderer& renderer)
 {
     const QString& folder = renderer.Job().OutputFolder;

@@ -9,8 +9,8 @@ struct TMainState;
 struct TOutput;
 
 // The generation run of the window. The run renders one output after the other on the window's own thread. It
-// shows each output when the file is written, and handles events between two outputs. Settings, sources and
-// output folder are fixed at the start. Files written before a failure stay.
+// shows each output when the file of the output is written. Between two outputs it handles events. Settings,
+// sources and output folder are fixed at the start. Files written before a failure stay.
 class TWindowRun {
 public:
     // `state` must outlive this object.

@@ -15,9 +15,9 @@ public:
     // `window` and `state` must outlive this object.
     TWindowSettings(QWidget& window, TMainState& state) : FWindow(window), FState(state) { }
 
-    // Sets MyIniFileName, reads that settings file, and places the window accordingly. If the settings file
-    // of the older release exists, reads the older file instead. Then adds the project of the older file to
-    // the table, saves the row, and deletes the older file. Throws TError.
+    // Sets MyIniFileName, reads the settings file of this name, and places the window accordingly. If the
+    // settings file of the older release exists, reads the older file instead. Then adds the project of the
+    // older file to the table, saves the row, and deletes the older file. Throws TError.
     void Read();
 
     // Makes the remembered project current if its file and its row still exist.

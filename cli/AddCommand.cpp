@@ -58,8 +58,8 @@ private:
             throw TError(TErrorKind::Io, attempt, file, u"the file does not exist"_s);
     }
 
-    // The database refuses duplicates, too, but with a technical error text. It also tells capitals from
-    // small letters even where file names do not.
+    // The database refuses duplicates, too, but its error text is technical. Besides, the database takes
+    // "A.dproj" and "a.dproj" for two files, even on systems where both names mean one file.
     static void CheckIsNew(TCliContext& context, const QString& file)
     {
         for (const TProject& project : context.Projects())

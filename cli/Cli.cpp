@@ -54,7 +54,7 @@ public:
             const bool hasEmptyValue =
                 mayBeOption && argument.startsWith("--"_L1) && argument.indexOf(u'=') == argument.size() - 1;
             words.push_back((hasEmptyValue ? argument.chopped(1) : argument).toStdString());
-            if (hasEmptyValue) // the parser would take the next word for the value of "--icon="
+            if (hasEmptyValue) // the parser would take the next word as the value of "--icon="
                 words.emplace_back();
         }
         std::reverse(words.begin(), words.end()); // the parser takes the last word first
@@ -162,7 +162,7 @@ TCommandResult RunLine(const QStringList& arguments, const TCliEnvironment& envi
     return command->Run(context);
 }
 
-// Returns the result of RunLine(), or that of its failure.
+// Returns the result of RunLine(). If RunLine() throws, returns the result FailureOf() the exception.
 TCommandResult ResultOf(const QStringList& arguments, const TCliEnvironment& environment, TCliOutput& output)
 {
     try {

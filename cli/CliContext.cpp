@@ -21,8 +21,8 @@ bool IsID(const QString& name)
     });
 }
 
-// Whether `name` means this project. A path is also compared as it was typed, because a database from another
-// system has paths of another form.
+// Returns whether `name` means this project. A path is compared both as a full path and as it was typed,
+// because a database from another system has paths of another form.
 bool IsCalled(const TProject& project, const QString& name)
 {
     if (IsID(name))

@@ -34,7 +34,7 @@ private:
 };
 
 // Returns `text` in UTF-8, with its control characters written as escapes. A file name may contain line ends
-// or control sequences. Unescaped, they would start a new line or confuse the terminal.
+// or control sequences. Without the escapes, such a name would start a new line or confuse the terminal.
 std::string OneLine(const QString& text);
 
 // Returns `count` and the noun, such as "1 image" or "2 images".

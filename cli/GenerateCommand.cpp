@@ -28,7 +28,7 @@ public:
 private:
     std::ostream& FStream;
     std::string FTitle;
-    std::size_t FLength = 0; // bytes of the longest text, at least as many as its columns
+    std::size_t FLength = 0; // bytes of the longest text; no text has more columns than bytes
 };
 
 class TGenerateCommand : public TProjectsCommand {

@@ -20,8 +20,8 @@ CLI::Option* AddTextOption(CLI::App& app, const std::string& name,
 // Declares a required positional.
 CLI::Option* AddRequired(CLI::App& app, const std::string& name, std::string& value, const std::string& help);
 
-// Returns `text` as a whole number. Throws TError(Usage), which names the range, if `text` is no number in
-// the range.
+// Returns `text` as a whole number. If `text` is no number from `least` to `most`, throws TError(Usage). The
+// error text names the range.
 int ParseNumber(const QString& text, int least, int most);
 
 } // namespace Corvadine

@@ -8,11 +8,11 @@
 #include <QString>
 #include <QStringList>
 
-// The elements of a project file, as several commands set and print them.
+// Functions for the commands that set or print the elements of a project file.
 namespace Corvadine {
 
-// Returns the images that `job` generates for `project`, for the functions of ProjectUpdater.h. Throws
-// TError(Io) if the project file is missing.
+// Returns the images that `job` generates for `project`, in the form that the functions of ProjectUpdater.h
+// take. Throws TError(Io) if the project file is missing.
 TProjectImages ImagesOf(const TProject& project, const TGenJob& job);
 
 // Returns the elements that would change or have changed, as objects with "id", "line", "old" and "new".

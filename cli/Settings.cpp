@@ -78,7 +78,7 @@ QJsonValue PlatformsValue(const TProject& project)
     return names;
 }
 
-// A number, or null if the database has none.
+// Returns `number`, or null if the database has no number.
 QJsonValue NumberValue(const std::optional<int>& number)
 {
     return number ? QJsonValue(*number) : QJsonValue();
@@ -116,7 +116,8 @@ TFieldValues ParseFormat(const QString& text)
     throw NotOneOf(text, { u"256"_s, u"true"_s });
 }
 
-// Every number except the one for 256 colors means true color, as when images are generated.
+// One number means 256 colors. Every other number means true color. The generation of images reads the
+// numbers in the same way.
 QJsonValue FormatValue(const TProject& project)
 {
     if (!project.PixelFormat)

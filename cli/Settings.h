@@ -13,7 +13,8 @@ namespace CLI {
 class App;
 }
 
-// A project's settings as the command line reads and prints them: "--format true", and "format" in JSON.
+// A project's settings on the command line. For example, the option "--format true" sets a setting, and the
+// JSON member "format" shows the setting.
 namespace Corvadine {
 
 class TProjectsTable;
@@ -21,15 +22,15 @@ class TProjectsTable;
 // The options of a command that changes settings.
 class TSettingsOptions {
 public:
-    // Declares all settings. Parsing refuses values that no project can have. This object must live as long
-    // as the parsing.
+    // Declares all settings. Parsing refuses values that no project can have. This object must live until
+    // parsing has ended.
     void Declare(CLI::App& app);
 
     bool IsEmpty() const { return FValues.empty(); }
     bool Has(TField field) const { return FValues.contains(field); }
 
-    // Throws TError unless the given source images can be read, as far as their headers show, and the given
-    // output folder is no file. So the user sees a mistake at once, not in the next build.
+    // Throws TError if the header of a given source image cannot be read, or if the given output folder is a
+    // file. So the user sees a mistake at once, not in the next build.
     void CheckPaths() const;
 
     // Puts the given values into the row that is being edited or inserted.

@@ -8,8 +8,8 @@ namespace Corvadine {
 
 namespace {
 
-// Returns the lines of the window's message. The missing IDs follow the first sentence, which announces them.
-// The sentence about the backup is printed only if a backup was made.
+// Returns the lines of the window's message. The first sentence announces the missing IDs, so the IDs follow
+// this sentence. The sentence about the backup is printed only if a backup was made.
 QStringList UpdateLines(const TUpdateResult& update)
 {
     QStringList lines { update.CountMessage() };

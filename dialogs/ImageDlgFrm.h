@@ -17,7 +17,7 @@ class TShellListView;
 // The content of the preview for the selected file.
 struct TImagePreview {
     QImage Picture; // null if the file cannot be decoded
-    QString Fault;  // why, as a sentence; otherwise empty
+    QString Fault;  // why the file cannot be decoded, as a sentence; otherwise empty
 };
 
 // The dialog that asks for an image file: a breadcrumb bar, a list of the folder's images, and a preview. The

@@ -14,8 +14,8 @@ namespace Corvadine {
 // file names may look like markup.
 class TWidgetPrompts : public TPrompts {
 public:
-    // Sets the window that boxes block and are centered on. Boxes that are shown before this call have no
-    // such window. REQUIRES: `window` outlives this object.
+    // Sets the window. Each box is centered on this window and blocks it. A box that is shown before this
+    // call has no window to block. REQUIRES: `window` outlives this object.
     void SetWindow(QWidget* window) { FWindow = window; }
 
     // Sets the function that is called when F1 is pressed in a dialog. Without this function, F1

@@ -71,7 +71,10 @@ class Archive:
             position = entry.end
 
     def number(self, position):
-        """Returns the number at a position, and the position after it. Each byte has seven bits, the highest first."""
+        """Returns the number at a position, and the position after the number.
+
+        Each byte holds seven bits of the number. The first byte holds the highest bits.
+        """
         value = 0
         while True:
             byte = self.bytes[position]
@@ -81,7 +84,7 @@ class Archive:
                 return value, position
 
     def set_number(self, start, end, value):
-        """Overwrites the number from start to end, and fills the value up with leading zeros."""
+        """Overwrites the number from start to end with the value, and fills the free bytes with leading zeros."""
         for position in range(end - 1, start - 1, -1):
             self.bytes[position] = value & 0x7F | (0x80 if position < end - 1 else 0)
             value >>= 7

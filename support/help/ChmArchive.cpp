@@ -140,7 +140,7 @@ void TChmArchive::ReadSystem()
 }
 
 // "/#IVB" begins with its size, and pairs follow. A pair has the number of a topic, and the offset of a name
-// in "/#STRINGS". The name is that of the topic's page.
+// in "/#STRINGS". The name at this offset is the name of the topic's page.
 // https://www.nongnu.org/chmspec/latest/Internal.html#IVB
 void TChmArchive::ReadTopics()
 {

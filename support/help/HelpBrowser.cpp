@@ -56,8 +56,8 @@ QString WithSuffix(const QString& path, const QString& suffix)
     return dot < 0 ? path : path.left(dot) + suffix + path.mid(dot);
 }
 
-// Returns a picture to show in place of a missing one. If loadResource() returned nothing, the text document
-// would look for the picture on the disk.
+// Returns a picture to show in place of a missing picture. If loadResource() returned nothing, the text
+// document would look for the picture on the disk.
 QImage NoPicture()
 {
     QImage pixel(1, 1, QImage::Format_ARGB32);

@@ -18,9 +18,9 @@ class THelpBrowser : public QTextBrowser {
 public:
     explicit THelpBrowser(QWidget* parent);
 
-    // From now on shows pages of `archive`, which may be null, and clears the history. If `archive` has the
-    // page that is shown, the page is loaded again. REQUIRES: `archive` lives until the next call of
-    // SetArchive() or the end of this object.
+    // Shows pages of `archive` from now on, and clears the history. `archive` may be null. If the page that
+    // is shown also exists in `archive`, loads the page from there. REQUIRES: `archive` lives until the next
+    // call of SetArchive() or the end of this object.
     void SetArchive(const TChmArchive* archive);
 
     // Shows the page `path` of the archive. `path` may end in "#anchor". Returns false, and changes nothing,

@@ -16,8 +16,8 @@ struct THelpEntry {
     bool operator==(const THelpEntry&) const = default;
 };
 
-// Reads a contents file (.hhc), which is HTML. Its lists have an OBJECT for each entry. Skips everything
-// else. Returns the entries in the order of the file.
+// Reads a contents file (.hhc). The file is HTML, and its lists have an OBJECT for each entry. Skips all
+// other content. Returns the entries in the order of the file.
 std::vector<THelpEntry> ParseHelpContents(const QByteArray& file);
 
 } // namespace Corvadine

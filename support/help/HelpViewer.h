@@ -17,9 +17,9 @@ public:
     virtual void ShowContents(const QString& file) = 0;
 };
 
-// Returns the viewer for this system. The help window has no owner, because the help must stay usable while a
-// dialog is open. A dialog blocks the owner and all windows that belong to the owner. The viewer's destructor
-// closes the window.
+// Returns the viewer for this system. A dialog blocks the main window and all windows that the main window
+// owns. The help must stay usable while a dialog is open, so no window owns the help window. The viewer's
+// destructor closes the help window.
 std::unique_ptr<THelpViewer> MakeHelpViewer();
 
 } // namespace Corvadine

@@ -6,8 +6,8 @@ namespace Corvadine {
 
 QByteArray ExecutableResource(const char* name)
 {
-    // 10 is RT_RCDATA. The constant itself is not used, because it is for wide characters in some builds, and
-    // FindResourceA() takes none.
+    // 10 is the value of RT_RCDATA. In some builds the constant RT_RCDATA has a type for wide characters, and
+    // FindResourceA() does not take this type.
     const HRSRC entry = ::FindResourceA(nullptr, name, MAKEINTRESOURCEA(10));
     const HGLOBAL loaded = entry ? ::LoadResource(nullptr, entry) : nullptr;
     const void* bytes = loaded ? ::LockResource(loaded) : nullptr;

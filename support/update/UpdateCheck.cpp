@@ -9,8 +9,8 @@ namespace Corvadine {
 
 namespace {
 
-// Removes the staging folder of a process that was killed. Ignores failures, also if another process is using
-// the folder. A check does not need the folder, and a download reports the failure.
+// Removes the staging folder of a process that was killed. Ignores failures. For example, another process may
+// be using the folder. A check does not need the folder, and a download reports the failure.
 void RemoveLeftovers(const TUpdateFolder& folder)
 {
     const QFileInfo staging(folder.Staging());

@@ -59,7 +59,7 @@ TUpdateDownload::TUpdateDownload(const TUpdateSettings& settings, QNetworkAccess
         FTotal += offer.Control.Packages[package].Size;
     FPackages.assign(packages.rbegin(), packages.rend());
     // The limit grows with the size, so that a slow line can finish a large download. A small download has a
-    // small limit, so that no server can draw it out.
+    // small limit, so that a server cannot make the download last long.
     SetTimeLimit(settings.Limits.DownloadTotal + std::chrono::seconds(FTotal / settings.Limits.LeastRate));
 }
 

@@ -19,8 +19,9 @@ namespace Corvadine {
 // leaves no staging folder.
 //
 // Needs an event loop on the thread of the engine. Check() and Download() each start a step and return at
-// once. Later the event loop emits exactly one final signal for the step. Every text is one sentence for the
-// user. A slot may start the next step. A slot must not delete the engine, but may call deleteLater().
+// once. Later the event loop emits exactly one final signal for the step. Every text in a signal is one
+// sentence for the user. A slot may start the next step. A slot must not delete the engine, but may call
+// deleteLater().
 class TUpdateEngine : public QObject {
     Q_OBJECT
 
@@ -55,7 +56,7 @@ signals:
     // The check has ended. `files` are the newer files, in the control file's order. `files` is empty if no
     // file is newer.
     void Checked(const std::vector<Corvadine::TUpdateFile>& files);
-    // `done` bytes of the download were received so far. The whole download has `total` bytes, which stays
+    // `done` bytes of the download were received so far. The whole download has `total` bytes. `total` stays
     // the same until the end.
     void Progress(qint64 done, qint64 total);
     // The download has ended. The receiver must install the staged update or remove the staging folder.
@@ -72,7 +73,7 @@ private:
     QNetworkAccessManager FManager;
     TUpdateLock FLock; // held while a staged update waits to be installed
     std::optional<TUpdateOffer> FOffer;
-    TUpdateTask* FTask = nullptr; // a child of this; null when idle, and from Cancel() on
+    TUpdateTask* FTask = nullptr; // a child of this; null when idle and after Cancel()
     bool FIsBusy = false;
 };
 

@@ -86,7 +86,7 @@ void TUpdateTransfer::Stop()
         return;
     QNetworkReply* const reply = std::exchange(FReply, nullptr);
     reply->disconnect(this);
-    reply->deleteLater(); // also ends the reply; after abort(), Qt would warn of late errors
+    reply->deleteLater(); // also ends the reply; abort() would make Qt warn of late errors
 }
 
 void TUpdateTransfer::Fetch(const QUrl& url)
@@ -99,7 +99,8 @@ void TUpdateTransfer::Fetch(const QUrl& url)
     FReply = FManager.get(RequestFor(url, FSettings));
     FReply->setReadBufferSize(ReadBufferBytes);
     // Qt collects headers in memory without a bound, and emits no signal before the headers end. So the
-    // headers get little time, counted from the request. Connecting may take longer.
+    // server gets little time for the headers. The time begins when the request was sent, because connecting
+    // may take longer.
     connect(FReply, &QNetworkReply::requestSent, this, [this] { FStall.start(FSettings.Limits.Headers); });
     connect(FReply, &QNetworkReply::metaDataChanged, this, &TUpdateTransfer::HeadersArrived);
     connect(FReply, &QNetworkReply::readyRead, this, &TUpdateTransfer::BodyArrived);

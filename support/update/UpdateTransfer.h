@@ -12,8 +12,8 @@ class QNetworkReply;
 
 namespace Corvadine {
 
-// Sets up `manager` for updates. `manager` then uses no proxy. It also deletes no replies, because each
-// transfer deletes its own replies.
+// Sets up `manager` for updates. After this call, `manager` uses no proxy. It also does not delete replies,
+// because each transfer deletes its own replies.
 void PrepareForUpdates(QNetworkAccessManager& manager);
 
 // The address of a download, and the limit of its size.

@@ -75,7 +75,7 @@ QLabel* MakeBillBoard(QWidget* parent)
 QFont WizardFont()
 {
     QFont font(TUpdateWizardSettings::FontName, TUpdateWizardSettings::FontPoints, QFont::Bold);
-    // DejaVu Sans is for systems without Verdana, because its letters have the widths of Verdana.
+    // Systems without Verdana use DejaVu Sans, because the letters of both fonts have the same widths.
     font.setFamilies({ TUpdateWizardSettings::FontName, u"DejaVu Sans"_s });
     return font;
 }

@@ -31,7 +31,7 @@ PROGRAMS = {
 }
 BUNDLED = ("upd",)  # programs inside of PROGRAMS
 HELP_FILE = "Corvadine.chm"
-FOLDER = "Corvadine"  # no version, so that a new release is unpacked over the old one and finds its projects
+FOLDER = "Corvadine"  # no version, so that a new release is unpacked over the old release and finds the projects
 
 # For each static library: the pattern of its file name, its name, and the Debian package whose copyright file holds its
 # licence. Qt's file also has the licences of the libraries inside of Qt.

@@ -66,17 +66,17 @@ TKnownRelease KnownReleaseOf(const TControlFile& control);
 // - text that TIniText refuses;
 // - a missing or senseless value;
 // - more or larger files than `limits` allow;
-// - two files for one platform that cannot both be installed: their names are equal, or the name of one is a
-//   folder of the other;
-// - an entry "signature" or "appname" whose value is not that of this program's releases.
+// - two files for one platform that cannot both be installed: their names are equal, or the name of one file
+//   is a folder in the path of the other file;
+// - an entry "signature" or "appname" with another value than in this program's releases.
 TControlFile ReadControlFile(const QByteArray& bytes, const QByteArray& signature,
     const QByteArray& publicKey, const TUpdateLimits& limits);
 
 // Returns true if `control` may be used now, and false if the publisher has withdrawn the release. Throws
 // TError if the last day of `control` has passed. Throws TError if the release is older than
-// NewestAcceptedVersion(settings) or than the known release. Throws TError if the installed program is
-// too old for the release. An equal version may be used, so that missing or damaged files can be
-// downloaded again.
+// NewestAcceptedVersion(settings) or than the known release. Throws TError if the installed program is too
+// old for the release. A release does not count as older if the versions are equal, so that missing or
+// damaged files can be downloaded again.
 bool IsOffered(const TControlFile& control, const TUpdateSettings& settings);
 
 // Returns whether `file` is for this platform, and is either missing in the program folder or newer than the

@@ -18,8 +18,8 @@ void SyncToDisk(const QString& path);
 std::error_code RenameOver(const QString& from, const QString& to);
 
 // Makes the folder `path`. Only its owner and the system may read and write the folder. On Windows, the owner
-// is the group of administrators if the process has their rights. Returns an error if the folder cannot be
-// made or if `path` exists.
+// is the group of administrators if the process has the rights of an administrator. Returns an error if the
+// folder cannot be made or if `path` exists.
 std::error_code MakePrivateFolder(const QString& path);
 
 // Gives `to` the owner and group of `from`, as far as the rights of this process allow. Does nothing on

@@ -62,8 +62,8 @@ bool Runs(HANDLE process, const QString& executable)
     DWORD length = LongestPath;
     if (!::QueryFullProcessImageNameW(process, 0, path.data(), &length))
         return true;
-    // Only the file names are compared: the system resolves junctions and mapped drives, but `executable` may
-    // contain them.
+    // Only the file names are compared. The folders can differ, because `executable` may contain a junction
+    // or a mapped drive, and the system's path contains neither.
     const QString running = QString::fromWCharArray(path.data(), static_cast<int>(length));
     return IsSameFileName(FileNameOf(running), FileNameOf(executable));
 }

@@ -23,8 +23,8 @@ void StageControlFile(const TUpdateFolder& folder, const QByteArray& bytes, cons
     const std::vector<TUpdateFile>& chosen);
 
 // Returns the update in the staging folder of `settings.Folder`, after verifying it again. The helper calls
-// this, because it takes over from an ended process and trusts nothing in the folder. Changes no file. Throws
-// TError unless
+// this function, because another process has filled the folder and the helper trusts nothing in the folder.
+// Changes no file. Throws TError unless
 // - the signature of the control file is good, and its version may be installed (see IsOffered());
 // - the control file lists every file for this platform, with its size and SHA-256, and no file is a link;
 // - exactly the chosen files are there, and all newer mandatory files are among them. Otherwise half a

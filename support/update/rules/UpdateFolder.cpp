@@ -169,8 +169,9 @@ QString TUpdateFolder::Staging() const
 void TUpdateFolder::MakeStaging() const
 {
     RemoveStaging();
-    // This takes two steps, because of Windows. There mkdir() with permissions would make a folder whose
-    // files stay closed to other users, even after the files were moved out of the folder.
+    // The folder is made first, and then gets its permissions. One step would do harm on Windows: mkdir()
+    // with permissions would make a folder whose files stay closed to other users, even after the files were
+    // moved out of the folder.
     if (!QDir().mkdir(Staging())
         || !QFile::setPermissions(Staging(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner))
         throw NotWritable(*this, u"the folder cannot be written"_s);

@@ -47,7 +47,7 @@ public:
 
     explicit TUpdateFolder(const QString& programFolder);
 
-    // Returns the path of the folder. The path is absolute if the one given to the constructor was absolute.
+    // Returns the path of the folder. The path is absolute if the constructor got an absolute path.
     const QString& Path() const { return FPath; }
     QString PathOf(const QString& relative) const { return FPath + u'/' + relative; }
     QString OverrideFile() const { return Own(u"ini"_s); }
@@ -66,10 +66,11 @@ public:
     TVersion AcceptedVersion() const;
 
     // Remembers that the release `version` is installed. An older version changes nothing. Call this after
-    // all files of the release are in place and before the old files are removed. If this were called earlier
-    // and the installation then failed, files compared by version would not be offered again. The record is
-    // needed because a release may leave the executable as it is. The program then still has its old version,
-    // and without the record, files compared by version would be offered again. Throws TError(Io).
+    // all files of the release are in place and before the old files are removed. With an earlier call, the
+    // record would be wrong if the installation then failed. Files compared by version would not be offered
+    // again. The record is needed because a release may leave the executable as it is. The program then still
+    // has its old version, and without the record, files compared by version would be offered again. Throws
+    // TError(Io).
     void RecordAcceptedVersion(const QString& version) const;
 
     // Returns the newest release that a control file has announced. Older releases are refused, even if the
@@ -88,8 +89,8 @@ public:
     // helper. Throws TError(Io) if the folder cannot be written.
     TUpdateLock Lock() const;
 
-    // Takes the lock for the helper, to which the lock is handed over. Waits up to `patience` while another
-    // process has the lock. Throws TError as Lock() does.
+    // The helper calls this function to take the lock that the program hands over. Waits up to `patience`
+    // while another process has the lock. Throws TError as Lock() does.
     TUpdateLock AwaitLock(std::chrono::milliseconds patience) const;
 
     // Returns the path of the staging folder. The staging folder lies in the program folder, so a rename
@@ -99,8 +100,8 @@ public:
     QString StagedPath(const QString& target) const { return StagedFiles() + u'/' + target; }
     QString Downloads() const { return Staging() + u"/downloads"_s; }
 
-    // Makes an empty staging folder, and first removes an existing staging folder. Only the owner may look
-    // into the folder. On Windows the folder has the permissions of the program folder instead. Throws
+    // Removes the staging folder if it exists. Then makes a new, empty staging folder. Only the owner may
+    // look into the folder. On Windows the folder has the permissions of the program folder instead. Throws
     // TError(Io). REQUIRES: the caller has the lock.
     void MakeStaging() const;
 

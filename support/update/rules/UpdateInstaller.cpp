@@ -78,8 +78,8 @@ void KeepAttributes(const QString& file, const QString& successor)
     QFile::setPermissions(successor, permissions);
 }
 
-// Moves the old files to DamagedFiles(), where the user can find them. Returns an error to throw, which tells
-// `error` and this folder.
+// Moves the old files to DamagedFiles(), where the user can find them. Returns an error to throw. Its text
+// contains the text of `error` and the path of DamagedFiles().
 TError SetAside(const TUpdateFolder& folder, const TError& error)
 {
     RemoveTree(folder.DamagedFiles());
@@ -91,7 +91,8 @@ TError SetAside(const TUpdateFolder& folder, const TError& error)
 
 } // namespace
 
-// A replacement of files. It is either still to be made, or was read back from its journal.
+// One replacement of files. The object stands for a new replacement, or for an earlier replacement that was
+// read from its journal.
 class TUpdateInstaller::TReplacement {
 public:
     TReplacement(const TUpdateInstaller& owner, const TStagedUpdate& update, const QString& executable);
@@ -244,7 +245,8 @@ void TUpdateInstaller::TReplacement::MoveIn()
 }
 
 // Settles the update by a rename of the journal, because a rename is atomic. The recorded version could not
-// show that an update is settled, because it stays the same when files of the installed release are repaired.
+// show that an update is settled, because the version stays the same when files of the installed release are
+// repaired.
 void TUpdateInstaller::TReplacement::Settle()
 {
     Step(u"settle the update"_s);

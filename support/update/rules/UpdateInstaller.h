@@ -34,16 +34,16 @@ public:
 
     // Calls Recover(), verifies size and SHA-256 of every staged file once more, replaces the files, and
     // records the accepted version. If the record cannot be written, the next Recover() writes it. All steps
-    // go to the log. A new file gets the permissions and, where allowed, the owner of the file it replaces.
-    // Always removes the staging folder. `executable` is the absolute path of the program, which need not be
-    // among the files. Throws TError after a failure, when the old files are back in place. If the old files
-    // could not be put back, the error text says so, and the next Recover() tries again.
+    // go to the log. A new file gets the permissions and, where allowed, the owner of the old file. Always
+    // removes the staging folder. `executable` is the absolute path of the program, which need not be among
+    // the files. After a failure, puts the old files back and throws TError. If an old file could not be put
+    // back, the error text tells this, and the next Recover() tries again.
     void Install(const TStagedUpdate& update, const QString& executable);
 
-    // Undoes or completes an Install() that was killed or could not put all files back. Otherwise does
-    // nothing. Returns what was done. Throws TError if files cannot be put back. The journal then stays for
-    // the next try. Throws TError(BadInput) for a journal that makes no sense. The old files are then moved
-    // to CorvadineUpdate.damaged, and no further try is made.
+    // Undoes or completes an Install() that was killed or could not put all files back. Does nothing if there
+    // is no such Install(). Returns what was done. If files cannot be put back, throws TError and keeps the
+    // journal for the next try. If the journal makes no sense, moves the old files to CorvadineUpdate.damaged
+    // and throws TError(BadInput). No further try is made in this case.
     TRecovery Recover();
 
     // For tests. This function is called before each step. If it throws, the step fails.
