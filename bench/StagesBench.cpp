@@ -1,4 +1,5 @@
-// Measures each stage of a run on one thread, and each level of compression beside that of zlib.
+// Measures each stage of a run on one thread. Also measures each level of compression, and for comparison
+// each level of zlib.
 // usage: StagesBench ICON LAUNCH [Google Benchmark's options]
 
 #include "base/Literals.h"
@@ -60,8 +61,8 @@ public:
         }
     }
 
-    // Returns the sources at each size of the catalogue once, then the icon at the ten sizes of the Windows
-    // icon. Filtered pictures are computed only in Compose().
+    // Returns the scaled sources: first a source at each size of the catalogue, then the icon at the ten
+    // sizes of the Windows icon. Filtered pictures are computed only in Compose().
     std::vector<TFittedImage> Resample(TResampleFilter filter) const
     {
         std::vector<TFittedImage> fitted;
@@ -147,7 +148,7 @@ private:
 
     TGenJob FJob;
     TRenderSources FSources;
-    std::vector<TOutput> FOutputs; // without the Windows icon; one of each group of equal outputs
+    std::vector<TOutput> FOutputs; // no Windows icon; equal outputs are listed once
 };
 
 // Measures `action` under `name`. If `action` returns a number of bytes, the result shows this number.

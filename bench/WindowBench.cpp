@@ -112,7 +112,7 @@ private:
         double best = 1e9;
         double bestWindow = 1e9;
         double memoryAfterTwo = 0;
-        for (int round = 0; round < 10; ++round) { // alternating, so that other load affects both
+        for (int round = 0; round < 10; ++round) { // in turns, so that other load affects both kinds of run
             QElapsedTimer timer;
             timer.start();
             RunGeneration(job, 1);

@@ -7,8 +7,8 @@ Usage: tables.py --runs N [--ratio peer|first] [--column TITLE] {-- NAME COMMAND
        tables.py --replace DOCUMENT TABLE < text
 
 The first form runs each command N times, after one round that is not measured. The commands are run in turns, so that
-other load on the machine affects all commands alike. The second form reads the output of StagesBench. The third form
-replaces the text between "<!-- table: TABLE -->" and "<!-- end -->" in the document.
+other load on the machine affects all commands alike. The second and the third form read the output of StagesBench. The
+last form replaces the text between "<!-- table: TABLE -->" and "<!-- end -->" in the document.
 """
 
 import argparse
@@ -27,7 +27,7 @@ RUN_STAGES = ["decode the icon", "decode the launch image", "convert both", "res
 
 
 def run(command):
-    """Returns the seconds and the peak memory in MiB of one run. The memory is that of its largest process."""
+    """Returns the seconds and the peak memory in MiB of one run. Only the largest process counts for the memory."""
     start = time.perf_counter()
     process = subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE)
     errors = process.stderr.read()
@@ -53,7 +53,7 @@ def table(title, columns, rows):
 
 
 def ratio(numerators, denominators):
-    """Returns the median of the ratios of two commands. Each ratio is of runs in the same turn."""
+    """Returns the median of the ratios of two commands. Each ratio compares two runs of the same turn."""
     return f"{statistics.median(a / b for a, b in zip(numerators, denominators)):.2f}"
 
 

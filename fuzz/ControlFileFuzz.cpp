@@ -10,7 +10,7 @@ using namespace Corvadine;
 
 namespace {
 
-// Signs each input, so that it passes the check of the signature and its content is read.
+// Signs each input. The check of the signature then accepts the input, and its content is read.
 struct TStolenKey {
     TStolenKey()
     {

@@ -32,7 +32,7 @@ inline const QTemporaryDir& Folder()
     return TheFolder;
 }
 
-// Writes `bytes` to the file `name` in Folder() and returns its path, for code that takes a path.
+// Writes `bytes` to the file `name` in Folder(), for code that takes a path. Returns the path of the file.
 inline QString FileWith(const QString& name, const QByteArray& bytes)
 {
     const QString path = Folder().filePath(name);

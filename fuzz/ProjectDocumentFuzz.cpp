@@ -23,9 +23,9 @@ std::vector<TElementChange> Edit(TProjectDocument& document)
 }
 
 // Searches for a `piece` of the edited file in `original`, beginning at `from`. Returns the position after
-// the piece, or -1 if it is not found. The edit may have made <X>text</X> of <X/>. Then the piece before the
-// text has grown by a ">", and the piece after the text by an end tag. So the search also tries the piece
-// without this growth, and takes the match that ends first.
+// the piece, or -1 if the piece is not found. The edit may have replaced <X/> by <X>text</X>. Then the piece
+// before the text has a ">" more, and the piece after the text has an end tag more. Therefore the search also
+// tries the piece without the added ">" and without the added end tag. It takes the match that ends first.
 qsizetype EndOf(const QByteArray& piece, const QByteArray& original, qsizetype from)
 {
     const qsizetype start = piece.startsWith("</") ? piece.indexOf('>') + 1 : 0;
@@ -55,8 +55,8 @@ void RequireUntouchedElsewhere(const QByteArray& original, const QByteArray& edi
     Fuzzing::Require(original.endsWith(last) || original.endsWith(last.mid(last.indexOf('>') + 1)));
 }
 
-// The updater writes the bytes that the same edit gives in memory, and keeps the old bytes as a backup. A
-// second update writes nothing.
+// Requires that the updater writes the same bytes as the same edit in memory, and keeps the old bytes as a
+// backup. Requires that a second update writes nothing.
 void RequireUpdate(const QByteArray& bytes)
 {
     const QString file = Fuzzing::FileWith(u"fuzz.dproj"_s, bytes);
@@ -66,7 +66,7 @@ void RequireUpdate(const QByteArray& bytes)
     for (const TProjectImage& image : images.Images)
         Fuzzing::FileWith(image.FileName, {});
     static TBackups backups(Fuzzing::Folder().filePath(u"backups"_s), u"no database"_s);
-    // Without a database the copy gets no record. This is far quicker, and the record is not tested here.
+    // Without a database the backup gets no record. This is far quicker, and the record is not tested here.
     const TBackupOrder order { backups, QDateTime({ 2024, 3, 5 }, { 12, 0, 0 }), TBackupPolicy::BestEffort };
     const auto read = [](const QString& path) { return ReadFile(path, u"read"_s); };
     try {
@@ -101,7 +101,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         const bool isEdited = !Edit(document).empty();
         const QByteArray edited = document.Bytes();
         Fuzzing::Require(isEdited || edited == bytes);
-        if (!bytes.contains('\0')) // the search is for UTF-8, which UTF-16 does not contain
+        if (!bytes.contains('\0')) // the search is for UTF-8, and bytes with '\0' may be UTF-16
             RequireUntouchedElsewhere(bytes, edited);
         TProjectDocument again(edited, u"fuzz.dproj"_s);
         for (const TElementChange& change : Edit(again))

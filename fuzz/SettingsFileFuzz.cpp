@@ -9,7 +9,7 @@ using namespace Corvadine;
 
 namespace {
 
-// Whether `whole` becomes `part` by leaving bytes out.
+// Returns whether `part` is left if some bytes of `whole` are taken out.
 bool Contains(const QByteArray& whole, const QByteArray& part)
 {
     qsizetype found = 0;
@@ -27,8 +27,8 @@ void Set(TSettingsFile& settings, const QString& project)
 
 } // namespace
 
-// Settings files: values that are set can be read again, whatever else the file holds. Saving them once more
-// gives the same bytes. No other byte of the file is lost.
+// Settings files: values that are set can be read again, whatever else the file holds. Saving the values once
+// more gives the same bytes. No other byte of the file is lost.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     const QByteArray bytes = Fuzzing::BytesOf(data, size);

@@ -36,7 +36,7 @@ TEST(CatalogueTest, ListsEveryPlatformInOrder)
     for (const auto& [index, text] : landmarks)
         EXPECT_EQ(list[index], text) << index;
 
-    // Every ID contains its size, so this finds a wrong number in the table.
+    // Every ID contains its size, so this loop finds a wrong number in the table.
     for (const QString& line : list.first(31)) {
         const QString size = line.section(u' ', 1);
         const QString number = line.section(u' ', 0, 0).section(u'_', 1).remove(QRegularExpression("[^0-9]"));
@@ -61,8 +61,8 @@ TEST(CatalogueTest, LaunchHeightFollowsWidthOverHeightAndIsCutOff)
         QStringList({ "iPhone_Launch2x 400x184", "iPhone_LaunchDark2x 400x184", "iPhone_Launch3x 800x368",
             "iPhone_LaunchDark3x 800x368" }));
     EXPECT_EQ(List(IPad, 750, { 2048, 1536 }).last(), "iPad_LaunchDark2x 1500x2000");
-    EXPECT_EQ(List(IPhone, 750, { 1536, 2048 })[9], "iPhone_Launch2x 750x562"); // 562.5
-    EXPECT_EQ(List(IPhone, 400, { 1, 1000 })[9], "iPhone_Launch2x 400x1");      // 0.4
+    EXPECT_EQ(List(IPhone, 750, { 1536, 2048 })[9], "iPhone_Launch2x 750x562"); // exactly 562.5
+    EXPECT_EQ(List(IPhone, 400, { 1, 1000 })[9], "iPhone_Launch2x 400x1");      // exactly 0.4
     for (const TGenRec& record : BuildGenList(IPad, 2000000000, { 2000000000, 1 }))
         EXPECT_GT(record.Height, 0) << "overflow";
 }

@@ -66,7 +66,7 @@ TEST_F(ClearRuleTest, RefusesFoldersThatAreNeededHoweverTheyAreWritten)
         { Path("app/Demo"), "" },
         { Path("app/Demo/Corvadine"), "" },
         { Path("art/out"), "" },
-        { Path(""), "" }, // holds all these folders, but no file itself
+        { Path(""), "" }, // the folders lie in it, but no file lies directly in it
         { Path("missing"), "" },
         { QString(), "" },
     };
@@ -102,7 +102,7 @@ TEST_F(ClearRuleTest, FollowsLinks)
         EXPECT_EQ(Reason(Path(folder)), "it is the folder of the project file") << folder;
     EXPECT_EQ(Reason(Path("real")), "");
 
-    // Deleting one name of a file leaves the other.
+    // The image has two names (a hard link). If one name is deleted, the other is left.
     std::filesystem::create_hard_link(
         Path("art/icon.png").toStdString(), Path("art/out/icon.png").toStdString());
     EXPECT_EQ(Reason(Path("art/out")), "");

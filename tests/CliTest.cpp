@@ -266,7 +266,8 @@ TEST_F(TCliTest, RefusesBadFilesAndChangesNothing)
     ExpectRefusal({ "plan", "1" }, 1, "Demo.dproj: the option \"Sampling Filter\" has the unknown value 12");
 }
 
-// The two projects are copies of one template, so their backups would have the same name.
+// Both project files are named Demo.dproj and are updated in the same second. Their backups must not get the
+// same name.
 TEST_F(TCliTest, GoesThroughSeveralProjectsAndPastFailures)
 {
     const QString second = Home("copy/Demo.dproj");

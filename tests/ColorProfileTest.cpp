@@ -60,8 +60,8 @@ QByteArray IccChunk(const QByteArray& icc)
     return PngChunk("iCCP", QByteArray("name\0\0", 6) + qCompress(icc).mid(4));
 }
 
-// Returns a TIFF file of 4 x 4 pixels with four samples of 8 bits. Without inks, the last one is
-// straight alpha.
+// Returns a TIFF file of 4 x 4 pixels with four samples of 8 bits. If `photometric` does not mean inks, the
+// last sample is straight alpha.
 QByteArray Tiff(const QByteArray& pixel, int photometric, const QByteArray& icc, bool isBigEndian)
 {
     const auto number = [isBigEndian](qsizetype value) {
@@ -111,7 +111,7 @@ protected:
         EXPECT_LE(std::abs(qGreen(color) - qGreen(expected)), 1) << std::hex << color;
         EXPECT_LE(std::abs(qBlue(color) - qBlue(expected)), 1) << std::hex << color;
         EXPECT_EQ(qAlpha(color), qAlpha(expected));
-        const bool isOpaque = qAlpha(expected) == 255; // thumbnails are premultiplied
+        const bool isOpaque = qAlpha(expected) == 255; // premultiplying rounds other pixels
         EXPECT_TRUE(!isOpaque || LoadThumbnail(FFile, { 99, 99 }).Picture.pixel(1, 1) == color);
     }
 
@@ -163,7 +163,7 @@ TEST_F(ColorProfileTest, ConvertsGrayByItsProfile)
 
 TEST_F(ColorProfileTest, ConvertsPngByAProfileWithATable)
 {
-    // A table with two places for each channel: the lightness follows red, and there is no color.
+    // A table with two places for each channel. The lightness depends only on red, and every result is gray.
     std::vector<cmsUInt16Number> nodes;
     for (int node = 0; node < 8; ++node)
         for (const int value : { node < 4 ? 0 : 0xFF00, 0x8000, 0x8000 })

@@ -11,12 +11,12 @@
 // What tests of dialogs and windows share: waiting until idle, and clicks on the entries of views.
 namespace Corvadine::Testing {
 
-// Runs the event loop until all events are handled and the event loop waits, as between two actions of a
-// user. The enabling rules are evaluated only while the event loop waits.
+// Runs the event loop until it has handled all events and waits. In the program, this happens between two
+// actions of the user. The enabling rules are evaluated only while the event loop waits.
 inline void LetIdle()
 {
     QEventLoop loop;
-    // The timer starts when there is nothing else to do, however slow the machine is.
+    // The timer starts only when there is nothing else to do, even on a slow machine.
     const auto* dispatcher = QAbstractEventDispatcher::instance();
     QObject::connect(dispatcher, &QAbstractEventDispatcher::aboutToBlock, &loop,
         [&loop] { QTimer::singleShot(10, &loop, &QEventLoop::quit); });

@@ -29,7 +29,7 @@ const QByteArray Theirs = "<Project><PropertyGroup><Logo>Saved meanwhile</Logo><
 
 } // namespace
 
-// Another program saves the project file during a sync, because a sync takes long.
+// Another program saves the project file during a sync. A sync takes long, so this can happen to a user.
 class ForeignSavePosixTest : public TFolderTest {
 protected:
     ForeignSavePosixTest()
@@ -39,8 +39,8 @@ protected:
     }
     ~ForeignSavePosixTest() override { OnSync = nullptr; }
 
-    // Runs `prepare` and `work` again and again. In each run, another program saves one sync later than in
-    // the run before. Returns how many runs noticed the save in time.
+    // Runs `prepare` and `work` again and again. In the first run, another program saves during the first
+    // sync. In each further run, it saves one sync later. Returns how many runs noticed the save in time.
     int ConflictsOf(const std::function<void()>& prepare, const std::function<void()>& work)
     {
         int conflicts = 0;

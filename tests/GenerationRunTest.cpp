@@ -40,7 +40,7 @@ protected:
     }
     TFolderContent Outputs() const { return FolderContent(FJob.OutputFolder); }
 
-    // Returns the findings of a check. A finding has "damaged" or "stale" if its file exists.
+    // Returns the findings of a check. A finding about an existing file has the word "damaged" or "stale".
     std::string Findings(TCheckDepth depth = TCheckDepth::Pixels) const
     {
         QStringList texts;
@@ -233,7 +233,7 @@ TEST_F(GenerationRunTest, CheckWithoutASourceTellsWhatItCouldNotCompare)
     EXPECT_EQ(check.ComparedCount, 28);
     EXPECT_EQ(check.Findings.size(), 28U);
 
-    PutFile(FJob.IconFile, FileBytes(FJob.IconFile).chopped(100)); // its size is still known
+    PutFile(FJob.IconFile, FileBytes(FJob.IconFile).chopped(100)); // the header with the size is left
     ASSERT_TRUE(QFile::resize(Path("new/out/Android_SplashImage426.png"), 1000));
     ASSERT_TRUE(QImage(9, 9, QImage::Format_ARGB32).save(Path("new/out/Android_LauncherIcon36.png")));
     check = CheckOutputs(FJob);
@@ -246,7 +246,7 @@ TEST_F(GenerationRunTest, CheckWithoutASourceTellsWhatItCouldNotCompare)
 
 TEST_F(GenerationRunTest, RefusesOutputsThatAreTooLargeBeforeItDecodes)
 {
-    FJob.TwoxSize = 8192; // with a launch image of 200 x 400 pixels, 8192 x 4096
+    FJob.TwoxSize = 8192; // the launch image of 200 x 400 pixels then gives 8192 x 4096 pixels
     EXPECT_EQ(PlanOutputs(FJob).Outputs.size(), 38U) << "just small enough";
     FJob.TwoxSize = 8193;
     const std::string refusal =

@@ -25,7 +25,7 @@ class HelpFileTest : public TFolderTest {
 protected:
     QString PageText(const QString& path) const { return FArchive.Read(path).value_or(""); }
 
-    // Returns whether the page and the anchor of `link` exist. `link` is such as "/page.html#anchor".
+    // Returns whether the page and the anchor of `link` exist. An example of `link` is "/page.html#anchor".
     bool Resolves(const QString& link) const
     {
         const auto page = FArchive.Read(link.section(u'#', 0, 0));
@@ -48,7 +48,7 @@ protected:
     const TChmArchive FArchive { QStringLiteral(CORVADINE_HELP_FILE) };
 };
 
-// Returns the first group of every match of `pattern`.
+// Returns the text of the first group in every match of `pattern`.
 QStringList AllOf(const QString& text, const QString& pattern)
 {
     QStringList found;
@@ -143,7 +143,7 @@ TEST_F(HelpFileTest, QuotesCaptionsAsTheyAreShown)
                 << page.toStdString() << ": " << caption.toStdString();
 }
 
-// The bytes of the help depend only on the compiled files, not on folder or time.
+// The bytes of the help depend only on the files that are compiled. The folder and the time do not matter.
 TEST_F(HelpFileTest, CompilesToTheSameBytesAnywhere)
 {
     const QString copy = Path("Corvadine.chm");

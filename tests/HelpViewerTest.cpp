@@ -42,7 +42,7 @@ TEST_F(HelpViewerTest, DamagedFilesDoNotCrashAndGiveNoMessage)
     };
     std::mt19937 engine(1);
     const auto random = [&](qsizetype below) { return static_cast<qsizetype>(engine()) % below; };
-    // Most of the damage is at the start, because the numbers at the start lead to everything else.
+    // Most of the damage is at the start, because the numbers there tell where everything else is.
     constexpr int Rounds = 120;
     for (int round = 0; round < Rounds; ++round) {
         QByteArray bytes = whole;
@@ -67,7 +67,7 @@ TEST_F(HelpViewerTest, DamagedFilesDoNotCrashAndGiveNoMessage)
         EXPECT_THAT(errorOf(damaged(whole.left(size))), EndsWith(": it is damaged")) << size;
     EXPECT_THAT(errorOf(Path("none.chm")), EndsWith(": the file does not exist"));
 
-    // A damaged or missing file does not open the window, and an open window keeps its page.
+    // If the file is damaged or missing, a closed window stays closed, and an open window keeps its page.
     THelpWindow window;
     window.ShowTopic(damaged(whole.left(5000)), 90);
     window.ShowContents(Path("none.chm"));
@@ -104,7 +104,8 @@ TEST_F(HelpViewerTest, WalksThroughThePages)
     window.ShowContents(HelpFile);
     EXPECT_EQ(window.Browser->Page(), "/start.html");
 
-    // A key in the contents opens a page. A link in a page selects the line of the new page in the contents.
+    // A key in the contents opens a page. A link in a page opens another page, and the contents select the
+    // line of this page.
     QApplication::setActiveWindow(&window);
     window.ContentsTree->setFocus();
     Press(Qt::Key_End);
@@ -138,7 +139,7 @@ TEST_F(HelpViewerTest, PagesGetNothingFromOutsideTheArchive)
     window.ShowTopic(HelpFile, 90);
     THelpBrowser& browser = *window.Browser;
     QStringList opened;
-    QTextBrowser opener; // its signal gets the links that other programs would open
+    QTextBrowser opener; // its signal reports links that other programs would open
     QObject::connect(&opener, &QTextBrowser::anchorClicked, [&](const QUrl& url) { opened += url.scheme(); });
     const QStringList links { "https://example.com/", "http://example.com/", "mailto:a@example.com",
         "javascript:alert(1)", "ftp://example.com/", "ms-its:x.chm::/y.html", "file:///etc/passwd",
@@ -153,7 +154,7 @@ TEST_F(HelpViewerTest, PagesGetNothingFromOutsideTheArchive)
              "help://host" + Path("secret") }) {
         EXPECT_EQ(browser.loadResource(QTextDocument::HtmlResource, name + ".html").toByteArray(), "")
             << name.toStdString();
-        // The picture is not null, because the text document would then look for the file itself.
+        // If the picture were null, the text document would look for the file itself.
         const QVariant picture = browser.loadResource(QTextDocument::ImageResource, name + ".png");
         EXPECT_EQ(picture.value<QImage>().size(), QSize(1, 1)) << name.toStdString();
         emit browser.anchorClicked(name + ".html");

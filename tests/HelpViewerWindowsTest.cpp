@@ -8,7 +8,8 @@ using namespace Corvadine;
 
 namespace {
 
-// Returns the window of the viewer of Windows, which has this class and the title of the help file.
+// Returns the window of the help viewer of Windows. The window has this class, and has the title of the help
+// file.
 HWND ViewerWindow()
 {
     return ::FindWindowW(L"HH Parent", L"Corvadine Help");

@@ -203,7 +203,7 @@ TEST_F(ImageDlgFormTest, PathBarWalksTheFolders)
     }
     EXPECT_EQ(FForm->ShellBreadCrumb->Path(), RootFolder());
 
-    FForm->resize(500, 300); // a third of the width of the path
+    FForm->resize(500, 300); // the path below is three times as wide
     const QString longName = "A folder with a name as long as people like them";
     ASSERT_TRUE(QDir(Path({})).mkpath(longName + "/below"));
     FForm->ShellBreadCrumb->SetPath(Path(longName + "/below"));

@@ -64,7 +64,7 @@ TEST_F(ImageViewTest, FindsThePixelUnderThePointer)
     EXPECT_EQ(FView.ColorAt(114, 115), Red);
     EXPECT_EQ(FView.ColorAt(115, 115), Blue);
 
-    // Each pixel of the view shows 10 x 10 pixels of the picture. The pixel under its center counts.
+    // Each pixel of the view shows 10 x 10 pixels of the picture. ColorAt() takes the one at the center.
     const QImage blocks = Painted({ 2300, 2300 }, QImage::Format_RGB32,
         [](int x, int y) { return x % 10 == 5 && y % 10 == 5 ? qRgb(255, 0, 0) : qRgb(0, 0, 255); });
     ASSERT_TRUE(blocks.save(Path("blocks.png")));
@@ -89,7 +89,7 @@ TEST_F(ImageViewTest, PicksThePixelUnderThePointerAtEveryScale)
     window.show();
     const double ratio = view.devicePixelRatioF();
     const int side = qRound(view.width() * ratio);
-    // Its middle has other colors than its last row and column.
+    // The middle of the image has other colors than the last row and the last column.
     const QImage image = Painted({ side, side }, QImage::Format_RGB32, [side](int x, int y) {
         return x == side - 1 || y == side - 1 ? qRgb(255, 0, 0) : qRgb(x % 256, y % 256, 0);
     });

@@ -139,14 +139,14 @@ TEST_F(MainFormTest, SwitchingProjectsFollowsTheirFolders)
     Choose(1);
     EXPECT_EQ(shown(), std::pair(2, true));
     EXPECT_EQ(FForm->State().GenList.size(), 37U);
-    Choose(2); // the project's folder is missing
+    Choose(2); // the output folder of this project is missing
     EXPECT_EQ(shown(), std::pair(2, true));
     Table().SetField(TField::OutputFolder, QString());
     Table().Post();
     Choose(3);
     Choose(2);
     EXPECT_EQ(shown(), std::pair(0, false));
-    Choose(1); // the folder that was filled last is not filled again
+    Choose(1); // the view was last filled from this folder, and is not filled again
     EXPECT_EQ(shown(), std::pair(0, false));
 }
 
@@ -169,7 +169,7 @@ TEST_F(MainFormTest, ChoosesAndRemovesImagesAndPicksTheIconsColorFromEitherView)
     QWindow* window = FForm->windowHandle();
     constexpr int IconColor = 0x1E140A;
     const QPoint middle(115, 115);
-    const QPoint margin(115, 2); // above a wide image
+    const QPoint margin(115, 2); // a point above the wide image
     const std::tuple<TImageView*, Qt::MouseButton, QPoint, int> cases[] {
         { icon, Qt::RightButton, middle, IconColor },
         { icon, Qt::LeftButton, margin, -1 },
@@ -178,14 +178,15 @@ TEST_F(MainFormTest, ChoosesAndRemovesImagesAndPicksTheIconsColorFromEitherView)
     for (const auto& [view, button, position, color] : cases) {
         Click("Pick Color");
         EXPECT_EQ(icon->cursor().shape(), Qt::PointingHandCursor);
-        QTest::mouseMove(window); // away from where it was
+        QTest::mouseMove(window); // moves the pointer away first
         QTest::mouseMove(window, view->mapTo(FForm.get(), position));
         LetIdle(); // a preview needs no pressed button
         EXPECT_EQ(Ui().cbBackground->Value(), color);
         EXPECT_FALSE(Table().IsEditing()) << "previewed, not stored";
         QTest::mouseClick(window, button, {}, view->mapTo(FForm.get(), position));
         const QPoint other = position == margin ? middle : margin;
-        QTest::mouseClick(window, button, {}, view->mapTo(FForm.get(), other)); // picks nothing
+        // Pick mode has ended, so this click picks nothing.
+        QTest::mouseClick(window, button, {}, view->mapTo(FForm.get(), other));
         EXPECT_EQ(Current().PickColor, color);
         EXPECT_FALSE(Button("Pick Color")->isChecked());
         EXPECT_FALSE(icon->testAttribute(Qt::WA_SetCursor)) << "the default cursor again";
@@ -264,8 +265,8 @@ TEST_F(MainFormTest, ComingBackToTheWindowShowsWhatAnotherProgramWrote)
     EXPECT_EQ(Current().ID, project.ID);
     EXPECT_EQ(Ui().cbProjects->Text(), ProjectFile("B")) << "and no project that is gone";
 
-    // During a command the window must not follow other programs. Otherwise "Delete Project" would delete the
-    // next project.
+    // While a command runs, the window must not take over changes by other programs. Otherwise "Delete
+    // Project" would delete the next project.
     FPrompts.Answer = [&] {
         other.Delete(project);
         ComeBack();
@@ -324,7 +325,8 @@ TEST_F(MainFormTest, SavingShowsTheImagesThatAnotherProgramHasSetMeanwhile)
 TEST_F(MainFormTest, TakesAProjectFileDroppedAnywhereAsACopy)
 {
     Start();
-    // Sends the events of a drag and drop onto `target`. Returns the action that the source is told.
+    // Sends the events of a drag and drop onto `target`. Returns the action that is reported to the source of
+    // the drag.
     const auto drop = [&](const QWidget* target, const char* name, Qt::DropActions offered) {
         QMimeData data;
         data.setUrls({ QUrl::fromLocalFile(ProjectFile(name)) });

@@ -41,7 +41,7 @@ public:
     QStringList Shown;
 };
 
-// The whole window. Tests use it as a user would, and there are three project files to add.
+// The whole window. Tests use the window as a user would. There are three project files for the tests to add.
 class TMainFormTest : public TFolderTest {
 protected:
     void SetUp() override

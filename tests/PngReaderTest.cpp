@@ -31,7 +31,7 @@ QByteArray RandomPng(int colorType, int depth, int channels, const QByteArray& o
     }
     const QByteArray header = BigEndian(Size.width()) + BigEndian(Size.height()) + static_cast<char>(depth)
         + static_cast<char>(colorType) + QByteArray(2, '\0') + static_cast<char>(interlace);
-    const QByteArray pixels = qCompress(rows).mid(4); // without the length in front
+    const QByteArray pixels = qCompress(rows).mid(4); // without the length that qCompress() puts in front
     return "\x89PNG\r\n\x1A\n" + PngChunk("IHDR", header) + others + PngChunk("IDAT", pixels.left(100))
         + PngChunk("IDAT", pixels.mid(100)) + PngChunk("IEND", {});
 }
@@ -101,7 +101,8 @@ TEST_F(PngReaderTest, AgreesWithQtOnEveryColorTypeDepthAndRowFilter)
 
 TEST_F(PngReaderTest, KeepsTheTransparentColorOfSixteenBits)
 {
-    // Qt loses the transparent color. One pixel has this color, and the other differs in the lowest bit.
+    // Qt loses the transparent color. One pixel has this color. The other pixel differs from it in the lowest
+    // bit.
     const QByteArray header = BigEndian(2) + BigEndian(1) + QByteArray::fromHex("1002000000");
     const QByteArray pixels = qCompress(QByteArray::fromHex("00"
                                                             "123456789ABC"

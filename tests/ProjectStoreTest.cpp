@@ -14,7 +14,7 @@ using ::testing::EndsWith;
 
 namespace {
 
-// The table of the releases that had no resampling filter yet.
+// The table of older releases, which had no resampling filter yet.
 const std::string OlderTable =
     "CREATE TABLE Projects (ID integer PRIMARY KEY,ProjectFile VARCHAR(256),IconImageName VARCHAR(256),"
     "SplashImageName VARCHAR(256),IncAndroid BOOLEAN,IncIPhone BOOLEAN,IncIPad BOOLEAN,IncWindows BOOLEAN,"

@@ -40,7 +40,7 @@ QImage Decoded(const QByteArray& png)
     return QImage::fromData(png, "PNG");
 }
 
-constexpr int ColorTypeAt = 25; // the position in a PNG file
+constexpr int ColorTypeAt = 25; // the position of the color type in a PNG file
 constexpr QSize Icon36(36, 36);
 const QRgb VioletRgb = qRgb(90, 20, 200);
 const TRenderOptions TrueColor { .Background = Violet, .Format = TOutputFormat::TrueColor };
@@ -119,8 +119,9 @@ TEST(RenderingTest, BackgroundSurvivesTheReductionOfColors)
 
 TEST(RenderingTest, ReductionOfColorsKeepsOpaqueAndClearPixels)
 {
-    // If isMixed, half of the pixels are opaque or clear, and the others nearly so. Otherwise each half has
-    // only one such pixel, so no palette color has mostly opaque or clear pixels.
+    // The upper half of the picture is opaque or nearly opaque, the lower half is clear or nearly clear. If
+    // isMixed, every second pixel is fully opaque or fully clear. Otherwise only one pixel of each half is,
+    // and then no palette color has mostly opaque or clear pixels.
     for (const bool isMixed : { true, false }) {
         TRaster raster({ 64, 64 }, 4);
         for (int i = 0; i < 64 * 64; ++i) {
@@ -145,7 +146,7 @@ TEST(RenderingTest, ReductionOfColorsKeepsOpaqueAndClearPixels)
 
 TEST(RenderingTest, UntouchedAndPickedPixelsAreExact)
 {
-    // These colors are hardly visible. Premultiplied pixels would lose them.
+    // These colors are hardly visible. Premultiplied pixels would lose these colors.
     const QImage faint = Painted(
         { 36, 36 }, QImage::Format_ARGB32, [](int x, int y) { return qRgba(x * 7, y * 7, 77, 1 + x % 3); });
     EXPECT_EQ(Decoded(Png(faint, Icon36, TrueColor)).convertToFormat(QImage::Format_ARGB32), faint);

@@ -18,8 +18,8 @@ namespace {
 
 using TValues = std::vector<int>;
 
-// Returns the result of `kernel` without special instructions. Expects the same result from all instruction
-// sets of this machine.
+// Runs `kernel` without special instructions and returns the result. Expects that all instruction sets of
+// this machine give the same result.
 template <typename TKernel> auto SameOnAllTargets(TKernel kernel)
 {
     const auto resultOn = [&kernel](std::int64_t targets) { // 0 allows all targets
@@ -198,8 +198,8 @@ TEST(ResamplerTest, EveryInstructionSetPremultipliesAllColorsAlike)
 
 TEST(ResamplerTest, FitsIntoTheBoxAndRoundsToNearest)
 {
-    EXPECT_EQ(FittedSize({ 640, 427 }, { 87, 87 }), QSize(87, 58)); // 58.04
-    EXPECT_EQ(FittedSize({ 640, 431 }, { 87, 87 }), QSize(87, 59)); // 58.6
+    EXPECT_EQ(FittedSize({ 640, 427 }, { 87, 87 }), QSize(87, 58)); // the exact height is 58.04
+    EXPECT_EQ(FittedSize({ 640, 431 }, { 87, 87 }), QSize(87, 59)); // the exact height is 58.6
     EXPECT_EQ(FittedSize({ 10000, 1 }, { 36, 36 }), QSize(36, 1));
     EXPECT_EQ(FittedSize({ 1, 1 }, { 960, 720 }), QSize(720, 720));
 }

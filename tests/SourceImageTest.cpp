@@ -85,8 +85,8 @@ TEST_F(SourceImageTest, AppliesTheOrientationToPixelsAndHeader)
     const TThumbnail thumbnail = LoadThumbnail(FFile, { 16, 16 });
     EXPECT_EQ(thumbnail.Size, QSize(32, 64));
     EXPECT_EQ(thumbnail.Picture.size(), QSize(8, 16));
-    // These pixels are beside the edge between red and blue. They would be blurred if the picture were
-    // reduced to the size before the rotation.
+    // These pixels are beside the edge between red and blue. The pixels must not be blurred. They would be if
+    // the loader computed the reduced size from the picture before its rotation.
     EXPECT_TRUE(IsNear(thumbnail.Picture.pixel(4, 7), qRgb(200, 30, 30), 12));
     EXPECT_TRUE(IsNear(thumbnail.Picture.pixel(4, 8), qRgb(30, 30, 200), 12));
 }
@@ -176,7 +176,7 @@ TEST_F(SourceImageTest, LoadsTheLargestImageOfAnIcon)
     EXPECT_EQ(ReadImageHeader(icon).Size, QSize(48, 48));
     EXPECT_EQ(LoadThumbnail(icon, { 160, 160 }).Size, QSize(16, 16)) << "the first will do";
 
-    // The directory of an icon tells 16 pixels, and the picture in it has 40.
+    // The directory of the icon tells 16 pixels, but the picture in the icon has 40.
     const QByteArray larger = Saved(TwoHalves({ 40, 40 }, QImage::Format_ARGB32));
     EXPECT_EQ(Loaded(QByteArray::fromHex("000001000100 10100000 01002000")
                   + QByteArray::fromHex(
@@ -249,7 +249,7 @@ TEST_F(SourceImageTest, NamesTheSizeOfEveryPictureThatIsTooLarge)
 {
     const QByteArray bitmap =
         QByteArray::fromHex("28000000 204E0000 204E0000 0100 2000") + QByteArray(24, '\0');
-    QByteArray doubled = bitmap; // with its mask
+    QByteArray doubled = bitmap; // the doubled height counts the mask, too
     doubled.replace(8, 4, QByteArray::fromHex("409C0000"));
     const QByteArray directory = QByteArray::fromHex("000001000100 00000000 01002000 28000000 16000000");
     const QByteArray png =
@@ -318,7 +318,7 @@ TEST_F(SourceImageTest, ReadsBitmapsFromTheTopRow)
 
 TEST_F(SourceImageTest, FillsTheLowBitsOfBitmapsWithOtherThan8)
 {
-    // A bitmap of 2 x 1 pixels with `masks` for red, green, blue and alpha; none means 5-5-5.
+    // A bitmap of 2 x 1 pixels with `masks` for red, green, blue and alpha. Empty `masks` mean 5-5-5.
     const auto bitmap = [](const char* bits, const QByteArray& masks, const char* pixels) {
         return "BM"
             + QByteArray::fromHex(QByteArray("00000000 00000000 7A000000 6C000000 02000000 01000000 0100")
@@ -351,8 +351,8 @@ TEST_F(SourceImageTest, FillsTheLowBitsOfBitmapsWithOtherThan8)
 
 TEST_F(SourceImageTest, TheCanvasAroundTheFirstPictureOfAGifIsTransparent)
 {
-    // A red picture of 2 x 2 pixels on a canvas of 4 x 4. The background color, green, is not used, as in
-    // browsers.
+    // A red picture of 2 x 2 pixels on a canvas of 4 x 4. Its background color is green. Like browsers, the
+    // program does not use the background color.
     const QImage image = Loaded("GIF89a"
         + QByteArray::fromHex("04000400 910000 00FF00 FF0000 0000FF FFFFFF"
                               "2C 0100 0100 0200 0200 00 02 03 4C9814 00 3B"));

@@ -144,7 +144,7 @@ TEST_F(StagedFilePosixTest, ACopyIsOpenToNoMoreUsersThanItsOriginal)
 {
     EXPECT_EQ(ModeOfCopy(0400), 0600U);
     EXPECT_EQ(ModeOfCopy(0674), 0674U);
-    FChownError = EPERM; // the copy gets our group, whose users count as others for the original
+    FChownError = EPERM; // the copy gets our group, and the original gives this group the rights of others
     EXPECT_EQ(ModeOfCopy(0674), 0644U);
     EXPECT_EQ(ModeOfCopy(0660), 0600U);
     FChownError = 0;

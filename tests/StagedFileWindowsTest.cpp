@@ -102,7 +102,7 @@ TEST_F(StagedFileWindowsTest, TakesPathsOfAnyLengthAndOtherSpellings)
 {
     const QString folder = Path(u"Größe/%1/%1/%1"_s.arg(QString(120, u'ö')));
     CreateFolder(folder);
-    CreateFolder(folder); // there already
+    CreateFolder(folder); // the folder exists already
     const QString file = folder + u"/.\\..\\%1/datei"_s.arg(QString(120, u'ö'));
     WriteFileAtomically(file, "new");
     WriteFileAtomically(file, "newer");

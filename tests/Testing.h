@@ -51,9 +51,9 @@ QByteArray FileBytes(const QString& path);
 // Sets the time at which the file was last changed.
 void SetFileTime(const QString& path, const QDateTime& time);
 
-// Returns the entries in `folder` and below, by their names relative to `folder`. The value of a file is its
-// content, and the value of a link names its target. Empty folders are listed with a slash at the end of the
-// name. Leaves out files with a name in `except`.
+// Returns the entries in `folder` and below. The keys are the names relative to `folder`. The value of a file
+// is its content, and the value of a link names its target. Empty folders are listed with a slash at the end
+// of the name. Files whose name is in `except` are left out.
 using TFolderContent = std::map<QString, QByteArray>;
 TFolderContent FolderContent(const QString& folder, const QStringList& except = {});
 

@@ -24,16 +24,16 @@ bool SurvivesInCopy(const std::function<void()>& work);
 // not end.
 void RunAndKill(const std::function<void()>& work, std::chrono::microseconds after);
 
-// Fills memory that is allocated from now on with bytes other than zero, which depend on `value`. A `value`
-// of 0 ends the filling. Has no effect on Windows and under a sanitizer.
+// From now on, new memory is filled with bytes other than zero. The bytes depend on `value`. A `value` of 0
+// ends the filling. Has no effect on Windows and under a sanitizer.
 void FillNewMemory(int value);
 
-// Sets `process` up so that no helper process of the system is left if it is killed. REQUIRES: it is not
-// started yet.
+// Prepares `process` for a kill, so that a killed process leaves no helper process of the system behind.
+// REQUIRES: `process` is not started yet.
 void MakeKillable(QProcess& process);
 
-// While this object exists, this process and the processes that it starts cannot write more than `bytes` to a
-// file, as on a full disk.
+// Acts like a full disk. While this object exists, this process and the processes that it starts cannot write
+// more than `bytes` to a file.
 class TFileSizeLimit {
 public:
     explicit TFileSizeLimit(quint64 bytes);

@@ -20,7 +20,7 @@ void FlipByte(QByteArray& bytes)
 
 // What an attacker or an accident may change before the user asks for updates.
 struct TScene {
-    TUpdateRelease Release;          // what is put on the server
+    TUpdateRelease Release;          // the release that is put on the server
     QHash<QString, TAnswer> Instead; // answers in place of the release's files
     TUpdateSettings Settings;
     quint64 LargestFile = std::numeric_limits<quint64>::max();
@@ -30,7 +30,7 @@ using TPrepare = std::function<void(TScene&)>;
 
 struct TAttack {
     const char* Name;
-    std::string Text; // part of what the user is told
+    std::string Text; // part of the error text for the user
     TPrepare Prepare;
     const char* Certificate = "localhost";
 };
@@ -42,7 +42,7 @@ TPrepare Signed(const QByteArray& from, const QByteArray& to)
 }
 
 // Puts a further file called `name` at the start of a complete package. make-update refuses bad names. So the
-// archive is made with a harmless name of the same length, which is then replaced by `name`.
+// archive is first made with a harmless name of the same length. Then `name` replaces the harmless name.
 TPrepare Packed(const QByteArray& name, const QByteArray& content = "evil")
 {
     return [=](TScene& scene) {
@@ -189,7 +189,7 @@ std::vector<TAttack> Attacks()
         { "two names for one file", "cannot both be installed", Signed("Corvadine.chm", "CORVADINE") },
         { "a program that is a link", "it is a link", Linked("corvadine", "/etc/passwd") },
         { "a folder that is a link", "it is a link", Linked("presets", "/etc") },
-        { "a disk without any room", "of free space in", // /proc tells that none is free
+        { "a disk without any room", "of free space in", // /proc has no free space
             [](TScene& s) { s.Settings.Folder = TUpdateFolder("/proc"); } },
         { "a disk without room for the package",
             "Cannot download Corvadine.CAB: ", [](TScene& s) { s.LargestFile = quint64 { 64 } * 1024; } },

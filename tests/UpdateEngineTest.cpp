@@ -37,7 +37,8 @@ protected:
         return outcome.Files.size();
     }
 
-    // Returns the error of make-update, which must refuse a release of `files`. The files are empty.
+    // Runs make-update on empty files with the names `files`. make-update must refuse them. Returns its
+    // error.
     static std::string Refusal(const QStringList& files, const QStringList& arguments = {})
     {
         TFolderContent content;
@@ -131,7 +132,8 @@ TEST_F(UpdateEngineTest, FindsNothingNewer)
     foreign.Replace("compare=", "platform=windows-x86_64\r\ncompare=");
     EXPECT_EQ(Newer(foreign), 0) << "another platform's files";
 
-    // A file that has the right bytes or is younger is left alone. Each file is compared by itself.
+    // A file is left alone if it has the right bytes or is younger than the file of the release. Each file is
+    // compared by itself.
     TUpdateRelease byDate = Release();
     byDate.Replace("compare=version", "compare=date");
     PutFile(Program(Help), NewHelp);
@@ -203,7 +205,7 @@ TEST_F(UpdateEngineTest, RemovesLeftoversUnlessAnotherProcessIsAtWork)
     ASSERT_EQ(RunDownload(engine, { 0 }).Signal, u"Downloaded");
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     EXPECT_THAT(ErrorOf([&] { FFolder.Lock(); }), HasSubstr(busy));
-    if (QStorageInfo(u"/sys"_s).fileSystemType() == "sysfs") { // in /sys not even root makes files
+    if (QStorageInfo(u"/sys"_s).fileSystemType() == "sysfs") { // not even root can make files in /sys
         EXPECT_THAT(ErrorOf([] { TUpdateFolder("/sys").Lock(); }), HasSubstr("the folder cannot be written"));
     }
 }

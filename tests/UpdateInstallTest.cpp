@@ -63,15 +63,15 @@ protected:
     static TFolderContent Updated()
     {
         TFolderContent files = NewFiles;
-        files.insert(OldFiles.begin(), OldFiles.end()); // keeps the new files
+        files.insert(OldFiles.begin(), OldFiles.end()); // does not overwrite the new files
         return files;
     }
 
     QString Program() const { return FFolder.PathOf("corvadine"); }
     std::string Log() const { return FileBytes(FFolder.Log().Path()).toStdString(); }
 
-    // Runs `action` with an installer in a copy of this process. The copy ends before the first deadly step,
-    // as if it were killed. Returns whether `action` came to its end.
+    // Runs `action` with an installer in a copy of this process. The copy ends before the first step for
+    // which `isDeadly` returns true, as if the copy were killed. Returns whether `action` came to its end.
     template <typename TAction>
     bool Survives(const std::function<bool(const QString&)>& isDeadly, const TAction& action) const
     {
@@ -91,7 +91,7 @@ protected:
     }
 
     const TUpdateFolder FFolder { Path("program") };
-    QFile::Permissions FPermissions; // of the program, as far as the system supports them
+    QFile::Permissions FPermissions; // the program's permissions that the system supports
 };
 
 TEST_F(UpdateInstallTest, ReplacesAllFilesAndLeavesNothingBehind)
@@ -198,7 +198,7 @@ TEST_F(UpdateInstallTest, FailureAtAnyStepPutsAllBack)
         };
         try {
             installer.Install(update, Program());
-            break; // a settled update is installed, even if a later step fails
+            break; // the update is settled, and Install() no longer fails if a later step fails
         } catch (const TError& error) {
             EXPECT_EQ(error.Text(), "the disk is on fire");
         }
@@ -259,7 +259,7 @@ TEST_F(UpdateInstallTest, NobodyElseGetsIntoAPrivateFolder)
     const QString folder = Path("private");
     ASSERT_FALSE(MakePrivateFolder(folder));
     PutFile(folder + "/a", "made by its owner");
-    // On Windows the bits of the group and of others are no rights.
+    // On Windows the permission bits of the group and of others give no rights.
     EXPECT_TRUE(!IsPosix() || (QFile::permissions(folder).toInt() & 0x77) == 0);
     EXPECT_TRUE(MakePrivateFolder(folder)) << "another user may have prepared it";
 }

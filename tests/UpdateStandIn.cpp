@@ -1,7 +1,7 @@
 // This program replaces Corvadine in tests that update the program itself. At its start it calls
 // RecoverUpdate(). With the argument "update", it downloads the mandatory files and then hands over to the
-// helper that it carries. With "hand-over", it only hands over to the helper. The program writes its steps to
-// notes.txt in its folder.
+// helper. With the argument "hand-over", it only hands over to the helper. The executable of this program
+// contains the helper. The program writes its steps to notes.txt in its folder.
 
 #include "base/Error.h"
 #include "support/update/ExecutableResource.h"
@@ -64,7 +64,7 @@ int main(int argc, char** argv)
             return 0;
         }
         StartHelper(ExecutableResource("UPD"), folder, RunningExecutable());
-        QThread::msleep(300); // a helper that does not wait would be done by then
+        QThread::msleep(300); // a helper that does not wait for this program would finish meanwhile
         Note(u"ends, %1 bytes"_s.arg(QFileInfo(RunningExecutable()).size()));
         return 0;
     } catch (const TError& error) {

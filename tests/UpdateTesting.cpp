@@ -18,7 +18,7 @@ namespace {
 const QString TlsFolder = QStringLiteral(CORVADINE_TEST_DATA "/tls/");
 
 // Runs a tool and returns its standard output. If `error` is given, the tool must fail, and `error` receives
-// its error output.
+// the error output of the tool.
 QByteArray Run(const char* program, const QStringList& arguments, QByteArray* error = nullptr)
 {
     QProcess tool;

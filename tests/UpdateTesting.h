@@ -40,13 +40,14 @@ private:
     QHash<QString, TAnswer> FAnswers;
 };
 
-// The files that tools/make-update makes for a server, by name. They are signed with a key made for the
-// tests. Tests change the files and sign them again.
+// The files of one release, as tools/make-update makes them for a server. Files has the content of each file
+// by its name. The release is signed with a key made for the tests. Tests change the files and sign them
+// again.
 class TUpdateRelease {
 public:
-    // Runs `make-update release` on the files `content` with further arguments, for version 1.1.0 of
-    // 22/11/2020 14:30 UTC. The file "corvadine" is executable. If `error` is given, make-update must fail,
-    // and `error` receives its text.
+    // Runs `make-update release` on the files `content`, with the further arguments `arguments`. The release
+    // is version 1.1.0 of 22/11/2020 14:30 UTC. The file "corvadine" is executable. If `error` is given,
+    // make-update must fail, and `error` receives its text.
     explicit TUpdateRelease(
         const TFolderContent& content, const QStringList& arguments = {}, QByteArray* error = nullptr);
 
@@ -92,9 +93,9 @@ TUpdateSettings TestUpdateSettings(const TUpdateServer& server, const QString& p
 // How one step of an engine ended.
 struct TUpdateOutcome {
     QString Signal; // the final signal's name
-    QString Text;   // the text of Failed
+    QString Text;   // the text of the signal Failed
     std::vector<TUpdateFile> Files;
-    qint64 LastDone = 0; // of the last Progress
+    qint64 LastDone = 0; // `done` of the last signal Progress
     qint64 Total = 0;
 };
 
@@ -104,7 +105,7 @@ TUpdateOutcome RunDownload(TUpdateEngine& engine, const std::vector<std::size_t>
 // Runs the event loop until the engine emits a final signal. Fails the test if no signal comes.
 TUpdateOutcome AwaitOutcome(TUpdateEngine& engine);
 
-// Returns FolderContent() without the record of the known release, which a check writes.
+// Returns FolderContent() without the record of the known release, because a check writes this record.
 TFolderContent ContentOf(const QString& folder);
 
 } // namespace Corvadine::Testing

@@ -81,7 +81,7 @@ protected:
         return result;
     }
 
-    // Clicks the check box of the row. Returns the new state of the check box.
+    // Clicks the check box of `row`. Returns the new state of the check box.
     Qt::CheckState Tick(int row) const
     {
         QTreeWidget* const news = FWizard->News;
@@ -101,9 +101,9 @@ protected:
     std::string Log() const { return FileBytes(FFolder.Log().Path()).toStdString(); }
     QString Program(const QString& name) const { return FFolder.PathOf(name); }
 
-    // Stages an update with the wizard, up to the point where the program would end. Then calls `between`,
-    // and runs the stand-in, which hands over to the helper. Waits until the helper has started the stand-in
-    // again and has removed itself. Returns the stand-in's notes.
+    // Stages an update with the wizard, up to the point where the program would end. Calls `between`. Then
+    // runs the stand-in, and the stand-in hands over to the helper. Waits until the helper has started the
+    // stand-in again and the helper has removed itself. Returns the stand-in's notes.
     std::string Update(const std::function<void()>& between)
     {
         bool asked = false;
@@ -112,7 +112,7 @@ protected:
         Click(FWizard->btnNext);
         EXPECT_TRUE(asked && FWizard->EndsProgram() && !FWizard->isVisible());
         FWizard.reset();
-        FEngine.reset(); // also ends its lock
+        FEngine.reset(); // also releases the engine's lock
         between();
 
         const QString notes = Program("notes.txt");
@@ -161,7 +161,7 @@ TEST_F(UpdateWizardTest, OffersWhatIsNewerAndReplacesDataInPlace)
     EXPECT_THAT(Log(), HasSubstr("Replace Corvadine.chm: done"));
     Click(wizard.btnCancel);
     EXPECT_FALSE(wizard.isVisible());
-    FWizard.reset(); // before its owner, the window
+    FWizard.reset(); // the wizard must be deleted before the window, its owner
 
     ASSERT_TRUE(Reaches({ Offered, Installed })) << "what was left out is offered again";
     ASSERT_TRUE(Reaches({ "Corvadine is up to date" }));
@@ -174,7 +174,7 @@ TEST_F(UpdateWizardTest, HelperReplacesTheExecutableOrStartsTheOldOne)
     Publish(true);
     const char* const reason = "older than version 1.2.0";
     const QString accepted = Program("CorvadineUpdate.accepted");
-    EXPECT_THAT(Update([&] { PutFile(accepted, "1.2.0\n"); }), // installed by another process meanwhile
+    EXPECT_THAT(Update([&] { PutFile(accepted, "1.2.0\n"); }), // as if another process had installed 1.2.0
         AllOf(HasSubstr("did not work"), HasSubstr(reason), HasSubstr("started")));
     ExpectNothingChanged();
     EXPECT_THAT(Log(), HasSubstr(reason));
@@ -200,7 +200,7 @@ TEST_F(UpdateWizardTest, CanBeLeftOnEveryPageInEveryWay)
         [this] { FWizard->close(); },
     };
     const std::pair<QStringList, QString> pages[] {
-        // The headings of the pages, and a path for which the server then sends nothing.
+        // The headings of the pages to go through, and the path for which the server sends no body.
         { { Offered }, {} },
         { { Offered, Ready }, {} },
         { { Offered, "Downloading" }, PackageUrlPath },

@@ -18,8 +18,8 @@ struct TNamedColor {
 
 // Returns the named colors of SVG 1.1, section 4.4 (https://www.w3.org/TR/SVG11/types.html#ColorKeywords). A
 // color with two names is listed once. The neutral colors come first, from white to black. The other colors
-// follow in the order of the color circle. They are split into runs of NamedColorRun colors, and each run
-// goes from light to dark.
+// follow in the order of the color circle. The other colors are split into runs of NamedColorRun colors.
+// Within each run, the colors go from light to dark.
 const std::vector<TNamedColor>& NamedColors();
 
 inline constexpr int NamedColorRun = 10; // also the number of rows in TColorList

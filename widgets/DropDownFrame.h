@@ -6,8 +6,8 @@
 namespace Corvadine {
 
 // Returns the place of a drop-down of `size` for the control `anchor`, in screen pixels. The place is below
-// `anchor`, or above `anchor` if there is no room below. The place lies within the screen, so it can be
-// smaller than `size`.
+// `anchor`, or above `anchor` if there is no room below. The place lies within the screen, so this place can
+// be smaller than `size`.
 QRect DropDownPlace(const QWidget& anchor, QSize size);
 
 // A frame that drops down from a control and shows a list or tree. A click outside or Escape closes the

@@ -16,23 +16,24 @@ public:
     // The model lists all folders, and the files that match `masks`. It is empty until SetFolder() is called.
     explicit TFolderModel(const QStringList& masks, QObject* parent = nullptr);
 
-    // Folder() returns the path of the folder whose entries are the top level, written as ShellFolders.h
-    // describes. SetFolder() lists `folder` again even if `folder` is already the model's folder.
+    // Folder() returns the path of the model's folder, in the form of ShellFolders.h. The entries of this
+    // folder are the top level of the tree. SetFolder() lists `folder` again even if `folder` is already the
+    // model's folder.
     QString Folder() const { return FRoot.Name; }
     void SetFolder(const QString& folder);
 
-    // Returns the path of the entry at `index`, written as ShellFolders.h describes. An invalid `index`
-    // stands for the model's folder.
+    // Returns the path of the entry at `index`, in the form of ShellFolders.h. An invalid `index` stands for
+    // the model's folder.
     QString PathOf(const QModelIndex& index) const;
     bool IsFolder(const QModelIndex& index) const;
 
     // Returns the entry `path`, and lists every folder on the way to this entry. If a part of `path` is
-    // hidden or missing, returns the entry of the part before. If there is no such entry either, returns an
-    // invalid index.
+    // hidden or missing, returns the entry of the last part before it. If the model has no entry for any part
+    // of `path`, returns an invalid index.
     QModelIndex IndexOf(const QString& path);
 
-    // Returns the longest name on the top level, from which views compute one width for all entries. Returns
-    // an empty name if there is no entry.
+    // Returns the longest name on the top level. Views compute one width for all entries from this name.
+    // Returns an empty name if there is no entry.
     QString LongestName() const;
 
     QModelIndex index(int row, int column, const QModelIndex& parent = {}) const override;

@@ -20,8 +20,8 @@ namespace {
 
 constexpr int SideLength = 230;
 
-// Returns the path of the dragged file if it has the extension of an image, in a format that can be read or
-// not. Otherwise returns an empty path.
+// Returns the path of the dragged file if the file has the extension of an image. The program may be unable
+// to read the format of the image. Otherwise returns an empty path.
 QString OfferedImage(const QDropEvent& event)
 {
     const QString file = OfferedFile(event);
@@ -92,7 +92,7 @@ int TImageView::ColorAt(int x, int y) const
 // because Qt rounds its other positions to whole logical pixels.
 QPoint TImageView::PixelUnderPointer(const QMouseEvent& event) const
 {
-    // A scale such as 150 % may leave a whole number slightly too small.
+    // At a scale such as 150 %, a coordinate that should be a whole number may come out slightly too small.
     constexpr double Tolerance = 1.0 / 512;
     const QPointF position = mapFrom(window(), event.scenePosition()) * devicePixelRatioF();
     return { static_cast<int>(std::floor(position.x() + Tolerance)),

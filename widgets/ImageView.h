@@ -49,8 +49,8 @@ signals:
     // Any mouse button was pressed over the view. The position is a device pixel of the view.
     void MousePressed(int x, int y);
 
-    // One file with the extension of an image was dropped here. Its format may be one that is not read.
-    // `path` is absolute.
+    // One file with the extension of an image was dropped here. The program may be unable to read the format
+    // of the file. `path` is absolute.
     void FileDropped(const QString& path);
 
 protected:

@@ -11,7 +11,7 @@ class TPicturePreview : public QFrame {
 public:
     explicit TPicturePreview(QWidget* parent = nullptr);
 
-    // Shows `image`; if it is null, shows `text`. A screen reader speaks the text.
+    // Shows `image`; if `image` is null, shows `text`. A screen reader speaks the text.
     void SetImage(const QImage& image, const QString& text = {});
 
 protected:

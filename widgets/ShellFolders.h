@@ -35,13 +35,13 @@ QString FolderLabel(const QString& folder);
 std::optional<QString> ExistingFolder(const QString& path);
 
 // Returns the folders in `folder`, then the files that match one of `masks` (such as "*.png"). Upper and
-// lower case are alike. Without masks, no files are listed. Folders and files are each sorted in the order of
-// the user's language. Numbers in names are sorted by their value. Hidden entries are left out. A link counts
-// as the file or folder that it leads to. If `folder` is empty, returns the drives. If `folder` cannot be
-// read, returns an empty list.
+// lower case are alike. Without masks, no files are listed. The folders are sorted in the order of the user's
+// language, and so are the files. Numbers in names are sorted by their value. Hidden entries are left out. A
+// link counts as its target, which is a file or a folder. If `folder` is empty, returns the drives. If
+// `folder` cannot be read, returns an empty list.
 QList<TFolderEntry> ListFolder(const QString& folder, const QStringList& masks);
 
-// Whether ListFolder() would find a folder in `folder`. Does not list the whole folder.
+// Returns whether ListFolder() would find a folder in `folder`. Does not list the whole folder.
 bool HasFolders(const QString& folder);
 
 } // namespace Corvadine

@@ -15,8 +15,9 @@ class TShellListView : public QListView {
 public:
     explicit TShellListView(const QStringList& masks, QWidget* parent = nullptr);
 
-    // Folder() returns the path of the folder that is shown, in the form of ShellFolders.h. When SetFolder()
-    // goes up to the parent folder, the cursor moves to the former folder, which is not selected.
+    // Folder() returns the path of the folder that is shown, in the form of ShellFolders.h. SetFolder() may
+    // go up to the parent folder. Then the cursor moves to the entry of the former folder, but this entry is
+    // not selected.
     QString Folder() const { return FModel.Folder(); }
     void SetFolder(const QString& folder);
 

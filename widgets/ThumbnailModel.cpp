@@ -61,8 +61,8 @@ bool TThumbnailModel::Append(const QString& file, const QString& info)
     return true;
 }
 
-// Returns a key of the file's content, by which Load() finds equal files. The key is empty if the file cannot
-// be read or is too large to be a generated image.
+// Returns a key of the file's content. Load() uses the keys to find equal files. The key is empty if the file
+// cannot be read or is too large to be a generated image.
 TThumbnailModel::TContent TThumbnailModel::ContentOf(const QString& path)
 {
     constexpr qint64 LargestHashed = qint64 { 4 } * 1024 * 1024;

@@ -12,8 +12,8 @@ namespace Corvadine {
 struct TThumbnail;
 
 // The thumbnails of image files, one per row, in the order in which they were appended. The display text is
-// the file's name. The decoration is the file's picture as a QImage. Its device pixel ratio is set so that
-// the picture fits into ThumbnailSide logical pixels.
+// the file's name. The decoration is the file's picture as a QImage. The device pixel ratio of the QImage is
+// set so that the picture fits into ThumbnailSide logical pixels.
 //
 // The model keeps pictures in memory up to a fixed amount and drops the others. A dropped picture is read
 // from its file again when it is needed. The picture is null if the file no longer decodes. Use on the

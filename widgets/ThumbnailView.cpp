@@ -118,8 +118,8 @@ void TThumbnailView::changeEvent(QEvent* event)
         SpreadColumns();
 }
 
-// Makes the columns share the whole width. When QListView wraps, it subtracts the scroll bar from the width
-// even if the bar is hidden. QListView also needs one pixel more than the columns take.
+// Makes the columns share the whole width. When QListView wraps items, it subtracts the width of the scroll
+// bar even if the bar is hidden. QListView also needs one pixel more than the columns take.
 void TThumbnailView::SpreadColumns()
 {
     const int width = maximumViewportSize().width()
