@@ -22,7 +22,8 @@ std::size_t PaddedValues(int width)
 std::int16_t PremultiplyDeep(quint64 color, quint64 alpha)
 {
     constexpr quint64 Full = 0xFFFF;
-    return static_cast<std::int16_t>((color * alpha * (255 * SourceLevel) + Full * Full / 2) / (Full * Full));
+    constexpr quint64 Opaque = quint64 { 255 } * SourceLevel;
+    return static_cast<std::int16_t>((color * alpha * Opaque + Full * Full / 2) / (Full * Full));
 }
 
 // Does without vectors, because pictures with 16 bits per channel are rare.
