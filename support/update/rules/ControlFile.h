@@ -75,8 +75,8 @@ TControlFile ReadControlFile(const QByteArray& bytes, const QByteArray& signatur
 // Returns true if `control` may be used now, and false if the publisher has withdrawn the release. Throws
 // TError if the last day of `control` has passed. Throws TError if the release is older than
 // NewestAcceptedVersion(settings) or than the known release. Throws TError if the installed program is too
-// old for the release. A release does not count as older if the versions are equal, so that missing or
-// damaged files can be downloaded again.
+// old for the release. A release that is already installed may be used again, so that missing or damaged
+// files can be downloaded.
 bool IsOffered(const TControlFile& control, const TUpdateSettings& settings);
 
 // Returns whether `file` is for this platform, and is either missing in the program folder or newer than the
