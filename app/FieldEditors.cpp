@@ -178,8 +178,8 @@ void TFieldSlider::ShowNumber()
 TFieldNumberEdit::TFieldNumberEdit(TProjectsTable& table, TField field, QWidget* parent)
     : QLineEdit(parent), TFieldEditor(table, field, *this)
 {
-    // All digits of the greatest allowed width are nines. So a number with at most as many digits is in
-    // range. Leading zeros may be typed too.
+    // The greatest allowed number is 999999999, so a limit on the number of digits is enough. Leading zeros
+    // may be typed too.
     static const QRegularExpression Digits(u"[0-9]{0,%1}"_s.arg(QString::number(TwoxSizeRange.Most).size()));
     setValidator(new QRegularExpressionValidator(Digits, this));
     // A line of text would accept a dropped file as moved, and the file manager would then delete the file.

@@ -339,8 +339,8 @@ TBackups::TChoice TBackups::ChooseNewest(const QString& projectFile, TBackupReas
         if (record.Reason != reason || !IsSameFileName(record.ProjectFile, projectFile)
             || !IsWhole(path, record))
             continue;
-        // The window makes the backup before it parses the file, so the backup of an update may be no
-        // project file.
+        // The window makes the backup before it parses the file. So a backup that was made before an update
+        // may hold something else than a project file.
         const QByteArray bytes = ReadBackup(path);
         if (reason == TBackupReason::BeforeRestore || FaultIn(bytes, record.Name).isEmpty())
             return { path, bytes };

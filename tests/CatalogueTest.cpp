@@ -61,8 +61,8 @@ TEST(CatalogueTest, LaunchHeightFollowsWidthOverHeightAndIsCutOff)
         QStringList({ "iPhone_Launch2x 400x184", "iPhone_LaunchDark2x 400x184", "iPhone_Launch3x 800x368",
             "iPhone_LaunchDark3x 800x368" }));
     EXPECT_EQ(List(IPad, 750, { 2048, 1536 }).last(), "iPad_LaunchDark2x 1500x2000");
-    EXPECT_EQ(List(IPhone, 750, { 1536, 2048 })[9], "iPhone_Launch2x 750x562"); // exactly 562.5
-    EXPECT_EQ(List(IPhone, 400, { 1, 1000 })[9], "iPhone_Launch2x 400x1");      // exactly 0.4
+    EXPECT_EQ(List(IPhone, 750, { 1536, 2048 })[9], "iPhone_Launch2x 750x562"); // exactly 562.5, cut off
+    EXPECT_EQ(List(IPhone, 400, { 1, 1000 })[9], "iPhone_Launch2x 400x1");      // exactly 0.4, but at least 1
     for (const TGenRec& record : BuildGenList(IPad, 2000000000, { 2000000000, 1 }))
         EXPECT_GT(record.Height, 0) << "overflow";
 }

@@ -22,7 +22,7 @@ namespace {
 constexpr int CellSide = 22;
 
 // Returns whether `color` is close to white, gray or black. This is true of 30 named colors, so the neutral
-// colors fill exactly three runs.
+// colors fill exactly three columns of the list.
 bool IsNeutral(const QColor& color)
 {
     const auto [low, high] = std::minmax({ color.red(), color.green(), color.blue() });

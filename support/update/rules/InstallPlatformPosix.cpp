@@ -130,10 +130,10 @@ std::error_code TFileLock::TryLock()
     }
 }
 
-// The system may give the number of an ended process to another process. The descriptor stands for this
-// process only. The descriptor also reports the end of a process whose parent has not waited for it. kill()
-// would still find such a process. The C library's pidfd_open() is not used, because its header lacks extern
-// "C" and a C++ program cannot link it.
+// Uses a pidfd, because the system may give the number of an ended process to a new process. A pidfd always
+// stands for the same process. Unlike kill(), a pidfd also reports the end of a process whose parent has not
+// waited for it. The C library's pidfd_open() is not used, because its header lacks extern "C" and a C++
+// program cannot link it.
 TOtherProcess::TOtherProcess(qint64 processId, const QString& /*executable*/)
     : FProcessId(processId), FHandle(::syscall(SYS_pidfd_open, static_cast<pid_t>(processId), 0))
 {
