@@ -5,6 +5,8 @@
 #include "base/StagedFile.h"
 #include "generate/RenderTasks.h"
 
+#include <QScopeGuard>
+
 #include <algorithm>
 #include <mutex>
 #include <optional>
@@ -30,6 +32,8 @@ public:
     std::vector<TOutput> Run(int workers)
     {
         const TNewFolder folder(FJob.OutputFolder);
+        // After a failure the folder must be empty before it is removed.
+        const auto dropStaged = qScopeGuard([this] { FStaged.clear(); });
         const TRenderSteps steps { [this] { LoadLaunch(); },
             [this] { FSources.Icon = LoadSource(FJob.IconFile, UseOf(FSizes.Icon, false)); },
             [this](std::size_t index) { Render(index); } };
