@@ -42,8 +42,7 @@ public:
     // start-up. Call this once.
     void StartUp();
 
-    // Opens the help page with the number `topic`. Does nothing if the start-up ended before the help was
-    // set up.
+    // Opens the help page with the number `topic`. Does nothing before the help is set up.
     void HelpContext(int topic);
 
     // Makes the window call `check` in place of CheckForUpdates(), so that tests need no network.

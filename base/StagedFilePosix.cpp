@@ -144,8 +144,8 @@ void RemoveAbandoned(const QByteArray& target)
             RemoveUnlessLocked(file);
 }
 
-// Makes the names in a folder survive a loss of power. Failures are ignored, because the files are in place
-// by now.
+// Makes the names in a folder survive a loss of power. Failures are ignored, because the files already have
+// their names.
 void SyncFolder(const QByteArray& folder)
 {
     const int descriptor = ::open(folder.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);

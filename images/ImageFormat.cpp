@@ -100,8 +100,8 @@ bool IsSvg(const QByteArray& start, const QFile& file)
     return xml.readNextStartElement() && xml.name() == "svg"_L1;
 }
 
-// Whether the file is a TGA (Truevision TGA File Format Specification 2.0). The signature of a TGA file
-// stands at its end. Older files have no signature, so their name and their header decide.
+// Whether the file is a TGA, version 2.0 of the format by Truevision. The signature of a TGA file stands at
+// its end. Older files have no signature, so their name and their header decide.
 bool IsTga(const QByteArray& start, QFile& file)
 {
     constexpr auto Footer = "TRUEVISION-XFILE.\0"sv;
